@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace lumo {
+
+// One window of another application, as the accessibility interface sees it.
+class AccessibilityWindow {
+  public:
+    virtual ~AccessibilityWindow() = default;
+
+    // Brings the window in front of its application's other windows. False when that was refused.
+    virtual bool raise() = 0;
+};
+
+class Accessibility {
+  public:
+    virtual ~Accessibility() = default;
+
+    // Whether this process may read and raise other applications' windows. Never prompts.
+    virtual bool isProcessTrusted() const = 0;
+
+    // The windows of a process in the order in which it lists them; empty when they can't be read.
+    virtual std::vector<std::unique_ptr<AccessibilityWindow>>
+    windows(std::int32_t processIdentifier) = 0;
+};
+
+} // namespace lumo

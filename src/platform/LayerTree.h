@@ -1,0 +1,121 @@
+#pragma once
+
+#include "support/Geometry.h"
+#include "support/Value.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace lumo {
+
+// Red, green, blue and alpha, 0 to 1 each, not premultiplied.
+struct Color {
+    double red = 0;
+    double green = 0;
+    double blue = 0;
+    double alpha = 0;
+
+    static constexpr Color clear() { return {}; }
+    static constexpr Color black() { return {0, 0, 0, 1}; }
+    static constexpr Color white() { return {1, 1, 1, 1}; }
+
+    bool operator==(const Color &) const = default;
+};
+
+// Pixels in rows from the top, four bytes each (red, green, blue, alpha), premultiplied, rows
+// without padding.
+struct Image {
+    int width = 0;
+    int height = 0;
+    Bytes pixels;
+};
+
+// A filter by its type name, with its parameters in the order in which they are to be set.
+struct Filter {
+    std::string type;
+    Dictionary values;
+
+    bool operator==(const Filter &) const = default;
+};
+
+namespace filterType {
+inline constexpr const char *gaussianBlur = "gaussianBlur";
+inline constexpr const char *colorBrightness = "colorBrightness";
+inline constexpr const char *colorSaturate = "colorSaturate";
+inline constexpr const char *colorContrast = "colorContrast";
+} // namespace filterType
+
+namespace filterKey {
+inline constexpr std::string_view inputRadius = "inputRadius";
+inline constexpr std::string_view inputNormalizeEdges = "inputNormalizeEdges";
+inline constexpr std::string_view inputAmount = "inputAmount";
+} // namespace filterKey
+
+// How a layer is blended with what the layers under it have drawn. The named modes are those of the
+// W3C compositing formulas, the backdrop's alpha included: over an empty backdrop they are plain
+// source-over.
+namespace compositingFilter {
+inline constexpr const char *overlayBlendMode = "overlayBlendMode";
+inline constexpr const char *softLightBlendMode = "softLightBlendMode";
+} // namespace compositingFilter
+
+enum class Sampling { linear, nearest };
+
+// One layer, as a value. Frames are in points in the view's coordinates: origin at the bottom left,
+// y up.
+struct Layer {
+    enum class Kind {
+        plain,    // draws its background colour, then its contents
+        backdrop, // draws what the window server shows behind the window, through its filters
+    };
+
+    Kind kind = Kind::plain;
+    Rect frame;
+    float opacity = 1;
+    Color backgroundColor = Color::clear();
+    bool masksToBounds = false;
+
+    // Drawn to fill the frame. Compared by identity: an image never changes once it is shared.
+    std::shared_ptr<const Image> contents;
+    double contentsScale = 1;
+    Sampling minificationFilter = Sampling::linear;
+    Sampling magnificationFilter = Sampling::linear;
+
+    // Empty for plain source-over, else one of the names in compositingFilter.
+    std::string compositingFilter;
+
+    // Applied in order to what a backdrop layer shows.
+    std::vector<Filter> filters;
+
+    // Further settings of a backdrop layer by name, in the order in which they are to be set.
+    Dictionary options;
+
+    bool operator==(const Layer &) const = default;
+};
+
+// Shows the view only where a point lies in an odd number of the rectangles.
+struct EvenOddMask {
+    Rect frame;
+    std::vector<Rect> rectangles;
+
+    bool operator==(const EvenOddMask &) const = default;
+};
+
+// All that one overlay shows. Drawn from the bottom layer to the top, each premultiplied; then the
+// mask, then the view's alpha, then the window's own alpha.
+struct LayerTree {
+    Rect bounds;
+    double viewAlpha = 1;
+    std::vector<Layer> layers;
+    std::optional<EvenOddMask> mask;
+
+    bool operator==(const LayerTree &) const = default;
+};
+
+// True when a backdrop layer of the tree contributes to the picture.
+bool showsBackdrop(const LayerTree &tree);
+
+} // namespace lumo

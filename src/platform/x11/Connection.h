@@ -1,0 +1,141 @@
+#pragma once
+
+#include "support/Handle.h"
+#include "support/Signal.h"
+
+#include <xcb/xcb.h>
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+namespace lumo::x11 {
+
+// Frees what libxcb hands out with malloc.
+struct FreeDeleter {
+    void operator()(void *memory) const noexcept;
+};
+
+template <class T>
+using XcbPointer = std::unique_ptr<T, FreeDeleter>;
+
+// The extensions that the server offers, as negotiated at connection.
+struct Extensions {
+    bool composite = false; // 0.4: named pixmaps, automatic redirection
+    bool damage = false;
+    bool render = false;
+    bool resource = false; // 1.2: process identifiers of clients
+    bool shape = false;    // 1.1: input shapes
+    bool randr = false;    // 1.5: monitors
+    bool xfixes = false;   // 2.0: regions and window shapes
+    std::uint8_t damageFirstEvent = 0;
+    std::uint8_t randrFirstEvent = 0;
+    std::uint8_t shapeFirstEvent = 0;
+    std::uint8_t xfixesFirstEvent = 0;
+};
+
+// Lumo's own connection to the X server. Main thread only.
+//
+// Requests about other programs' windows lose races with those windows' deaths all the time. So an
+// error never ends anything: one that answers a request with a reply makes that reply null, all
+// others are dropped.
+class Connection {
+  public:
+    // Connects to the named display, or to the one that DISPLAY names when the name is null. Null
+    // when that failed.
+    static std::unique_ptr<Connection> open(const char *displayName);
+
+    ~Connection();
+    Connection(const Connection &) = delete;
+    Connection &operator=(const Connection &) = delete;
+
+    // For the request functions of libxcb.
+    xcb_connection_t *xcb() const { return connection_; }
+    operator xcb_connection_t *() const { return connection_; }
+
+    const xcb_screen_t &screen() const { return *screen_; }
+    int screenNumber() const { return screenNumber_; }
+    xcb_window_t root() const { return screen_->root; }
+    const xcb_setup_t &setup() const { return *xcb_get_setup(connection_); }
+    const Extensions &extensions() const { return extensions_; }
+
+    // The atom of that name, which is made when the server has none. Waits for the server the first
+    // time a name is asked for, so ask for all names while starting; see internAtoms().
+    xcb_atom_t atom(std::string_view name);
+
+    // Fetches many atoms in one round trip.
+    void internAtoms(std::initializer_list<std::string_view> names);
+
+    // Calls the observer for every event, in the order of arrival.
+    Handle onEvent(std::function<void(const xcb_generic_event_t &)> observer);
+
+    // Calls the function once with the reply to a request, in the order of requests and interleaved
+    // correctly with events; with null when the request failed. The cookie is that of an ordinary
+    // (checked) request.
+    template <class Reply, class Cookie>
+    void whenReplied(Cookie cookie, std::function<void(const Reply *)> function) {
+        awaitReply(cookie.sequence, [function = std::move(function)](const void *reply) {
+            function(static_cast<const Reply *>(reply));
+        });
+    }
+
+    // Waits for the reply; null when the request failed. For start-up only: nothing that runs while
+    // the overlay is showing may wait for the server.
+    template <class Reply, class Cookie>
+    XcbPointer<Reply> wait(Cookie cookie, Reply *(*replyFunction)(xcb_connection_t *, Cookie,
+                                                                  xcb_generic_error_t **)) const {
+        return XcbPointer<Reply>(replyFunction(connection_, cookie, nullptr));
+    }
+
+    // Calls the observers of everything that has arrived.
+    void dispatch();
+
+    // True when something has been read from the server and waits for dispatch(), which the file
+    // descriptor no longer tells. Reads nothing itself.
+    bool hasUndispatched();
+
+    // Sends what has been asked for so far.
+    void flush();
+
+    // True once the server is gone; nothing but destruction makes sense then.
+    bool isLost() const;
+
+    int fileDescriptor() const;
+
+    // Bytes sent to the server so far: the same before and after means that no request was made.
+    std::uint64_t bytesSent() const;
+
+  private:
+    using ReplyFunction = std::function<void(const void *)>;
+
+    struct PendingReply {
+        std::uint32_t sequence;
+        ReplyFunction function;
+    };
+
+    Connection(xcb_connection_t *connection, int screenNumber);
+
+    void negotiateExtensions();
+    void awaitReply(std::uint32_t sequence, ReplyFunction function);
+    bool firstReplyHasArrived();
+    void deliverReplies(std::optional<std::uint32_t> upToSequence);
+    XcbPointer<xcb_generic_event_t> nextEvent();
+
+    xcb_connection_t *connection_;
+    xcb_screen_t *screen_ = nullptr;
+    int screenNumber_;
+    Extensions extensions_;
+    std::unordered_map<std::string, xcb_atom_t> atoms_;
+    Signal<xcb_generic_event_t> events_;
+    XcbPointer<xcb_generic_event_t> undispatchedEvent_;
+    std::deque<PendingReply> pendingReplies_;
+    bool firstReplyArrived_ = false; // the first of pendingReplies_ is answered by arrivedReply_
+    XcbPointer<void> arrivedReply_;  // null when that request failed
+};
+
+} // namespace lumo::x11

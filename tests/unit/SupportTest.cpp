@@ -1,0 +1,99 @@
+#include "support/Geometry.h"
+#include "support/Lifetime.h"
+#include "support/Published.h"
+#include "support/Value.h"
+
+#include <gmock/gmock.h>
+
+#include <limits>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace lumo {
+namespace {
+
+using testing::ElementsAre;
+
+TEST(Published, AnnouncesTheNewValueBeforeStoringItAndEqualAssignmentsToo) {
+    Published<int> number(1);
+    std::vector<std::pair<int, int>> heard; // argument, stored value at that moment
+    const auto subscription =
+        number.subscribe([&](int value) { heard.emplace_back(value, number.value()); });
+    number.set(2);
+    number.set(2);
+    EXPECT_THAT(heard, ElementsAre(std::pair(1, 1), std::pair(2, 1), std::pair(2, 2)));
+    EXPECT_EQ(number.value(), 2);
+}
+
+TEST(Published, KeepsItsPromiseWhenObserversComeAndGoDuringAnAnnouncement) {
+    auto number = std::make_unique<Published<int>>(0);
+    std::vector<std::string> heard;
+    Subscription second;
+    Subscription late;
+    const auto first = number->subscribeToChanges([&](int) {
+        heard.emplace_back("first");
+        second.reset();
+        late = number->subscribeToChanges([&](int) { heard.emplace_back("late"); });
+    });
+    second = number->subscribeToChanges([&](int) { heard.emplace_back("second"); });
+    const auto third = number->subscribeToChanges([&](int) { heard.emplace_back("third"); });
+    number->set(1);
+    EXPECT_THAT(heard, ElementsAre("first", "third"));
+    number.reset();
+    second.reset(); // outliving the published value is harmless
+}
+
+TEST(Lifetime, DropsDeferredWorkOfAnOwnerThatIsGone) {
+    int calls = 0;
+    std::optional<Lifetime> lifetime(std::in_place);
+    auto task = lifetime->guard([&] { ++calls; });
+    task();
+    lifetime.reset();
+    task();
+    EXPECT_EQ(calls, 1);
+}
+
+TEST(Handle, ReleasesOnceOnDestructionMoveAndAssignment) {
+    int releases = 0;
+    const auto release = [&] { ++releases; };
+    {
+        Handle handle(release);
+        Handle moved = std::move(handle);
+        EXPECT_FALSE(handle); // NOLINT(bugprone-use-after-move): empty is what is asked for
+        EXPECT_EQ(releases, 0);
+        moved = Handle(release);
+        EXPECT_EQ(releases, 1);
+    }
+    EXPECT_EQ(releases, 2);
+}
+
+TEST(Geometry, IntersectsInsetsAndRoundsLikeTheDesktopDoes) {
+    const Rect display{0, 0, 1920, 1080};
+    EXPECT_EQ((Rect{-10, 10, 20.5, 20}).intersection(display), (Rect{0, 10, 10.5, 20}));
+    EXPECT_TRUE((Rect{1920, 0, 10, 10}).intersection(display).isEmpty());
+    EXPECT_FALSE((Rect{1920, 0, 10, 10}).intersection(display).isNull());
+    EXPECT_TRUE((Rect{1921, 0, 10, 10}).intersection(display).isNull());
+    EXPECT_TRUE(Rect::null().intersection(display).isNull());
+    EXPECT_EQ((Rect{0, 200, 200, 600}).inset(-4, -4), (Rect{-4, 196, 208, 608}));
+    EXPECT_TRUE((Rect{0, 0, 4, 4}).inset(3, 0).isNull());
+    EXPECT_EQ((Rect{-0.5, 1.25, 2, 2}).integral(), (Rect{-1, 1, 3, 3}));
+    EXPECT_EQ(describe({10, -20.5, 300, 0.25}), "{{10, -20.5}, {300, 0.25}}");
+}
+
+TEST(Value, ReadsOnlyItsOwnTypeAndOnlyWhatFits) {
+    EXPECT_EQ(Value(true).boolean(), true);
+    EXPECT_EQ(Value(1).boolean(), std::nullopt);
+    EXPECT_EQ(Value(1).real(), std::nullopt);
+    EXPECT_EQ(Value(1).number(), 1.0);
+    EXPECT_EQ(Value(0.5).integer(), std::nullopt);
+    EXPECT_EQ(Value("text").number(), std::nullopt);
+    EXPECT_EQ(Value(std::int64_t{4294967295}).unsigned32(), 4294967295U);
+    EXPECT_EQ(Value(std::int64_t{4294967296}).unsigned32(), std::nullopt);
+    EXPECT_EQ(Value(-1).unsigned32(), std::nullopt);
+    EXPECT_EQ(Value(std::numeric_limits<std::int64_t>::min()).integer32(), std::nullopt);
+}
+
+} // namespace
+} // namespace lumo
