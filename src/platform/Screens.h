@@ -14,8 +14,8 @@ struct Screen {
     // The stable identifier of the display ("NSScreenNumber"); absent when the display has none.
     std::optional<std::uint32_t> number;
 
-    // In points, in one space for all screens: origin at the bottom left of the main screen, y
-    // pointing up.
+    // In points, in one space for all screens: y pointing up from the bottom edge of the main
+    // screen, x the same as that of window bounds.
     Rect frame;
 
     // Pixels per point.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/x11/PixelRect.h"
 #include "support/Handle.h"
 #include "support/Signal.h"
 
@@ -13,16 +14,6 @@
 namespace lumo::x11 {
 
 class Connection;
-
-// A rectangle in pixels, origin at the top left of the root window, y pointing down.
-struct PixelRect {
-    int x = 0;
-    int y = 0;
-    int width = 0;
-    int height = 0;
-
-    bool operator==(const PixelRect &) const = default;
-};
 
 // What a top-level window is for, as far as ordering goes.
 enum class WindowBand {
