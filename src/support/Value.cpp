@@ -74,17 +74,17 @@ Value::Value(Dictionary value)
 
 std::optional<bool> Value::boolean() const {
     const auto *value = std::get_if<bool>(&value_);
-    return value ? std::optional(*value) : std::nullopt;
+    return value != nullptr ? std::optional(*value) : std::nullopt;
 }
 
 std::optional<std::int64_t> Value::integer() const {
     const auto *value = std::get_if<std::int64_t>(&value_);
-    return value ? std::optional(*value) : std::nullopt;
+    return value != nullptr ? std::optional(*value) : std::nullopt;
 }
 
 std::optional<double> Value::real() const {
     const auto *value = std::get_if<double>(&value_);
-    return value ? std::optional(*value) : std::nullopt;
+    return value != nullptr ? std::optional(*value) : std::nullopt;
 }
 
 const std::string *Value::string() const {

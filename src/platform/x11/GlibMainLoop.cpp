@@ -101,8 +101,8 @@ gboolean dispatchTimer(GSource *source, GSourceFunc /*callback*/, gpointer /*dat
     return repeats ? G_SOURCE_CONTINUE : G_SOURCE_REMOVE;
 }
 
-GSourceFuncs timerFunctions = {nullptr, nullptr, dispatchTimer, SourceOf<Timer>::finalize,
-                               nullptr, nullptr};
+GSourceFuncs timerFunctions = // NOLINT(*-non-const-global-variables): GLib takes it as such
+    {nullptr, nullptr, dispatchTimer, SourceOf<Timer>::finalize, nullptr, nullptr};
 
 struct ConnectionWatch {
     Connection *connection;
@@ -127,9 +127,9 @@ gboolean dispatchConnection(GSource *source, GSourceFunc /*callback*/, gpointer 
     return G_SOURCE_REMOVE;
 }
 
-GSourceFuncs connectionFunctions = {
-    prepareConnection, nullptr, dispatchConnection, SourceOf<ConnectionWatch>::finalize,
-    nullptr,           nullptr};
+GSourceFuncs connectionFunctions = // NOLINT(*-non-const-global-variables): GLib takes it as such
+    {prepareConnection, nullptr, dispatchConnection, SourceOf<ConnectionWatch>::finalize,
+     nullptr,           nullptr};
 
 } // namespace
 
