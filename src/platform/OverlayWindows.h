@@ -12,6 +12,10 @@ namespace lumo {
 // One overlay window: borderless, never focusable, transparent to clicks, on all spaces, in no task
 // list. Main thread only. Frames are in points in the space of Screen::frame. What is asked for
 // within one turn of the main loop reaches the screen as one change.
+//
+// Overlays among themselves keep their order: one that was asked to be at the front, or below a
+// window, is there when nothing but other overlays lies between. So asking again for what already
+// holds changes nothing, with any number of displays.
 class PlatformWindow {
   public:
     // Orders the window out and closes it.
