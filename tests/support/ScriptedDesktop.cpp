@@ -1,0 +1,504 @@
+#include "ScriptedDesktop.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace lumo::test {
+
+// The program's end of one overlay; the state stays with the desktop.
+class ScriptedDesktop::OverlayWindow final : public PlatformWindow {
+  public:
+    OverlayWindow(ScriptedDesktop &desktop, OverlayState &state, std::int64_t number)
+        : desktop_(desktop)
+        , state_(state)
+        , number_(number) {}
+
+    ~OverlayWindow() override {
+        orderOut();
+        state_.open = false;
+    }
+
+    OverlayWindow(const OverlayWindow &) = delete;
+    OverlayWindow &operator=(const OverlayWindow &) = delete;
+
+    std::int64_t windowNumber() const override { return number_; }
+
+    Rect frame() const override { return state_.frame; }
+    void setFrame(const Rect &frame) override {
+        state_.frame = frame;
+        desktop_.windowsChanged();
+    }
+
+    int level() const override { return state_.level; }
+    void setLevel(int level) override { state_.level = level; }
+
+    double alphaValue() const override { return state_.alpha; }
+    void setAlphaValue(double alpha) override { state_.alpha = alpha; }
+
+    void orderFront() override { desktop_.orderOverlayFront(state_); }
+    void orderBelow(std::uint32_t window) override { desktop_.orderOverlayBelow(state_, window); }
+    void orderOut() override { desktop_.orderOverlayOut(state_); }
+
+    std::optional<double> backingScaleFactor() const override {
+        const Screen *best = nullptr;
+        double bestArea = 0;
+        for (const auto &screen : desktop_.screens_) {
+            const Rect common = screen.frame.intersection(state_.frame);
+            if (!common.isEmpty() && common.area() > bestArea) {
+                best = &screen;
+                bestArea = common.area();
+            }
+        }
+        return best ? std::optional(best->backingScaleFactor) : std::nullopt;
+    }
+
+    void commit(const LayerTree &tree) override {
+        ++state_.commits;
+        if (state_.tree != tree) {
+            ++state_.changedCommits;
+            state_.tree = tree;
+        }
+    }
+
+  private:
+    ScriptedDesktop &desktop_;
+    OverlayState &state_;
+    std::int64_t number_;
+};
+
+class ScriptedDesktop::AccessibleWindow final : public AccessibilityWindow {
+  public:
+    AccessibleWindow(ScriptedDesktop &desktop, WindowID window)
+        : desktop_(desktop)
+        , window_(window) {}
+
+    bool raise() override {
+        desktop_.raiseAttempts.push_back(window_);
+        if (std::ranges::count(desktop_.refusesToRaise, window_) > 0 ||
+            desktop_.find(window_) == desktop_.stack_.end()) {
+            return false;
+        }
+        desktop_.raise(window_);
+        return true;
+    }
+
+  private:
+    ScriptedDesktop &desktop_;
+    WindowID window_;
+};
+
+ScriptedDesktop::ScriptedDesktop(double startTime)
+    : mainLoop(startTime)
+    , log_([this](std::string_view line) { logLines.emplace_back(line); }) {
+    own_ = {nextProcess_++, "app.lumo.Lumo", "Lumo", ActivationPolicy::accessory};
+    applications_.push_back(own_);
+}
+
+ScriptedDesktop::~ScriptedDesktop() = default;
+
+Platform ScriptedDesktop::platform() {
+    return {.accessibility = *this,
+            .log = log_,
+            .mainLoop = mainLoop,
+            .overlayWindows = *this,
+            .preferenceDomains = *this,
+            .screens = *this,
+            .userDefaults = *this,
+            .windowServer = *this,
+            .workspace = *this,
+            .capabilities = capabilities};
+}
+
+ScriptedDesktop::DisplayID ScriptedDesktop::plugDisplay(DisplayID number, const Rect &frame,
+                                                        double scale) {
+    screens_.push_back({number == 0 ? std::nullopt : std::optional(number), frame, scale});
+    windowsChanged();
+    screensChanged_.emit();
+    return number;
+}
+
+void ScriptedDesktop::unplugDisplay(DisplayID number) {
+    std::erase_if(screens_,
+                  [number](const Screen &screen) { return screen.number.value_or(0) == number; });
+    windowsChanged();
+    screensChanged_.emit();
+}
+
+void ScriptedDesktop::resizeDisplay(DisplayID number, const Rect &frame, double scale) {
+    for (auto &screen : screens_) {
+        if (screen.number.value_or(0) == number) {
+            screen.frame = frame;
+            screen.backingScaleFactor = scale;
+        }
+    }
+    windowsChanged();
+    screensChanged_.emit();
+}
+
+void ScriptedDesktop::setScreensSilently(std::vector<Screen> screens) {
+    screens_ = std::move(screens);
+    windowsChanged();
+}
+
+Handle ScriptedDesktop::onScreenParametersDidChange(std::function<void()> observer) {
+    return screensChanged_.subscribe(std::move(observer));
+}
+
+ScriptedDesktop::ProcessID ScriptedDesktop::launch(std::string name,
+                                                   std::optional<std::string> bundleIdentifier) {
+    const ProcessID process = nextProcess_++;
+    applications_.push_back(
+        {process, std::move(bundleIdentifier), std::move(name), ActivationPolicy::regular});
+    return process;
+}
+
+void ScriptedDesktop::quit(ProcessID process) {
+    std::erase_if(applications_, [process](const RunningApplication &application) {
+        return application.processIdentifier == process;
+    });
+    stack_.remove_if([process](const Window &window) { return window.owner == process; });
+    windowsChanged();
+    if (frontmost_ == process) {
+        frontmost_.reset();
+    }
+    applicationTerminated_.emit();
+}
+
+void ScriptedDesktop::focusApplication(std::optional<ProcessID> process) {
+    frontmost_ = process;
+    applicationActivated_.emit();
+}
+
+void ScriptedDesktop::switchSpace() {
+    spaceChanged_.emit();
+}
+
+void ScriptedDesktop::setLumoBundleIdentifier(std::optional<std::string> identifier) {
+    own_.bundleIdentifier = std::move(identifier);
+    applications_.front() = own_;
+}
+
+const RunningApplication *ScriptedDesktop::frontmostApplication() const {
+    if (!frontmost_) {
+        return nullptr;
+    }
+    for (const auto &application : applications_) {
+        if (application.processIdentifier == *frontmost_) {
+            return &application;
+        }
+    }
+    return nullptr;
+}
+
+const std::vector<RunningApplication> &ScriptedDesktop::runningApplications() const {
+    return applications_;
+}
+
+const RunningApplication *ScriptedDesktop::runningApplication(ProcessID process) const {
+    ++applicationLookups;
+    const auto found = std::ranges::find(applications_, process,
+                                         [](const auto &each) { return each.processIdentifier; });
+    return found == applications_.end() ? nullptr : &*found;
+}
+
+bool ScriptedDesktop::activate(ProcessID process) {
+    activations_.push_back(process);
+    mainLoop.post([this, process] {
+        std::vector<WindowID> owned;
+        for (const auto &window : stack_) {
+            if (window.owner == process) {
+                owned.push_back(window.number);
+            }
+        }
+        std::for_each(owned.rbegin(), owned.rend(), [this](WindowID window) { raise(window); });
+        focusApplication(process);
+    });
+    return true;
+}
+
+bool ScriptedDesktop::open(std::string_view) {
+    return false;
+}
+
+Handle ScriptedDesktop::onDidActivateApplication(std::function<void()> observer) {
+    return applicationActivated_.subscribe(std::move(observer));
+}
+
+Handle ScriptedDesktop::onDidTerminateApplication(std::function<void()> observer) {
+    return applicationTerminated_.subscribe(std::move(observer));
+}
+
+Handle ScriptedDesktop::onActiveSpaceDidChange(std::function<void()> observer) {
+    return spaceChanged_.subscribe(std::move(observer));
+}
+
+ScriptedDesktop::WindowID ScriptedDesktop::openWindow(ProcessID owner, const Rect &bounds,
+                                                      std::optional<std::string> title, int layer) {
+    const auto application = std::ranges::find(
+        applications_, owner, [](const auto &each) { return each.processIdentifier; });
+    auto name = application == applications_.end() ? std::string("Process")
+                                                   : application->localizedName.value_or("");
+    const WindowID number = nextWindow_++;
+    insertInFront({number, owner, std::move(name), bounds, std::move(title), layer});
+    return number;
+}
+
+void ScriptedDesktop::raise(WindowID window) {
+    const auto entry = require(window);
+    Window moved = std::move(*entry);
+    stack_.erase(entry);
+    insertInFront(std::move(moved));
+}
+
+void ScriptedDesktop::focus(WindowID window) {
+    raise(window);
+    focusApplication(require(window)->owner);
+}
+
+void ScriptedDesktop::closeWindow(WindowID window) {
+    stack_.erase(require(window));
+    windowsChanged();
+}
+
+void ScriptedDesktop::moveWindow(WindowID window, const Rect &bounds) {
+    require(window)->bounds = bounds;
+    windowsChanged();
+}
+
+void ScriptedDesktop::retitle(WindowID window, std::optional<std::string> title) {
+    require(window)->title = std::move(title);
+    windowsChanged();
+}
+
+void ScriptedDesktop::answerWindowListWith(std::shared_ptr<const WindowRecords> records) {
+    windowListScripted_ = true;
+    records_ = std::move(records);
+}
+
+std::vector<ScriptedDesktop::WindowID> ScriptedDesktop::stack() const {
+    std::vector<WindowID> numbers;
+    for (const auto &window : stack_) {
+        numbers.push_back(window.number);
+    }
+    return numbers;
+}
+
+std::optional<ScriptedDesktop::WindowID> ScriptedDesktop::windowAbove(WindowID window) const {
+    std::optional<WindowID> above;
+    for (const auto &each : stack_) {
+        if (each.number == window) {
+            return above;
+        }
+        if (!each.overlay) {
+            above = each.number;
+        }
+    }
+    throw std::logic_error("no such window on screen");
+}
+
+std::shared_ptr<const WindowRecords> ScriptedDesktop::onScreenWindows() const {
+    if (windowListScripted_ || records_) {
+        return records_;
+    }
+    auto records = std::make_shared<WindowRecords>();
+    records->reserve(stack_.size());
+    for (const auto &window : stack_) {
+        records->push_back(record(window));
+    }
+    records_ = std::move(records);
+    return records_;
+}
+
+Dictionary ScriptedDesktop::record(const Window &window) const {
+    const Rect bounds = window.overlay ? flipped(window.overlay->frame) : window.bounds;
+    Dictionary record{{windowKey::number, window.number},
+                      {windowKey::ownerPID, window.owner},
+                      {windowKey::ownerName, window.ownerName},
+                      {windowKey::layer, window.layer},
+                      {windowKey::bounds, Dictionary{{boundsKey::x, bounds.x},
+                                                     {boundsKey::y, bounds.y},
+                                                     {boundsKey::width, bounds.width},
+                                                     {boundsKey::height, bounds.height}}},
+                      {windowKey::isOnscreen, true},
+                      {windowKey::alpha, window.overlay ? window.overlay->alpha : 1.0}};
+    if (window.title) {
+        record.set(windowKey::name, *window.title);
+    }
+    return record;
+}
+
+void ScriptedDesktop::windowsChanged() {
+    if (!windowListScripted_) {
+        records_.reset();
+    }
+}
+
+Rect ScriptedDesktop::flipped(const Rect &rect) const {
+    double top = 0;
+    for (const auto &screen : screens_) {
+        top = std::max(top, screen.frame.maxY());
+    }
+    return {rect.x, top - rect.maxY(), rect.width, rect.height};
+}
+
+ScriptedDesktop::Stack::iterator ScriptedDesktop::find(WindowID window) {
+    return std::ranges::find(stack_, window, &Window::number);
+}
+
+ScriptedDesktop::Stack::iterator ScriptedDesktop::require(WindowID window) {
+    const auto found = find(window);
+    if (found == stack_.end()) {
+        throw std::logic_error("no such window on screen");
+    }
+    return found;
+}
+
+void ScriptedDesktop::insertInFront(Window window) {
+    const auto position = std::ranges::find_if(
+        stack_, [&](const Window &each) { return each.layer <= window.layer; });
+    stack_.insert(position, std::move(window));
+    windowsChanged();
+}
+
+std::unique_ptr<PlatformWindow> ScriptedDesktop::makeWindow(const Rect &frame) {
+    auto state = std::make_shared<OverlayState>();
+    state->number = nextWindow_++;
+    state->frame = frame;
+    overlays_.push_back(state);
+    const auto number = std::exchange(nextOverlayNumber, std::nullopt).value_or(state->number);
+    return std::make_unique<OverlayWindow>(*this, *state, number);
+}
+
+std::vector<const OverlayState *> ScriptedDesktop::openOverlays() const {
+    std::vector<const OverlayState *> open;
+    for (const auto &overlay : overlays_) {
+        if (overlay->open) {
+            open.push_back(overlay.get());
+        }
+    }
+    return open;
+}
+
+OverlayState &ScriptedDesktop::overlayOn(DisplayID display) const {
+    const auto screen = std::ranges::find(
+        screens_, display, [](const Screen &each) { return each.number.value_or(0); });
+    OverlayState *found = nullptr;
+    for (const auto &overlay : overlays_) {
+        if (screen != screens_.end() && overlay->open && overlay->frame == screen->frame) {
+            if (found) {
+                throw std::logic_error("more than one overlay on the display");
+            }
+            found = overlay.get();
+        }
+    }
+    if (!found) {
+        throw std::logic_error("no overlay on the display");
+    }
+    return *found;
+}
+
+// Overlays among themselves keep their order: an overlay is in place when nothing but other
+// overlays lies between it and where it was asked to be.
+void ScriptedDesktop::place(OverlayState &overlay, Stack::iterator position) {
+    auto settled = position;
+    while (settled != stack_.end() && settled->overlay && settled->overlay != &overlay) {
+        ++settled;
+    }
+    if (settled != stack_.end() && settled->overlay == &overlay) {
+        return;
+    }
+    const auto entry = find(overlay.number);
+    if (entry == stack_.end()) {
+        stack_.insert(position, {overlay.number, lumo(), "Lumo", {}, {}, 0, &overlay});
+    } else {
+        stack_.splice(position, stack_, entry);
+    }
+    overlay.orderedIn = true;
+    windowsChanged();
+}
+
+void ScriptedDesktop::orderOverlayFront(OverlayState &overlay) {
+    ++overlay.orderRequests;
+    place(overlay,
+          std::ranges::find_if(stack_, [](const Window &each) { return each.layer <= 0; }));
+}
+
+void ScriptedDesktop::orderOverlayBelow(OverlayState &overlay, WindowID window) {
+    ++overlay.orderRequests;
+    const auto target = find(window);
+    if (target != stack_.end()) {
+        place(overlay, std::next(target));
+    }
+}
+
+void ScriptedDesktop::orderOverlayOut(OverlayState &overlay) {
+    const auto entry = find(overlay.number);
+    if (entry != stack_.end()) {
+        stack_.erase(entry);
+        windowsChanged();
+    }
+    overlay.orderedIn = false;
+}
+
+std::vector<std::unique_ptr<AccessibilityWindow>> ScriptedDesktop::windows(ProcessID process) {
+    std::vector<std::unique_ptr<AccessibilityWindow>> owned;
+    for (const auto &window : stack_) {
+        if (window.owner == process) {
+            owned.push_back(std::make_unique<AccessibleWindow>(*this, window.number));
+        }
+    }
+    return owned;
+}
+
+void ScriptedDesktop::setPreference(std::string domain, std::string key, Value value) {
+    removePreference(domain, key);
+    preferences_.push_back({std::move(domain), std::move(key), std::move(value)});
+}
+
+void ScriptedDesktop::removePreference(std::string_view domain, std::string_view key) {
+    std::erase_if(preferences_,
+                  [&](const Preference &each) { return each.domain == domain && each.key == key; });
+}
+
+std::optional<Value> ScriptedDesktop::value(std::string_view key, std::string_view domain) const {
+    for (const auto &each : preferences_) {
+        if (each.domain == domain && each.key == key) {
+            return each.value;
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<Value> ScriptedDesktop::object(std::string_view key) const {
+    const auto found = defaults.find(key);
+    return found == defaults.end() ? std::nullopt : std::optional(found->second);
+}
+
+void ScriptedDesktop::setBool(std::string_view key, bool value) {
+    defaults.insert_or_assign(std::string(key), value);
+}
+
+void ScriptedDesktop::setInteger(std::string_view key, std::int64_t value) {
+    defaults.insert_or_assign(std::string(key), value);
+}
+
+void ScriptedDesktop::setDouble(std::string_view key, double value) {
+    defaults.insert_or_assign(std::string(key), value);
+}
+
+void ScriptedDesktop::setString(std::string_view key, const std::string &value) {
+    defaults.insert_or_assign(std::string(key), value);
+}
+
+void ScriptedDesktop::setData(std::string_view key, const Bytes &value) {
+    defaults.insert_or_assign(std::string(key), value);
+}
+
+void ScriptedDesktop::removeObject(std::string_view key) {
+    const auto found = defaults.find(key);
+    if (found != defaults.end()) {
+        defaults.erase(found);
+    }
+}
+
+} // namespace lumo::test

@@ -1,0 +1,209 @@
+#pragma once
+
+#include "ScriptedMainLoop.h"
+#include "platform/Accessibility.h"
+#include "platform/OverlayWindows.h"
+#include "platform/Platform.h"
+#include "platform/PreferenceDomains.h"
+#include "platform/Screens.h"
+#include "platform/UserDefaults.h"
+#include "platform/WindowServer.h"
+#include "platform/Workspace.h"
+#include "support/Log.h"
+#include "support/Signal.h"
+
+#include <cstdint>
+#include <functional>
+#include <list>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace lumo::test {
+
+// What became of one overlay window. Kept by the desktop after the window was closed.
+struct OverlayState {
+    std::uint32_t number = 0;
+    Rect frame;
+    int level = 0;
+    double alpha = 1;
+    std::optional<LayerTree> tree;
+    int commits = 0;        // every commit
+    int changedCommits = 0; // those that differed from the one before
+    int orderRequests = 0;  // every orderFront and orderBelow
+    bool orderedIn = false;
+    bool open = true;
+};
+
+// A whole desktop in memory: every interface of the platform, driven by the test in the words of
+// the desktop. What happens to it is told to observers at once, as if the main loop had just heard
+// of it; what the program asks of it (activating an application) is told in a later turn.
+//
+// Bounds of windows have the origin at the top left and y down, frames of screens and overlays have
+// it at the bottom left and y up.
+class ScriptedDesktop final : private WindowServer,
+                              private Workspace,
+                              private Screens,
+                              private OverlayWindows,
+                              private Accessibility,
+                              private PreferenceDomains,
+                              private UserDefaults {
+  public:
+    using ProcessID = std::int32_t;
+    using WindowID = std::uint32_t;
+    using DisplayID = std::uint32_t;
+
+    // The clock stands at this time, in seconds, when the test begins.
+    explicit ScriptedDesktop(double startTime = 1000);
+    ~ScriptedDesktop() override;
+
+    // What the program under test is given. Valid as long as the desktop.
+    Platform platform();
+
+    Capabilities capabilities{true};
+    ScriptedMainLoop mainLoop;
+    std::vector<std::string> logLines;
+
+    // Time
+    void advance(double seconds) { mainLoop.advance(seconds); }
+
+    // Displays. A display without number is 0 here and has none for the program.
+    DisplayID plugDisplay(DisplayID number, const Rect &frame, double scale = 1);
+    void unplugDisplay(DisplayID number);
+    void resizeDisplay(DisplayID number, const Rect &frame, double scale = 1);
+    // As these three, but noticed only by whoever looks: no notification is sent.
+    void setScreensSilently(std::vector<Screen> screens);
+
+    // Applications
+    ProcessID launch(std::string name, std::optional<std::string> bundleIdentifier);
+    void quit(ProcessID process);
+    void focusApplication(std::optional<ProcessID> process);
+    void switchSpace();
+    ProcessID lumo() const { return own_.processIdentifier; }
+    void setLumoBundleIdentifier(std::optional<std::string> identifier);
+    std::vector<ProcessID> activations() const { return activations_; }
+    mutable int applicationLookups = 0;
+
+    // Windows. A new one is in front of all others of its layer.
+    WindowID openWindow(ProcessID owner, const Rect &bounds, std::optional<std::string> title = {},
+                        int layer = 0);
+    void raise(WindowID window);
+    // Raises the window and gives its application the focus.
+    void focus(WindowID window);
+    void closeWindow(WindowID window);
+    void moveWindow(WindowID window, const Rect &bounds);
+    void retitle(WindowID window, std::optional<std::string> title);
+    // The list as the window server would give it, or nothing for a server that can't be asked, in
+    // place of the windows above.
+    void answerWindowListWith(std::shared_ptr<const WindowRecords> records);
+
+    // All that is on screen, overlays included, frontmost first.
+    std::vector<WindowID> stack() const;
+    // The window next in front of this one, overlays not counted; absent when there is none.
+    std::optional<WindowID> windowAbove(WindowID window) const;
+
+    // Overlays, in the order in which they were made.
+    const std::vector<std::shared_ptr<OverlayState>> &allOverlays() const { return overlays_; }
+    std::vector<const OverlayState *> openOverlays() const;
+    // The one open overlay that has this display's frame; a test failure when there is not one.
+    OverlayState &overlayOn(DisplayID display) const;
+    // The number the next overlay window gets, whatever its width.
+    std::optional<std::int64_t> nextOverlayNumber;
+
+    // Accessibility
+    bool accessibilityTrusted = true;
+    std::vector<WindowID> refusesToRaise;
+    std::vector<WindowID> raiseAttempts;
+
+    // Preferences of other programs
+    void setPreference(std::string domain, std::string key, Value value);
+    void removePreference(std::string_view domain, std::string_view key);
+
+    // The program's own user defaults.
+    std::map<std::string, Value, std::less<>> defaults;
+
+  private:
+    struct Window {
+        WindowID number;
+        ProcessID owner;
+        std::string ownerName;
+        Rect bounds;
+        std::optional<std::string> title;
+        int layer;
+        OverlayState *overlay = nullptr;
+    };
+    struct Preference {
+        std::string domain;
+        std::string key;
+        Value value;
+    };
+    using Stack = std::list<Window>;
+    class OverlayWindow;
+    class AccessibleWindow;
+
+    std::shared_ptr<const WindowRecords> onScreenWindows() const override;
+
+    const RunningApplication *frontmostApplication() const override;
+    const std::vector<RunningApplication> &runningApplications() const override;
+    const RunningApplication *runningApplication(ProcessID process) const override;
+    const RunningApplication &ownApplication() const override { return own_; }
+    bool activate(ProcessID process) override;
+    bool open(std::string_view url) override;
+    Handle onDidActivateApplication(std::function<void()> observer) override;
+    Handle onDidTerminateApplication(std::function<void()> observer) override;
+    Handle onActiveSpaceDidChange(std::function<void()> observer) override;
+
+    const std::vector<Screen> &screens() const override { return screens_; }
+    Handle onScreenParametersDidChange(std::function<void()> observer) override;
+
+    std::unique_ptr<PlatformWindow> makeWindow(const Rect &frame) override;
+
+    bool isProcessTrusted() const override { return accessibilityTrusted; }
+    std::vector<std::unique_ptr<AccessibilityWindow>> windows(ProcessID process) override;
+
+    std::optional<Value> value(std::string_view key, std::string_view domain) const override;
+
+    std::optional<Value> object(std::string_view key) const override;
+    void setBool(std::string_view key, bool value) override;
+    void setInteger(std::string_view key, std::int64_t value) override;
+    void setDouble(std::string_view key, double value) override;
+    void setString(std::string_view key, const std::string &value) override;
+    void setData(std::string_view key, const Bytes &value) override;
+    void removeObject(std::string_view key) override;
+
+    Stack::iterator find(WindowID window);
+    Stack::iterator require(WindowID window);
+    void insertInFront(Window window);
+    void place(OverlayState &overlay, Stack::iterator position);
+    void orderOverlayFront(OverlayState &overlay);
+    void orderOverlayBelow(OverlayState &overlay, WindowID window);
+    void orderOverlayOut(OverlayState &overlay);
+    void windowsChanged();
+    Rect flipped(const Rect &rect) const;
+    Dictionary record(const Window &window) const;
+
+    Log log_;
+    std::vector<Screen> screens_;
+    RunningApplication own_;
+    std::vector<RunningApplication> applications_;
+    std::optional<ProcessID> frontmost_;
+    std::vector<ProcessID> activations_;
+    Stack stack_;
+    std::vector<std::shared_ptr<OverlayState>> overlays_;
+    std::vector<Preference> preferences_;
+    ProcessID nextProcess_ = 100;
+    WindowID nextWindow_ = 1;
+    bool windowListScripted_ = false;
+    // What was handed out last; dropped when anything about the windows changes.
+    mutable std::shared_ptr<const WindowRecords> records_;
+    Signal<> applicationActivated_;
+    Signal<> applicationTerminated_;
+    Signal<> spaceChanged_;
+    Signal<> screensChanged_;
+};
+
+} // namespace lumo::test
