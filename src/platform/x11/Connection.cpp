@@ -1,5 +1,6 @@
 #include "platform/x11/Connection.h"
 
+#include <poll.h>
 #include <xcb/composite.h>
 #include <xcb/damage.h>
 #include <xcb/randr.h>
@@ -9,6 +10,7 @@
 #include <xcb/xcbext.h>
 #include <xcb/xfixes.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <limits>
 #include <utility>
@@ -142,6 +144,19 @@ Handle Connection::onEvent(std::function<void(const xcb_generic_event_t &)> obse
     return events_.subscribe(std::move(observer));
 }
 
+Handle Connection::onDispatched(std::function<void()> observer) {
+    return dispatched_.subscribe(std::move(observer));
+}
+
+void Connection::selectRootEvents(std::uint32_t eventMask) {
+    rootEventMask_ |= eventMask;
+    xcb_change_window_attributes(connection_, root(), XCB_CW_EVENT_MASK, &rootEventMask_);
+}
+
+bool Connection::isOwn(xcb_window_t window) const {
+    return (window & ~setup().resource_id_mask) == setup().resource_id_base;
+}
+
 void Connection::awaitReply(std::uint32_t sequence, ReplyFunction function) {
     pendingReplies_.push_back({sequence, std::move(function)});
 }
@@ -160,15 +175,12 @@ bool Connection::firstReplyHasArrived() {
     return firstReplyArrived_;
 }
 
-void Connection::deliverReplies(std::optional<std::uint32_t> upToSequence) {
-    while (firstReplyHasArrived() &&
-           (!upToSequence || !isAfter(pendingReplies_.front().sequence, *upToSequence))) {
-        const auto function = std::move(pendingReplies_.front().function);
-        const auto reply = std::move(arrivedReply_);
-        pendingReplies_.pop_front();
-        firstReplyArrived_ = false;
-        function(reply.get());
-    }
+void Connection::deliverFirstReply() {
+    const auto function = std::move(pendingReplies_.front().function);
+    const auto reply = std::move(arrivedReply_);
+    pendingReplies_.pop_front();
+    firstReplyArrived_ = false;
+    function(reply.get());
 }
 
 XcbPointer<xcb_generic_event_t> Connection::nextEvent() {
@@ -179,15 +191,43 @@ XcbPointer<xcb_generic_event_t> Connection::nextEvent() {
 }
 
 void Connection::dispatch() {
-    while (const auto event = nextEvent()) {
-        if (event->response_type == 0) {
-            continue; // an error that nobody waits for
+    while (true) {
+        if (const auto event = nextEvent()) {
+            if (event->response_type == 0) {
+                continue; // an error that nobody waits for
+            }
+            // A reply to a request that the server had handled before this event comes first.
+            while (firstReplyHasArrived() &&
+                   !isAfter(pendingReplies_.front().sequence, event->full_sequence)) {
+                deliverFirstReply();
+            }
+            events_.emit(*event);
+        } else if (!firstReplyHasArrived()) {
+            break;
+        } else if (undispatchedEvent_.reset(xcb_poll_for_queued_event(connection_));
+                   !undispatchedEvent_) {
+            // The functions' own requests may have made libxcb read events that come first.
+            deliverFirstReply();
         }
-        // A reply to a request that the server had handled before this event happened comes first.
-        deliverReplies(event->full_sequence);
-        events_.emit(*event);
     }
-    deliverReplies(std::nullopt);
+    dispatched_.emit();
+}
+
+bool Connection::dispatchUntil(const std::function<bool()> &condition, double seconds) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
+    while (!condition()) {
+        const std::chrono::duration<double> left = deadline - std::chrono::steady_clock::now();
+        if (left.count() <= 0 || isLost()) {
+            return false;
+        }
+        flush();
+        if (!hasUndispatched()) {
+            pollfd ready{fileDescriptor(), POLLIN, 0};
+            poll(&ready, 1, static_cast<int>(left.count() * 1000) + 1);
+        }
+        dispatch();
+    }
+    return true;
 }
 
 bool Connection::hasUndispatched() {

@@ -9,7 +9,6 @@
 #include <deque>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -74,6 +73,17 @@ class Connection {
     // Calls the observer for every event, in the order of arrival.
     Handle onEvent(std::function<void(const xcb_generic_event_t &)> observer);
 
+    // Calls the observer at the end of each dispatch(): the moment to act once on what a batch of
+    // events and replies has changed.
+    Handle onDispatched(std::function<void()> observer);
+
+    // Asks for these events of the root window beside those that were asked for before. Nobody
+    // sets the root window's event mask in any other way on this connection.
+    void selectRootEvents(std::uint32_t eventMask);
+
+    // True for a window that was made on this connection.
+    bool isOwn(xcb_window_t window) const;
+
     // Calls the function once with the reply to a request, in the order of requests and interleaved
     // correctly with events; with null when the request failed. The cookie is that of an ordinary
     // (checked) request.
@@ -94,6 +104,10 @@ class Connection {
 
     // Calls the observers of everything that has arrived.
     void dispatch();
+
+    // Dispatches what arrives until the condition holds, for at most so many seconds. For start-up
+    // only. False when the time was up or the server went away.
+    bool dispatchUntil(const std::function<bool()> &condition, double seconds);
 
     // True when something has been read from the server and waits for dispatch(), which the file
     // descriptor no longer tells. Reads nothing itself.
@@ -123,7 +137,7 @@ class Connection {
     void negotiateExtensions();
     void awaitReply(std::uint32_t sequence, ReplyFunction function);
     bool firstReplyHasArrived();
-    void deliverReplies(std::optional<std::uint32_t> upToSequence);
+    void deliverFirstReply();
     XcbPointer<xcb_generic_event_t> nextEvent();
 
     xcb_connection_t *connection_;
@@ -131,7 +145,9 @@ class Connection {
     int screenNumber_;
     Extensions extensions_;
     std::unordered_map<std::string, xcb_atom_t> atoms_;
+    std::uint32_t rootEventMask_ = 0;
     Signal<xcb_generic_event_t> events_;
+    Signal<> dispatched_;
     XcbPointer<xcb_generic_event_t> undispatchedEvent_;
     std::deque<PendingReply> pendingReplies_;
     bool firstReplyArrived_ = false; // the first of pendingReplies_ is answered by arrivedReply_
