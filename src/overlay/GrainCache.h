@@ -1,0 +1,65 @@
+#pragma once
+
+#include "platform/LayerTree.h"
+#include "support/Geometry.h"
+
+#include <condition_variable>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <shared_mutex>
+
+namespace lumo {
+
+// What tells grain images apart.
+struct GrainCacheKey {
+    int width = 1; // pixels
+    int height = 1;
+    int scale100 = 100; // pixels per point times 100, rounded to nearest
+
+    auto operator<=>(const GrainCacheKey &) const = default;
+};
+
+// The key for a size in points and a scale in pixels per point. Pixels are truncated, but never
+// fewer than one each way. Stops the program on a size or scale that is not finite or out of range.
+GrainCacheKey grainCacheKey(Size size, double scale);
+
+// A fine monochrome noise of that many pixels, opaque; the same at every call. Null when there is
+// no memory for it. Any thread.
+std::shared_ptr<const Image> makeFineGrainImage(Size size, double scale);
+
+// The grain images of the process, one for each key, kept for good. Any thread.
+class GrainCache {
+  public:
+    // Held while an image is on its way, see reserve().
+    using Reservation = std::shared_ptr<const void>;
+
+    static GrainCache &shared();
+
+    // The image, if it has been rendered.
+    std::shared_ptr<const Image> find(const GrainCacheKey &key) const;
+
+    // The image, rendered now unless it has been before. Waits for another thread that is at it.
+    // Null when it can't be rendered.
+    std::shared_ptr<const Image> findOrRender(Size size, double scale);
+
+    // Says that the caller is about to have this image rendered: null when somebody else has said
+    // so and has not let go of the reservation yet.
+    Reservation reserve(const GrainCacheKey &key);
+
+  private:
+    GrainCache() = default;
+
+    void store(const GrainCacheKey &key, std::shared_ptr<const Image> image);
+
+    mutable std::shared_mutex imagesMutex_;
+    std::map<GrainCacheKey, std::shared_ptr<const Image>> images_;
+
+    std::mutex workMutex_;
+    std::condition_variable renderingEnded_;
+    std::set<GrainCacheKey> rendering_;
+    std::set<GrainCacheKey> reserved_;
+};
+
+} // namespace lumo
