@@ -3,6 +3,7 @@
 namespace lumo {
 
 class Accessibility;
+class HotKeyService;
 class Log;
 class MainLoop;
 class OverlayWindows;
@@ -22,6 +23,7 @@ struct Capabilities {
 // what it refers to outlives all that uses it.
 struct Platform {
     Accessibility &accessibility;
+    HotKeyService &hotKeyService;
     Log &log;
     MainLoop &mainLoop;
     OverlayWindows &overlayWindows;

@@ -98,6 +98,7 @@ ScriptedDesktop::~ScriptedDesktop() = default;
 
 Platform ScriptedDesktop::platform() {
     return {.accessibility = *this,
+            .hotKeyService = *this,
             .log = log_,
             .mainLoop = mainLoop,
             .overlayWindows = *this,
@@ -458,6 +459,37 @@ void ScriptedDesktop::setPreference(std::string domain, std::string key, Value v
 void ScriptedDesktop::removePreference(std::string_view domain, std::string_view key) {
     std::erase_if(preferences_,
                   [&](const Preference &each) { return each.domain == domain && each.key == key; });
+}
+
+Handle ScriptedDesktop::installEventHandler(std::function<void(const HotKeyEvent &)> handler) {
+    return hotKeyEvents_.subscribe(std::move(handler));
+}
+
+HotKeyRegistration ScriptedDesktop::registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
+                                                   HotKeyID id) {
+    if (std::ranges::find(keyCodesTakenByOthers, keyCode) != keyCodesTakenByOthers.end()) {
+        return {hotKeyStatus::alreadyTaken, {}};
+    }
+    hotKeys_.push_back({keyCode, modifiers, id});
+    return {hotKeyStatus::success, Handle([this, id] {
+                std::erase_if(hotKeys_, [id](const HotKey &hotKey) { return hotKey.id == id; });
+            })};
+}
+
+void ScriptedDesktop::pressHotKey(std::uint32_t keyCode, std::uint32_t modifiers) {
+    for (const auto &hotKey : std::vector(hotKeys_)) {
+        if (hotKey.keyCode == keyCode && hotKey.modifiers == modifiers) {
+            hotKeyEvents_.emit({hotKey.id, hotKeyEventKind::pressed});
+        }
+    }
+}
+
+void ScriptedDesktop::releaseHotKey(std::uint32_t keyCode, std::uint32_t modifiers) {
+    for (const auto &hotKey : std::vector(hotKeys_)) {
+        if (hotKey.keyCode == keyCode && hotKey.modifiers == modifiers) {
+            hotKeyEvents_.emit({hotKey.id, hotKeyEventKind::released});
+        }
+    }
 }
 
 std::optional<Value> ScriptedDesktop::value(std::string_view key, std::string_view domain) const {

@@ -2,6 +2,7 @@
 
 #include "ScriptedMainLoop.h"
 #include "platform/Accessibility.h"
+#include "platform/HotKeyService.h"
 #include "platform/OverlayWindows.h"
 #include "platform/Platform.h"
 #include "platform/PreferenceDomains.h"
@@ -51,6 +52,7 @@ class ScriptedDesktop final : private WindowServer,
                               private OverlayWindows,
                               private Accessibility,
                               private PreferenceDomains,
+                              private HotKeyService,
                               private UserDefaults {
   public:
     using ProcessID = std::int32_t;
@@ -119,6 +121,19 @@ class ScriptedDesktop final : private WindowServer,
     std::vector<WindowID> refusesToRaise;
     std::vector<WindowID> raiseAttempts;
 
+    // Hot keys. A press while the key is down is auto-repeat. Nothing is heard of combinations that
+    // are not registered.
+    struct HotKey {
+        std::uint32_t keyCode;
+        std::uint32_t modifiers;
+        HotKeyID id;
+    };
+    const std::vector<HotKey> &hotKeys() const { return hotKeys_; }
+    void pressHotKey(std::uint32_t keyCode, std::uint32_t modifiers);
+    void releaseHotKey(std::uint32_t keyCode, std::uint32_t modifiers);
+    void sendHotKeyEvent(const HotKeyEvent &event) { hotKeyEvents_.emit(event); }
+    std::vector<std::uint32_t> keyCodesTakenByOthers;
+
     // Preferences of other programs
     void setPreference(std::string domain, std::string key, Value value);
     void removePreference(std::string_view domain, std::string_view key);
@@ -165,6 +180,10 @@ class ScriptedDesktop final : private WindowServer,
     bool isProcessTrusted() const override { return accessibilityTrusted; }
     std::vector<std::unique_ptr<AccessibilityWindow>> windows(ProcessID process) override;
 
+    Handle installEventHandler(std::function<void(const HotKeyEvent &)> handler) override;
+    HotKeyRegistration registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
+                                      HotKeyID id) override;
+
     std::optional<Value> value(std::string_view key, std::string_view domain) const override;
 
     std::optional<Value> object(std::string_view key) const override;
@@ -195,6 +214,8 @@ class ScriptedDesktop final : private WindowServer,
     Stack stack_;
     std::vector<std::shared_ptr<OverlayState>> overlays_;
     std::vector<Preference> preferences_;
+    std::vector<HotKey> hotKeys_;
+    Signal<HotKeyEvent> hotKeyEvents_;
     ProcessID nextProcess_ = 100;
     WindowID nextWindow_ = 1;
     bool windowListScripted_ = false;

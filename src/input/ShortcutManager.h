@@ -1,0 +1,88 @@
+#pragma once
+
+#include "platform/HotKeyService.h"
+#include "platform/Platform.h"
+#include "support/Handle.h"
+#include "support/Lifetime.h"
+#include "support/Published.h"
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+namespace lumo {
+
+class SettingsStore;
+
+enum class ShortcutEvent { toggle, peek, setCoverFromFrontmost };
+
+// The bits of the modifier masks that the shortcut settings hold.
+namespace shortcutModifier {
+inline constexpr std::int64_t shift = 0x200;
+inline constexpr std::int64_t command = 0x400;
+inline constexpr std::int64_t option = 0x800;
+inline constexpr std::int64_t control = 0x1000;
+} // namespace shortcutModifier
+
+// The first four characters packed into one number, the first in the top byte; 0 for an empty text.
+std::uint32_t fourCC(std::string_view text);
+
+// The hot-key service's modifier bits for a shortcut modifier mask. Unknown bits are dropped.
+std::uint32_t carbonFlags(std::int64_t modifiers);
+
+// Registers the global shortcuts that the settings describe and turns their presses into events,
+// one for each physical press. Main thread only, but for the service's handler, which hands its
+// events over.
+class ShortcutManager {
+  public:
+    ShortcutManager(const Platform &platform, SettingsStore &settingsStore);
+    ~ShortcutManager();
+    ShortcutManager(const ShortcutManager &) = delete;
+    ShortcutManager &operator=(const ShortcutManager &) = delete;
+
+    // True while the hot keys are registered. The caller of registerHotKeys() sets it.
+    Published<bool> isListening{false};
+
+    // Called on the main thread.
+    std::function<void(ShortcutEvent)> onShortcutTriggered;
+
+    void installHotKeyHandlerIfNeeded();
+
+    // Registers every enabled shortcut anew: Peek first, then Toggle, then Set cover. A combination
+    // that an earlier one has claimed, or that the service refuses, is skipped with a log line.
+    void registerHotKeys();
+
+    void unregisterHotKeys();
+
+    // Registers anew if the manager was listening; makes sure that nothing is registered otherwise.
+    void reregisterShortcuts();
+
+  private:
+    struct Shortcut;
+    struct HotKey {
+        Handle registration;
+        bool isDown = false;
+    };
+
+    void setupSettingsBinding();
+    void registerHotKey(const Shortcut &shortcut, std::vector<std::string> &usedCombinations);
+    void handleHotKeyEvent(const HotKeyEvent &event);
+    void emit(ShortcutEvent event);
+    HotKey &hotKey(ShortcutEvent event) { return hotKeys_[static_cast<std::size_t>(event)]; }
+
+    HotKeyService &hotKeyService_;
+    Log &log_;
+    MainLoop &mainLoop_;
+    SettingsStore &settingsStore_;
+    const std::thread::id mainThread_ = std::this_thread::get_id();
+    std::array<HotKey, 3> hotKeys_; // by ShortcutEvent
+    Handle hotKeyHandler_;
+    std::vector<Subscription> cancellables_;
+    Lifetime lifetime_;
+};
+
+} // namespace lumo

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "support/Handle.h"
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+
+namespace lumo {
+
+// The modifier bits of a hot key.
+namespace hotKeyModifier {
+inline constexpr std::uint32_t command = 0x100;
+inline constexpr std::uint32_t shift = 0x200;
+inline constexpr std::uint32_t option = 0x800;
+inline constexpr std::uint32_t control = 0x1000;
+} // namespace hotKeyModifier
+
+// The kinds of hot-key events.
+namespace hotKeyEventKind {
+inline constexpr std::uint32_t pressed = 5;
+inline constexpr std::uint32_t released = 6;
+} // namespace hotKeyEventKind
+
+namespace hotKeyStatus {
+inline constexpr std::int32_t success = 0;
+inline constexpr std::int32_t invalidParameter = -50; // a key or modifier that this keyboard lacks
+inline constexpr std::int32_t alreadyTaken = -9878;   // by another program
+} // namespace hotKeyStatus
+
+// What identifies a hot key in its events: four characters, the first in the top byte, and a
+// number.
+struct HotKeyID {
+    std::uint32_t signature = 0;
+    std::uint32_t number = 0;
+
+    bool operator==(const HotKeyID &) const = default;
+};
+
+struct HotKeyEvent {
+    std::optional<HotKeyID> id; // absent when it can't be read
+    std::uint32_t kind = 0;
+};
+
+// The outcome of a registration: on success, a handle that unregisters the hot key again.
+struct HotKeyRegistration {
+    std::int32_t status = hotKeyStatus::success;
+    Handle handle;
+};
+
+// Key combinations that reach this program whichever application is frontmost.
+class HotKeyService {
+  public:
+    virtual ~HotKeyService() = default;
+
+    // Calls the handler for every press and release of a registered hot key. A key that is held may
+    // be reported as pressed several times before it is released. May be called on any thread.
+    virtual Handle installEventHandler(std::function<void(const HotKeyEvent &)> handler) = 0;
+
+    // Registers the key at the position that the virtual key code has on the ANSI layout, with
+    // exactly these modifiers (hotKeyModifier), whatever the lock keys say. Main thread only.
+    virtual HotKeyRegistration registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
+                                              HotKeyID id) = 0;
+};
+
+} // namespace lumo

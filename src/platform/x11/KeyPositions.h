@@ -1,0 +1,15 @@
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include <cstdint>
+#include <optional>
+
+namespace lumo::x11 {
+
+// The X key code of the key at the position that the virtual key code names on the ANSI layout,
+// whatever the keyboard's layout makes of that key; absent for a code that has no such position. X
+// servers on Linux number keys as the kernel does, plus 8.
+std::optional<xcb_keycode_t> keycodeOfVirtualKey(std::uint32_t virtualKeyCode);
+
+} // namespace lumo::x11

@@ -1,0 +1,129 @@
+#include "input/ShortcutManager.h"
+
+#include "ScriptedDesktop.h"
+#include "settings/SettingsStore.h"
+
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace lumo {
+namespace {
+
+using test::ScriptedDesktop;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using enum ShortcutEvent;
+
+constexpr std::uint32_t commandOption = hotKeyModifier::command | hotKeyModifier::option;
+
+class ShortcutManagerTest : public testing::Test {
+  protected:
+    ShortcutManagerTest() {
+        manager->onShortcutTriggered = [this](ShortcutEvent event) { triggered.push_back(event); };
+    }
+
+    void listen() {
+        manager->installHotKeyHandlerIfNeeded();
+        manager->registerHotKeys();
+        manager->isListening.set(true);
+    }
+
+    std::vector<ShortcutEvent> press(std::uint32_t keyCode, std::uint32_t modifiers) {
+        triggered.clear();
+        desktop.pressHotKey(keyCode, modifiers);
+        desktop.releaseHotKey(keyCode, modifiers);
+        return triggered;
+    }
+
+    ScriptedDesktop desktop;
+    Platform platform = desktop.platform();
+    SettingsStore settings{platform.userDefaults};
+    std::unique_ptr<ShortcutManager> manager =
+        std::make_unique<ShortcutManager>(platform, settings);
+    std::vector<ShortcutEvent> triggered;
+};
+
+TEST_F(ShortcutManagerTest, TheDefaultsTriggerOnceForEachPhysicalPress) {
+    EXPECT_THAT(desktop.hotKeys(), IsEmpty());
+    listen();
+    EXPECT_THAT(press(49, hotKeyModifier::control), ElementsAre(toggle));
+    EXPECT_THAT(press(48, commandOption), ElementsAre(peek));
+    EXPECT_THAT(press(8, commandOption), ElementsAre(setCoverFromFrontmost));
+    EXPECT_EQ(desktop.hotKeys().front().id, (HotKeyID{0x4C554D50, 2})); // Peek first
+
+    triggered.clear();
+    for (int repeat = 0; repeat < 14; ++repeat) {
+        desktop.pressHotKey(48, commandOption);
+    }
+    desktop.sendHotKeyEvent({std::nullopt, hotKeyEventKind::pressed});
+    desktop.sendHotKeyEvent({HotKeyID{0, 3}, hotKeyEventKind::pressed});
+    desktop.sendHotKeyEvent({HotKeyID{0, 1}, 7});
+    EXPECT_THAT(triggered, ElementsAre(peek));
+    desktop.sendHotKeyEvent({HotKeyID{0, 1}, hotKeyEventKind::pressed}); // whatever the signature
+    EXPECT_THAT(triggered, ElementsAre(peek, toggle));
+}
+
+TEST_F(ShortcutManagerTest, ConflictsAndRefusalsCostOneShortcutAndOneLine) {
+    settings.toggleShortcutKey.set(48);
+    settings.toggleShortcutModifiers.set(3072);
+    desktop.keyCodesTakenByOthers = {8};
+    listen();
+    EXPECT_THAT(desktop.logLines,
+                ElementsAre("[Lumo] Toggle hotkey skipped due to conflict: 48-3072",
+                            "[Lumo] Cover hotkey register failed, status=-9878"));
+    EXPECT_THAT(press(48, commandOption), ElementsAre(peek));
+
+    // A refused combination is not claimed, and masks that differ in meaningless bits do not
+    // conflict.
+    desktop.logLines.clear();
+    settings.peekShortcutKey.set(8);
+    settings.toggleShortcutKey.set(8);
+    settings.coverSetShortcutKey.set(7);
+    settings.coverSetShortcutModifiers.set(3072 | 1);
+    desktop.mainLoop.runPosted();
+    EXPECT_THAT(desktop.logLines,
+                testing::Contains("[Lumo] Toggle hotkey register failed, status=-9878"));
+    EXPECT_THAT(press(7, commandOption), ElementsAre(setCoverFromFrontmost));
+}
+
+TEST_F(ShortcutManagerTest, FollowsTheSettingsWhileListeningAndOnlyThen) {
+    settings.peekShortcutKey.set(40);
+    desktop.mainLoop.runPosted();
+    EXPECT_THAT(desktop.hotKeys(), IsEmpty());
+    EXPECT_FALSE(manager->isListening.value());
+
+    listen();
+    settings.peekShortcutEnabled.set(false);
+    settings.toggleShortcutKey.set(17);
+    desktop.mainLoop.runPosted();
+    EXPECT_THAT(press(40, commandOption), IsEmpty());
+    EXPECT_THAT(press(17, hotKeyModifier::control), ElementsAre(toggle));
+    EXPECT_TRUE(manager->isListening.value());
+
+    manager.reset();
+    EXPECT_THAT(desktop.hotKeys(), IsEmpty());
+}
+
+TEST_F(ShortcutManagerTest, EventsFromAnotherThreadAreHandedToTheMainOne) {
+    listen();
+    std::thread([&] { desktop.pressHotKey(48, commandOption); }).join();
+    EXPECT_THAT(triggered, IsEmpty());
+    desktop.mainLoop.runPosted();
+    EXPECT_THAT(triggered, ElementsAre(peek));
+}
+
+TEST(ShortcutConversions, PackSignaturesAndTranslateModifiers) {
+    EXPECT_EQ(fourCC("LUMT"), 0x4C554D54U);
+    EXPECT_EQ(fourCC(""), 0U);
+    EXPECT_EQ(fourCC("LUMTX"), fourCC("LUMT"));
+    EXPECT_EQ(carbonFlags(0x1E00), 0x1B00U);
+    EXPECT_EQ(carbonFlags(0x400), 0x100U);
+    EXPECT_EQ(carbonFlags(0xE1FF), 0U);
+}
+
+} // namespace
+} // namespace lumo
