@@ -29,6 +29,7 @@ struct MirrorWindow {
     xcb_window_t frame = XCB_NONE;  // the child of the root window
     xcb_window_t client = XCB_NONE; // the managed window inside, or the frame itself
     PixelRect geometry;             // of the frame, its border included
+    int borderWidth = 0;            // of the frame, in pixels on each side
     bool isMapped = false;
     bool isInputOnly = false;
     bool isManaged = false; // a window manager handles the client
