@@ -1,0 +1,459 @@
+#include "desktop/DesktopSession.h"
+
+#include <poll.h>
+#include <xcb/randr.h>
+#include <xcb/xtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <stdexcept>
+#include <utility>
+
+namespace lumo::desktop {
+
+namespace {
+
+struct Free {
+    void operator()(void *memory) const noexcept { std::free(memory); }
+};
+
+template <class T>
+using Reply = std::unique_ptr<T, Free>;
+
+template <class T, class Cookie>
+Reply<T> wait(xcb_connection_t *connection, Cookie cookie,
+              T *(*function)(xcb_connection_t *, Cookie, xcb_generic_error_t **)) {
+    xcb_generic_error_t *error = nullptr;
+    Reply<T> reply(function(connection, cookie, &error));
+    const Reply<xcb_generic_error_t> ignored(error);
+    if (!reply && xcb_connection_has_error(connection) != 0) {
+        throw std::runtime_error("the X server is gone");
+    }
+    return reply;
+}
+
+double steadyNow() {
+    return Seconds(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+constexpr std::uint32_t sourcePager = 2;
+
+} // namespace
+
+DesktopSession::DesktopSession(const std::string &displayName)
+    : connection_(xcb_connect(displayName.c_str(), nullptr)) {
+    if (xcb_connection_has_error(connection_) != 0) {
+        xcb_disconnect(connection_);
+        throw std::runtime_error("cannot connect to the X server " + displayName);
+    }
+    screen_ = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data;
+    const std::uint32_t events[] = {XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY |
+                                    XCB_EVENT_MASK_PROPERTY_CHANGE};
+    xcb_change_window_attributes(connection_, root(), XCB_CW_EVENT_MASK, events);
+    sync();
+}
+
+DesktopSession::~DesktopSession() {
+    xcb_disconnect(connection_);
+}
+
+xcb_atom_t DesktopSession::atom(std::string_view name) {
+    if (const auto known = atoms_.find(name); known != atoms_.end()) {
+        return known->second;
+    }
+    const auto reply =
+        wait(connection_,
+             xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data()),
+             xcb_intern_atom_reply);
+    const xcb_atom_t atom = reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
+    atoms_.emplace(name, atom);
+    return atom;
+}
+
+void DesktopSession::sync() {
+    wait(connection_, xcb_get_input_focus(connection_), xcb_get_input_focus_reply);
+}
+
+void DesktopSession::pump() {
+    while (const Reply<xcb_generic_event_t> event{xcb_poll_for_event(connection_)}) {
+        if ((event->response_type & 0x7f) == XCB_CONFIGURE_NOTIFY) {
+            xcb_configure_notify_event_t configured;
+            std::memcpy(&configured, event.get(), sizeof configured);
+            orderChanges_.push_back({configured.window, configured.above_sibling, steadyNow()});
+        }
+    }
+}
+
+void DesktopSession::waitForEvents(Seconds atMost) {
+    xcb_flush(connection_);
+    pollfd server{.fd = xcb_get_file_descriptor(connection_), .events = POLLIN, .revents = 0};
+    // Some conditions look at files and processes, which announce nothing: hence the short limit.
+    ::poll(&server, 1, static_cast<int>(std::min(atMost.count(), 0.005) * 1000) + 1);
+    pump();
+}
+
+bool DesktopSession::eventually(const std::function<bool()> &condition, Seconds deadline) {
+    const double end = steadyNow() + deadline.count();
+    while (!condition()) {
+        const double left = end - steadyNow();
+        if (left <= 0) {
+            return false;
+        }
+        waitForEvents(Seconds(left));
+    }
+    return true;
+}
+
+bool DesktopSession::remains(const std::function<bool()> &condition, Seconds duration) {
+    return !eventually([&] { return !condition(); }, duration);
+}
+
+std::vector<xcb_window_t> DesktopSession::stacking() {
+    const auto tree = wait(connection_, xcb_query_tree(connection_, root()), xcb_query_tree_reply);
+    const xcb_window_t *children = xcb_query_tree_children(tree.get());
+    return {children, children + xcb_query_tree_children_length(tree.get())};
+}
+
+xcb_window_t DesktopSession::frameOf(xcb_window_t window) {
+    while (true) {
+        const auto tree =
+            wait(connection_, xcb_query_tree(connection_, window), xcb_query_tree_reply);
+        if (!tree) {
+            return XCB_NONE;
+        }
+        if (tree->parent == root() || tree->parent == XCB_NONE) {
+            return window;
+        }
+        window = tree->parent;
+    }
+}
+
+bool DesktopSession::isAbove(xcb_window_t upper, xcb_window_t lower) {
+    const auto order = stacking();
+    const auto high = std::find(order.begin(), order.end(), frameOf(upper));
+    const auto low = std::find(order.begin(), order.end(), frameOf(lower));
+    return high != order.end() && low != order.end() && low < high;
+}
+
+bool DesktopSession::isViewable(xcb_window_t window) {
+    const auto attributes = wait(connection_, xcb_get_window_attributes(connection_, window),
+                                 xcb_get_window_attributes_reply);
+    return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
+}
+
+bool DesktopSession::isOverrideRedirect(xcb_window_t window) {
+    const auto attributes = wait(connection_, xcb_get_window_attributes(connection_, window),
+                                 xcb_get_window_attributes_reply);
+    return attributes && attributes->override_redirect != 0;
+}
+
+Area DesktopSession::areaOf(xcb_window_t window) {
+    const auto geometry =
+        wait(connection_, xcb_get_geometry(connection_, window), xcb_get_geometry_reply);
+    const auto origin =
+        wait(connection_, xcb_translate_coordinates(connection_, window, root(), 0, 0),
+             xcb_translate_coordinates_reply);
+    if (!geometry || !origin) {
+        return {};
+    }
+    return {origin->dst_x, origin->dst_y, geometry->width, geometry->height};
+}
+
+Area DesktopSession::frameAreaOf(xcb_window_t window) {
+    const auto geometry =
+        wait(connection_, xcb_get_geometry(connection_, frameOf(window)), xcb_get_geometry_reply);
+    if (!geometry) {
+        return {};
+    }
+    const int borders = 2 * geometry->border_width;
+    return {geometry->x, geometry->y, geometry->width + borders, geometry->height + borders};
+}
+
+std::string DesktopSession::classOf(xcb_window_t window) {
+    const auto reply =
+        wait(connection_,
+             xcb_get_property(connection_, 0, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 0, 256),
+             xcb_get_property_reply);
+    if (!reply) {
+        return {};
+    }
+    const std::string both(static_cast<const char *>(xcb_get_property_value(reply.get())),
+                           static_cast<std::size_t>(xcb_get_property_value_length(reply.get())));
+    const std::size_t instanceEnd = both.find('\0');
+    return instanceEnd == std::string::npos ? std::string()
+                                            : std::string(both.c_str() + instanceEnd + 1);
+}
+
+std::vector<std::uint32_t> DesktopSession::numbers(xcb_window_t window, std::string_view property) {
+    const auto reply = wait(connection_,
+                            xcb_get_property(connection_, 0, window, atom(property),
+                                             XCB_GET_PROPERTY_TYPE_ANY, 0, 1024),
+                            xcb_get_property_reply);
+    if (!reply || reply->format != 32) {
+        return {};
+    }
+    const auto *values = static_cast<const std::uint32_t *>(xcb_get_property_value(reply.get()));
+    return {values, values + xcb_get_property_value_length(reply.get()) / 4};
+}
+
+xcb_window_t DesktopSession::activeWindow() {
+    const auto windows = numbers(root(), "_NET_ACTIVE_WINDOW");
+    return windows.empty() ? XCB_NONE : windows.front();
+}
+
+xcb_window_t DesktopSession::focusedWindow() {
+    const auto reply =
+        wait(connection_, xcb_get_input_focus(connection_), xcb_get_input_focus_reply);
+    return reply ? reply->focus : XCB_NONE;
+}
+
+xcb_window_t DesktopSession::selectionOwner(std::string_view selection) {
+    const auto reply = wait(connection_, xcb_get_selection_owner(connection_, atom(selection)),
+                            xcb_get_selection_owner_reply);
+    return reply ? reply->owner : XCB_NONE;
+}
+
+std::optional<std::string> DesktopSession::windowManagerName() {
+    constexpr std::string_view check = "_NET_SUPPORTING_WM_CHECK";
+    const auto window = numbers(root(), check);
+    if (window.empty() || numbers(window.front(), check) != window) {
+        return std::nullopt;
+    }
+    const auto reply = wait(connection_,
+                            xcb_get_property(connection_, 0, window.front(), atom("_NET_WM_NAME"),
+                                             XCB_GET_PROPERTY_TYPE_ANY, 0, 256),
+                            xcb_get_property_reply);
+    return reply ? std::string(static_cast<const char *>(xcb_get_property_value(reply.get())),
+                               static_cast<std::size_t>(xcb_get_property_value_length(reply.get())))
+                 : std::string();
+}
+
+bool DesktopSession::windowManagerTakesWindows() {
+    const xcb_window_t probe = xcb_generate_id(connection_);
+    xcb_create_window(connection_, XCB_COPY_FROM_PARENT, probe, root(), 0, 0, 10, 10, 0,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+    xcb_map_window(connection_, probe);
+    const bool taken = eventually([&] { return isViewable(probe); }, Seconds(0.5));
+    xcb_destroy_window(connection_, probe);
+    const auto isForgotten = [&] {
+        const auto clients = numbers(root(), "_NET_CLIENT_LIST");
+        return std::find(clients.begin(), clients.end(), probe) == clients.end();
+    };
+    return eventually(isForgotten) && taken;
+}
+
+std::vector<OrderChange> DesktopSession::takeOrderChanges() {
+    sync();
+    pump();
+    return std::exchange(orderChanges_, {});
+}
+
+Picture DesktopSession::picture() {
+    return picture(screenArea());
+}
+
+Picture DesktopSession::picture(const Area &part) {
+    const auto image =
+        wait(connection_,
+             xcb_get_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, root(),
+                           static_cast<std::int16_t>(part.x), static_cast<std::int16_t>(part.y),
+                           static_cast<std::uint16_t>(part.width),
+                           static_cast<std::uint16_t>(part.height), ~0U),
+             xcb_get_image_reply);
+    if (!image) {
+        throw std::runtime_error("that part of the screen cannot be read");
+    }
+    const std::uint8_t *bytes = xcb_get_image_data(image.get());
+    Picture picture(part.width, part.height);
+    for (int y = 0; y < part.height; ++y) {
+        for (int x = 0; x < part.width; ++x, bytes += 4) {
+            picture.at(x, y) = {bytes[2], bytes[1], bytes[0]};
+        }
+    }
+    return picture;
+}
+
+Colour DesktopSession::pixel(int x, int y) {
+    return picture({x, y, 1, 1}).at(0, 0);
+}
+
+void DesktopSession::askWindowManager(xcb_window_t window, std::string_view type,
+                                      const std::vector<std::uint32_t> &data) {
+    xcb_client_message_event_t message{};
+    message.response_type = XCB_CLIENT_MESSAGE;
+    message.format = 32;
+    message.window = window;
+    message.type = atom(type);
+    std::copy(data.begin(), data.end(), message.data.data32);
+    xcb_send_event(connection_, 0, root(),
+                   XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+                   reinterpret_cast<const char *>(&message));
+    xcb_flush(connection_);
+}
+
+void DesktopSession::activate(xcb_window_t window) {
+    askWindowManager(window, "_NET_ACTIVE_WINDOW", {sourcePager, XCB_CURRENT_TIME, XCB_NONE});
+}
+
+void DesktopSession::close(xcb_window_t window) {
+    askWindowManager(window, "_NET_CLOSE_WINDOW", {XCB_CURRENT_TIME, sourcePager});
+}
+
+void DesktopSession::minimise(xcb_window_t window) {
+    constexpr std::uint32_t iconicState = 3;
+    askWindowManager(window, "WM_CHANGE_STATE", {iconicState});
+}
+
+void DesktopSession::restore(xcb_window_t window) {
+    activate(window);
+}
+
+void DesktopSession::move(xcb_window_t window, int x, int y) {
+    const std::uint32_t values[] = {static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y)};
+    xcb_configure_window(connection_, window, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y, values);
+    xcb_flush(connection_);
+}
+
+void DesktopSession::resize(xcb_window_t window, int width, int height) {
+    const std::uint32_t values[] = {static_cast<std::uint32_t>(width),
+                                    static_cast<std::uint32_t>(height)};
+    xcb_configure_window(connection_, window, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
+                         values);
+    xcb_flush(connection_);
+}
+
+void DesktopSession::setState(xcb_window_t window, std::string_view state, bool on) {
+    askWindowManager(window, "_NET_WM_STATE", {on ? 1U : 0U, atom(state), 0, sourcePager});
+}
+
+void DesktopSession::setFullScreen(xcb_window_t window, bool on) {
+    setState(window, "_NET_WM_STATE_FULLSCREEN", on);
+}
+
+void DesktopSession::setKeptAbove(xcb_window_t window, bool on) {
+    setState(window, "_NET_WM_STATE_ABOVE", on);
+}
+
+void DesktopSession::switchToDesktop(std::uint32_t index) {
+    askWindowManager(root(), "_NET_CURRENT_DESKTOP", {index, XCB_CURRENT_TIME});
+}
+
+void DesktopSession::fakeInput(std::uint8_t type, std::uint8_t detail, int x, int y) {
+    xcb_test_fake_input(connection_, type, detail, XCB_CURRENT_TIME, XCB_NONE,
+                        static_cast<std::int16_t>(x), static_cast<std::int16_t>(y), 0);
+}
+
+void DesktopSession::movePointerTo(int x, int y) {
+    fakeInput(XCB_MOTION_NOTIFY, 0, x, y);
+    sync();
+}
+
+void DesktopSession::movePointerBy(int dx, int dy) {
+    fakeInput(XCB_MOTION_NOTIFY, 1, dx, dy);
+    sync();
+}
+
+void DesktopSession::click(Spot spot, int button) {
+    fakeInput(XCB_MOTION_NOTIFY, 0, spot.x, spot.y);
+    fakeInput(XCB_BUTTON_PRESS, static_cast<std::uint8_t>(button), 0, 0);
+    fakeInput(XCB_BUTTON_RELEASE, static_cast<std::uint8_t>(button), 0, 0);
+    sync();
+}
+
+void DesktopSession::press(const std::vector<Key> &chord) {
+    for (const Key key : chord) {
+        setKey(key, true);
+    }
+    for (auto key = chord.rbegin(); key != chord.rend(); ++key) {
+        setKey(*key, false);
+    }
+}
+
+void DesktopSession::setKey(Key key, bool down) {
+    fakeInput(down ? XCB_KEY_PRESS : XCB_KEY_RELEASE, keycodeOf(key), 0, 0);
+    sync();
+}
+
+std::uint8_t DesktopSession::keycodeOf(Key key) {
+    const xcb_setup_t &setup = *xcb_get_setup(connection_);
+    const auto count = static_cast<std::uint8_t>(setup.max_keycode - setup.min_keycode + 1);
+    const auto mapping =
+        wait(connection_, xcb_get_keyboard_mapping(connection_, setup.min_keycode, count),
+             xcb_get_keyboard_mapping_reply);
+    const xcb_keysym_t *symbols = xcb_get_keyboard_mapping_keysyms(mapping.get());
+    for (int row = 0; row < count; ++row) {
+        if (symbols[row * mapping->keysyms_per_keycode] == static_cast<xcb_keysym_t>(key)) {
+            return static_cast<std::uint8_t>(setup.min_keycode + row);
+        }
+    }
+    throw std::runtime_error("the keyboard lacks a key");
+}
+
+void DesktopSession::setMonitor(const std::string &name, const Area &area, bool withOutput) {
+    std::vector<xcb_randr_output_t> outputs;
+    if (withOutput) {
+        const auto resources =
+            wait(connection_, xcb_randr_get_screen_resources_current(connection_, root()),
+                 xcb_randr_get_screen_resources_current_reply);
+        outputs.push_back(xcb_randr_get_screen_resources_current_outputs(resources.get())[0]);
+    }
+    std::vector<std::uint8_t> request(sizeof(xcb_randr_monitor_info_t) +
+                                      outputs.size() * sizeof(xcb_randr_output_t));
+    xcb_randr_monitor_info_t monitor{};
+    monitor.name = atom(name);
+    monitor.primary = withOutput ? 1 : 0;
+    monitor.nOutput = static_cast<std::uint16_t>(outputs.size());
+    monitor.x = static_cast<std::int16_t>(area.x);
+    monitor.y = static_cast<std::int16_t>(area.y);
+    monitor.width = static_cast<std::uint16_t>(area.width);
+    monitor.height = static_cast<std::uint16_t>(area.height);
+    // 96 pixels per inch.
+    monitor.width_in_millimeters = static_cast<std::uint32_t>(area.width * 254 / 960);
+    monitor.height_in_millimeters = static_cast<std::uint32_t>(area.height * 254 / 960);
+    std::memcpy(request.data(), &monitor, sizeof monitor);
+    if (withOutput) {
+        std::memcpy(request.data() + sizeof monitor, outputs.data(), sizeof outputs.front());
+    }
+    xcb_randr_set_monitor(connection_, root(),
+                          reinterpret_cast<xcb_randr_monitor_info_t *>(request.data()));
+    sync();
+}
+
+void DesktopSession::removeMonitor(const std::string &name) {
+    xcb_randr_delete_monitor(connection_, root(), atom(name));
+    sync();
+}
+
+void DesktopSession::setWallpaper(const Picture &picture) {
+    const auto width = static_cast<std::uint16_t>(picture.width());
+    const xcb_pixmap_t pixmap = xcb_generate_id(connection_);
+    xcb_create_pixmap(connection_, screen_->root_depth, pixmap, root(), width,
+                      static_cast<std::uint16_t>(picture.height()));
+    const xcb_gcontext_t context = xcb_generate_id(connection_);
+    xcb_create_gc(connection_, context, pixmap, 0, nullptr);
+    std::vector<std::uint32_t> row(width);
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
+            const Colour colour = picture.at(x, y);
+            row[static_cast<std::size_t>(x)] =
+                static_cast<std::uint32_t>(colour.red << 16 | colour.green << 8 | colour.blue);
+        }
+        xcb_put_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, pixmap, context, width, 1, 0,
+                      static_cast<std::int16_t>(y), 0, screen_->root_depth,
+                      static_cast<std::uint32_t>(row.size() * 4),
+                      reinterpret_cast<const std::uint8_t *>(row.data()));
+    }
+    xcb_free_gc(connection_, context);
+    const std::uint32_t background[] = {pixmap};
+    xcb_change_window_attributes(connection_, root(), XCB_CW_BACK_PIXMAP, background);
+    xcb_clear_area(connection_, 0, root(), 0, 0, 0, 0);
+    for (const std::string_view property : {"_XROOTPMAP_ID", "ESETROOT_PMAP_ID"}) {
+        xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, root(), atom(property),
+                            XCB_ATOM_PIXMAP, 32, 1, &pixmap);
+    }
+    sync();
+}
+
+} // namespace lumo::desktop

@@ -1,0 +1,134 @@
+#pragma once
+
+#include "desktop/ChildProcess.h"
+#include "desktop/Picture.h"
+
+#include <xcb/xcb.h>
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lumo::desktop {
+
+// Keys by the symbol on them.
+enum class Key : std::uint32_t {
+    tab = 0xff09,
+    escape = 0xff1b,
+    space = 0x0020,
+    c = 0x0063,
+    d = 0x0064,
+    n = 0x006e,
+    v = 0x0076,
+    shift = 0xffe1,
+    control = 0xffe3,
+    option = 0xffe9,  // Alt
+    command = 0xffeb, // Super
+};
+
+// One announcement of the server that a child of the root window now lies directly above a sibling.
+struct OrderChange {
+    xcb_window_t window = XCB_NONE;
+    xcb_window_t aboveSibling = XCB_NONE; // none: at the very bottom
+    double at = 0;                        // seconds on the steady clock, when it was read
+};
+
+// The person at a desktop, with a pager and a pair of good eyes: an X connection of the tester's
+// own that acts on windows as users and their tools do and looks at what became of it. Places are
+// in pixels of the root window. What the server refuses is ignored, as windows come and go; a lost
+// server makes every look throw.
+class DesktopSession {
+  public:
+    explicit DesktopSession(const std::string &displayName);
+    ~DesktopSession();
+    DesktopSession(const DesktopSession &) = delete;
+    DesktopSession &operator=(const DesktopSession &) = delete;
+
+    xcb_connection_t *connection() const { return connection_; }
+    xcb_window_t root() const { return screen_->root; }
+    Area screenArea() const { return {0, 0, screen_->width_in_pixels, screen_->height_in_pixels}; }
+    xcb_atom_t atom(std::string_view name);
+
+    // Waiting. eventually() is true as soon as the condition holds and false when it does not
+    // within the deadline; remains() is true when it holds at every look for that long.
+    bool eventually(const std::function<bool()> &condition, Seconds deadline = Seconds(10));
+    bool remains(const std::function<bool()> &condition, Seconds duration);
+
+    // Windows. frameOf() is the child of the root window that holds a window: what the window
+    // manager made for it, or the window itself; none when it is gone.
+    std::vector<xcb_window_t> stacking(); // children of the root window, bottom to top
+    xcb_window_t frameOf(xcb_window_t window);
+    bool isAbove(xcb_window_t upper, xcb_window_t lower);
+    bool isViewable(xcb_window_t window);
+    bool isOverrideRedirect(xcb_window_t window);
+    Area areaOf(xcb_window_t window);      // without its border
+    Area frameAreaOf(xcb_window_t window); // of its frame, border included
+    std::string classOf(xcb_window_t window);
+    std::vector<std::uint32_t> numbers(xcb_window_t window, std::string_view property);
+    xcb_window_t activeWindow(); // as the window manager says; none when it names none
+    xcb_window_t focusedWindow();
+    xcb_window_t selectionOwner(std::string_view selection);
+
+    // The name of a running window manager, from the window that proves that it lives.
+    std::optional<std::string> windowManagerName();
+
+    // Maps a small window and takes it away again: true when a window manager took it in hand soon.
+    bool windowManagerTakesWindows();
+
+    // Every change of order among the children of the root window since the last call.
+    std::vector<OrderChange> takeOrderChanges();
+
+    // Pixels as shown, the work of a compositing manager included.
+    Picture picture();
+    Picture picture(const Area &part);
+    Colour pixel(int x, int y);
+    Colour pixel(Spot spot) { return pixel(spot.x, spot.y); }
+
+    // What a pager and a title bar ask for.
+    void activate(xcb_window_t window);
+    void close(xcb_window_t window);
+    void minimise(xcb_window_t window);
+    void restore(xcb_window_t window);
+    void move(xcb_window_t window, int x, int y);
+    void resize(xcb_window_t window, int width, int height);
+    void setState(xcb_window_t window, std::string_view state, bool on); // "_NET_WM_STATE_..."
+    void setFullScreen(xcb_window_t window, bool on);
+    void setKeptAbove(xcb_window_t window, bool on);
+    void switchToDesktop(std::uint32_t index);
+
+    // What hands do.
+    void movePointerTo(int x, int y);
+    void movePointerBy(int dx, int dy);
+    void click(Spot spot, int button = 1);
+    void press(const std::vector<Key> &chord); // down in this order, up in the opposite one
+    void setKey(Key key, bool down);
+
+    // Displays. The first monitor made takes the server's only output; one without an output is
+    // there all the same. No RandR event tells of these changes.
+    void setMonitor(const std::string &name, const Area &area, bool withOutput);
+    void removeMonitor(const std::string &name);
+
+    // A wallpaper in the way that wallpaper programs set one: a pixmap that the root window shows
+    // and names in a property.
+    void setWallpaper(const Picture &picture);
+
+  private:
+    void pump();
+    void waitForEvents(Seconds atMost);
+    void askWindowManager(xcb_window_t window, std::string_view type,
+                          const std::vector<std::uint32_t> &data);
+    std::uint8_t keycodeOf(Key key);
+    void fakeInput(std::uint8_t type, std::uint8_t detail, int x, int y);
+    void sync();
+
+    xcb_connection_t *connection_;
+    xcb_screen_t *screen_ = nullptr;
+    std::map<std::string, xcb_atom_t, std::less<>> atoms_;
+    std::vector<OrderChange> orderChanges_;
+};
+
+} // namespace lumo::desktop

@@ -1,0 +1,100 @@
+#include "desktop/LumoProcess.h"
+
+#include "desktop/PrivateDesktop.h"
+
+#include <signal.h>
+
+#include <fstream>
+#include <iomanip>
+#include <limits>
+#include <stdexcept>
+
+namespace lumo::desktop {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+struct ValueWriter {
+    std::ostream &stream;
+
+    void operator()(bool value) const { stream << (value ? "<true/>" : "<false/>"); }
+    void operator()(long value) const { stream << "<integer>" << value << "</integer>"; }
+    void operator()(double value) const { stream << "<real>" << value << "</real>"; }
+    void operator()(const std::string &value) const {
+        stream << "<string>" << value << "</string>";
+    }
+};
+
+} // namespace
+
+Preferences shownEffect(const std::string &effectMode, double intensity) {
+    return {{"isEnabled", true},
+            {"hasCompletedOnboarding", true},
+            {"effectMode", effectMode},
+            {"effectIntensity", intensity}};
+}
+
+fs::path preferencesFile(const PrivateDesktop &desktop) {
+    return desktop.configDirectory() / "lumo" / "app.lumo.Lumo.plist";
+}
+
+void writePreferences(const PrivateDesktop &desktop, const Preferences &preferences) {
+    const fs::path file = preferencesFile(desktop);
+    fs::create_directories(file.parent_path());
+    std::ofstream stream(file);
+    stream << std::setprecision(std::numeric_limits<double>::max_digits10)
+           << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+           << "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
+           << "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+           << "<plist version=\"1.0\">\n<dict>\n";
+    for (const auto &[key, value] : preferences) {
+        stream << "  <key>" << key << "</key>";
+        std::visit(ValueWriter{stream}, value);
+        stream << "\n";
+    }
+    stream << "</dict>\n</plist>\n";
+}
+
+LumoProcess::LumoProcess(PrivateDesktop &desktop)
+    : desktop_(desktop)
+    , process_(desktop.start({LUMO_EXECUTABLE})) {
+}
+
+LumoProcess::LumoProcess(PrivateDesktop &desktop, const Preferences &preferences)
+    : desktop_(desktop) {
+    writePreferences(desktop, preferences);
+    process_ = desktop.start({LUMO_EXECUTABLE});
+}
+
+std::vector<LumoProcess::Overlay> LumoProcess::overlays() {
+    DesktopSession &session = desktop_.session();
+    std::vector<Overlay> found;
+    for (const xcb_window_t window : session.stacking()) {
+        if (session.classOf(window) == "Lumo" && session.isOverrideRedirect(window) &&
+            session.isViewable(window)) {
+            found.push_back({window, session.areaOf(window)});
+        }
+    }
+    return found;
+}
+
+std::vector<LumoProcess::Overlay> LumoProcess::waitForOverlays(std::size_t count) {
+    std::vector<Overlay> found;
+    const auto isThere = [&] {
+        found = overlays();
+        return found.size() == count || !process_->isRunning();
+    };
+    if (!desktop_.session().eventually(isThere) || found.size() != count) {
+        throw std::runtime_error("expected " + std::to_string(count) + " overlays but saw " +
+                                 std::to_string(found.size()) + ": " + process_->report());
+    }
+    return found;
+}
+
+std::optional<int> LumoProcess::stop() {
+    process_->signal(SIGTERM);
+    return process_->waitForExit();
+}
+
+} // namespace lumo::desktop

@@ -1,0 +1,71 @@
+#include "desktop/Picture.h"
+
+#include <png.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <stdexcept>
+
+namespace lumo::desktop {
+
+Colour Colour::parse(const std::string &text) {
+    unsigned red = 0;
+    unsigned green = 0;
+    unsigned blue = 0;
+    if (std::sscanf(text.c_str(), "#%2x%2x%2x", &red, &green, &blue) != 3) {
+        throw std::runtime_error("not a colour: " + text);
+    }
+    return {static_cast<std::uint8_t>(red), static_cast<std::uint8_t>(green),
+            static_cast<std::uint8_t>(blue)};
+}
+
+std::string Colour::describe() const {
+    char text[8];
+    std::snprintf(text, sizeof text, "#%02x%02x%02x", red, green, blue);
+    return text;
+}
+
+int distance(Colour a, Colour b) {
+    return std::max(
+        {std::abs(a.red - b.red), std::abs(a.green - b.green), std::abs(a.blue - b.blue)});
+}
+
+Picture::Mean Picture::mean(const Area &part) const {
+    Mean sum;
+    for (int y = part.y; y < part.bottom(); ++y) {
+        for (int x = part.x; x < part.right(); ++x) {
+            const Colour colour = at(x, y);
+            sum.red += colour.red;
+            sum.green += colour.green;
+            sum.blue += colour.blue;
+        }
+    }
+    const double count = static_cast<double>(part.width) * part.height;
+    return {sum.red / count, sum.green / count, sum.blue / count};
+}
+
+std::optional<Spot> Picture::firstDifference(const Picture &other, const Area &part) const {
+    for (int y = part.y; y < part.bottom(); ++y) {
+        for (int x = part.x; x < part.right(); ++x) {
+            if (at(x, y) != other.at(x, y)) {
+                return Spot{x, y};
+            }
+        }
+    }
+    return std::nullopt;
+}
+
+void Picture::savePng(const std::filesystem::path &file) const {
+    static_assert(sizeof(Colour) == 3);
+    png_image image{};
+    image.version = PNG_IMAGE_VERSION;
+    image.width = static_cast<png_uint_32>(width_);
+    image.height = static_cast<png_uint_32>(height_);
+    image.format = PNG_FORMAT_RGB;
+    if (png_image_write_to_file(&image, file.c_str(), 0, pixels_.data(), 0, nullptr) == 0) {
+        throw std::runtime_error("cannot write " + file.string() + ": " + image.message);
+    }
+}
+
+} // namespace lumo::desktop

@@ -1,0 +1,87 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace lumo::desktop {
+
+// A rectangle or place in pixels, origin at the top left of the root window, y pointing down.
+struct Area {
+    int x = 0;
+    int y = 0;
+    int width = 0;
+    int height = 0;
+
+    int right() const { return x + width; }
+    int bottom() const { return y + height; }
+    bool contains(int px, int py) const {
+        return px >= x && px < right() && py >= y && py < bottom();
+    }
+    bool operator==(const Area &) const = default;
+};
+
+struct Spot {
+    int x = 0;
+    int y = 0;
+
+    bool operator==(const Spot &) const = default;
+};
+
+struct Colour {
+    std::uint8_t red = 0;
+    std::uint8_t green = 0;
+    std::uint8_t blue = 0;
+
+    // From "#rrggbb".
+    static Colour parse(const std::string &text);
+    std::string describe() const;
+    bool operator==(const Colour &) const = default;
+};
+
+// The largest difference of a channel.
+int distance(Colour a, Colour b);
+
+// Pixels as they were on the screen at one moment.
+class Picture {
+  public:
+    Picture() = default;
+    Picture(int width, int height)
+        : width_(width)
+        , height_(height)
+        , pixels_(static_cast<std::size_t>(width) * static_cast<std::size_t>(height)) {}
+
+    int width() const { return width_; }
+    int height() const { return height_; }
+
+    Colour at(int x, int y) const { return pixels_[index(x, y)]; }
+    Colour &at(int x, int y) { return pixels_[index(x, y)]; }
+
+    // Channel means of the part, not rounded.
+    struct Mean {
+        double red = 0;
+        double green = 0;
+        double blue = 0;
+    };
+    Mean mean(const Area &part) const;
+
+    // The first pixel of the part that is not the same in both, row by row.
+    std::optional<Spot> firstDifference(const Picture &other, const Area &part) const;
+
+    // Throws when the file cannot be written.
+    void savePng(const std::filesystem::path &file) const;
+
+  private:
+    std::size_t index(int x, int y) const {
+        return static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
+               static_cast<std::size_t>(x);
+    }
+
+    int width_ = 0;
+    int height_ = 0;
+    std::vector<Colour> pixels_;
+};
+
+} // namespace lumo::desktop

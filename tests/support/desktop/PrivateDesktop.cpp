@@ -1,0 +1,185 @@
+#include "desktop/PrivateDesktop.h"
+
+#include <signal.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+namespace lumo::desktop {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Every program on a desktop carries this variable, so that what it started can be found.
+constexpr const char *markerVariable = "LUMO_PRIVATE_DESKTOP";
+
+Environment cleanEnvironment(const fs::path &directory) {
+    Environment environment = {
+        {"PATH", "/usr/local/bin:/usr/bin:/bin"},
+        {"LANG", "C.UTF-8"},
+        {"HOME", (directory / "home").string()},
+        {"XDG_CONFIG_HOME", (directory / "config").string()},
+        {"XDG_DATA_HOME", (directory / "data").string()},
+        {"XDG_CACHE_HOME", (directory / "cache").string()},
+        {"XDG_STATE_HOME", (directory / "state").string()},
+        {"XDG_RUNTIME_DIR", (directory / "run").string()},
+        {"TMPDIR", (directory / "tmp").string()},
+        {"DBUS_SESSION_BUS_ADDRESS", "unix:path=" + (directory / "run" / "no-bus").string()},
+        {"NO_AT_BRIDGE", "1"},
+        {"LIBGL_ALWAYS_SOFTWARE", "1"},
+        {markerVariable, directory.string()},
+    };
+    for (const char *inherited : {"PATH", "LD_LIBRARY_PATH", "ASAN_OPTIONS", "UBSAN_OPTIONS",
+                                  "LSAN_OPTIONS", "TSAN_OPTIONS"}) {
+        if (const char *value = std::getenv(inherited)) {
+            environment[inherited] = value;
+        }
+    }
+    for (const char *folder :
+         {"home", "config", "data", "cache", "state", "run", "tmp", "output"}) {
+        fs::create_directory(directory / folder);
+    }
+    fs::permissions(directory / "run", fs::perms::owner_all);
+    return environment;
+}
+
+bool carries(const fs::path &process, const std::string &marker) {
+    std::ifstream stream(process / "environ", std::ios::binary);
+    const std::string text{std::istreambuf_iterator<char>(stream), {}};
+    return ('\0' + text).find('\0' + marker + '\0') != std::string::npos;
+}
+
+} // namespace
+
+PrivateDesktop::PrivateDesktop(const DesktopOptions &options)
+    : environment_(cleanEnvironment(directory_.path())) {
+    try {
+        startServer(options);
+        startWindowManager(options.windowManager);
+        startCompositor(options.compositor);
+    } catch (...) {
+        killDescendants();
+        throw;
+    }
+}
+
+PrivateDesktop::~PrivateDesktop() {
+    killDescendants();
+}
+
+std::unique_ptr<ChildProcess> PrivateDesktop::start(const std::vector<std::string> &command) const {
+    return std::make_unique<ChildProcess>(command, environment_, directory() / "output");
+}
+
+void PrivateDesktop::waitUntil(const std::function<bool()> &condition, ChildProcess &program,
+                               const std::string &what) {
+    const auto end = std::chrono::steady_clock::now() + Seconds(30);
+    while (!condition()) {
+        if (!program.isRunning() || std::chrono::steady_clock::now() > end) {
+            throw std::runtime_error(what + " did not start: " + program.report());
+        }
+        pauseBriefly();
+    }
+}
+
+void PrivateDesktop::startServer(const DesktopOptions &options) {
+    const std::string size =
+        std::to_string(options.width) + "x" + std::to_string(options.height) + "x24";
+    std::vector<std::string> command = {"Xvfb", "-displayfd", "1",     "-screen",    "0",
+                                        size,   "-dpi",       "96",    "-noreset",   "-nolisten",
+                                        "tcp",  "+extension", "RANDR", "+extension", "Composite"};
+    command.insert(command.end(), options.serverArguments.begin(), options.serverArguments.end());
+    server_ = start(command);
+    waitUntil([&] { return !server_->outputLines().empty(); }, *server_, "the X server");
+    displayName_ = ":" + server_->outputLines().front();
+    environment_["DISPLAY"] = displayName_;
+    session_ = std::make_unique<DesktopSession>(displayName_);
+}
+
+void PrivateDesktop::startMessageBus() {
+    const fs::path socket = directory() / "run" / "bus";
+    environment_["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=" + socket.string();
+    messageBus_ = start({"dbus-daemon", "--session", "--nofork", "--nopidfile",
+                         "--address=" + environment_["DBUS_SESSION_BUS_ADDRESS"]});
+    waitUntil([&] { return fs::exists(socket); }, *messageBus_, "the message bus");
+}
+
+void PrivateDesktop::startWindowManager(WindowManager windowManager) {
+    const std::string absentBus = environment_["DBUS_SESSION_BUS_ADDRESS"];
+    switch (windowManager) {
+    case WindowManager::none:
+        return;
+    case WindowManager::openbox:
+        windowManager_ = start({"openbox"});
+        break;
+    case WindowManager::fluxbox:
+        windowManager_ = start({"fluxbox", "-no-slit", "-no-toolbar"});
+        break;
+    case WindowManager::xfwm4:
+    case WindowManager::xfwm4Compositing:
+        startMessageBus(); // its settings daemon is reached over one
+        windowManager_ =
+            start({"xfwm4",
+                   windowManager == WindowManager::xfwm4 ? "--compositor=off" : "--compositor=on"});
+        environment_["DBUS_SESSION_BUS_ADDRESS"] = absentBus;
+        break;
+    }
+    waitUntil([&] { return session_->windowManagerName().has_value(); }, *windowManager_,
+              "the window manager");
+    // Some announce themselves a little before they listen, and never see what opens in between.
+    waitUntil([&] { return session_->windowManagerTakesWindows(); }, *windowManager_,
+              "the window manager's care for windows");
+    if (windowManager == WindowManager::xfwm4Compositing) {
+        waitUntil([&] { return session_->selectionOwner("_NET_WM_CM_S0") != XCB_NONE; },
+                  *windowManager_, "the window manager's compositor");
+    }
+}
+
+void PrivateDesktop::startCompositor(Compositor compositor) {
+    if (compositor == Compositor::none) {
+        return;
+    }
+    const char *backend = compositor == Compositor::picomGlx ? "glx" : "xrender";
+    compositor_ = start({"picom", "--config", "/dev/null", "--backend", backend});
+    waitUntil([&] { return session_->selectionOwner("_NET_WM_CM_S0") != XCB_NONE; }, *compositor_,
+              "the compositing manager");
+}
+
+void PrivateDesktop::stopCompositor() {
+    compositor_.reset();
+    session_->eventually([&] { return session_->selectionOwner("_NET_WM_CM_S0") == XCB_NONE; });
+}
+
+void PrivateDesktop::killServer() {
+    server_->kill();
+}
+
+void PrivateDesktop::killDescendants() {
+    // The X server last: programs that lose it complain.
+    compositor_.reset();
+    windowManager_.reset();
+    messageBus_.reset();
+    session_.reset();
+    server_.reset();
+    const std::string marker = std::string(markerVariable) + "=" + directory().string();
+    for (bool found = true; found;) {
+        found = false;
+        for (const fs::directory_entry &process : fs::directory_iterator("/proc")) {
+            const std::string name = process.path().filename().string();
+            const long pid = std::strtol(name.c_str(), nullptr, 10);
+            if (pid > 0 && pid != getpid() && carries(process.path(), marker)) {
+                ::kill(static_cast<pid_t>(pid), SIGKILL);
+                found = true;
+            }
+        }
+        if (found) {
+            pauseBriefly();
+        }
+    }
+}
+
+} // namespace lumo::desktop

@@ -1,0 +1,76 @@
+#pragma once
+
+#include "desktop/ChildProcess.h"
+#include "desktop/DesktopSession.h"
+#include "desktop/TemporaryDirectory.h"
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace lumo::desktop {
+
+enum class WindowManager { none, openbox, fluxbox, xfwm4, xfwm4Compositing };
+enum class Compositor { none, picomXrender, picomGlx };
+
+struct DesktopOptions {
+    int width = 1280;
+    int height = 800;
+    WindowManager windowManager = WindowManager::openbox;
+    Compositor compositor = Compositor::none;
+    std::vector<std::string> serverArguments = {}; // as {"-extension", "Composite"}
+};
+
+// A desktop that nobody else sees: an X server without a screen on a free display number, with a
+// window manager and a compositing manager as wanted, in a fresh home directory, at 96 pixels per
+// inch. Making it returns when all of them are at work and throws, with what they said, when they
+// do not get there. Whatever was started on it, their descendants included, ends with it.
+class PrivateDesktop {
+  public:
+    explicit PrivateDesktop(const DesktopOptions &options = {});
+    ~PrivateDesktop();
+    PrivateDesktop(const PrivateDesktop &) = delete;
+    PrivateDesktop &operator=(const PrivateDesktop &) = delete;
+
+    // As ":57".
+    const std::string &displayName() const { return displayName_; }
+
+    // The tester's own connection to it.
+    DesktopSession &session() { return *session_; }
+
+    // What programs on this desktop are told: the display, the directories below, no message bus.
+    const Environment &environment() const { return environment_; }
+    const std::filesystem::path &directory() const { return directory_.path(); }
+    std::filesystem::path configDirectory() const { return directory() / "config"; }
+    std::filesystem::path dataDirectory() const { return directory() / "data"; }
+
+    // Starts a program on this desktop. It ends with the returned object, or with the desktop.
+    std::unique_ptr<ChildProcess> start(const std::vector<std::string> &command) const;
+
+    // Starts a compositing manager, or stops the running one, and returns when that is done.
+    void startCompositor(Compositor compositor);
+    void stopCompositor();
+
+    // Kills the X server under everybody's feet.
+    void killServer();
+
+  private:
+    void startServer(const DesktopOptions &options);
+    void startWindowManager(WindowManager windowManager);
+    void startMessageBus();
+    void waitUntil(const std::function<bool()> &condition, ChildProcess &program,
+                   const std::string &what);
+    void killDescendants();
+
+    TemporaryDirectory directory_;
+    Environment environment_;
+    std::string displayName_;
+    std::unique_ptr<ChildProcess> server_;
+    std::unique_ptr<DesktopSession> session_;
+    std::unique_ptr<ChildProcess> messageBus_;
+    std::unique_ptr<ChildProcess> windowManager_;
+    std::unique_ptr<ChildProcess> compositor_;
+};
+
+} // namespace lumo::desktop
