@@ -25,6 +25,22 @@ class Lifetime {
         };
     }
 
+    // Tells, also after its owner has gone, whether it is still there: for a member function that
+    // calls out and can't know whether it may touch its object afterwards.
+    class Watch {
+      public:
+        explicit operator bool() const { return !alive_.expired(); }
+
+      private:
+        friend class Lifetime;
+        explicit Watch(std::weak_ptr<const void> alive)
+            : alive_(std::move(alive)) {}
+
+        std::weak_ptr<const void> alive_;
+    };
+
+    Watch watch() const { return Watch(alive_); }
+
   private:
     struct Token {};
     std::shared_ptr<Token> alive_ = std::make_shared<Token>();
