@@ -1,0 +1,217 @@
+#pragma once
+
+#include "overlay/FullScreenOverlayWindow.h"
+#include "overlay/OverlayScreenView.h"
+#include "overlay/ReferenceWindow.h"
+#include "platform/Platform.h"
+#include "platform/Screens.h"
+#include "settings/EffectMode.h"
+#include "support/Geometry.h"
+#include "support/Handle.h"
+#include "support/Lifetime.h"
+#include "support/Published.h"
+#include "windows/WindowListService.h"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lumo {
+
+class SettingsStore;
+
+// Owns one overlay per display while the effect is shown, and decides sixty times a second which
+// window stays clear on each display and what each overlay shows.
+//
+// One update goes: the desktop becomes a FocusContext, that a RenderPlan, that one RenderSnapshot
+// per display, and only a snapshot that differs from the last applied one changes what is drawn.
+// All per-display tables are keyed by display identifier, see displayID(). Times are seconds on the
+// main loop's clock. Main thread only.
+class OverlayManager {
+  public:
+    using DisplayID = std::uint32_t;
+    using WindowID = std::uint32_t;
+    using ProcessID = std::int32_t;
+
+    // The desktop at one moment, as far as it decides about focus. Can be moved, not copied:
+    // windows points into allWindows.
+    struct FocusContext {
+        std::vector<WindowDescriptor> allWindows;
+        // The frontmost application, and the first of its windows.
+        std::optional<ProcessID> frontPID;
+        std::optional<WindowID> frontWindowID;
+        bool frontIsLumo = false;
+        // What counts as in front and as focused.
+        std::optional<ProcessID> effectiveFrontPID;
+        std::optional<WindowID> effectiveFrontWindowID;
+        // Those of allWindows that can stay clear, in the same order.
+        CandidateWindows windows;
+
+        FocusContext() = default;
+        FocusContext(FocusContext &&) = default;
+        FocusContext &operator=(FocusContext &&) = default;
+    };
+
+    // Holds a display's clear window to one window of the Cover App until a time.
+    struct CoverLock {
+        WindowID windowID;
+        double until;
+    };
+
+    enum class ScreenRenderCommand { hidden, liveBackdrop };
+
+    struct ScreenPlan {
+        ScreenRenderCommand command = ScreenRenderCommand::hidden;
+        // The window that stays clear; absent when the whole display is covered.
+        std::optional<WindowID> referenceWindowID;
+    };
+
+    using RenderPlan = std::map<DisplayID, ScreenPlan>;
+
+    // Everything that one display's picture depends on.
+    struct RenderSnapshot {
+        int mode = 0; // 0 hidden, 1 live backdrop
+        Rect screenFrame;
+        std::optional<WindowID> referenceWindowID;
+        std::string exclusionSignature; // empty while hidden
+        EffectMode effectMode = EffectMode::softBlur;
+        double effectIntensity = 0;
+        bool blurFreeMode = false;
+
+        bool operator==(const RenderSnapshot &) const = default;
+    };
+
+    // A change of the clear window that waits out the debounce.
+    struct PendingRender {
+        RenderSnapshot snapshot;
+        double firstSeenAt;
+    };
+
+    // What is to be done about a display's desired snapshot.
+    enum class RenderStep { unchanged, apply, startDebounce, holdDebounce };
+
+    // Shows nothing yet. Everything that the platform refers to, and the store, must outlive the
+    // manager.
+    OverlayManager(const Platform &platform, SettingsStore &settingsStore);
+
+    // Closes what is shown. May happen in the middle of an observer's call or a tick.
+    ~OverlayManager();
+
+    OverlayManager(const OverlayManager &) = delete;
+    OverlayManager &operator=(const OverlayManager &) = delete;
+
+    // Turn the effect on and off. Nothing happens when it is so already.
+    void startShowing();
+    void stopShowing();
+
+    // Make every overlay transparent as a whole, and opaque again. How long lies with the caller; a
+    // display that is plugged in meanwhile gets an opaque overlay.
+    void peek();
+    void endPeek();
+
+    // True from startShowing() to stopShowing().
+    bool isShowing() const { return isShowing_.value(); }
+    Subscription subscribeToIsShowing(std::function<void(const bool &)> observer) {
+        return isShowing_.subscribe(std::move(observer));
+    }
+
+    // Brings every overlay up to date with the desktop and the settings. Runs by itself while
+    // showing. Fatal when two screens have the same display identifier.
+    void updateAllOverlays();
+
+    // The snapshot rule, from its arguments alone: a change of the clear window has to be wanted
+    // for the debounce time before it is applied, any other change is applied at once.
+    static RenderStep renderStep(const RenderSnapshot *last, const PendingRender *pending,
+                                 const RenderSnapshot &desired, double now);
+
+    // The clear window for all displays together, from the context alone.
+    static std::optional<WindowID> resolveGlobalReferenceWindow(const FocusContext &context);
+
+  private:
+    // Focus
+    FocusContext buildFocusContext();
+    bool isCandidate(const WindowDescriptor &window) const;
+    std::optional<ProcessID> resolveEffectiveFrontPID(const FocusContext &context);
+    std::optional<WindowID> resolveReferenceWindowForScreen(const Screen &screen,
+                                                            const FocusContext &context);
+    std::optional<WindowID> resolveCoverReferenceWindowForScreen(const Screen &screen,
+                                                                 const FocusContext &context,
+                                                                 const std::string &coverBundleID,
+                                                                 double now) const;
+
+    // Plan
+    RenderPlan computeRenderPlan(const FocusContext &context);
+    std::optional<WindowID> resolveAndLockCoverWindow(const Screen &screen,
+                                                      const FocusContext &context,
+                                                      const std::string &coverBundleID, double now);
+    void updateOverlay(const Screen &screen, FullScreenOverlayWindow &panel,
+                       OverlayScreenView &view, const ScreenPlan &plan, const FocusContext &context,
+                       double now);
+    RenderSnapshot desiredSnapshot(const Screen &screen, const ScreenPlan &plan,
+                                   const std::vector<Rect> &exclusionRects) const;
+    void showLiveBackdrop(DisplayID displayID, FullScreenOverlayWindow &panel,
+                          OverlayScreenView &view, std::optional<WindowID> referenceWindowID,
+                          const std::vector<Rect> &exclusionRects, double now);
+    void applyHidden(DisplayID displayID, FullScreenOverlayWindow &panel, OverlayScreenView &view,
+                     double now);
+    // At most one line per display and 0.2 s.
+    void logOverlayState(DisplayID displayID, double now, std::string_view message);
+    // As the other, with the window, or "nil" without one, after the message.
+    void logOverlayState(DisplayID displayID, double now, std::string_view message,
+                         const std::optional<WindowID> &referenceWindowID);
+    bool takeLogTurn(DisplayID displayID, double now);
+    void printOverlayState(DisplayID displayID, std::string_view message) const;
+
+    // Geometry
+    bool isStageManagerEnabled();
+    std::vector<Rect> stageManagerExclusionRects(const Screen &screen, const FocusContext &context);
+
+    // Lifecycle
+    void setupObservers();
+    void tick();
+    void syncAndUpdate();
+    void syncOverlaysToCurrentScreens();
+    void removeStaleOverlays();
+    void fitOverlay(FullScreenOverlayWindow &panel, OverlayScreenView &view, const Screen &screen,
+                    int screenIndex);
+    void createOverlay(const Screen &screen, int screenIndex);
+    void removeOverlays();
+    void cleanup();
+    void extendTransition(double seconds);
+    void attemptBringCoverAppToFront(bool force);
+    void raiseCoverAppWindowIfPossible(ProcessID process);
+    void updateCoverRuntimeStatus(const std::optional<std::string> &coverBundleID,
+                                  bool matchedCoverWindow);
+
+    const Platform platform_;
+    SettingsStore &settingsStore_;
+    WindowListService windowService_;
+    // The views draw on the panels, so they come after them and go before them.
+    std::map<DisplayID, FullScreenOverlayWindow> overlayPanels_;
+    std::map<DisplayID, OverlayScreenView> screenViews_;
+    std::set<WindowID> overlayWindowIDs_;
+    Published<bool> isShowing_{false};
+    Handle timer_;
+    std::vector<Handle> observers_;
+    // The last application that was resolved as in front.
+    std::optional<ProcessID> lastResolvedFrontPID_;
+    // Until then every display stays on its live backdrop.
+    double transitionUntil_ = 0;
+    std::map<DisplayID, RenderSnapshot> lastRenderSnapshotByDisplayID_;
+    std::map<DisplayID, PendingRender> pendingRenderByDisplayID_;
+    // Only keeps the same choice from being logged again.
+    std::map<DisplayID, WindowID> lastSelectedWindowByDisplayID_;
+    std::map<DisplayID, double> lastOverlayLogAtByDisplayID_;
+    double lastCoverBringForwardAt_ = 0;
+    std::map<DisplayID, CoverLock> coverLockByDisplayID_;
+    // The last value that the system's preferences decided.
+    std::optional<bool> lastKnownStageManagerEnabled_;
+    Lifetime lifetime_;
+};
+
+} // namespace lumo

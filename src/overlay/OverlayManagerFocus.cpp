@@ -1,0 +1,131 @@
+#include "overlay/OverlayManager.h"
+#include "overlay/ScreenGeometry.h"
+#include "platform/Workspace.h"
+#include "support/Log.h"
+
+#include <algorithm>
+
+namespace lumo {
+
+namespace {
+
+constexpr std::string_view lumoOwnerName = "Lumo";
+constexpr std::string_view stageManagerOwnerName = "WindowManager";
+
+std::string selectionLine(OverlayManager::DisplayID displayID, const ScreenCandidate &choice) {
+    const WindowDescriptor &window = *choice.window;
+    return "[Lumo] screen=" + std::to_string(displayID) +
+           " select window=" + std::to_string(window.windowID) + " owner=" + window.ownerName +
+           " pid=" + std::to_string(window.ownerPID) + " z=" + std::to_string(window.zOrder) +
+           " bounds=" + describe(window.bounds) + " local=" + describe(choice.local);
+}
+
+} // namespace
+
+OverlayManager::FocusContext OverlayManager::buildFocusContext() {
+    FocusContext context;
+    const RunningApplication &own = platform_.workspace.ownApplication();
+    std::optional<std::string_view> frontBundleID;
+    if (const RunningApplication *front = platform_.workspace.frontmostApplication()) {
+        context.frontPID = front->processIdentifier;
+        frontBundleID = front->bundleIdentifier;
+        const auto windowIDs = windowService_.windowIDs(*front);
+        if (!windowIDs.empty()) {
+            context.frontWindowID = windowIDs.front();
+        }
+    }
+    // Two absent identifiers are equal, and that is meant.
+    context.frontIsLumo = frontBundleID == own.bundleIdentifier;
+    context.allWindows = windowService_.allVisibleWindows();
+    context.windows.reserve(context.allWindows.size());
+    for (const auto &window : context.allWindows) {
+        if (isCandidate(window)) {
+            context.windows.push_back(&window);
+        }
+    }
+    context.effectiveFrontPID = resolveEffectiveFrontPID(context);
+    context.effectiveFrontWindowID = effectiveFrontWindow(
+        context.frontIsLumo, context.frontWindowID, context.windows, context.effectiveFrontPID);
+    return context;
+}
+
+bool OverlayManager::isCandidate(const WindowDescriptor &window) const {
+    constexpr double largestSideOfAnAccessory = 100;
+    return window.isOnScreen && window.layer == 0 &&
+           window.bounds.width > largestSideOfAnAccessory &&
+           window.bounds.height > largestSideOfAnAccessory &&
+           !WindowListService::isSystemWindow(window.ownerName) &&
+           window.ownerName != stageManagerOwnerName && window.ownerName != lumoOwnerName &&
+           window.ownerPID != platform_.workspace.ownApplication().processIdentifier &&
+           !overlayWindowIDs_.contains(window.windowID) &&
+           !(window.name && WindowListService::isTransientWindow(*window.name));
+}
+
+std::optional<OverlayManager::ProcessID>
+OverlayManager::resolveEffectiveFrontPID(const FocusContext &context) {
+    if (context.frontIsLumo) {
+        if (!context.windows.empty()) {
+            lastResolvedFrontPID_ = context.windows.front()->ownerPID;
+        }
+        return lastResolvedFrontPID_;
+    }
+    if (context.frontPID) {
+        lastResolvedFrontPID_ = context.frontPID;
+    }
+    return context.frontPID;
+}
+
+std::optional<OverlayManager::WindowID>
+OverlayManager::resolveGlobalReferenceWindow(const FocusContext &context) {
+    if (context.effectiveFrontWindowID) {
+        return context.effectiveFrontWindowID;
+    }
+    if (context.windows.empty()) {
+        return std::nullopt;
+    }
+    const auto owned = std::ranges::find_if(context.windows, [&](const WindowDescriptor *window) {
+        return window->ownerPID == context.effectiveFrontPID;
+    });
+    return (owned == context.windows.end() ? context.windows.front() : *owned)->windowID;
+}
+
+std::optional<OverlayManager::WindowID>
+OverlayManager::resolveReferenceWindowForScreen(const Screen &screen, const FocusContext &context) {
+    const DisplayID display = displayID(screen);
+    const auto choice = frontmostWindowOnScreen(context.windows, screen.frame,
+                                                highestScreenEdge(platform_.screens.screens()));
+    if (!choice) {
+        lastSelectedWindowByDisplayID_.erase(display);
+        return std::nullopt;
+    }
+    const WindowID chosen = choice->window->windowID;
+    const auto [last, isNew] = lastSelectedWindowByDisplayID_.try_emplace(display, chosen);
+    if (isNew || last->second != chosen) {
+        last->second = chosen;
+        platform_.log.print(selectionLine(display, *choice));
+    }
+    return chosen;
+}
+
+std::optional<OverlayManager::WindowID> OverlayManager::resolveCoverReferenceWindowForScreen(
+    const Screen &screen, const FocusContext &context, const std::string &coverBundleID,
+    double now) const {
+    const auto lock = coverLockByDisplayID_.find(displayID(screen));
+    if (lock != coverLockByDisplayID_.end() && now < lock->second.until) {
+        const WindowID locked = lock->second.windowID;
+        // Wherever the window is by now: a lock holds also when it was moved to another display.
+        const bool isStillThere =
+            std::ranges::any_of(context.windows, [&](const WindowDescriptor *window) {
+                return window->windowID == locked && window->bundleID == coverBundleID;
+            });
+        if (isStillThere) {
+            return locked;
+        }
+    }
+    const auto choice =
+        frontmostCoverWindowOnScreen(context.windows, coverBundleID, screen.frame,
+                                     highestScreenEdge(platform_.screens.screens()));
+    return choice ? std::optional(choice->window->windowID) : std::nullopt;
+}
+
+} // namespace lumo
