@@ -1,0 +1,213 @@
+#include "app/AppController.h"
+
+#include "platform/MainLoop.h"
+#include "platform/UserDefaults.h"
+#include "platform/WindowServer.h"
+#include "platform/Workspace.h"
+
+namespace lumo {
+
+namespace {
+
+constexpr double hintDuration = 4.0;       // seconds
+constexpr double hintRepeatInterval = 1.5; // seconds in which a repeated hint is dropped
+constexpr double smallestCandidate = 40;   // points, of either side of a window
+
+// Whether the window may be that of the application which the user works in.
+bool isCandidateWindow(const Dictionary &record, std::int32_t ownProcess) {
+    const auto *owner = record.find(windowKey::ownerPID);
+    const auto process = owner != nullptr ? owner->integer32() : std::nullopt;
+    if (!process || *process == ownProcess) {
+        return false;
+    }
+    if (const auto *layer = record.find(windowKey::layer); layer && layer->integer() != 0) {
+        return false;
+    }
+    if (const auto *alpha = record.find(windowKey::alpha);
+        alpha && alpha->number().value_or(0) <= 0) {
+        return false;
+    }
+    const auto *boundsValue = record.find(windowKey::bounds);
+    const auto *bounds = boundsValue != nullptr ? boundsValue->dictionary() : nullptr;
+    if (bounds == nullptr) {
+        return false;
+    }
+    const auto isLargeEnough = [bounds](std::string_view side) {
+        const auto *length = bounds->find(side);
+        return length != nullptr && length->number().value_or(0) >= smallestCandidate;
+    };
+    return isLargeEnough(boundsKey::width) && isLargeEnough(boundsKey::height);
+}
+
+} // namespace
+
+AppController::AppController(const Platform &platform)
+    : platform_(platform)
+    , settingsStore_(platform.userDefaults)
+    , rulesEngine_(settingsStore_)
+    , overlayManager_(platform, settingsStore_)
+    , shortcutManager_(platform, settingsStore_) {
+    setupBindings();
+    listenToShortcuts();
+}
+
+void AppController::setupBindings() {
+    cancellables_.push_back(settingsStore_.isEnabled.subscribe([this](const bool &enabled) {
+        if (enabled) {
+            startCoreFeatures();
+        } else {
+            stopCoreFeatures();
+        }
+        updateStatusMessage();
+    }));
+    shortcutManager_.onShortcutTriggered = [this](ShortcutEvent event) { handleShortcut(event); };
+}
+
+void AppController::listenToShortcuts() {
+    if (!shortcutManager_.isListening.value()) {
+        shortcutManager_.installHotKeyHandlerIfNeeded();
+        shortcutManager_.registerHotKeys();
+        shortcutManager_.isListening.set(true);
+    }
+}
+
+void AppController::handleShortcut(ShortcutEvent event) {
+    switch (event) {
+    case ShortcutEvent::toggle:
+        setLumoEnabled(!settingsStore_.isEnabled.value());
+        break;
+    case ShortcutEvent::peek:
+        enterPeekMode();
+        break;
+    case ShortcutEvent::setCoverFromFrontmost:
+        setPrivacyCoverAppFromFrontmost(true);
+        settingsStore_.privacyCoverEnabled.set(true);
+        break;
+    }
+}
+
+void AppController::startCoreFeatures() {
+    if (settingsStore_.isEnabled.value()) {
+        overlayManager_.startShowing();
+        isReady.set(true);
+        updateStatusMessage();
+    }
+}
+
+void AppController::stopCoreFeatures() {
+    overlayManager_.stopShowing();
+    isReady.set(false);
+    updateStatusMessage();
+}
+
+void AppController::setLumoEnabled(bool enabled) {
+    if (enabled && settingsStore_.privacyCoverEnabled.value() &&
+        settingsStore_.privacyCoverAutoAssignOnEnable.value() &&
+        !settingsStore_.privacyCoverBundleID.value()) {
+        if (const auto name = setPrivacyCoverAppFromFrontmost(false)) {
+            showCoverRuntimeHint("Auto-set Cover: " + *name, hintDuration);
+        }
+    }
+    if (settingsStore_.isEnabled.value() != enabled) {
+        settingsStore_.isEnabled.set(enabled);
+    }
+    if (enabled) {
+        startCoreFeatures();
+    } else {
+        stopCoreFeatures();
+    }
+    updateStatusMessage();
+}
+
+void AppController::enterPeekMode() {
+    if (!settingsStore_.isEnabled.value()) {
+        return;
+    }
+    overlayManager_.peek();
+    peekTimer_ = platform_.mainLoop.after(settingsStore_.peekDuration.value(),
+                                          lifetime_.guard([this] { exitPeekMode(); }));
+    settingsStore_.isPeeking.set(true);
+    updateStatusMessage();
+}
+
+void AppController::exitPeekMode() {
+    overlayManager_.endPeek();
+    peekTimer_.reset();
+    settingsStore_.isPeeking.set(false);
+    updateStatusMessage();
+}
+
+void AppController::updateStatusMessage() {
+    if (settingsStore_.isPeeking.value()) {
+        statusMessage.set("Lumo (Peek)");
+    } else {
+        statusMessage.set(settingsStore_.isEnabled.value() ? "Lumo (On)" : "Lumo (Off)");
+    }
+}
+
+const RunningApplication *AppController::resolvedCoverCandidateApplication() const {
+    const auto &workspace = platform_.workspace;
+    const auto *frontmost = workspace.frontmostApplication();
+    const auto &own = workspace.ownApplication();
+    if (frontmost == nullptr || frontmost->bundleIdentifier != own.bundleIdentifier) {
+        return frontmost;
+    }
+    // Lumo's own window is in front: the application behind it is the one that is meant.
+    const auto records = platform_.windowServer.onScreenWindows();
+    if (!records) {
+        return nullptr;
+    }
+    for (const auto &record : *records) {
+        if (isCandidateWindow(record, own.processIdentifier)) {
+            const auto process = *record.find(windowKey::ownerPID)->integer32();
+            if (const auto *application = workspace.runningApplication(process)) {
+                return application;
+            }
+        }
+    }
+    return nullptr;
+}
+
+std::optional<std::string> AppController::setPrivacyCoverAppFromFrontmost(bool notify) {
+    const auto *candidate = resolvedCoverCandidateApplication();
+    if (candidate == nullptr || !candidate->bundleIdentifier) {
+        return std::nullopt;
+    }
+    const auto bundleID = *candidate->bundleIdentifier;
+    const auto name = candidate->localizedName.value_or(bundleID);
+    settingsStore_.privacyCoverBundleID.set(bundleID);
+    settingsStore_.privacyCoverDisplayName.set(name);
+    if (notify) {
+        showCoverRuntimeHint("Cover set: " + name, hintDuration);
+    }
+    return name;
+}
+
+void AppController::setPrivacyCoverApp(std::optional<std::string> bundleID,
+                                       std::optional<std::string> displayName, bool notify) {
+    const bool clears = !bundleID;
+    const auto hint = displayName && !displayName->empty() ? "Cover set: " + *displayName
+                                                           : std::string("Cover cleared");
+    settingsStore_.privacyCoverBundleID.set(std::move(bundleID));
+    settingsStore_.privacyCoverDisplayName.set(std::move(displayName));
+    if (clears) {
+        settingsStore_.privacyCoverAutoAssignOnEnable.set(false);
+    }
+    if (notify) {
+        showCoverRuntimeHint(hint, hintDuration);
+    }
+}
+
+void AppController::showCoverRuntimeHint(const std::string &text, double duration) {
+    const double now = platform_.mainLoop.now();
+    if (lastCoverRuntimeHintText_ == text && now - lastCoverRuntimeHintAt_ < hintRepeatInterval) {
+        return;
+    }
+    lastCoverRuntimeHintText_ = text;
+    lastCoverRuntimeHintAt_ = now;
+    settingsStore_.privacyCoverRuntimeHint.set(text);
+    coverRuntimeHintClearTimer_ = platform_.mainLoop.after(
+        duration, lifetime_.guard([this] { settingsStore_.privacyCoverRuntimeHint.set({}); }));
+}
+
+} // namespace lumo
