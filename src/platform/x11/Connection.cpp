@@ -128,6 +128,10 @@ xcb_atom_t Connection::atom(std::string_view name) {
 }
 
 void Connection::internAtoms(std::initializer_list<std::string_view> names) {
+    internAtoms(std::span(names.begin(), names.size()));
+}
+
+void Connection::internAtoms(std::span<const std::string_view> names) {
     std::vector<std::pair<std::string, xcb_intern_atom_cookie_t>> cookies;
     for (const auto name : names) {
         cookies.emplace_back(

@@ -8,7 +8,9 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <initializer_list>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -68,6 +70,7 @@ class Connection {
     xcb_atom_t atom(std::string_view name);
 
     // Fetches many atoms in one round trip.
+    void internAtoms(std::span<const std::string_view> names);
     void internAtoms(std::initializer_list<std::string_view> names);
 
     // Calls the observer for every event, in the order of arrival.

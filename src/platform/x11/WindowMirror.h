@@ -1,6 +1,11 @@
 #pragma once
 
+#include "platform/x11/MirrorChange.h"
+#include "platform/x11/PendingReads.h"
 #include "platform/x11/PixelRect.h"
+#include "platform/x11/RootState.h"
+#include "platform/x11/WindowBand.h"
+#include "platform/x11/WindowFacts.h"
 #include "support/Handle.h"
 #include "support/Signal.h"
 
@@ -9,20 +14,12 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace lumo::x11 {
 
 class Connection;
-
-// What a top-level window is for, as far as ordering goes.
-enum class WindowBand {
-    desktop,  // the desktop itself, under everything and in no list
-    below,    // kept below by the user
-    normal,   // ordinary windows
-    above,    // docks and windows that are kept on top
-    floating, // menus, tool tips, notifications and other windows that no manager handles
-};
 
 // One child of the root window, with what is known of the managed window in it.
 struct MirrorWindow {
@@ -32,50 +29,132 @@ struct MirrorWindow {
     int borderWidth = 0;            // of the frame, in pixels on each side
     bool isMapped = false;
     bool isInputOnly = false;
-    bool isManaged = false; // a window manager handles the client
+    bool isOverrideRedirect = false; // of the frame
+    bool isDescribed = false; // all that is below has been read; false for an instant at first
+    bool isManaged = false;   // a window manager handles the client
+    bool isMinimized = false;
+    bool skipsTaskbar = false;
     std::uint8_t depth = 0;
     xcb_visualid_t visual = XCB_NONE;
     WindowBand band = WindowBand::normal;
     double opacity = 1;
     std::int32_t processIdentifier = 0; // 0 when unknown
-    std::string className;              // the class part of WM_CLASS
+    std::string instanceName;           // the two parts of WM_CLASS
+    std::string className;
     std::optional<std::string> title;
-};
+    std::optional<std::uint32_t> desktop; // all bits set when on all desktops
 
-// What changed since the last announcement. The mirror gathers a batch of events before it
-// announces.
-struct MirrorChange {
-    bool stacking = false;   // order, or the set of windows
-    bool appearance = false; // geometry, mapping, shape, opacity: what would be seen differently
-    bool properties = false; // titles, owners, bands
-    bool activeWindow = false;
-    bool currentDesktop = false;
-    bool windowManager = false; // came, went or was replaced
-    bool wallpaper = false;     // the root window's pixmap property
+    bool operator==(const MirrorWindow &) const = default;
 };
 
 // The window tree as the server has it, kept current by events, so that reading it costs no
-// request. Main thread only.
+// request. Main thread only. Construction waits for the server; nothing after it does.
 class WindowMirror {
   public:
     explicit WindowMirror(Connection &connection);
     ~WindowMirror();
+    WindowMirror(const WindowMirror &) = delete;
+    WindowMirror &operator=(const WindowMirror &) = delete;
 
     // The children of the root window from the bottom to the top, unmapped ones included.
-    const std::vector<xcb_window_t> &stacking() const;
+    const std::vector<xcb_window_t> &stacking() const { return stacking_; }
 
     // By frame or by client; null when there is no such window. Valid until control returns to the
     // loop.
     const MirrorWindow *find(xcb_window_t window) const;
 
     // The managed window that has the focus, as the window manager says.
-    std::optional<xcb_window_t> activeWindow() const;
+    std::optional<xcb_window_t> activeWindow() const { return root_.activeWindow(); }
 
     // Empty when no window manager runs or it has no name.
-    const std::string &windowManagerName() const;
+    const std::string &windowManagerName() const { return root_.windowManagerName(); }
+
+    // Whether the window manager says that it understands the hint.
+    bool windowManagerSupports(xcb_atom_t hint) const { return root_.supports(hint); }
+
+    // Whether a window is on the current desktop, on all of them, or on none that anyone names.
+    bool isOnCurrentDesktop(const MirrorWindow &window) const;
+
+    // A number that is another one after each change.
+    std::uint64_t revision() const { return revision_; }
 
     // Calls the observer after each batch of events that changed something.
     Handle onChange(std::function<void(const MirrorChange &)> observer);
+
+    // True when nothing that is known to have changed is still to be read.
+    bool isSettled() const;
+
+  private:
+    // A window that is watched: a child of the root window or one that has been.
+    struct Node {
+        std::uint64_t serial = 0;    // tells it from others that had the same identifier
+        xcb_window_t top = XCB_NONE; // the child of the root that it is in; none while unknown
+        std::uint64_t placement = 0; // changes whenever the window gets another parent
+        PendingReads reads;
+        std::uint32_t known = 0; // what has been read at least once
+        WindowFacts facts;
+    };
+
+    struct TopLevel {
+        MirrorWindow window;
+        std::vector<xcb_window_t> inside; // the watched windows inside, in order of arrival
+    };
+
+    void handle(const xcb_generic_event_t &event);
+    void handleCreate(const xcb_create_notify_event_t &event);
+    void handleConfigure(const xcb_configure_notify_event_t &event);
+    void handleReparent(const xcb_reparent_notify_event_t &event);
+    void handleProperty(const xcb_property_notify_event_t &event);
+    void finishBatch();
+
+    Node &watch(xcb_window_t window);
+    TopLevel &addTopLevel(xcb_window_t window);
+    void removeTopLevel(xcb_window_t window);
+    void forget(xcb_window_t window);
+    void putInside(xcb_window_t window, xcb_window_t top);
+    void placeUnder(xcb_window_t window, xcb_window_t parent);
+    void leaveTop(xcb_window_t window);
+    void placeAbove(xcb_window_t window, xcb_window_t sibling);
+    void setOverrideRedirect(TopLevel &top, bool isOverrideRedirect);
+    void setMapped(xcb_window_t window, bool isMapped);
+    TopLevel *findTop(xcb_window_t window);
+
+    void want(xcb_window_t window, std::uint32_t things);
+    void wantFacts(xcb_window_t window);
+    void wantStructure(xcb_window_t window);
+    static bool isDescribed(const Node &frame, const Node &client);
+    void requestReads();
+    void request(xcb_window_t window, Node &node);
+    template <class Reply, class Cookie>
+    void read(xcb_window_t window, std::uint32_t thing, Cookie cookie,
+              std::function<void(Node &, const Reply *)> apply);
+    void applyAttributes(xcb_window_t window, const xcb_get_window_attributes_reply_t *reply);
+    void applyGeometry(xcb_window_t window, const xcb_get_geometry_reply_t *reply);
+    void setGeometry(TopLevel &top, const PixelRect &geometry);
+    void readTree();
+    void applyTree(const xcb_query_tree_reply_t *reply);
+    void findTopOf(xcb_window_t window, xcb_window_t ancestor);
+    void findClientIn(xcb_window_t window, int depth);
+    void describe(xcb_window_t top);
+    xcb_window_t clientOf(const TopLevel &top) const;
+    void note(bool MirrorChange::*what);
+
+    Connection &connection_;
+    WindowProperties properties_;
+    ReplyQueue replies_;
+    MirrorChange change_;
+    RootState root_;
+    std::vector<xcb_window_t> stacking_;
+    std::unordered_map<xcb_window_t, TopLevel> topLevels_;
+    std::unordered_map<xcb_window_t, Node> nodes_;
+    std::vector<xcb_window_t> unread_; // those with something to be asked for
+    std::uint64_t lastSerial_ = 0;
+    bool treeIsUnread_ = true;
+    std::uint64_t revision_ = 1;
+    xcb_window_t describedActive_ = XCB_NONE; // the active window when it was last looked at
+    Signal<MirrorChange> changes_;
+    Handle events_;
+    Handle batches_;
 };
 
 } // namespace lumo::x11

@@ -1,0 +1,249 @@
+#include "platform/x11/Connection.h"
+#include "platform/x11/WindowMirror.h"
+
+#include <xcb/res.h>
+
+#include <algorithm>
+#include <unordered_set>
+#include <utility>
+
+// The part of the mirror that asks the server. No request here waits for its reply, and a reply is
+// dropped when its window has gone meanwhile.
+
+namespace lumo::x11 {
+
+namespace {
+
+// What is read of a window, as bits: its properties by their indices, and these.
+constexpr std::uint32_t processBit = 1U << WindowProperties::count;
+constexpr std::uint32_t attributesBit = processBit << 1U;
+constexpr std::uint32_t geometryBit = processBit << 2U;
+constexpr std::uint32_t factBits = attributesBit - 1;
+constexpr std::uint32_t structureBits = attributesBit | geometryBit;
+
+// How deep in a frame a managed window is looked for.
+constexpr int deepestClient = 3;
+
+std::int32_t processOf(const xcb_res_query_client_ids_reply_t *reply) {
+    if (reply == nullptr) {
+        return 0;
+    }
+    for (auto id = xcb_res_query_client_ids_ids_iterator(reply); id.rem > 0;
+         xcb_res_client_id_value_next(&id)) {
+        if ((id.data->spec.mask & XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID) != 0 &&
+            xcb_res_client_id_value_value_length(id.data) > 0) {
+            return static_cast<std::int32_t>(xcb_res_client_id_value_value(id.data)[0]);
+        }
+    }
+    return 0;
+}
+
+} // namespace
+
+void WindowMirror::want(xcb_window_t window, std::uint32_t things) {
+    const auto node = nodes_.find(window);
+    if (node == nodes_.end()) {
+        return;
+    }
+    if (!node->second.reads.hasWanted()) {
+        unread_.push_back(window);
+    }
+    node->second.reads.want(things);
+}
+
+void WindowMirror::wantFacts(xcb_window_t window) {
+    want(window, factBits);
+}
+
+void WindowMirror::wantStructure(xcb_window_t window) {
+    want(window, structureBits);
+}
+
+bool WindowMirror::isDescribed(const Node &frame, const Node &client) {
+    return (frame.known & (factBits | structureBits)) == (factBits | structureBits) &&
+           (client.known & factBits) == factBits;
+}
+
+void WindowMirror::requestReads() {
+    if (std::exchange(treeIsUnread_, false)) {
+        readTree();
+    }
+    for (const auto window : std::exchange(unread_, {})) {
+        const auto node = nodes_.find(window);
+        if (node == nodes_.end()) {
+            continue;
+        }
+        request(window, node->second);
+        if (node->second.reads.hasWanted()) {
+            unread_.push_back(window); // what is being read already is asked for again afterwards
+        }
+    }
+}
+
+template <class Reply, class Cookie>
+void WindowMirror::read(xcb_window_t window, std::uint32_t thing, Cookie cookie,
+                        std::function<void(Node &, const Reply *)> apply) {
+    const auto serial = nodes_.at(window).serial;
+    replies_.add<Reply>(
+        cookie, [this, window, thing, serial, apply = std::move(apply)](const Reply *reply) {
+            const auto found = nodes_.find(window);
+            if (found == nodes_.end() || found->second.serial != serial) {
+                return;
+            }
+            found->second.reads.finished(thing);
+            found->second.known |= thing;
+            apply(found->second, reply);
+            describe(found->second.top);
+        });
+}
+
+void WindowMirror::request(xcb_window_t window, Node &node) {
+    const auto now = node.reads.begin();
+    for (unsigned index = 0; index < WindowProperties::count; ++index) {
+        if ((now & 1U << index) != 0) {
+            read<xcb_get_property_reply_t>(window, 1U << index, properties_.request(window, index),
+                                           [this, index](Node &read, const auto *reply) {
+                                               properties_.apply(read.facts, index, reply);
+                                           });
+        }
+    }
+    if ((now & processBit) != 0) {
+        if (connection_.extensions().resource) {
+            const xcb_res_client_id_spec_t spec = {window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
+            read<xcb_res_query_client_ids_reply_t>(
+                window, processBit, xcb_res_query_client_ids(connection_, 1, &spec),
+                [](Node &read, const auto *reply) {
+                    read.facts.connectedProcess = processOf(reply);
+                });
+        } else {
+            node.reads.finished(processBit);
+            node.known |= processBit;
+        }
+    }
+    if ((now & attributesBit) != 0) {
+        read<xcb_get_window_attributes_reply_t>(
+            window, attributesBit, xcb_get_window_attributes(connection_, window),
+            [this, window](Node &, const auto *reply) { applyAttributes(window, reply); });
+    }
+    if ((now & geometryBit) != 0) {
+        read<xcb_get_geometry_reply_t>(
+            window, geometryBit, xcb_get_geometry(connection_, window),
+            [this, window](Node &, const auto *reply) { applyGeometry(window, reply); });
+    }
+}
+
+void WindowMirror::applyAttributes(xcb_window_t window,
+                                   const xcb_get_window_attributes_reply_t *reply) {
+    auto *top = findTop(window);
+    if (reply == nullptr || top == nullptr) {
+        return;
+    }
+    top->window.isInputOnly = reply->_class == XCB_WINDOW_CLASS_INPUT_ONLY;
+    top->window.visual = reply->visual;
+    setOverrideRedirect(*top, reply->override_redirect != 0);
+    top->window.isMapped = reply->map_state != XCB_MAP_STATE_UNMAPPED;
+    note(&MirrorChange::appearance);
+}
+
+void WindowMirror::applyGeometry(xcb_window_t window, const xcb_get_geometry_reply_t *reply) {
+    auto *top = findTop(window);
+    if (reply == nullptr || top == nullptr || reply->root != connection_.root()) {
+        return;
+    }
+    top->window.depth = reply->depth;
+    const int border = 2 * reply->border_width;
+    setGeometry(*top, {reply->x, reply->y, reply->width + border, reply->height + border});
+}
+
+// Reads the whole tree: the children of the root, all about each, and the managed windows in them.
+void WindowMirror::readTree() {
+    for (const auto &[window, node] : nodes_) {
+        want(window, findTop(window) == nullptr ? factBits : factBits | structureBits);
+    }
+    replies_.add<xcb_query_tree_reply_t>(xcb_query_tree(connection_, connection_.root()),
+                                         [this](const auto *reply) { applyTree(reply); });
+}
+
+void WindowMirror::applyTree(const xcb_query_tree_reply_t *reply) {
+    if (reply == nullptr) {
+        return;
+    }
+    const auto *first = xcb_query_tree_children(reply);
+    const std::vector<xcb_window_t> children(first, first + xcb_query_tree_children_length(reply));
+    const std::unordered_set<xcb_window_t> present(children.begin(), children.end());
+    for (const auto window : std::vector(stacking_)) {
+        if (!present.contains(window)) {
+            forget(window);
+        }
+    }
+    for (const auto window : children) {
+        if (findTop(window) == nullptr) {
+            leaveTop(window);
+            addTopLevel(window);
+        }
+        findClientIn(window, 0);
+    }
+    if (std::exchange(stacking_, children) != children) {
+        note(&MirrorChange::stacking);
+    }
+}
+
+// Looks for the window with a manager's mark in windows that were there before the mirror; what is
+// put into a frame later tells of itself.
+void WindowMirror::findClientIn(xcb_window_t window, int depth) {
+    if (depth > 0 && nodes_.contains(window)) {
+        return;
+    }
+    replies_.add<xcb_get_property_reply_t>(
+        properties_.request(window, WindowProperties::managerStateIndex()),
+        [this, window, depth](const xcb_get_property_reply_t *state) {
+            if (value32(state).value_or(0) != 0) {
+                if (depth > 0 && !nodes_.contains(window)) {
+                    // It may have moved or gone before its events were selected, so look again.
+                    watch(window);
+                    findTopOf(window, window);
+                }
+                return;
+            }
+            if (state == nullptr || depth == deepestClient) {
+                return;
+            }
+            replies_.add<xcb_query_tree_reply_t>(
+                xcb_query_tree(connection_, window),
+                [this, depth](const xcb_query_tree_reply_t *tree) {
+                    if (tree == nullptr) {
+                        return;
+                    }
+                    const auto *children = xcb_query_tree_children(tree);
+                    for (int i = 0; i < xcb_query_tree_children_length(tree); ++i) {
+                        findClientIn(children[i], depth + 1);
+                    }
+                });
+        });
+}
+
+// Follows the parents from the ancestor to a child of the root, and puts the window into that.
+void WindowMirror::findTopOf(xcb_window_t window, xcb_window_t ancestor) {
+    const auto placement = nodes_.at(window).placement;
+    replies_.add<xcb_query_tree_reply_t>(
+        xcb_query_tree(connection_, ancestor),
+        [this, window, ancestor, placement](const xcb_query_tree_reply_t *reply) {
+            const auto node = nodes_.find(window);
+            if (node == nodes_.end() || node->second.placement != placement) {
+                return;
+            }
+            if (reply == nullptr) {
+                if (ancestor == window) {
+                    forget(window);
+                }
+                return;
+            }
+            if (findTop(ancestor) != nullptr) {
+                putInside(window, ancestor);
+            } else if (reply->parent != connection_.root() && reply->parent != XCB_NONE) {
+                findTopOf(window, reply->parent);
+            }
+        });
+}
+
+} // namespace lumo::x11
