@@ -197,13 +197,15 @@ void WindowMirror::handleReparent(const xcb_reparent_notify_event_t &event) {
     if (top == nullptr) {
         leaveTop(event.window);
         top = &addTopLevel(event.window);
-        top->window.geometry.x = event.x;
-        top->window.geometry.y = event.y;
         stacking_.push_back(event.window);
         note(&MirrorChange::stacking);
     } else {
         placeAbove(event.window, stacking_.back());
     }
+    auto geometry = top->window.geometry;
+    geometry.x = event.x;
+    geometry.y = event.y;
+    setGeometry(*top, geometry);
     setOverrideRedirect(*top, event.override_redirect != 0);
 }
 
