@@ -5,9 +5,9 @@
 #include "support/Log.h"
 
 #include <glib.h>
-#include <locale.h>
 #include <plist/plist.h>
 
+#include <clocale>
 #include <cstdlib>
 #include <string>
 #include <utility>
@@ -116,7 +116,7 @@ std::string printableInXml(const std::string &text) {
 }
 
 const char *absolutePathIn(const char *variable) {
-    const char *value = std::getenv(variable);
+    const char *value = g_getenv(variable);
     return value != nullptr && value[0] == '/' ? value : nullptr;
 }
 
