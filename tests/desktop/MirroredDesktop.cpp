@@ -13,7 +13,8 @@ std::string describe(const MirrorWindow &window) {
     std::ostringstream text;
     const auto &at = window.geometry;
     text << window.frame << ": " << at.x << ',' << at.y << ' ' << at.width << 'x' << at.height
-         << (window.isMapped ? " mapped" : "") << (window.isInputOnly ? " input-only" : "")
+         << " border " << window.borderWidth << (window.isMapped ? " mapped" : "")
+         << (window.isInputOnly ? " input-only" : "")
          << (window.isOverrideRedirect ? " override-redirect" : "") << " depth "
          << int{window.depth} << " visual " << window.visual;
     return text.str();
@@ -32,6 +33,7 @@ std::optional<MirrorWindow> truthOf(Connection &connection, const MirrorWindow &
     const int border = 2 * geometry->border_width;
     truth.geometry = {geometry->x, geometry->y, geometry->width + border,
                       geometry->height + border};
+    truth.borderWidth = geometry->border_width;
     truth.depth = geometry->depth;
     truth.visual = attributes->visual;
     truth.isMapped = attributes->map_state != XCB_MAP_STATE_UNMAPPED;

@@ -160,6 +160,7 @@ void WindowMirror::handleCreate(const xcb_create_notify_event_t &event) {
     auto &top = addTopLevel(event.window);
     const int border = 2 * event.border_width;
     top.window.geometry = {event.x, event.y, event.width + border, event.height + border};
+    top.window.borderWidth = event.border_width;
     stacking_.push_back(event.window);
     note(&MirrorChange::stacking);
     setOverrideRedirect(top, event.override_redirect != 0);
@@ -172,6 +173,7 @@ void WindowMirror::handleConfigure(const xcb_configure_notify_event_t &event) {
     }
     setOverrideRedirect(*top, event.override_redirect != 0);
     const int border = 2 * event.border_width;
+    top->window.borderWidth = event.border_width;
     setGeometry(*top, {event.x, event.y, event.width + border, event.height + border});
     placeAbove(event.window, event.above_sibling);
 }

@@ -151,6 +151,7 @@ void WindowMirror::applyGeometry(xcb_window_t window, const xcb_get_geometry_rep
         return;
     }
     top->window.depth = reply->depth;
+    top->window.borderWidth = reply->border_width;
     const int border = 2 * reply->border_width;
     setGeometry(*top, {reply->x, reply->y, reply->width + border, reply->height + border});
 }
