@@ -165,6 +165,13 @@ void Connection::awaitReply(std::uint32_t sequence, ReplyFunction function) {
     pendingReplies_.push_back({sequence, std::move(function)});
 }
 
+void Connection::whenHandled(xcb_void_cookie_t cookie, std::function<void(bool)> function) {
+    awaitReply(cookie.sequence,
+               [function = std::move(function)](const void *, bool failed) { function(!failed); });
+    // The server says nothing of a success; the reply to a later request does.
+    awaitReply(xcb_get_input_focus(connection_).sequence, [](const void *, bool) {});
+}
+
 bool Connection::firstReplyHasArrived() {
     if (firstReplyArrived_ || pendingReplies_.empty()) {
         return firstReplyArrived_;
@@ -173,6 +180,7 @@ bool Connection::firstReplyHasArrived() {
     xcb_generic_error_t *error = nullptr;
     if (xcb_poll_for_reply(connection_, pendingReplies_.front().sequence, &reply, &error) != 0) {
         arrivedReply_.reset(reply);
+        arrivedFailure_ = error != nullptr;
         firstReplyArrived_ = true;
         std::free(error);
     }
@@ -184,7 +192,7 @@ void Connection::deliverFirstReply() {
     const auto reply = std::move(arrivedReply_);
     pendingReplies_.pop_front();
     firstReplyArrived_ = false;
-    function(reply.get());
+    function(reply.get(), arrivedFailure_);
 }
 
 XcbPointer<xcb_generic_event_t> Connection::nextEvent() {

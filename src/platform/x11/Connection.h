@@ -92,10 +92,15 @@ class Connection {
     // (checked) request.
     template <class Reply, class Cookie>
     void whenReplied(Cookie cookie, std::function<void(const Reply *)> function) {
-        awaitReply(cookie.sequence, [function = std::move(function)](const void *reply) {
+        awaitReply(cookie.sequence, [function = std::move(function)](const void *reply, bool) {
             function(static_cast<const Reply *>(reply));
         });
     }
+
+    // Calls the function once the server has handled a request without a reply, after all events
+    // from before that; with whether it succeeded. The cookie is that of a checked request, the
+    // last one that was made.
+    void whenHandled(xcb_void_cookie_t cookie, std::function<void(bool succeeded)> function);
 
     // Waits for the reply; null when the request failed. For start-up only: nothing that runs while
     // the overlay is showing may wait for the server.
@@ -128,7 +133,7 @@ class Connection {
     std::uint64_t bytesSent() const;
 
   private:
-    using ReplyFunction = std::function<void(const void *)>;
+    using ReplyFunction = std::function<void(const void *reply, bool failed)>;
 
     struct PendingReply {
         std::uint32_t sequence;
@@ -154,7 +159,8 @@ class Connection {
     XcbPointer<xcb_generic_event_t> undispatchedEvent_;
     std::deque<PendingReply> pendingReplies_;
     bool firstReplyArrived_ = false; // the first of pendingReplies_ is answered by arrivedReply_
-    XcbPointer<void> arrivedReply_;  // null when that request failed
+    XcbPointer<void> arrivedReply_;  // null when that request failed, or has no reply
+    bool arrivedFailure_ = false;
 };
 
 } // namespace lumo::x11
