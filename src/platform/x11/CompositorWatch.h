@@ -1,0 +1,50 @@
+#pragma once
+
+#include "platform/MainLoop.h"
+#include "support/Handle.h"
+#include "support/Lifetime.h"
+#include "support/Signal.h"
+
+#include <xcb/xcb.h>
+
+#include <functional>
+#include <utility>
+
+namespace lumo::x11 {
+
+class Connection;
+
+// Tells whether a compositing manager blends the windows of this screen. One that has announced
+// itself counts from when it really has taken the windows over, which for some is long after.
+// Main thread only.
+class CompositorWatch {
+  public:
+    // Waits for the server to learn how things stand.
+    CompositorWatch(Connection &connection, MainLoop &mainLoop);
+
+    bool isCompositing() const { return isCompositing_; }
+
+    // Calls the observer after isCompositing() has changed.
+    Handle onChange(std::function<void()> observer) {
+        return changed_.subscribe(std::move(observer));
+    }
+
+  private:
+    void ownerIs(bool someone);
+    xcb_void_cookie_t attemptToRedirect();
+    void probe();
+    void probed(bool couldRedirect);
+    void set(bool isCompositing);
+
+    Connection &connection_;
+    MainLoop &mainLoop_;
+    xcb_atom_t selection_;
+    bool hasOwner_ = false;
+    bool isCompositing_ = false;
+    Signal<> changed_;
+    Handle events_;
+    Handle nextProbe_;
+    Lifetime lifetime_;
+};
+
+} // namespace lumo::x11

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include <cstdint>
+#include <vector>
+
+namespace lumo::x11 {
+
+// Where an overlay is wanted among the other windows.
+struct Order {
+    enum class Kind {
+        out,   // nowhere
+        front, // above all that is in its band or below that
+        below, // directly beneath the reference
+    };
+
+    Kind kind = Kind::out;
+    xcb_window_t reference = XCB_NONE; // for Kind::below: a window of a program, or its frame
+    int level = 0;                     // for Kind::front: 0 is ordinary windows' band
+
+    bool operator==(const Order &) const = default;
+};
+
+// A way to get one overlay into its order and to keep it there, against window managers of one
+// kind. Overlays are no obstacles to one another: an order holds when nothing but other overlays
+// lies between. Reads the window mirror, so asking costs nothing. Main thread only.
+class Placement {
+  public:
+    virtual ~Placement() = default;
+
+    // False when the reference is gone or not on screen, so that there is no such order.
+    virtual bool isPossible(const Order &order) const = 0;
+
+    // False when a person could see that the order is not so. True for an impossible one.
+    virtual bool holds(const Order &order) const = 0;
+
+    // Asks the server for the order. The answer takes a while to arrive in the mirror, and a window
+    // manager may see things differently; so an order that did not hold may be asked for again, and
+    // is sent again when there is a point to it.
+    virtual void enforce(const Order &order) = 0;
+
+    // The children of the root window that are beneath the overlay when the order holds, from the
+    // bottom to the top and without overlays; for an impossible one those beneath it now.
+    virtual std::vector<xcb_window_t> lowerWindows(const Order &order) const = 0;
+};
+
+} // namespace lumo::x11

@@ -1,0 +1,146 @@
+#include "platform/x11/SceneBelow.h"
+
+#include "platform/x11/Connection.h"
+#include "platform/x11/Wallpaper.h"
+#include "platform/x11/WindowSurfaces.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace lumo::x11 {
+
+SceneBelow::SceneBelow(Connection &connection, WindowSurfaces &surfaces, Wallpaper &wallpaper,
+                       LowerWindows lowerWindows)
+    : connection_(connection)
+    , surfaces_(surfaces)
+    , wallpaper_(wallpaper)
+    , lowerWindows_(std::move(lowerWindows))
+    , changes_(makeEmptyRegion(connection))
+    , scratch_(makeEmptyRegion(connection))
+    , surfacesInUse_(surfaces.use())
+    , damage_(surfaces.onDamage(
+          [this](xcb_window_t window, xcb_xfixes_region_t region) { addDamage(window, region); }))
+    , surfaceChanges_(surfaces.onStale([this](xcb_window_t window) {
+        if (window == XCB_NONE || contains(window)) {
+            stale_.emit();
+        }
+    }))
+    , wallpaperChanges_(wallpaper.onChange([this] {
+        invalidate();
+        stale_.emit();
+    })) {
+}
+
+void SceneBelow::setArea(const PixelRect &area) {
+    if (area != area_) {
+        area_ = area;
+        invalidate();
+    }
+}
+
+void SceneBelow::invalidate() {
+    add({area_});
+}
+
+bool SceneBelow::contains(xcb_window_t window) const {
+    return std::ranges::find(entries_, window, &Entry::window) != entries_.end();
+}
+
+void SceneBelow::addDamage(xcb_window_t window, xcb_xfixes_region_t region) {
+    const auto entry = std::ranges::find(entries_, window, &Entry::window);
+    if (entry != entries_.end()) {
+        xcb_xfixes_union_region(connection_, changes_.id(), region, changes_.id());
+        changedBounds_ = changedBounds_.united(entry->geometry.intersection(area_));
+    }
+}
+
+void SceneBelow::add(const std::vector<PixelRect> &rectangles) {
+    std::vector<xcb_rectangle_t> visible;
+    for (const auto &rectangle : rectangles) {
+        const auto part = rectangle.intersection(area_);
+        if (!part.isEmpty()) {
+            visible.push_back({static_cast<std::int16_t>(part.x), static_cast<std::int16_t>(part.y),
+                               static_cast<std::uint16_t>(part.width),
+                               static_cast<std::uint16_t>(part.height)});
+            changedBounds_ = changedBounds_.united(part);
+        }
+    }
+    if (!visible.empty()) {
+        xcb_xfixes_set_region(connection_, scratch_.id(),
+                              static_cast<std::uint32_t>(visible.size()), visible.data());
+        xcb_xfixes_union_region(connection_, changes_.id(), scratch_.id(), changes_.id());
+    }
+}
+
+std::vector<SceneBelow::Entry> SceneBelow::currentEntries() {
+    std::vector<Entry> entries;
+    for (const auto window : lowerWindows_()) {
+        const auto *surface = surfaces_.find(window);
+        if (surface != nullptr && !surface->geometry.intersection(area_).isEmpty()) {
+            entries.push_back({window, surface->geometry, surface->version});
+        }
+    }
+    return entries;
+}
+
+bool SceneBelow::update() {
+    for (const auto &entry : entries_) {
+        surfaces_.collectDamage(entry.window);
+    }
+    auto entries = currentEntries();
+    // Whatever lies between what is the same at the bottom and what is the same at the top has
+    // come, gone, changed or swapped places.
+    const auto [oldFirst, newFirst] = std::ranges::mismatch(entries_, entries);
+    auto oldLast = entries_.end();
+    auto newLast = entries.end();
+    while (oldLast != oldFirst && newLast != newFirst && *(oldLast - 1) == *(newLast - 1)) {
+        --oldLast;
+        --newLast;
+    }
+    std::vector<PixelRect> changed;
+    std::transform(oldFirst, oldLast, std::back_inserter(changed),
+                   [](const Entry &entry) { return entry.geometry; });
+    std::transform(newFirst, newLast, std::back_inserter(changed),
+                   [](const Entry &entry) { return entry.geometry; });
+    add(changed);
+    entries_ = std::move(entries);
+    return !changedBounds_.isEmpty();
+}
+
+void SceneBelow::clip(xcb_render_picture_t picture, xcb_xfixes_region_t region) {
+    xcb_xfixes_set_picture_clip_region(connection_, picture, region,
+                                       static_cast<std::int16_t>(-area_.x),
+                                       static_cast<std::int16_t>(-area_.y));
+}
+
+void SceneBelow::draw(xcb_render_picture_t onto) {
+    clip(onto, changes_.id());
+    wallpaper_.drawOnto(onto, area_);
+    for (const auto &entry : entries_) {
+        const auto *surface = entry.geometry.intersection(changedBounds_).isEmpty()
+                                  ? nullptr
+                                  : surfaces_.find(entry.window);
+        if (surface == nullptr) {
+            continue;
+        }
+        xcb_xfixes_intersect_region(connection_, changes_.id(), surface->shape.id(), scratch_.id());
+        clip(onto, scratch_.id());
+        const auto &at = surface->geometry;
+        xcb_render_composite(
+            connection_, XCB_RENDER_PICT_OP_SRC, surface->picture.id(), XCB_NONE, onto, 0, 0, 0, 0,
+            static_cast<std::int16_t>(at.x - area_.x), static_cast<std::int16_t>(at.y - area_.y),
+            static_cast<std::uint16_t>(at.width), static_cast<std::uint16_t>(at.height));
+    }
+    clip(onto, changes_.id());
+}
+
+void SceneBelow::settle() {
+    xcb_xfixes_set_region(connection_, changes_.id(), 0, nullptr);
+    changedBounds_ = {};
+}
+
+Handle SceneBelow::onStale(std::function<void()> observer) {
+    return stale_.subscribe(std::move(observer));
+}
+
+} // namespace lumo::x11

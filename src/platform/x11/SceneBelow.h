@@ -1,0 +1,85 @@
+#pragma once
+
+#include "platform/x11/PixelRect.h"
+#include "platform/x11/ServerResource.h"
+#include "support/Handle.h"
+#include "support/Signal.h"
+
+#include <xcb/xcb.h>
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+namespace lumo::x11 {
+
+class Connection;
+class Wallpaper;
+class WindowSurfaces;
+
+// What a person would see of one part of the root window if the overlay and all above it were gone:
+// the wallpaper and the lower windows. Keeps account of what has changed there since it was last
+// drawn, so that only this needs drawing. Main thread only.
+class SceneBelow {
+  public:
+    // Gives the lower windows as children of the root window, from the bottom to the top. Those
+    // that are not mapped may be among them.
+    using LowerWindows = std::function<std::vector<xcb_window_t>()>;
+
+    SceneBelow(Connection &connection, WindowSurfaces &surfaces, Wallpaper &wallpaper,
+               LowerWindows lowerWindows);
+
+    // The part of the root window that is shown. All of it has changed when it is another one.
+    void setArea(const PixelRect &area);
+
+    // Everything is to be drawn anew.
+    void invalidate();
+
+    // Brings the account up to date. True when there is something to draw.
+    bool update();
+
+    // What is to be drawn, on the root window.
+    xcb_xfixes_region_t changes() const { return changes_.id(); }
+
+    // Draws what has changed, opaque. The picture's origin is the area's top left. Leaves the
+    // picture clipped to what has changed.
+    void draw(xcb_render_picture_t onto);
+
+    // Begins a new account: all that has changed so far has reached its destination.
+    void settle();
+
+    // Calls the observer when update() might find something, about once until it is called.
+    Handle onStale(std::function<void()> observer);
+
+  private:
+    struct Entry {
+        xcb_window_t window;
+        PixelRect geometry;
+        std::uint64_t version;
+
+        bool operator==(const Entry &) const = default;
+    };
+
+    bool contains(xcb_window_t window) const;
+    void addDamage(xcb_window_t window, xcb_xfixes_region_t region);
+    void add(const std::vector<PixelRect> &rectangles);
+    std::vector<Entry> currentEntries();
+    void clip(xcb_render_picture_t picture, xcb_xfixes_region_t region);
+
+    Connection &connection_;
+    WindowSurfaces &surfaces_;
+    Wallpaper &wallpaper_;
+    LowerWindows lowerWindows_;
+    PixelRect area_;
+    std::vector<Entry> entries_; // as they were at the last update
+    OwnedRegion changes_;
+    PixelRect changedBounds_; // contains changes_
+    OwnedRegion scratch_;
+    Signal<> stale_;
+    Handle surfacesInUse_;
+    Handle damage_;
+    Handle surfaceChanges_;
+    Handle wallpaperChanges_;
+};
+
+} // namespace lumo::x11

@@ -1,0 +1,113 @@
+#pragma once
+
+#include "platform/OverlayWindows.h"
+#include "platform/x11/LayerGroup.h"
+#include "platform/x11/Painter.h"
+#include "platform/x11/Placement.h"
+#include "platform/x11/PointSpace.h"
+#include "platform/x11/ServerResource.h"
+#include "support/Handle.h"
+#include "support/Lifetime.h"
+
+#include <functional>
+#include <memory>
+
+namespace lumo {
+class MainLoop;
+class Screens;
+} // namespace lumo
+
+namespace lumo::x11 {
+
+class CompositorWatch;
+class Connection;
+class LogOnce;
+class Redirection;
+class Wallpaper;
+class WindowMirror;
+class WindowSurfaces;
+
+// What all overlay windows share; all of it outlives them.
+struct OverlaySurroundings {
+    Connection &connection;
+    WindowMirror &mirror;
+    Screens &screens;
+    std::function<PointSpace()> pointSpace; // the one in force
+    MainLoop &mainLoop;
+    LogOnce &log;
+    DrawingTools drawing;
+    CompositorWatch &compositor;
+    Redirection &redirection;
+    WindowSurfaces &surfaces;
+    Wallpaper &wallpaper;
+};
+
+// One overlay as an X window that no window manager handles. What is asked of it is kept, and sent
+// to the server as one difference from what that was told before: first what shows the least, so
+// that no state in between is ever seen. Where the server cannot let clicks through, or nothing can
+// draw the overlay, it never comes on screen.
+class X11OverlayWindow final : public PlatformWindow {
+  public:
+    // Waits for the server.
+    X11OverlayWindow(OverlaySurroundings &surroundings, const Rect &frame);
+
+    std::int64_t windowNumber() const override { return window_.id(); }
+    Rect frame() const override { return wanted_.frame; }
+    void setFrame(const Rect &frame) override;
+    int level() const override { return level_; }
+    void setLevel(int level) override;
+    double alphaValue() const override { return wanted_.alpha; }
+    void setAlphaValue(double alpha) override;
+    void orderFront() override;
+    void orderBelow(std::uint32_t windowNumber) override;
+    void orderOut() override;
+    std::optional<double> backingScaleFactor() const override;
+    void commit(const LayerTree &tree) override;
+
+  private:
+    struct Wanted {
+        Rect frame;
+        double alpha = 1;
+        Order order;
+        LayerTree tree;
+    };
+
+    void createWindow();
+    void setProperties();
+    bool letsClicksThrough();
+    void setOrder(const Order &order);
+    void requestPush();
+    void push();
+    std::unique_ptr<Painter> makePainter();
+    Appearance appearance() const;
+    void move(const PixelRect &area);
+    void setCutAway(bool isCutAway);
+    void setMapped(bool isMapped);
+
+    OverlaySurroundings &surroundings_;
+    Connection &connection_;
+    Handle redirection_;
+    OwnedColormap colormap_;
+    OwnedWindow window_;
+    OwnedRegion nothing_;
+    std::uint8_t depth_ = 0;
+    xcb_visualid_t visual_ = XCB_NONE;
+    bool mayBeShown_ = false;
+
+    Wanted wanted_;
+    int level_ = 0;
+    bool isPushRequested_ = false;
+
+    // What the server has been told.
+    PixelRect area_;
+    bool isCutAway_ = false; // without a single pixel, though mapped
+    bool isMapped_ = false;
+
+    std::unique_ptr<Placement> placement_;
+    std::unique_ptr<Painter> painter_;
+    Handle compositorChanges_;
+    Handle screenChanges_;
+    Lifetime lifetime_;
+};
+
+} // namespace lumo::x11

@@ -1,0 +1,42 @@
+#include "platform/x11/X11OverlayWindows.h"
+
+#include "platform/x11/Connection.h"
+
+#include <utility>
+
+namespace lumo::x11 {
+
+X11OverlayWindows::X11OverlayWindows(Connection &connection, WindowMirror &mirror, Screens &screens,
+                                     std::function<PointSpace()> pointSpace, MainLoop &mainLoop,
+                                     const Log &log)
+    : log_(log)
+    , formats_(connection)
+    , images_(connection)
+    , compositor_(connection, mainLoop)
+    , redirection_(connection)
+    , surfaces_(connection, mirror, formats_)
+    , wallpaper_(connection, mirror, formats_, compositor_)
+    , surroundings_{connection,
+                    mirror,
+                    screens,
+                    std::move(pointSpace),
+                    mainLoop,
+                    log_,
+                    {connection, formats_, images_},
+                    compositor_,
+                    redirection_,
+                    surfaces_,
+                    wallpaper_} {
+    // So that no overlay waits for them one by one.
+    connection.internAtoms({"UTF8_STRING", "_NET_WM_NAME", "_NET_WM_PID", "_NET_WM_WINDOW_TYPE",
+                            "_NET_WM_WINDOW_TYPE_UTILITY", "_NET_WM_STATE",
+                            "_NET_WM_STATE_SKIP_TASKBAR", "_NET_WM_STATE_SKIP_PAGER",
+                            "_NET_WM_STATE_STICKY", "_NET_WM_DESKTOP", "_NET_WM_BYPASS_COMPOSITOR",
+                            "_COMPTON_SHADOW", "WM_HINTS"});
+}
+
+std::unique_ptr<PlatformWindow> X11OverlayWindows::makeWindow(const Rect &frame) {
+    return std::make_unique<X11OverlayWindow>(surroundings_, frame);
+}
+
+} // namespace lumo::x11

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/OverlayWindows.h"
+#include "platform/x11/CompositorWatch.h"
+#include "platform/x11/LogOnce.h"
+#include "platform/x11/Redirection.h"
+#include "platform/x11/RenderFormats.h"
+#include "platform/x11/ServerImages.h"
+#include "platform/x11/Wallpaper.h"
+#include "platform/x11/WindowSurfaces.h"
+#include "platform/x11/X11OverlayWindow.h"
+
+namespace lumo::x11 {
+
+// Makes overlays on an X server and keeps what they share. Outlives its overlays.
+class X11OverlayWindows final : public OverlayWindows {
+  public:
+    // The point space is asked for whenever one is needed, and after each change of the screens.
+    // All arguments outlive the object. Waits for the server.
+    X11OverlayWindows(Connection &connection, WindowMirror &mirror, Screens &screens,
+                      std::function<PointSpace()> pointSpace, MainLoop &mainLoop, const Log &log);
+
+    std::unique_ptr<PlatformWindow> makeWindow(const Rect &frame) override;
+
+  private:
+    LogOnce log_;
+    RenderFormats formats_;
+    ServerImages images_;
+    CompositorWatch compositor_;
+    Redirection redirection_;
+    WindowSurfaces surfaces_;
+    Wallpaper wallpaper_;
+    OverlaySurroundings surroundings_;
+};
+
+} // namespace lumo::x11
