@@ -80,4 +80,64 @@ class Value {
     std::variant<bool, std::int64_t, double, std::string, Bytes, Dictionary> value_;
 };
 
+// The readers are inline because the window list asks thousands of them at every tick.
+
+inline const Value *Dictionary::find(std::string_view key) const {
+    for (const auto &[existing, value] : entries_) {
+        // Keys are constants, so the same key is nearly always the same characters in memory.
+        if (existing.size() == key.size() && (existing.data() == key.data() || existing == key)) {
+            return &value;
+        }
+    }
+    return nullptr;
+}
+
+inline std::optional<bool> Value::boolean() const {
+    const auto *value = std::get_if<bool>(&value_);
+    return value ? std::optional(*value) : std::nullopt;
+}
+
+inline std::optional<std::int64_t> Value::integer() const {
+    const auto *value = std::get_if<std::int64_t>(&value_);
+    return value ? std::optional(*value) : std::nullopt;
+}
+
+inline std::optional<double> Value::real() const {
+    const auto *value = std::get_if<double>(&value_);
+    return value ? std::optional(*value) : std::nullopt;
+}
+
+inline const std::string *Value::string() const {
+    return std::get_if<std::string>(&value_);
+}
+
+inline const Bytes *Value::data() const {
+    return std::get_if<Bytes>(&value_);
+}
+
+inline const Dictionary *Value::dictionary() const {
+    return std::get_if<Dictionary>(&value_);
+}
+
+inline std::optional<std::int32_t> Value::integer32() const {
+    const auto wide = integer();
+    return wide && std::in_range<std::int32_t>(*wide)
+               ? std::optional(static_cast<std::int32_t>(*wide))
+               : std::nullopt;
+}
+
+inline std::optional<std::uint32_t> Value::unsigned32() const {
+    const auto wide = integer();
+    return wide && std::in_range<std::uint32_t>(*wide)
+               ? std::optional(static_cast<std::uint32_t>(*wide))
+               : std::nullopt;
+}
+
+inline std::optional<double> Value::number() const {
+    if (const auto whole = integer()) {
+        return static_cast<double>(*whole);
+    }
+    return real();
+}
+
 } // namespace lumo

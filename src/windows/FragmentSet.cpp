@@ -1,6 +1,7 @@
 #include "windows/FragmentSet.h"
 
 #include <algorithm>
+#include <bit>
 
 namespace lumo {
 
@@ -20,11 +21,11 @@ bool beginsWith(std::string_view text, std::string_view fragment) {
 } // namespace
 
 bool FragmentSet::anyIn(std::string_view text) const {
-    for (std::size_t position = 0; position < text.size(); ++position) {
-        const unsigned candidates = startingWith_[byte(text[position])];
-        for (std::size_t index = 0; (candidates >> index) != 0; ++index) {
-            if ((candidates >> index & 1U) != 0 &&
-                beginsWith(text.substr(position), fragments_[index])) {
+    for (std::size_t position = 0; position + 1 < text.size(); ++position) {
+        unsigned candidates = first_[byte(text[position])] & second_[byte(text[position + 1])];
+        for (; candidates != 0; candidates &= candidates - 1) {
+            const auto index = static_cast<std::size_t>(std::countr_zero(candidates));
+            if (beginsWith(text.substr(position), fragments_[index])) {
                 return true;
             }
         }

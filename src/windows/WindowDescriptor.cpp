@@ -2,33 +2,34 @@
 
 #include "platform/WindowServer.h"
 
+#include <algorithm>
 #include <cmath>
+#include <string_view>
 #include <utility>
 
 namespace lumo {
 
 namespace {
 
+// A side by its key; one that is left out counts as 0.
+double sideOf(const Dictionary &bounds, std::string_view key) {
+    const Value *value = bounds.find(key);
+    return value ? value->number().value_or(0) : 0;
+}
+
 std::optional<Rect> rectFrom(const Dictionary &bounds) {
-    Rect rect;
     for (const auto &[key, value] : bounds.entries()) {
-        const auto number = value.number();
-        if (!number) {
+        if (!value.number()) {
             return std::nullopt;
         }
-        if (key == boundsKey::x) {
-            rect.x = *number;
-        } else if (key == boundsKey::y) {
-            rect.y = *number;
-        } else if (key == boundsKey::width) {
-            rect.width = *number;
-        } else if (key == boundsKey::height) {
-            rect.height = *number;
-        }
     }
+    const double x = sideOf(bounds, boundsKey::x);
+    const double y = sideOf(bounds, boundsKey::y);
+    const double width = sideOf(bounds, boundsKey::width);
+    const double height = sideOf(bounds, boundsKey::height);
     // A negative side reaches from the origin the other way.
-    return Rect{std::fmin(rect.x, rect.x + rect.width), std::fmin(rect.y, rect.y + rect.height),
-                std::fabs(rect.width), std::fabs(rect.height)};
+    return Rect{std::min(x, x + width), std::min(y, y + height), std::fabs(width),
+                std::fabs(height)};
 }
 
 } // namespace
