@@ -59,8 +59,8 @@ class OverlayManager {
 
     // Holds a display's clear window to one window of the Cover App until a time.
     struct CoverLock {
-        WindowID windowID;
-        double until;
+        WindowID windowID = 0;
+        double until = 0;
     };
 
     enum class ScreenRenderCommand { hidden, liveBackdrop };
@@ -89,7 +89,7 @@ class OverlayManager {
     // A change of the clear window that waits out the debounce.
     struct PendingRender {
         RenderSnapshot snapshot;
-        double firstSeenAt;
+        double firstSeenAt = 0;
     };
 
     // What is to be done about a display's desired snapshot.

@@ -24,11 +24,11 @@ inline constexpr FragmentSet auxiliaryTitleKeywords{"menu",    "popover",  "tool
 
 // A window as far as it is visible on one screen.
 struct ScreenCandidate {
-    const WindowDescriptor *window;
+    const WindowDescriptor *window = nullptr;
     // The visible part, rounded outwards to whole points; origin at the screen's bottom left, y up.
     Rect local;
     // The visible part's share of the screen's area.
-    double coverage;
+    double coverage = 0;
 };
 
 // The window that counts as focused. The frontmost application's first window when it is one to
