@@ -49,6 +49,7 @@ MirroredDesktop::MirroredDesktop(const desktop::DesktopOptions &options)
 }
 
 void MirroredDesktop::catchUp() {
+    session.stacking(); // a round trip: what the tester asked for has happened
     bool hasReplied = false;
     connection->whenReplied<xcb_get_input_focus_reply_t>(xcb_get_input_focus(*connection),
                                                          [&](const auto *) { hasReplied = true; });

@@ -2,9 +2,9 @@
 #include "desktop/SampleApplication.h"
 
 #include <gtest/gtest.h>
-#include <xcb/shape.h>
 
 #include <random>
+#include <utility>
 
 namespace lumo::x11 {
 namespace {
@@ -123,7 +123,6 @@ TEST(WindowMirror, EqualsTheServersTreeWhateverHappens) {
                 mirrored.connection->flush();
             }
             if (i % 300 == 299) {
-                mirrored.session.stacking(); // a round trip: all of it has happened
                 mirrored.catchUp();
                 ASSERT_EQ(differenceFromServer(*mirrored.connection, *mirrored.mirror), "")
                     << "seed " << seed << ", after " << i + 1 << " steps";
@@ -150,6 +149,172 @@ TEST(WindowMirror, AsksForNothingWhileNothingHappens) {
     }
     EXPECT_EQ(mirrored.connection->bytesSent(), before);
     EXPECT_GE(mapped, 200U);
+}
+
+void setText(desktop::DesktopSession &session, xcb_window_t window, const char *property,
+             const char *type, const std::string &text) {
+    xcb_change_property(session.connection(), XCB_PROP_MODE_REPLACE, window, session.atom(property),
+                        session.atom(type), 8, static_cast<std::uint32_t>(text.size()),
+                        text.data());
+    xcb_flush(session.connection());
+}
+
+void setNumbers(desktop::DesktopSession &session, xcb_window_t window, const char *property,
+                const std::vector<std::uint32_t> &numbers) {
+    xcb_change_property(session.connection(), XCB_PROP_MODE_REPLACE, window, session.atom(property),
+                        XCB_ATOM_CARDINAL, 32, static_cast<std::uint32_t>(numbers.size()),
+                        numbers.data());
+    xcb_flush(session.connection());
+}
+
+TEST(WindowMirror, KnowsWhatEachWindowIs) {
+    MirroredDesktop mirrored({});
+    auto &session = mirrored.session;
+    struct Case {
+        SampleWindow window;
+        WindowBand band;
+        bool isManaged;
+    };
+    const std::vector<Case> cases = {
+        {{.title = "Plain"}, WindowBand::normal, true},
+        {{.title = "Dialog", .type = "DIALOG"}, WindowBand::normal, true},
+        {{.title = "Desktop", .type = "DESKTOP"}, WindowBand::desktop, true},
+        {{.title = "Dock", .type = "DOCK"}, WindowBand::above, true},
+        {{.title = "Kept above", .state = "ABOVE"}, WindowBand::above, true},
+        {{.title = "Kept below", .state = "BELOW"}, WindowBand::below, true},
+        {{.title = "Notification", .type = "NOTIFICATION"}, WindowBand::floating, true},
+        {{.title = "Menu", .type = "POPUP_MENU", .overrideRedirect = true},
+         WindowBand::floating,
+         false},
+        {{.title = "Bare", .overrideRedirect = true}, WindowBand::floating, false},
+    };
+    std::vector<SampleWindow> windows;
+    for (const auto &each : cases) {
+        windows.push_back(each.window);
+    }
+    const SampleApplication application(mirrored.desktop, "Sample", windows);
+    const auto check = [&](const WindowMirror &mirror) {
+        for (std::size_t i = 0; i < cases.size(); ++i) {
+            SCOPED_TRACE(cases[i].window.title);
+            const auto client = application.window(i);
+            const auto *window = mirror.find(client);
+            ASSERT_NE(window, nullptr);
+            EXPECT_EQ(window->client, client);
+            EXPECT_EQ(window->frame, session.frameOf(client));
+            EXPECT_EQ(window, mirror.find(window->frame));
+            EXPECT_EQ(window->band, cases[i].band);
+            EXPECT_EQ(window->isManaged, cases[i].isManaged);
+            EXPECT_EQ(window->title, cases[i].window.title);
+            EXPECT_EQ(window->className, "Sample");
+            EXPECT_EQ(window->processIdentifier, application.processIdentifier());
+            EXPECT_TRUE(window->isMapped);
+            EXPECT_EQ(window->opacity, 1);
+        }
+        EXPECT_EQ(mirror.windowManagerName(), "Openbox");
+        EXPECT_TRUE(mirror.windowManagerSupports(session.atom("_NET_ACTIVE_WINDOW")));
+    };
+    session.activate(application.window(0));
+    mirrored.catchUp();
+    check(*mirrored.mirror);
+    check(WindowMirror(*mirrored.connection)); // all of it found at start
+    EXPECT_TRUE(mirrored.eventually([&] {
+        return mirrored.mirror->activeWindow() == application.window(0) &&
+               session.activeWindow() == application.window(0);
+    }));
+    EXPECT_EQ(differenceFromServer(*mirrored.connection, *mirrored.mirror), "");
+}
+
+TEST(WindowMirror, FollowsTitlesOwnersOpacityAndStates) {
+    MirroredDesktop mirrored({});
+    auto &session = mirrored.session;
+    const SampleApplication application(mirrored.desktop, "Sample", {{}, {.title = "Other"}});
+    const auto client = application.window();
+    mirrored.catchUp();
+    const auto &window = mirrored.window(client);
+
+    setText(session, client, "_NET_WM_NAME", "UTF8_STRING", "Zürich\xff");
+    setNumbers(session, client, "_NET_WM_PID", {1});
+    setNumbers(session, window.frame, "_NET_WM_WINDOW_OPACITY", {0x80000000});
+    mirrored.catchUp();
+    EXPECT_EQ(window.title, "Zürich\xEF\xBF\xBD") << "what is not UTF-8 is replaced";
+    EXPECT_EQ(window.processIdentifier, application.processIdentifier())
+        << "the connection's owner, whatever the window claims";
+    EXPECT_NEAR(window.opacity, 0.5, 1e-6);
+
+    xcb_delete_property(session.connection(), client, session.atom("_NET_WM_NAME"));
+    setText(session, client, "WM_NAME", "STRING", "Z\xfcrich");
+    mirrored.catchUp();
+    EXPECT_EQ(window.title, "Zürich") << "Latin-1";
+    setText(session, client, "WM_NAME", "STRING", "");
+    mirrored.catchUp();
+    EXPECT_EQ(window.title, std::nullopt);
+
+    session.minimise(client);
+    EXPECT_TRUE(mirrored.eventually([&] { return window.isMinimized && !window.isMapped; }));
+    session.activate(client);
+    EXPECT_TRUE(mirrored.eventually([&] {
+        return !window.isMinimized && window.isMapped && mirrored.mirror->activeWindow() == client;
+    }));
+    session.setKeptAbove(client, true);
+    EXPECT_TRUE(mirrored.eventually([&] { return window.band == WindowBand::above; }));
+    session.setKeptAbove(client, false);
+    EXPECT_TRUE(mirrored.eventually([&] { return window.band == WindowBand::normal; }));
+    EXPECT_TRUE(mirrored.mirror->isOnCurrentDesktop(window));
+    session.switchToDesktop(1);
+    EXPECT_TRUE(mirrored.eventually(
+        [&] { return !mirrored.mirror->isOnCurrentDesktop(window) && !window.isMapped; }));
+}
+
+TEST(WindowMirror, TakesTheStatedOwnerWhereTheServerDoesNotTell) {
+    MirroredDesktop mirrored({.serverArguments = {"-extension", "X-Resource"}});
+    const SampleApplication application(mirrored.desktop, "Sample", {{}});
+    mirrored.catchUp();
+    const auto &window = mirrored.window(application.window());
+    EXPECT_EQ(window.processIdentifier, application.processIdentifier());
+    setNumbers(mirrored.session, window.client, "_NET_WM_PID", {4711});
+    mirrored.catchUp();
+    EXPECT_EQ(window.processIdentifier, 4711);
+}
+
+TEST(WindowMirror, FollowsWindowManagersThatComeGoAndReplaceEachOther) {
+    MirroredDesktop mirrored({.windowManager = WindowManager::none});
+    const SampleApplication application(mirrored.desktop, "Sample", {{}, {.title = "Other"}});
+    const auto client = application.window();
+    int announcements = 0;
+    const auto subscription = mirrored.mirror->onChange(
+        [&](const MirrorChange &change) { announcements += change.windowManager ? 1 : 0; });
+    const auto isRight = [&](const std::string &name, bool isManaged) {
+        mirrored.catchUp();
+        const auto &window = mirrored.window(client);
+        return mirrored.mirror->windowManagerName() == name && window.isManaged == isManaged &&
+               (window.frame != client) == isManaged &&
+               window.frame == mirrored.session.frameOf(client) && window.client == client &&
+               window.title == "Sample" && window.isMapped && window.band == WindowBand::normal &&
+               (isManaged || !mirrored.mirror->activeWindow()) &&
+               differenceFromServer(*mirrored.connection, *mirrored.mirror).empty();
+    };
+    const auto eventuallyIsRight = [&](const std::string &name, bool isManaged) {
+        return mirrored.session.eventually([&] { return isRight(name, isManaged); });
+    };
+    EXPECT_TRUE(eventuallyIsRight("", false));
+
+    auto openbox = mirrored.desktop.start({"openbox"});
+    EXPECT_TRUE(eventuallyIsRight("Openbox", true));
+    EXPECT_EQ(std::exchange(announcements, 0), 1);
+    mirrored.session.activate(client);
+    EXPECT_TRUE(mirrored.eventually([&] { return mirrored.mirror->activeWindow() == client; }));
+
+    auto successor = mirrored.desktop.start({"openbox", "--replace"});
+    EXPECT_TRUE(openbox->waitForExit());
+    EXPECT_TRUE(eventuallyIsRight("Openbox", true));
+    EXPECT_GT(std::exchange(announcements, 0), 0);
+
+    successor->kill();
+    EXPECT_TRUE(eventuallyIsRight("", false));
+    EXPECT_EQ(std::exchange(announcements, 0), 1);
+
+    const auto fluxbox = mirrored.desktop.start({"fluxbox", "-no-slit", "-no-toolbar"});
+    EXPECT_TRUE(eventuallyIsRight("Fluxbox", true));
 }
 
 } // namespace

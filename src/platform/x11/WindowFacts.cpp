@@ -21,11 +21,12 @@ enum Index : unsigned {
     stateIndex,
     managerIndex,
     desktopIndex,
+    edgesIndex,
 };
 
 constexpr std::array<std::string_view, WindowProperties::count> propertyNames = {
     "_NET_WM_NAME",        "WM_NAME",       "WM_CLASS", "_NET_WM_PID",     "_NET_WM_WINDOW_OPACITY",
-    "_NET_WM_WINDOW_TYPE", "_NET_WM_STATE", "WM_STATE", "_NET_WM_DESKTOP",
+    "_NET_WM_WINDOW_TYPE", "_NET_WM_STATE", "WM_STATE", "_NET_WM_DESKTOP", "_GTK_FRAME_EXTENTS",
 };
 
 constexpr std::array<std::string_view, 6> stateNames = {
@@ -57,6 +58,16 @@ bool contains(std::span<const xcb_atom_t> atoms, xcb_atom_t atom) {
     return std::find(atoms.begin(), atoms.end(), atom) != atoms.end();
 }
 
+// Edges as the property lists them; none when it holds nonsense.
+InvisibleEdges edgesOf(std::span<const std::uint32_t> values) {
+    constexpr std::uint32_t widest = 1000;
+    if (values.size() < 4 || *std::max_element(values.begin(), values.end()) > widest) {
+        return {};
+    }
+    return {static_cast<int>(values[0]), static_cast<int>(values[1]), static_cast<int>(values[2]),
+            static_cast<int>(values[3])};
+}
+
 } // namespace
 
 std::optional<std::string> WindowFacts::title() const {
@@ -67,12 +78,12 @@ std::int32_t WindowFacts::processIdentifier() const {
     return connectedProcess != 0 ? connectedProcess : statedProcess;
 }
 
-WindowBand bandOf(const WindowFacts &facts, bool isOverrideRedirect) {
+WindowBand bandOf(const WindowFacts &facts, bool isLeftAlone) {
     using Type = WindowFacts::Type;
     if (facts.type == Type::desktop) {
         return WindowBand::desktop;
     }
-    if (facts.type == Type::floating || (isOverrideRedirect && !facts.isManaged())) {
+    if (facts.type == Type::floating || isLeftAlone) {
         return WindowBand::floating;
     }
     if (facts.isBelow) {
@@ -156,6 +167,9 @@ void WindowProperties::apply(WindowFacts &facts, unsigned index,
         break;
     case desktopIndex:
         facts.desktop = value32(reply);
+        break;
+    case edgesIndex:
+        facts.invisibleEdges = edgesOf(values32(reply));
         break;
     default:
         break;

@@ -15,6 +15,17 @@ namespace lumo::x11 {
 
 class Connection;
 
+// How far a window reaches beyond what it shows, in pixels: the room for shadows that it draws
+// itself.
+struct InvisibleEdges {
+    int left = 0;
+    int right = 0;
+    int top = 0;
+    int bottom = 0;
+
+    bool operator==(const InvisibleEdges &) const = default;
+};
+
 // What a window's properties say about it.
 struct WindowFacts {
     enum class Type { normal, desktop, dock, floating };
@@ -33,23 +44,24 @@ struct WindowFacts {
     bool skipsTaskbar = false;
     std::optional<std::uint32_t> managerState; // WM_STATE: 0 withdrawn, 1 normal, 3 iconic
     std::optional<std::uint32_t> desktop;      // all bits set when on all desktops
+    InvisibleEdges invisibleEdges;
 
-    // A window manager handles the window.
+    // A window manager has taken the window in hand, and may have died since.
     bool isManaged() const { return managerState.value_or(0) != 0; }
 
     std::optional<std::string> title() const;
     std::int32_t processIdentifier() const;
 };
 
-// Where a window belongs. Without a window manager every window is unmanaged, and those that would
-// be managed are ordinary ones.
-WindowBand bandOf(const WindowFacts &facts, bool isOverrideRedirect);
+// Where a window belongs, by its facts and whether it has asked all window managers to leave it
+// alone. Without a window manager those that would be managed are ordinary ones.
+WindowBand bandOf(const WindowFacts &facts, bool isLeftAlone);
 
 // The window properties that make up the facts: which they are, how to ask for them and what the
 // answers mean. Each has an index below count.
 class WindowProperties {
   public:
-    static constexpr unsigned count = 9;
+    static constexpr unsigned count = 10;
 
     explicit WindowProperties(Connection &connection);
 

@@ -24,6 +24,14 @@ const Event &as(const xcb_generic_event_t &event) {
 
 } // namespace
 
+PixelRect MirrorWindow::visibleArea() const {
+    const auto &edges = invisibleEdges;
+    const PixelRect area = {geometry.x + edges.left, geometry.y + edges.top,
+                            geometry.width - edges.left - edges.right,
+                            geometry.height - edges.top - edges.bottom};
+    return area.width > 0 && area.height > 0 ? area : geometry;
+}
+
 WindowMirror::WindowMirror(Connection &connection)
     : connection_(connection)
     , properties_(connection)
@@ -65,6 +73,9 @@ bool WindowMirror::isSettled() const {
 void WindowMirror::note(bool MirrorChange::*what) {
     change_.*what = true;
     ++revision_;
+    if (what != &MirrorChange::appearance) {
+        ++identityRevision_;
+    }
 }
 
 void WindowMirror::finishBatch() {
@@ -79,6 +90,9 @@ void WindowMirror::finishBatch() {
     }
     if (change_.windowManager) {
         treeIsUnread_ = true;
+        for (const auto window : stacking_) {
+            describe(window);
+        }
     }
     root_.requestReads();
     requestReads();
@@ -380,11 +394,16 @@ void WindowMirror::describe(xcb_window_t window) {
     const auto &client = nodes_.at(next.client);
     const auto &facts = client.facts;
     next.isDescribed = isDescribed(frame, client);
-    next.isManaged = facts.isManaged();
+    // The mark stays on windows that a killed manager leaves behind.
+    next.isManaged =
+        facts.isManaged() && (next.client != next.frame || root_.isWindowManagerRunning());
     next.isMinimized = facts.isHidden || facts.managerState == XCB_ICCCM_WM_STATE_ICONIC;
+    next.isDock = facts.type == WindowFacts::Type::dock;
+    next.invisibleEdges = facts.invisibleEdges;
     next.skipsTaskbar = facts.skipsTaskbar;
     // What is made on this connection are overlays: unmanaged, but ordered among ordinary windows.
-    next.band = bandOf(facts, next.isOverrideRedirect && !connection_.isOwn(window));
+    next.band =
+        bandOf(facts, next.isOverrideRedirect && !next.isManaged && !connection_.isOwn(window));
     const auto opacity = frame.facts.opacity ? frame.facts.opacity : facts.opacity;
     next.opacity = opacity.value_or(0xffffffff) / static_cast<double>(0xffffffff);
     next.processIdentifier = facts.processIdentifier();
@@ -395,7 +414,8 @@ void WindowMirror::describe(xcb_window_t window) {
     if (next == top->window) {
         return;
     }
-    if (next.opacity != top->window.opacity || next.isDescribed != top->window.isDescribed) {
+    if (next.opacity != top->window.opacity || next.invisibleEdges != top->window.invisibleEdges ||
+        next.isDescribed != top->window.isDescribed) {
         note(&MirrorChange::appearance);
     }
     note(&MirrorChange::properties);

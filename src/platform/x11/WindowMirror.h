@@ -33,7 +33,9 @@ struct MirrorWindow {
     bool isDescribed = false; // all that is below has been read; false for an instant at first
     bool isManaged = false;   // a window manager handles the client
     bool isMinimized = false;
+    bool isDock = false;
     bool skipsTaskbar = false;
+    InvisibleEdges invisibleEdges; // of the client
     std::uint8_t depth = 0;
     xcb_visualid_t visual = XCB_NONE;
     WindowBand band = WindowBand::normal;
@@ -43,6 +45,9 @@ struct MirrorWindow {
     std::string className;
     std::optional<std::string> title;
     std::optional<std::uint32_t> desktop; // all bits set when on all desktops
+
+    // What the user sees of the window, as far as a rectangle can tell.
+    PixelRect visibleArea() const;
 
     bool operator==(const MirrorWindow &) const = default;
 };
@@ -77,6 +82,9 @@ class WindowMirror {
 
     // A number that is another one after each change.
     std::uint64_t revision() const { return revision_; }
+
+    // The same for changes of anything but what MirrorChange::appearance covers.
+    std::uint64_t identityRevision() const { return identityRevision_; }
 
     // Calls the observer after each batch of events that changed something.
     Handle onChange(std::function<void(const MirrorChange &)> observer);
@@ -151,6 +159,7 @@ class WindowMirror {
     std::uint64_t lastSerial_ = 0;
     bool treeIsUnread_ = true;
     std::uint64_t revision_ = 1;
+    std::uint64_t identityRevision_ = 1;
     xcb_window_t describedActive_ = XCB_NONE; // the active window when it was last looked at
     Signal<MirrorChange> changes_;
     Handle events_;

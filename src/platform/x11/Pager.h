@@ -1,0 +1,38 @@
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include <cstdint>
+
+namespace lumo::x11 {
+
+class Connection;
+class WindowMirror;
+struct MirrorWindow;
+
+// Asks the window manager for things in the user's name, as pagers and task bars do. Nothing waits
+// for what comes of it.
+class Pager {
+  public:
+    Pager(Connection &connection, const WindowMirror &mirror);
+
+    // True when a window manager is there that does as it is asked.
+    bool isHeard() const;
+
+    // Shows the managed window, raises it and gives it the focus.
+    void activate(const MirrorWindow &window);
+
+    // Raises the managed window above those of its band.
+    void raise(const MirrorWindow &window);
+
+  private:
+    void ask(xcb_window_t window, xcb_atom_t request, std::uint32_t first, std::uint32_t second,
+             std::uint32_t third);
+
+    Connection &connection_;
+    const WindowMirror &mirror_;
+    xcb_atom_t activeWindow_;
+    xcb_atom_t restackWindow_;
+};
+
+} // namespace lumo::x11

@@ -1,0 +1,50 @@
+#include "platform/x11/X11Accessibility.h"
+
+#include "platform/x11/WindowMirror.h"
+
+#include <ranges>
+
+namespace lumo::x11 {
+
+class X11Accessibility::Window final : public AccessibilityWindow {
+  public:
+    Window(xcb_window_t client, X11Accessibility &owner)
+        : client_(client)
+        , owner_(owner) {}
+
+    bool raise() override {
+        const auto *window = owner_.mirror_.find(client_);
+        if (window == nullptr || !window->isMapped || !owner_.pager_.isHeard()) {
+            return false;
+        }
+        owner_.pager_.raise(*window);
+        return true;
+    }
+
+  private:
+    xcb_window_t client_;
+    X11Accessibility &owner_;
+};
+
+X11Accessibility::X11Accessibility(Connection &connection, const WindowMirror &mirror)
+    : mirror_(mirror)
+    , pager_(connection, mirror) {
+}
+
+bool X11Accessibility::isProcessTrusted() const {
+    return pager_.isHeard();
+}
+
+std::vector<std::unique_ptr<AccessibilityWindow>>
+X11Accessibility::windows(std::int32_t processIdentifier) {
+    std::vector<std::unique_ptr<AccessibilityWindow>> windows;
+    for (const auto frame : mirror_.stacking() | std::views::reverse) {
+        const auto &window = *mirror_.find(frame);
+        if (window.isManaged && window.processIdentifier == processIdentifier) {
+            windows.push_back(std::make_unique<Window>(window.client, *this));
+        }
+    }
+    return windows;
+}
+
+} // namespace lumo::x11

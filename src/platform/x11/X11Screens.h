@@ -1,0 +1,82 @@
+#pragma once
+
+#include "platform/Screens.h"
+#include "platform/x11/PendingReads.h"
+#include "platform/x11/PixelRect.h"
+#include "platform/x11/PointSpace.h"
+#include "support/Signal.h"
+
+#include <xcb/randr.h>
+#include <xcb/xcb.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lumo::x11 {
+
+class Connection;
+
+// The monitors of the root window, of which those that show the same are one screen. Construction
+// waits for the server; nothing after it does.
+//
+// The scale is that of the resource Xft.dpi in quarter steps, at least 1, times QT_SCALE_FACTOR
+// from the environment.
+class X11Screens final : public Screens {
+  public:
+    explicit X11Screens(Connection &connection);
+    ~X11Screens() override;
+
+    const std::vector<Screen> &screens() const override { return screens_; }
+    Handle onScreenParametersDidChange(std::function<void()> observer) override;
+
+    // The rectangles of screens(), in the same order.
+    const std::vector<PixelRect> &pixelRects() const { return pixelRects_; }
+
+    const PointSpace &pointSpace() const { return pointSpace_; }
+
+    // A number that is another one after each change.
+    std::uint64_t revision() const { return revision_; }
+
+  private:
+    struct Monitor {
+        PixelRect area;
+        bool isPrimary = false;
+        std::string name;
+        std::string description; // what its display says about itself; empty when nothing
+    };
+
+    void handle(const xcb_generic_event_t &event);
+    void requestReads();
+    void readMonitors();
+    void applyMonitors(const xcb_randr_get_monitors_reply_t *reply);
+    void readMonitor(const std::shared_ptr<std::vector<Monitor>> &found, std::size_t index,
+                     const xcb_randr_monitor_info_t &info);
+    void finishMonitors(std::vector<Monitor> found);
+    void update();
+
+    Connection &connection_;
+    xcb_atom_t edid_;
+    double userScale_;
+    PendingReads reads_;
+    ReplyQueue replies_;
+    PixelRect root_;
+    double resourceScale_ = 1;
+    std::vector<Monitor> monitors_;
+
+    std::vector<Screen> screens_;
+    std::vector<PixelRect> pixelRects_;
+    PointSpace pointSpace_;
+    std::uint64_t revision_ = 1;
+    Signal<> changes_;
+    Handle events_;
+    Handle batches_;
+};
+
+// The scale that a text of resources asks for: Xft.dpi by 96, in quarter steps, at least 1; 1 when
+// it does not say.
+double scaleOfResources(std::string_view resources);
+
+} // namespace lumo::x11

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "platform/WindowServer.h"
+
+#include <cstdint>
+#include <memory>
+
+namespace lumo::x11 {
+
+class WindowMirror;
+class X11Screens;
+class X11Workspace;
+struct MirrorWindow;
+
+// The window list, made from the mirror when it is asked for and something has changed.
+//
+// On screen is what is viewable, draws, belongs to the current desktop and is not minimised.
+// Windows come in their stacking order, but the active window, when it is an ordinary one, is the
+// first of the ordinary ones: focus does not always raise here, and whoever takes the frontmost
+// ordinary window means the one that is worked in.
+class X11WindowServer final : public WindowServer {
+  public:
+    // The layers of windows that are not ordinary: kept below, kept above, docks, and menus with
+    // everything else that no manager handles.
+    static constexpr int belowLayer = -1;
+    static constexpr int aboveLayer = 3;
+    static constexpr int dockLayer = 20;
+    static constexpr int floatingLayer = 101;
+
+    X11WindowServer(const WindowMirror &mirror, const X11Screens &screens,
+                    const X11Workspace &workspace);
+
+    std::shared_ptr<const WindowRecords> onScreenWindows() const override;
+
+  private:
+    struct Revisions {
+        std::uint64_t mirror = 0;
+        std::uint64_t screens = 0;
+        std::uint64_t workspace = 0;
+
+        bool operator==(const Revisions &) const = default;
+    };
+
+    WindowRecords makeRecords() const;
+    Dictionary makeRecord(const MirrorWindow &window) const;
+
+    const WindowMirror &mirror_;
+    const X11Screens &screens_;
+    const X11Workspace &workspace_;
+    mutable Revisions madeFrom_;
+    mutable std::shared_ptr<const WindowRecords> records_;
+};
+
+} // namespace lumo::x11
