@@ -173,23 +173,16 @@ fs::path ChildProcess::procFile(const char *name) const {
 }
 
 double ChildProcess::cpuSeconds() const {
-    std::ifstream stream(procFile("stat"));
-    std::string text;
-    std::getline(stream, text);
-    // The second field is the name in parentheses, which may hold spaces.
-    const std::size_t nameEnd = text.rfind(')');
-    if (nameEnd == std::string::npos) {
-        return 0;
+    // The kernel's scheduler counts nanoseconds, where the usual counters count its clock ticks.
+    double nanoseconds = 0;
+    std::error_code ignored;
+    for (const fs::directory_entry &thread : fs::directory_iterator(procFile("task"), ignored)) {
+        std::ifstream stream(thread.path() / "schedstat");
+        double ofThread = 0;
+        stream >> ofThread;
+        nanoseconds += ofThread;
     }
-    std::istringstream fields(text.substr(nameEnd + 1));
-    std::string skipped;
-    for (int field = 3; field < 14; ++field) {
-        fields >> skipped;
-    }
-    double user = 0;
-    double system = 0;
-    fields >> user >> system;
-    return (user + system) / static_cast<double>(sysconf(_SC_CLK_TCK));
+    return nanoseconds / 1e9;
 }
 
 MemoryUse ChildProcess::memoryUse() const {

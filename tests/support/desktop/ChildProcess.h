@@ -60,7 +60,7 @@ class ChildProcess {
     // Everything it said and how it ended, for a failure's message.
     std::string report();
 
-    // User and system time of the program, in steps of the kernel's clock tick.
+    // Processor time of its living threads.
     double cpuSeconds() const;
     MemoryUse memoryUse() const;
 

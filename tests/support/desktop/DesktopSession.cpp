@@ -1,7 +1,6 @@
 #include "desktop/DesktopSession.h"
 
 #include <poll.h>
-#include <xcb/randr.h>
 #include <xcb/xtest.h>
 
 #include <algorithm>
@@ -52,7 +51,7 @@ DesktopSession::DesktopSession(const std::string &displayName)
     const std::uint32_t events[] = {XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY |
                                     XCB_EVENT_MASK_PROPERTY_CHANGE};
     xcb_change_window_attributes(connection_, root(), XCB_CW_EVENT_MASK, events);
-    sync();
+    activeWindowAtom_ = atom("_NET_ACTIVE_WINDOW");
 }
 
 DesktopSession::~DesktopSession() {
@@ -82,6 +81,12 @@ void DesktopSession::pump() {
             xcb_configure_notify_event_t configured;
             std::memcpy(&configured, event.get(), sizeof configured);
             orderChanges_.push_back({configured.window, configured.above_sibling, steadyNow()});
+        } else if ((event->response_type & 0x7f) == XCB_PROPERTY_NOTIFY) {
+            xcb_property_notify_event_t changed;
+            std::memcpy(&changed, event.get(), sizeof changed);
+            if (changed.atom == activeWindowAtom_) {
+                lastActivationAt_ = steadyNow();
+            }
         }
     }
 }
@@ -275,6 +280,19 @@ Picture DesktopSession::picture(const Area &part) {
     return picture;
 }
 
+Picture DesktopSession::stillPicture() {
+    Picture last = picture();
+    const auto moved = [&] {
+        Picture next = picture();
+        const bool differs = next.firstDifference(last, screenArea()).has_value();
+        last = std::move(next);
+        return differs;
+    };
+    while (eventually(moved, Seconds(0.2))) {
+    }
+    return last;
+}
+
 Colour DesktopSession::pixel(int x, int y) {
     return picture({x, y, 1, 1}).at(0, 0);
 }
@@ -389,41 +407,6 @@ std::uint8_t DesktopSession::keycodeOf(Key key) {
         }
     }
     throw std::runtime_error("the keyboard lacks a key");
-}
-
-void DesktopSession::setMonitor(const std::string &name, const Area &area, bool withOutput) {
-    std::vector<xcb_randr_output_t> outputs;
-    if (withOutput) {
-        const auto resources =
-            wait(connection_, xcb_randr_get_screen_resources_current(connection_, root()),
-                 xcb_randr_get_screen_resources_current_reply);
-        outputs.push_back(xcb_randr_get_screen_resources_current_outputs(resources.get())[0]);
-    }
-    std::vector<std::uint8_t> request(sizeof(xcb_randr_monitor_info_t) +
-                                      outputs.size() * sizeof(xcb_randr_output_t));
-    xcb_randr_monitor_info_t monitor{};
-    monitor.name = atom(name);
-    monitor.primary = withOutput ? 1 : 0;
-    monitor.nOutput = static_cast<std::uint16_t>(outputs.size());
-    monitor.x = static_cast<std::int16_t>(area.x);
-    monitor.y = static_cast<std::int16_t>(area.y);
-    monitor.width = static_cast<std::uint16_t>(area.width);
-    monitor.height = static_cast<std::uint16_t>(area.height);
-    // 96 pixels per inch.
-    monitor.width_in_millimeters = static_cast<std::uint32_t>(area.width * 254 / 960);
-    monitor.height_in_millimeters = static_cast<std::uint32_t>(area.height * 254 / 960);
-    std::memcpy(request.data(), &monitor, sizeof monitor);
-    if (withOutput) {
-        std::memcpy(request.data() + sizeof monitor, outputs.data(), sizeof outputs.front());
-    }
-    xcb_randr_set_monitor(connection_, root(),
-                          reinterpret_cast<xcb_randr_monitor_info_t *>(request.data()));
-    sync();
-}
-
-void DesktopSession::removeMonitor(const std::string &name) {
-    xcb_randr_delete_monitor(connection_, root(), atom(name));
-    sync();
 }
 
 void DesktopSession::setWallpaper(const Picture &picture) {

@@ -79,12 +79,18 @@ class DesktopSession {
     // Maps a small window and takes it away again: true when a window manager took it in hand soon.
     bool windowManagerTakesWindows();
 
+    // When _NET_ACTIVE_WINDOW was last set, in seconds on the steady clock; 0 when never.
+    double lastActivationAt() const { return lastActivationAt_; }
+
     // Every change of order among the children of the root window since the last call.
     std::vector<OrderChange> takeOrderChanges();
 
     // Pixels as shown, the work of a compositing manager included.
     Picture picture();
     Picture picture(const Area &part);
+
+    // The screen's picture once nothing has moved in it for a fifth of a second.
+    Picture stillPicture();
     Colour pixel(int x, int y);
     Colour pixel(Spot spot) { return pixel(spot.x, spot.y); }
 
@@ -107,11 +113,6 @@ class DesktopSession {
     void press(const std::vector<Key> &chord); // down in this order, up in the opposite one
     void setKey(Key key, bool down);
 
-    // Displays. The first monitor made takes the server's only output; one without an output is
-    // there all the same. No RandR event tells of these changes.
-    void setMonitor(const std::string &name, const Area &area, bool withOutput);
-    void removeMonitor(const std::string &name);
-
     // A wallpaper in the way that wallpaper programs set one: a pixmap that the root window shows
     // and names in a property.
     void setWallpaper(const Picture &picture);
@@ -129,6 +130,8 @@ class DesktopSession {
     xcb_screen_t *screen_ = nullptr;
     std::map<std::string, xcb_atom_t, std::less<>> atoms_;
     std::vector<OrderChange> orderChanges_;
+    xcb_atom_t activeWindowAtom_ = XCB_NONE;
+    double lastActivationAt_ = 0;
 };
 
 } // namespace lumo::desktop

@@ -154,6 +154,35 @@ void PrivateDesktop::stopCompositor() {
     session_->eventually([&] { return session_->selectionOwner("_NET_WM_CM_S0") == XCB_NONE; });
 }
 
+void PrivateDesktop::setMonitor(const std::string &name, const Area &area, bool withOutput) {
+    if (monitors_.contains(name)) {
+        removeMonitor(name); // the server takes a name only once
+    }
+    monitors_.insert(name);
+    // Pixels and, at 96 to the inch, millimetres.
+    const auto length = [](int pixels) {
+        return std::to_string(pixels) + "/" + std::to_string(pixels * 254 / 960);
+    };
+    adjustMonitors({"--setmonitor", name,
+                    length(area.width) + "x" + length(area.height) + "+" + std::to_string(area.x) +
+                        "+" + std::to_string(area.y),
+                    withOutput ? "screen" : "none"});
+}
+
+void PrivateDesktop::removeMonitor(const std::string &name) {
+    monitors_.erase(name);
+    adjustMonitors({"--delmonitor", name});
+}
+
+void PrivateDesktop::adjustMonitors(const std::vector<std::string> &arguments) const {
+    std::vector<std::string> command = {"xrandr"};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    const auto tool = start(command);
+    if (tool->waitForExit(Seconds(30)) != 0) {
+        throw std::runtime_error("the monitors cannot be changed: " + tool->report());
+    }
+}
+
 void PrivateDesktop::killServer() {
     server_->kill();
 }

@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -52,6 +53,13 @@ class PrivateDesktop {
     void startCompositor(Compositor compositor);
     void stopCompositor();
 
+    // Makes, changes or removes a monitor. One that takes the server's only output replaces the one
+    // that is there by itself. No RandR event tells of these changes.
+    void setMonitor(const std::string &name, const Area &area, bool withOutput);
+    void removeMonitor(const std::string &name);
+
+    ChildProcess &server() { return *server_; }
+
     // Kills the X server under everybody's feet.
     void killServer();
 
@@ -61,11 +69,13 @@ class PrivateDesktop {
     void startMessageBus();
     void waitUntil(const std::function<bool()> &condition, ChildProcess &program,
                    const std::string &what);
+    void adjustMonitors(const std::vector<std::string> &arguments) const;
     void killDescendants();
 
     TemporaryDirectory directory_;
     Environment environment_;
     std::string displayName_;
+    std::set<std::string> monitors_;
     std::unique_ptr<ChildProcess> server_;
     std::unique_ptr<DesktopSession> session_;
     std::unique_ptr<ChildProcess> messageBus_;

@@ -26,7 +26,7 @@ std::string describe(const SampleWindow &window) {
 SampleApplication::SampleApplication(PrivateDesktop &desktop, const std::string &className,
                                      const std::vector<SampleWindow> &windows)
     : desktop_(desktop)
-    , process_(desktop.start({LUMO_SAMPLE_APPLICATION, className})) {
+    , process_(desktop.start({LUMO_SAMPLE_WINDOW, className})) {
     for (const SampleWindow &window : windows) {
         open(window);
     }

@@ -1,0 +1,164 @@
+// What the real program costs on a real X server, measured from outside. Prints numbers and judges
+// none; wall times move with what else the machine does.
+
+#include "desktop/LumoProcess.h"
+#include "desktop/PrivateDesktop.h"
+#include "desktop/SampleApplication.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace lumo::desktop {
+namespace {
+
+double now() {
+    return Seconds(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+double quantile(std::vector<double> values, double share) {
+    std::ranges::sort(values);
+    return values[static_cast<std::size_t>(share * static_cast<double>(values.size() - 1) + 0.5)];
+}
+
+void require(bool holds, const char *what) {
+    if (!holds) {
+        throw std::runtime_error(what);
+    }
+}
+
+// Five applications with ten windows each, in a cascade.
+class CrowdedDesktop {
+  public:
+    explicit CrowdedDesktop(Compositor compositor)
+        : desktop({.width = 1920, .height = 1080, .compositor = compositor}) {
+        for (int application = 0; application < 5; ++application) {
+            std::vector<SampleWindow> windows;
+            for (int window = 0; window < 10; ++window) {
+                windows.push_back(
+                    {.title = "Window " + std::to_string(window),
+                     .area = {60 + 260 * application + 12 * window, 60 + 30 * window, 640, 480},
+                     .colour = "#6080a0"});
+            }
+            applications.push_back(std::make_unique<SampleApplication>(
+                desktop, "Application" + std::to_string(application), windows));
+        }
+    }
+
+    PrivateDesktop desktop;
+    DesktopSession &session = desktop.session();
+    std::vector<std::unique_ptr<SampleApplication>> applications;
+};
+
+void measureStart(Compositor compositor) {
+    PrivateDesktop desktop({.width = 1920, .height = 1080, .compositor = compositor});
+    DesktopSession &session = desktop.session();
+    const SampleApplication application(desktop, "Sample", {{}});
+    std::vector<double> milliseconds;
+    for (int run = 0; run < 11; ++run) {
+        const auto before = session.stacking();
+        const double start = now();
+        LumoProcess lumo(desktop, shownEffect("dim", 0.6));
+        require(session.eventually([&] {
+            return std::ranges::any_of(session.stacking(), [&](xcb_window_t window) {
+                return std::ranges::find(before, window) == before.end() &&
+                       session.isViewable(window);
+            });
+        }),
+                "no overlay came");
+        milliseconds.push_back((now() - start) * 1000);
+        require(lumo.stop() == 0, "the program did not stop well");
+    }
+    std::printf("  start to first overlay mapped: median %.0f ms, slowest of 11 %.0f ms\n",
+                quantile(milliseconds, 0.5), quantile(milliseconds, 1));
+}
+
+void measureFocus(CrowdedDesktop &crowd, xcb_window_t overlay) {
+    constexpr double debounce = 0.08;
+    DesktopSession &session = crowd.session;
+    std::vector<double> milliseconds;
+    for (std::size_t change = 0; change < 51; ++change) {
+        const xcb_window_t window = crowd.applications[change % 5]->window(change % 10);
+        session.takeOrderChanges();
+        const double asked = now();
+        session.activate(window);
+        double restackedAt = 0;
+        require(session.eventually([&] {
+            for (const OrderChange &moved : session.takeOrderChanges()) {
+                if (moved.window == overlay && session.lastActivationAt() > asked) {
+                    restackedAt = moved.at;
+                }
+            }
+            return restackedAt > 0;
+        }),
+                "the overlay does not follow the focus");
+        if (change > 0) {
+            milliseconds.push_back((restackedAt - session.lastActivationAt() - debounce) * 1000);
+        }
+        require(session.eventually([&] { return session.isAbove(window, overlay); }),
+                "the overlay is in the wrong place");
+    }
+    std::printf("  focus change to restack, beyond the 80 ms of debounce: median %.1f ms, "
+                "p95 %.1f ms of 50\n",
+                quantile(milliseconds, 0.5), quantile(milliseconds, 0.95));
+}
+
+void measureIdle(CrowdedDesktop &crowd, LumoProcess &lumo) {
+    const char *wanted = std::getenv("LUMO_BENCHMARK_IDLE_SECONDS");
+    const double seconds = wanted != nullptr ? std::strtod(wanted, nullptr) : 20;
+    const double start = now();
+    const double ownBefore = lumo.process().cpuSeconds();
+    const double serverBefore = crowd.desktop.server().cpuSeconds();
+    const long turnsBefore = lumo.process().voluntarySwitches();
+    // A wait that asks the server nothing: looks would count as the server's time.
+    while (now() - start < seconds) {
+        pauseBriefly();
+    }
+    const double elapsed = now() - start;
+    const double own = lumo.process().cpuSeconds() - ownBefore;
+    const double server = crowd.desktop.server().cpuSeconds() - serverBefore;
+    const double turns = static_cast<double>(lumo.process().voluntarySwitches() - turnsBefore);
+    std::printf(
+        "  idle with 50 windows, %.0f s scaled to a minute: %.3f s CPU (%.2f %% of a core), "
+        "X server %.3f s, main loop sleeps %.0f/s\n",
+        elapsed, own * 60 / elapsed, own * 100 / elapsed, server * 60 / elapsed, turns / elapsed);
+}
+
+void measureCrowd(Compositor compositor) {
+    CrowdedDesktop crowd(compositor);
+    LumoProcess lumo(crowd.desktop, shownEffect("dim", 0.6));
+    const xcb_window_t overlay = lumo.waitForOverlays().front().window;
+    measureFocus(crowd, overlay);
+    crowd.session.stillPicture();
+    measureIdle(crowd, lumo);
+    const MemoryUse memory = lumo.process().memoryUse();
+    std::printf("  memory: %.1f MB resident, %.1f MB proportional, libGL %s\n",
+                memory.residentMegabytes, memory.proportionalMegabytes,
+                lumo.process().hasMapped("libGL") ? "mapped" : "not mapped");
+}
+
+} // namespace
+} // namespace lumo::desktop
+
+int main() {
+    using lumo::desktop::Compositor;
+    try {
+        for (const auto &[compositor, name] :
+             {std::pair{Compositor::none, "openbox, 1920x1080, no compositing manager"},
+              std::pair{Compositor::picomXrender, "openbox, 1920x1080, picom with xrender"}}) {
+            std::printf("%s\n", name);
+            lumo::desktop::measureStart(compositor);
+            lumo::desktop::measureCrowd(compositor);
+        }
+        return 0;
+    } catch (const std::exception &problem) {
+        std::printf("The benchmark failed: %s\n", problem.what());
+        return 1;
+    }
+}

@@ -1,0 +1,112 @@
+#include "Look.h"
+#include "desktop/LumoProcess.h"
+#include "desktop/PrivateDesktop.h"
+#include "desktop/SampleApplication.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cmath>
+#include <ostream>
+#include <sstream>
+#include <string>
+
+namespace lumo::desktop {
+namespace {
+
+using testing::Values;
+
+struct Stage {
+    std::string name;
+    Compositor compositor;
+
+    friend void PrintTo(const Stage &stage, std::ostream *stream) { *stream << stage.name; }
+};
+
+Picture slopes(const Area &area) {
+    Picture picture(area.width, area.height);
+    for (int y = 0; y < area.height; ++y) {
+        for (int x = 0; x < area.width; ++x) {
+            picture.at(x, y) = {static_cast<std::uint8_t>(x * 255 / area.width),
+                                static_cast<std::uint8_t>(y * 255 / area.height), 140};
+        }
+    }
+    return picture;
+}
+
+// What the screen must show, given what it showed without the effect.
+Picture underEffect(const Picture &plain, const Area &clear, const Look &look,
+                    const GrainPattern &grain) {
+    Picture expected = plain;
+    for (int y = 0; y < plain.height(); ++y) {
+        for (int x = 0; x < plain.width(); ++x) {
+            if (!clear.contains(x, y)) {
+                expected.at(x, y) = look.over(plain.at(x, y), grain.at(x, y));
+            }
+        }
+    }
+    return expected;
+}
+
+std::string differences(const Picture &shown, const Picture &expected, const Area &clear) {
+    std::ostringstream text;
+    int count = 0;
+    for (int y = 0; y < shown.height(); ++y) {
+        for (int x = 0; x < shown.width(); ++x) {
+            const int allowed = clear.contains(x, y) ? 0 : tolerance;
+            if (distance(shown.at(x, y), expected.at(x, y)) > allowed && ++count <= 5) {
+                text << "at " << x << "," << y << " " << shown.at(x, y).describe() << " instead of "
+                     << expected.at(x, y).describe() << "; ";
+            }
+        }
+    }
+    return count == 0 ? std::string() : std::to_string(count) + " pixels: " + text.str();
+}
+
+class LumoPictures : public testing::TestWithParam<Stage> {};
+
+// Every pixel of the screen: the clear window's frame and contents bit for bit as before, the other
+// windows, their frames and the wallpaper as the layers say, grain by grain.
+TEST_P(LumoPictures, AreWhatTheLayersSayAtEveryPixel) {
+    PrivateDesktop desktop({.width = 1000, .height = 700, .compositor = GetParam().compositor});
+    DesktopSession &session = desktop.session();
+    session.setWallpaper(slopes(session.screenArea()));
+    SampleApplication red(desktop, "Red", {{.area = {40, 60, 420, 320}, .colour = "#e03c28"}});
+    SampleApplication white(desktop, "White", {{.area = {540, 80, 400, 300}, .colour = "#ffffff"}});
+    SampleApplication clear(desktop, "Clear",
+                            {{.area = {300, 250, 420, 320}, .colour = "#2a78c8"}});
+    session.activate(clear.window());
+    ASSERT_TRUE(session.eventually([&] { return session.activeWindow() == clear.window(); }));
+    const Picture plain = session.stillPicture();
+    const Area clearFrame = session.frameAreaOf(clear.window());
+    ASSERT_GT(clearFrame.height, 320) << "the window has a frame, which must stay clear with it";
+    const GrainPattern grain(plain.width(), plain.height());
+
+    for (const Look &look :
+         {Look{"dim", 0}, Look{"dim", 0.6}, Look{"dim", 1}, Look{"tint", 0.25}, Look{"tint", 1},
+          Look{"softBlur", 0}, Look{"softBlur", 1}, Look{"softBlur", 0.6, true}}) {
+        const Picture expected = underEffect(plain, clearFrame, look, grain);
+        LumoProcess lumo(desktop, look.preferences());
+        lumo.waitForOverlays(1);
+        std::string wrong;
+        const bool isRight = session.eventually([&] {
+            wrong = differences(session.picture(), expected, clearFrame);
+            return wrong.empty();
+        });
+        EXPECT_TRUE(isRight) << look.describe() << ": " << wrong << "\n" << lumo.process().report();
+        EXPECT_EQ(lumo.stop(), 0);
+        EXPECT_TRUE(session.eventually([&] {
+            return !session.picture().firstDifference(plain, session.screenArea());
+        })) << "after "
+            << look.describe();
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Compositors, LumoPictures,
+                         Values(Stage{"none", Compositor::none},
+                                Stage{"picomXrender", Compositor::picomXrender},
+                                Stage{"picomGlx", Compositor::picomGlx}),
+                         [](const auto &stage) { return stage.param.name; });
+
+} // namespace
+} // namespace lumo::desktop

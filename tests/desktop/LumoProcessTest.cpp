@@ -1,0 +1,221 @@
+#include "desktop/LumoProcess.h"
+
+#include "Scene.h"
+#include "desktop/PrivateDesktop.h"
+#include "desktop/RequestCounter.h"
+#include "desktop/SampleApplication.h"
+
+#include <gmock/gmock.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace lumo::desktop {
+namespace {
+
+namespace fs = std::filesystem;
+
+using testing::IsEmpty;
+using testing::SizeIs;
+
+const Look look{"dim", 0.6};
+
+// Two windows, the second of them in front.
+class LumoProgram : public testing::Test {
+  protected:
+    LumoProgram() {
+        session.activate(front.window());
+        session.eventually([&] { return session.activeWindow() == front.window(); });
+    }
+
+    std::vector<Sight> rightSights() const {
+        return {{"back", back.window(), {100, 200}, {0xd8, 0x3c, 0x30}, Shown::underEffect},
+                {"front", front.window(), {600, 400}, {0x3c, 0x64, 0xe0}, Shown::plain}};
+    }
+
+    // What the program said about itself, without its running commentary on displays.
+    static std::vector<std::string> remarks(LumoProcess &lumo) {
+        std::vector<std::string> lines = lumo.process().outputLines();
+        const auto errors = lumo.process().errorLines();
+        lines.insert(lines.end(), errors.begin(), errors.end());
+        std::erase_if(lines, [](const std::string &line) {
+            return line.starts_with("[Lumo][display ") || line.starts_with("[Lumo][screen ") ||
+                   line.starts_with("[Lumo] screen=");
+        });
+        return lines;
+    }
+
+    PrivateDesktop desktop{{.width = 900, .height = 700}};
+    DesktopSession &session = desktop.session();
+    SampleApplication back{desktop, "Back", {{.area = {60, 80, 420, 320}, .colour = "#d83c30"}}};
+    SampleApplication front{
+        desktop, "Front", {{.area = {360, 240, 420, 320}, .colour = "#3c64e0"}}};
+};
+
+TEST_F(LumoProgram, StopsCleanlyWhenItIsAskedTo) {
+    for (const int number : {SIGTERM, SIGINT}) {
+        LumoProcess lumo(desktop, look.preferences());
+        lumo.waitForOverlays();
+        lumo.process().signal(number);
+        EXPECT_EQ(lumo.process().waitForExit(), 0) << lumo.process().report();
+        EXPECT_THAT(lumo.overlays(), IsEmpty());
+        EXPECT_TRUE(session.eventually([&] {
+            return session.pixel(100, 200) == Colour{0xd8, 0x3c, 0x30};
+        }));
+    }
+}
+
+TEST_F(LumoProgram, EndsWithOneLineAndStatusOneWhenTheServerGoes) {
+    LumoProcess lumo(desktop, look.preferences());
+    lumo.waitForOverlays();
+    desktop.killServer();
+    EXPECT_EQ(lumo.process().waitForExit(), 1) << lumo.process().report();
+    EXPECT_THAT(remarks(lumo), SizeIs(1)) << lumo.process().report();
+}
+
+TEST_F(LumoProgram, YieldsToOneThatRunsAlready) {
+    LumoProcess first(desktop, look.preferences());
+    const auto overlays = first.waitForOverlays();
+    LumoProcess second(desktop);
+    EXPECT_EQ(second.process().waitForExit(), 0) << second.process().report();
+    EXPECT_THAT(remarks(second), SizeIs(1));
+    EXPECT_TRUE(first.process().isRunning());
+    EXPECT_EQ(first.overlays(), overlays);
+    // Not on another display.
+    PrivateDesktop other({.windowManager = WindowManager::none});
+    LumoProcess third(other, look.preferences());
+    EXPECT_THAT(third.waitForOverlays(), SizeIs(1));
+}
+
+TEST_F(LumoProgram, AsksTheServerNothingWhileNothingChanges) {
+    LumoProcess lumo(desktop, look.preferences());
+    Scene scene(desktop, lumo, look);
+    ASSERT_EQ(scene.wrongWith(rightSights()), "");
+    const auto ticks = [&](long count) {
+        const long end = lumo.process().voluntarySwitches() + count;
+        return session.eventually([&] { return lumo.process().voluntarySwitches() >= end; },
+                                  Seconds(30));
+    };
+    ASSERT_TRUE(ticks(60)) << "the program's main loop does not turn";
+    RequestCounter requests(desktop.displayName(), lumo.processIdentifier());
+    ASSERT_TRUE(ticks(300));
+    EXPECT_EQ(requests.count(), 0) << requests.describe();
+    session.activate(back.window());
+    EXPECT_TRUE(session.eventually([&] { return requests.count() > 0; }))
+        << "a change of focus must be seen in the count";
+}
+
+TEST_F(LumoProgram, SetsGarbageAsideAndStaysOff) {
+    fs::create_directories(preferencesFile(desktop).parent_path());
+    std::ofstream(preferencesFile(desktop)) << "garbage {]";
+    const auto isSetAside = [&] {
+        for (const auto &entry : fs::directory_iterator(preferencesFile(desktop).parent_path())) {
+            if (entry.path().filename().string().starts_with("app.lumo.Lumo.plist.broken-")) {
+                std::ifstream stream(entry.path());
+                std::string text;
+                return std::getline(stream, text) && text == "garbage {]";
+            }
+        }
+        return false;
+    };
+    LumoProcess lumo(desktop);
+    EXPECT_TRUE(session.eventually(isSetAside)) << lumo.process().report();
+    // Once the second one has found it, the first one has started.
+    LumoProcess second(desktop);
+    EXPECT_EQ(second.process().waitForExit(), 0);
+    EXPECT_TRUE(session.remains(
+        [&] { return lumo.overlays().empty() && lumo.process().isRunning(); }, Seconds(0.5)));
+    EXPECT_EQ(lumo.stop(), 0);
+    EXPECT_THAT(remarks(lumo), SizeIs(1)) << lumo.process().report();
+}
+
+// A file in the way of the folder stops even a privileged user from writing.
+TEST_F(LumoProgram, GoesOnWhereItCannotWriteItsSettings) {
+    fs::remove_all(preferencesFile(desktop).parent_path());
+    std::ofstream(preferencesFile(desktop).parent_path()) << "in the way";
+    LumoProcess lumo(desktop);
+    LumoProcess second(desktop);
+    EXPECT_EQ(second.process().waitForExit(), 0);
+    EXPECT_TRUE(session.remains([&] { return lumo.process().isRunning(); }, Seconds(0.3)))
+        << lumo.process().report();
+    EXPECT_EQ(lumo.stop(), 0) << lumo.process().report();
+}
+
+// Looks at one pixel all the time, from a connection and a thread of its own.
+class PixelWatch {
+  public:
+    PixelWatch(const std::string &displayName, Spot spot)
+        : session_(displayName)
+        , thread_([this, spot] {
+            while (!stop_) {
+                const Colour pixel = session_.pixel(spot);
+                const std::lock_guard lock(mutex_);
+                ++looks_;
+                if (seen_.empty() || seen_.back() != pixel) {
+                    seen_.push_back(pixel);
+                }
+            }
+        }) {}
+    ~PixelWatch() {
+        stop_ = true;
+        thread_.join();
+    }
+
+    int looks() {
+        const std::lock_guard lock(mutex_);
+        return looks_;
+    }
+
+    // The colours one after the other as they changed.
+    std::vector<Colour> seen() {
+        const std::lock_guard lock(mutex_);
+        return seen_;
+    }
+
+  private:
+    DesktopSession session_;
+    std::mutex mutex_;
+    int looks_ = 0;
+    std::vector<Colour> seen_;
+    std::atomic<bool> stop_ = false;
+    std::thread thread_;
+};
+
+// The window under the effect is looked at all the time: black, or darker than the effect makes it,
+// is what a translucent window without a compositing manager would look like.
+TEST_F(LumoProgram, StaysRightWhileACompositingManagerComesAndGoes) {
+    LumoProcess lumo(desktop, look.preferences());
+    Scene scene(desktop, lumo, look);
+    ASSERT_EQ(scene.wrongWith(rightSights()), "");
+    const Spot spot = {100, 200};
+    const GrainPattern grain(900, spot.y + 1);
+    const Colour expected = look.over({0xd8, 0x3c, 0x30}, grain.at(spot.x, spot.y));
+    PixelWatch watch(desktop.displayName(), spot);
+    for (int round = 0; round < 3; ++round) {
+        desktop.startCompositor(Compositor::picomXrender);
+        EXPECT_TRUE(session.remains([] { return true; }, Seconds(0.3)));
+        EXPECT_EQ(scene.wrongWith(rightSights()), "") << "with a compositing manager";
+        desktop.stopCompositor();
+        EXPECT_TRUE(session.remains([] { return true; }, Seconds(0.3)));
+        EXPECT_EQ(scene.wrongWith(rightSights()), "") << "without one again";
+    }
+    EXPECT_GT(watch.looks(), 200);
+    std::string dark;
+    for (const Colour colour : watch.seen()) {
+        if (colour.red + tolerance < expected.red) {
+            dark += colour.describe() + " ";
+        }
+    }
+    EXPECT_EQ(dark, "") << "expected nothing darker than " << expected.describe();
+}
+
+} // namespace
+} // namespace lumo::desktop
