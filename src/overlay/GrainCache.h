@@ -9,6 +9,7 @@
 #include <mutex>
 #include <set>
 #include <shared_mutex>
+#include <tuple>
 
 namespace lumo {
 
@@ -18,7 +19,11 @@ struct GrainCacheKey {
     int height = 1;
     int scale100 = 100; // pixels per point times 100, rounded to nearest
 
-    auto operator<=>(const GrainCacheKey &) const = default;
+    bool operator==(const GrainCacheKey &) const = default;
+    bool operator<(const GrainCacheKey &other) const {
+        return std::tie(width, height, scale100) <
+               std::tie(other.width, other.height, other.scale100);
+    }
 };
 
 // The key for a size in points and a scale in pixels per point. Pixels are truncated, but never

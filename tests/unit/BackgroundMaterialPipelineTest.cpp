@@ -1,0 +1,264 @@
+#include "overlay/BackgroundMaterialPipeline.h"
+
+#include "ScriptedDesktop.h"
+#include "overlay/GrainCache.h"
+#include "platform/Platform.h"
+
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace lumo {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+std::vector<Filter> material(double radius, double brightness, double saturation, double contrast) {
+    return {{"gaussianBlur", {{"inputRadius", radius}, {"inputNormalizeEdges", true}}},
+            {"colorBrightness", {{"inputAmount", brightness}}},
+            {"colorSaturate", {{"inputAmount", saturation}}},
+            {"colorContrast", {{"inputAmount", contrast}}}};
+}
+
+// The grain cache is one for the whole process, so every test has image sizes of its own.
+class BackgroundMaterialPipelineTest : public testing::Test {
+  protected:
+    void make(bool liveBackdrop = true) {
+        pipeline.reset();
+        tree.layers.clear();
+        pipeline = std::make_unique<BackgroundMaterialPipeline>(tree, Capabilities{liveBackdrop},
+                                                                loop, [this] { ++arrivals; });
+    }
+
+    const Layer &base() const { return tree.layers.at(0); }
+    const Layer &structure() const { return tree.layers.at(1); }
+    const Layer &grain() const { return tree.layers.back(); }
+
+    test::ScriptedMainLoop loop{0};
+    LayerTree tree;
+    std::unique_ptr<BackgroundMaterialPipeline> pipeline;
+    int arrivals = 0;
+};
+
+TEST_F(BackgroundMaterialPipelineTest, StartsAsTwoBackdropsUnderAGrainOrAsTheGrainAlone) {
+    make();
+    ASSERT_THAT(tree.layers, SizeIs(3));
+    std::vector<std::string_view> options;
+    for (const auto &[key, value] : base().options.entries()) {
+        options.push_back(key);
+    }
+    EXPECT_THAT(options, ElementsAre("windowServerAware", "scale", "bleedAmount",
+                                     "allowsInPlaceFiltering", "disablesOccludedBackdropBlurs"));
+    EXPECT_EQ(*base().options.find("scale"), Value(2.0));
+    EXPECT_EQ(base().kind, Layer::Kind::backdrop);
+    EXPECT_EQ(structure().options, base().options);
+    EXPECT_EQ(base().opacity, 1.0F);
+    EXPECT_EQ(structure().opacity, 0.13F);
+    EXPECT_EQ(structure().compositingFilter, "softLightBlendMode");
+    EXPECT_THAT(base().filters, IsEmpty());
+
+    make(false);
+    ASSERT_THAT(tree.layers, SizeIs(1));
+    EXPECT_EQ(grain().kind, Layer::Kind::plain);
+    EXPECT_EQ(grain().opacity, 0.19F);
+    EXPECT_EQ(grain().compositingFilter, "overlayBlendMode");
+    EXPECT_EQ(grain().magnificationFilter, Sampling::nearest);
+    pipeline->update(1);
+    EXPECT_EQ(grain().opacity, 0.34F);
+    pipeline->setBlurEnabled(false);
+    pipeline->update(1);
+    EXPECT_EQ(grain().opacity, 0.24F);
+}
+
+TEST_F(BackgroundMaterialPipelineTest, AppliesEachIntensityOnce) {
+    make();
+    for (const double intensity : {-0.5, 0.0}) {
+        pipeline->update(intensity);
+        EXPECT_EQ(base().filters, material(24, -0.02, 1.2, 1.015));
+        EXPECT_EQ(structure().filters, material(7, -0.018, 1.08, 1.2));
+        EXPECT_EQ(structure().opacity, 0.095F);
+        EXPECT_EQ(grain().opacity, 0.235F);
+        EXPECT_EQ(base().opacity, 1.0F);
+    }
+    pipeline->update(2);
+    EXPECT_EQ(base().filters, material(34, -0.02 - 0.012, 1.2 + 0.14, 1.015 + 0.03));
+    EXPECT_EQ(structure().filters, material(12, -0.018, 1.08, 1.2 + 0.08));
+    EXPECT_EQ(structure().opacity, 0.14F);
+    EXPECT_EQ(grain().opacity, 0.34F);
+
+    // What is not touched stays gone.
+    tree.layers[0].filters.clear();
+    pipeline->update(1);
+    EXPECT_THAT(base().filters, IsEmpty());
+    pipeline->update(0.5);
+    EXPECT_EQ(base().filters,
+              material(29, -0.02 - 0.012 * 0.5, 1.2 + 0.14 * 0.5, 1.015 + 0.03 * 0.5));
+}
+
+TEST_F(BackgroundMaterialPipelineTest, AppliesInFullAfterTheBlurWasSwitched) {
+    make();
+    pipeline->update(0.5);
+    const auto blurred = tree;
+    pipeline->setBlurEnabled(true); // as it is
+    tree.layers[0].filters.clear();
+    pipeline->update(0.5);
+    EXPECT_THAT(base().filters, IsEmpty());
+
+    pipeline->setBlurEnabled(false);
+    EXPECT_EQ(base().opacity, 0.0F);
+    EXPECT_EQ(structure().opacity, 0.0F);
+    pipeline->update(0.5);
+    EXPECT_EQ(grain().opacity, 0.2F);
+    EXPECT_EQ(structure().opacity, 0.0F);
+    pipeline->setBlurEnabled(true);
+    EXPECT_EQ(structure().opacity, 1.0F);
+    pipeline->update(0.5);
+    EXPECT_EQ(tree, blurred);
+}
+
+TEST_F(BackgroundMaterialPipelineTest, LaysOutAtOnceAndRendersGrainInTheBackground) {
+    make();
+    pipeline->layout({0, 0, 31, 17}, 1.5);
+    for (const auto &layer : tree.layers) {
+        EXPECT_EQ(layer.frame, (Rect{0, 0, 31, 17}));
+    }
+    EXPECT_EQ(*structure().options.find("scale"), Value(1.5));
+    EXPECT_EQ(base().options.entries()[1].first, "scale") << "set where it was";
+    EXPECT_EQ(grain().contentsScale, 1.5);
+    EXPECT_EQ(grain().contents, nullptr);
+    pipeline->layout({0, 0, 31, 17}, 1.5);
+
+    auto tasks = loop.takeBackgroundTasks();
+    ASSERT_THAT(tasks, SizeIs(1)) << "the second layout changed nothing";
+    EXPECT_EQ(tasks[0].quality, QualityOfService::userInitiated);
+    std::thread(tasks[0].run).join();
+    EXPECT_EQ(grain().contents, nullptr) << "nothing is applied on another thread";
+    loop.runPosted();
+    ASSERT_NE(grain().contents, nullptr);
+    EXPECT_EQ(grain().contents->width, 46);
+    EXPECT_EQ(grain().contents->height, 25);
+    EXPECT_EQ(arrivals, 1);
+
+    const auto image = grain().contents;
+    make();
+    pipeline->layout({0, 0, 31, 17}, 1.5);
+    EXPECT_EQ(grain().contents, image) << "from the cache, without waiting";
+    EXPECT_THAT(loop.takeBackgroundTasks(), IsEmpty());
+}
+
+TEST_F(BackgroundMaterialPipelineTest, ShowsTheGrainOfTheNewestLayoutWhicheverIsDoneFirst) {
+    make();
+    for (const bool newestFirst : {false, true}) {
+        const double width = newestFirst ? 61 : 62;
+        pipeline->layout({0, 0, width, 3}, 1);
+        pipeline->layout({0, 0, width, 4}, 1);
+        auto tasks = loop.takeBackgroundTasks();
+        ASSERT_THAT(tasks, SizeIs(2));
+        if (newestFirst) {
+            std::swap(tasks[0], tasks[1]);
+        }
+        arrivals = 0;
+        for (auto &task : tasks) {
+            std::thread(task.run).join();
+            loop.runPosted();
+        }
+        EXPECT_EQ(arrivals, 1);
+        EXPECT_EQ(grain().contents->height, 4);
+    }
+}
+
+TEST_F(BackgroundMaterialPipelineTest, CanEndWhileItsGrainIsOnTheWay) {
+    make();
+    pipeline->layout({0, 0, 71, 1}, 1);
+    pipeline.reset();
+    loop.runBackgroundTasks();
+    EXPECT_EQ(GrainCache::shared().find(grainCacheKey({71, 1}, 1)), nullptr)
+        << "nothing is rendered for a pipeline that is gone";
+
+    make();
+    pipeline->layout({0, 0, 71, 2}, 1);
+    for (auto &task : loop.takeBackgroundTasks()) {
+        std::thread(task.run).join();
+    }
+    pipeline.reset();
+    loop.runPosted();
+    EXPECT_EQ(arrivals, 0);
+
+    // Both at the same time, for the thread sanitizer to look at.
+    make();
+    pipeline->layout({0, 0, 1500, 1000}, 1);
+    std::thread renderer(loop.takeBackgroundTasks().at(0).run);
+    pipeline.reset();
+    renderer.join();
+    loop.runPosted();
+    EXPECT_EQ(arrivals, 0);
+}
+
+TEST_F(BackgroundMaterialPipelineTest, PrewarmsEachSizeOnceHoweverOftenItIsAsked) {
+    const std::vector<Screen> screens{
+        {1, {0, 0, 81, 10}, 1}, {2, {81, 0, 81, 10}, 1}, {3, {0, 10, 81, 10}, 2}};
+    const auto prewarm = [&] { BackgroundMaterialPipeline::prewarmGrainCache(screens, loop); };
+    prewarm();
+    prewarm();
+    // The first loop ends without having run its tasks: the next one has to.
+    EXPECT_THAT(loop.takeBackgroundTasks(), SizeIs(2));
+    prewarm();
+    auto tasks = loop.takeBackgroundTasks();
+    ASSERT_THAT(tasks, SizeIs(2));
+    EXPECT_EQ(tasks[0].quality, QualityOfService::utility);
+    for (auto &task : tasks) {
+        std::thread(task.run).join();
+    }
+    prewarm();
+    EXPECT_THAT(loop.takeBackgroundTasks(), IsEmpty());
+    EXPECT_EQ(GrainCache::shared().find(grainCacheKey({81, 10}, 2))->width, 162);
+}
+
+TEST(GrainCache, RendersTheSameKnownBytesEveryTime) {
+    const auto hash = [](const Bytes &bytes) { // FNV-1a
+        std::uint64_t result = 0xcbf29ce484222325;
+        for (const auto byte : bytes) {
+            result = (result ^ byte) * 0x100000001b3;
+        }
+        return result;
+    };
+    // Both made by another implementation of the generator.
+    EXPECT_THAT(
+        makeFineGrainImage({2, 2}, 1)->pixels,
+        ElementsAre(52, 52, 52, 255, 99, 99, 99, 255, 154, 154, 154, 255, 126, 126, 126, 255));
+    const auto image = makeFineGrainImage({257, 131.9}, 1);
+    EXPECT_THAT(image->pixels, SizeIs(257 * 131 * 4));
+    EXPECT_EQ(hash(image->pixels), 0x4aca1fd4ebdfcd0U);
+}
+
+TEST(GrainCache, TellsImagesApartByPixelsAndScale) {
+    EXPECT_EQ(grainCacheKey({100.9, 50.5}, 1.5), (GrainCacheKey{151, 75, 150}));
+    EXPECT_EQ(grainCacheKey({0, 0}, 2), (GrainCacheKey{1, 1, 200}));
+    EXPECT_EQ(grainCacheKey({1, 1}, 1.125), (GrainCacheKey{1, 1, 113})) << "halves go up";
+    EXPECT_THAT(makeFineGrainImage({0, 0}, 2)->pixels, ElementsAre(52, 52, 52, 255));
+    EXPECT_DEATH(grainCacheKey({1e300, 1}, 1), "in range");
+    EXPECT_DEATH(grainCacheKey({1, 1}, std::numeric_limits<double>::quiet_NaN()), "finite");
+}
+
+TEST(GrainCache, RendersOnceForThreadsThatAskAtTheSameTime) {
+    std::vector<std::shared_ptr<const Image>> images(4);
+    std::vector<std::thread> threads;
+    for (auto &image : images) {
+        threads.emplace_back([&image] {
+            image = GrainCache::shared().findOrRender({911, 700}, 1);
+        });
+    }
+    for (auto &thread : threads) {
+        thread.join();
+    }
+    EXPECT_NE(images[0], nullptr);
+    EXPECT_THAT(images, testing::Each(images[0]));
+}
+
+} // namespace
+} // namespace lumo

@@ -1,0 +1,130 @@
+#include "overlay/OverlayScreenView.h"
+
+#include "ScriptedDesktop.h"
+#include "platform/OverlayWindows.h"
+
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <vector>
+
+namespace lumo {
+namespace {
+
+using testing::ElementsAre;
+
+class OverlayScreenViewTest : public testing::Test {
+  protected:
+    OverlayScreenViewTest() { desktop.plugDisplay(1, frame, 2); }
+
+    const test::OverlayState &shown() const { return *desktop.allOverlays().back(); }
+    const Layer &tint() const { return view.layerTree().layers.back(); }
+
+    const Rect frame{10, 20, 101, 53};
+    test::ScriptedDesktop desktop{100};
+    std::unique_ptr<PlatformWindow> window{desktop.platform().overlayWindows.makeWindow(frame)};
+    OverlayScreenView view{frame, *window, desktop.platform()};
+};
+
+TEST_F(OverlayScreenViewTest, StartsWithAClearColourPlaneOverTheMaterial) {
+    EXPECT_EQ(view.layerTree().layers.size(), 4U);
+    EXPECT_EQ(tint().backgroundColor, Color::clear());
+    EXPECT_EQ(tint().opacity, 0.0F);
+    EXPECT_EQ(view.layerTree().mask, std::nullopt);
+    for (const auto &layer : view.layerTree().layers) {
+        EXPECT_EQ(layer.frame, (Rect{0, 0, 101, 53})) << "the view's own coordinates";
+    }
+    EXPECT_EQ(shown().tree, view.layerTree());
+}
+
+TEST_F(OverlayScreenViewTest, ColoursForEachMode) {
+    const Color blue{0.3, 0.48, 0.9, 1};
+    struct Case {
+        EffectMode mode;
+        double intensity;
+        bool blurFree;
+        Color color;
+        float opacity;
+    };
+    for (const auto &[mode, intensity, blurFree, color, opacity] : {
+             Case{EffectMode::softBlur, 1, false, Color::clear(), 0},
+             Case{EffectMode::dim, -0.5, false, Color::black(), 0.12F},
+             Case{EffectMode::dim, 0.5, true, Color::black(), 0.32F},
+             Case{EffectMode::dim, 3, false, Color::black(), 0.52F},
+             Case{EffectMode::tint, 0, false, blue, 0.1F},
+             Case{EffectMode::tint, 1, true, blue, 0.4F},
+             Case{EffectMode::softBlur, 1, false, blue, 0},
+             Case{EffectMode::softBlur, 1, true, Color::black(), 0.52F},
+         }) {
+        view.applyTintOverlay(mode, intensity, blurFree);
+        EXPECT_EQ(tint().backgroundColor, color);
+        EXPECT_FLOAT_EQ(tint().opacity, opacity);
+    }
+}
+
+TEST_F(OverlayScreenViewTest, CutsHolesThatCoverAgainWhereTheyOverlap) {
+    const Rect bounds{0, 0, 101, 53};
+    const Rect left{5, 5, 20, 20};
+    const Rect right{15, 5, 20, 20};
+    view.applyExclusionMask({left, Rect::null(), {3, 3, 0, 10}, right});
+    ASSERT_TRUE(view.layerTree().mask.has_value());
+    EXPECT_EQ(view.layerTree().mask->frame, bounds);
+    EXPECT_THAT(view.layerTree().mask->rectangles, ElementsAre(bounds, left, right));
+
+    view.applyExclusionMask({Rect::null(), {}});
+    EXPECT_THAT(view.layerTree().mask->rectangles, ElementsAre(bounds)) << "a mask without holes";
+    view.applyExclusionMask({});
+    EXPECT_EQ(view.layerTree().mask, std::nullopt);
+}
+
+TEST_F(OverlayScreenViewTest, LaysOutOnlyWhenSizeOrScaleChanged) {
+    const int commits = shown().commits;
+    view.setFrame(frame);
+    view.setFrame(frame.translated(300, 0));
+    EXPECT_EQ(shown().commits, commits);
+
+    desktop.resizeDisplay(1, frame, 1.25);
+    view.setFrame(frame);
+    EXPECT_EQ(shown().tree->layers[2].contentsScale, 1.25);
+    view.setFrame({10, 20, 102, 53});
+    EXPECT_EQ(shown().tree->bounds, (Rect{0, 0, 102, 53}));
+    EXPECT_EQ(shown().tree->layers.back().frame, (Rect{0, 0, 102, 53}));
+
+    // Off every screen the main screen's scale counts, and without any screen a fixed one.
+    window->setFrame(frame.translated(5000, 0));
+    desktop.resizeDisplay(1, frame, 3);
+    view.layout();
+    EXPECT_EQ(shown().tree->layers[2].contentsScale, 3);
+    desktop.unplugDisplay(1);
+    view.layout();
+    EXPECT_EQ(shown().tree->layers[2].contentsScale, 2);
+}
+
+TEST_F(OverlayScreenViewTest, DisplaysGrainThatArrivesLaterAndNothingElseByItself) {
+    view.setFrame({0, 0, 103, 53});
+    view.setAlphaValue(0.5);
+    view.setTintOpacity(0.25F);
+    view.applyExclusionMask({{1, 1, 2, 2}});
+    EXPECT_EQ(shown().tree->viewAlpha, 1);
+    view.display();
+    EXPECT_EQ(shown().tree->viewAlpha, 0.5);
+    EXPECT_EQ(shown().tree->layers[2].contents, nullptr);
+    desktop.mainLoop.runBackgroundTasks();
+    EXPECT_NE(shown().tree->layers[2].contents, nullptr);
+    EXPECT_EQ(shown().tree, view.layerTree());
+    view.removeMask();
+    EXPECT_TRUE(shown().tree->mask.has_value());
+}
+
+TEST_F(OverlayScreenViewTest, PrintsAtMostOneLineInAFifthOfASecond) {
+    view.debugLog("one");
+    desktop.advance(0.1);
+    view.debugLog("dropped");
+    desktop.advance(0.11);
+    view.setScreenIdx(-1);
+    view.debugLog("two");
+    EXPECT_THAT(desktop.logLines, ElementsAre("[Lumo][screen 0] one", "[Lumo][screen -1] two"));
+}
+
+} // namespace
+} // namespace lumo

@@ -1,0 +1,241 @@
+#include "settings/SettingsStore.h"
+
+#include "ScriptedDesktop.h"
+#include "platform/Platform.h"
+#include "platform/UserDefaults.h"
+
+#include <gmock/gmock.h>
+
+#include <limits>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace lumo {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Stored = std::map<std::string, Value, std::less<>>;
+
+class SettingsStoreTest : public testing::Test {
+  protected:
+    // The store that a new run of the program would have.
+    SettingsStore &restart() {
+        store_ = std::make_unique<SettingsStore>(desktop.platform().userDefaults);
+        return *store_;
+    }
+
+    // What a store writes when every setting is assigned the value it has.
+    Stored allWritten() {
+        desktop.defaults.clear();
+        for (auto *setting : restart().settings()) {
+            setting->setAgain();
+        }
+        return std::exchange(desktop.defaults, {});
+    }
+
+    test::ScriptedDesktop desktop{100};
+
+  private:
+    std::unique_ptr<SettingsStore> store_;
+};
+
+Value textOfRules(const std::vector<AppRule> &rules) {
+    return encodeRules(rules).value();
+}
+
+// Keys and types are a promise to every file that has ever been written.
+TEST_F(SettingsStoreTest, WritesEachDefaultUnderItsKeyWithItsType) {
+    const Stored expected{
+        {"isEnabled", false},
+        {"effectMode", "softBlur"},
+        {"effectIntensity", 0.6},
+        {"blurFreeMode", false},
+        {"transitionSpeed", 0.15},
+        {"launchAtLogin", false},
+        {"pauseInFullscreen", false},
+        {"mouseShakeToggleEnabled", true},
+        {"whitelist", textOfRules(AppRule::presetWhitelist())},
+        {"blacklist", textOfRules(AppRule::presetBlacklist())},
+        {"useWhitelistMode", false},
+        {"privacyCoverEnabled", false},
+        {"privacyCoverBringForwardOnStart", true},
+        {"privacyCoverKeepAbove", false},
+        {"privacyCoverAutoAssignOnEnable", true},
+        {"coverWindowLockDuration", 0.35},
+        {"multiScreenMode", "perScreen"},
+        {"peekDuration", 2.0},
+        {"toggleShortcutKey", 49},
+        {"toggleShortcutEnabled", true},
+        {"toggleShortcutModifiers", 4096},
+        {"turnOnShortcutKey", 9},
+        {"turnOnShortcutEnabled", true},
+        {"turnOnShortcutModifiers", 6144},
+        {"turnOffShortcutKey", 45},
+        {"turnOffShortcutEnabled", true},
+        {"turnOffShortcutModifiers", 6144},
+        {"peekShortcutKey", 48},
+        {"peekShortcutEnabled", true},
+        {"peekShortcutModifiers", 3072},
+        {"coverSetShortcutKey", 8},
+        {"coverSetShortcutEnabled", true},
+        {"coverSetShortcutModifiers", 3072},
+        {"shakeSensitivity", 0.85},
+        {"shakeToggleActionEnabled", true},
+        {"shakeToReveal", true},
+        {"shakePeekModifier", "Shift"},
+        {"shakeToggleModifier", "None"},
+    };
+    EXPECT_EQ(allWritten(), expected);
+    // Besides: two texts that are absent at first, and one value that others write.
+    EXPECT_EQ(restart().settings().size(), expected.size() + 3);
+    EXPECT_EQ(restart().privacyCoverBundleID.value(), std::nullopt);
+    EXPECT_EQ(restart().privacyCoverDisplayName.value(), std::nullopt);
+    EXPECT_FALSE(restart().hasCompletedOnboarding.value());
+    EXPECT_THAT(desktop.defaults, IsEmpty()) << "loading writes nothing";
+}
+
+TEST_F(SettingsStoreTest, AnnouncesEveryAssignmentBeforeItIsStoredAndWritten) {
+    auto &store = restart();
+    store.privacyCoverBundleID.set("org.example.Editor");
+    store.privacyCoverDisplayName.set("Editor");
+    desktop.defaults.clear();
+    std::vector<std::string> heard;
+    const auto willChange = store.willChange.subscribe([&] { heard.emplace_back("will change"); });
+    for (auto *setting : store.settings()) {
+        heard.clear();
+        const auto subscription = setting->subscribeToAssignments([&] {
+            heard.emplace_back(setting->key());
+            EXPECT_FALSE(desktop.defaults.contains(setting->key()));
+        });
+        setting->setAgain();
+        EXPECT_THAT(heard, ElementsAre("will change", setting->key()));
+        EXPECT_EQ(desktop.defaults.contains(setting->key()),
+                  setting->key() != "hasCompletedOnboarding")
+            << setting->key();
+    }
+}
+
+TEST_F(SettingsStoreTest, HandsSubscribersTheNewValueWhileTheOldOneIsStillInForce) {
+    auto &store = restart();
+    std::vector<std::pair<double, double>> heard; // argument, value at that moment
+    const auto intensity = store.effectIntensity.subscribe(
+        [&](double next) { heard.emplace_back(next, store.effectIntensity.value()); });
+    store.effectIntensity.set(0.7);
+    EXPECT_THAT(heard, ElementsAre(std::pair(0.6, 0.6), std::pair(0.7, 0.6)));
+
+    // Run-time values do the same, but are never written.
+    desktop.defaults.clear();
+    std::vector<std::string> order;
+    const auto willChange = store.willChange.subscribe([&] { order.emplace_back("will change"); });
+    const auto status = store.privacyCoverRuntimeStatus.subscribe(
+        [&](const std::string &next) { order.push_back(next); });
+    store.privacyCoverRuntimeStatus.set("Searching");
+    store.isPeeking.set(true);
+    store.privacyCoverRuntimeHint.set("Open the app");
+    EXPECT_THAT(order,
+                ElementsAre("Off", "will change", "Searching", "will change", "will change"));
+    EXPECT_THAT(desktop.defaults, IsEmpty());
+    EXPECT_FALSE(restart().isPeeking.value());
+}
+
+TEST_F(SettingsStoreTest, TakesAnythingOfAnotherTypeForMissing) {
+    auto types = allWritten();
+    types.emplace("privacyCoverBundleID", "text");
+    types.emplace("privacyCoverDisplayName", "text");
+    types.emplace("hasCompletedOnboarding", true);
+    const std::vector<Value> candidates{true, 1, 1.5, "tint", Bytes{'[', ']'}};
+    const auto sameType = [](const Value &a, const Value &b) {
+        return a.boolean().has_value() == b.boolean().has_value() &&
+               a.integer().has_value() == b.integer().has_value() &&
+               a.real().has_value() == b.real().has_value() &&
+               (a.string() != nullptr) == (b.string() != nullptr) &&
+               (a.data() != nullptr) == (b.data() != nullptr);
+    };
+    for (const auto &candidate : candidates) {
+        desktop.defaults.clear();
+        for (const auto &[key, value] : types) {
+            if (!sameType(value, candidate)) {
+                desktop.defaults.emplace(key, candidate);
+            }
+        }
+        for (const auto *setting : restart().settings()) {
+            EXPECT_TRUE(setting->isDefault()) << setting->key();
+        }
+    }
+}
+
+TEST_F(SettingsStoreTest, TakesValuesThatMeanNothingForMissing) {
+    auto broken = AppRule::presetBlacklist();
+    auto json = encodeRules(broken).value();
+    std::string text(json.begin(), json.end());
+    const auto second = text.find("\"isEnabled\"", text.find("\"isEnabled\"") + 1);
+    text.replace(second, 11, "\"enabled\"");
+    desktop.defaults = {
+        {"effectMode", "blur"},
+        {"multiScreenMode", "Global"},
+        {"effectIntensity", std::numeric_limits<double>::quiet_NaN()},
+        {"peekDuration", std::numeric_limits<double>::infinity()},
+        {"blacklist", Bytes(text.begin(), text.end())},
+        {"whitelist", Bytes{'n', 'o', 'n', 's', 'e', 'n', 's', 'e'}},
+    };
+    for (const auto *setting : restart().settings()) {
+        EXPECT_TRUE(setting->isDefault()) << setting->key();
+    }
+}
+
+TEST_F(SettingsStoreTest, KeepsWhatIsSetFromOneRunToTheNext) {
+    const std::vector<AppRule> rules{{makeUUID(), "org.example.Editor", "Editor \u00fc", false},
+                                     {makeUUID(), "org.example.Editor", "Editor \u00fc", false}};
+    auto &store = restart();
+    store.effectMode.set(EffectMode::tint);
+    store.multiScreenMode.set(MultiScreenMode::global);
+    store.effectIntensity.set(0.1 + 0.2);
+    store.toggleShortcutKey.set(12);
+    store.shakePeekModifier.set("Option");
+    store.whitelist.set(rules);
+    store.blacklist.set({});
+    store.privacyCoverBundleID.set("org.example.Editor");
+    store.privacyCoverDisplayName.set("Editor");
+    store.hasCompletedOnboarding.set(true);
+
+    auto &next = restart();
+    EXPECT_EQ(next.effectMode.value(), EffectMode::tint);
+    EXPECT_EQ(next.multiScreenMode.value(), MultiScreenMode::global);
+    EXPECT_EQ(next.effectIntensity.value(), 0.1 + 0.2);
+    EXPECT_EQ(next.toggleShortcutKey.value(), 12);
+    EXPECT_EQ(next.shakePeekModifier.value(), "Option");
+    EXPECT_EQ(next.whitelist.value(), rules) << "same application, different rules";
+    EXPECT_THAT(next.blacklist.value(), IsEmpty());
+    EXPECT_EQ(next.privacyCoverBundleID.value(), "org.example.Editor");
+    EXPECT_FALSE(next.hasCompletedOnboarding.value()) << "written by others only";
+
+    next.privacyCoverBundleID.set(std::nullopt);
+    EXPECT_FALSE(desktop.defaults.contains("privacyCoverBundleID"));
+    desktop.defaults.insert_or_assign("hasCompletedOnboarding", true);
+    // Rules that can't be encoded leave what is stored alone.
+    next.whitelist.set({{"id", "bundle", "\xff", true}});
+    auto &last = restart();
+    EXPECT_EQ(last.privacyCoverBundleID.value(), std::nullopt);
+    EXPECT_EQ(last.privacyCoverDisplayName.value(), "Editor");
+    EXPECT_TRUE(last.hasCompletedOnboarding.value());
+    EXPECT_EQ(last.whitelist.value(), rules);
+}
+
+TEST_F(SettingsStoreTest, ReplacesThePeekShortcutOfOldOnly) {
+    desktop.defaults = {{"peekShortcutKey", 45}, {"peekShortcutModifiers", 6144}};
+    restart();
+    const Stored replaced{{"peekShortcutKey", 48}, {"peekShortcutModifiers", 3072}};
+    EXPECT_EQ(desktop.defaults, replaced);
+    for (const auto &other : {Stored{{"peekShortcutKey", 45}, {"peekShortcutModifiers", 4096}},
+                              Stored{{"peekShortcutKey", 44}, {"peekShortcutModifiers", 6144}}}) {
+        desktop.defaults = other;
+        restart();
+        EXPECT_EQ(desktop.defaults, other);
+    }
+}
+
+} // namespace
+} // namespace lumo
