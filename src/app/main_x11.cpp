@@ -1,0 +1,43 @@
+#include "app/AppController.h"
+#include "platform/x11/Connection.h"
+#include "platform/x11/GlibMainLoop.h"
+#include "platform/x11/SingleInstance.h"
+#include "platform/x11/X11Backend.h"
+#include "support/Log.h"
+
+#include <csignal>
+
+namespace {
+
+// Runs the controller until a signal or the loss of the display ends it; gives the exit status.
+int runController(lumo::x11::GlibMainLoop &loop, lumo::x11::Connection &connection,
+                  const lumo::Platform &platform) {
+    const auto connectionWatch = loop.watch(connection, [&] {
+        platform.log.print("[Lumo] the connection to the X server was lost");
+        loop.quit(1);
+    });
+    const lumo::AppController controller(platform);
+    const auto interrupt = loop.onUnixSignal(SIGINT, [&] { loop.quit(0); });
+    const auto terminate = loop.onUnixSignal(SIGTERM, [&] { loop.quit(0); });
+    const auto hangUp = loop.onUnixSignal(SIGHUP, [&] { loop.quit(0); });
+    return loop.run();
+}
+
+} // namespace
+
+int main() {
+    auto log = lumo::Log::standardOutput();
+    lumo::x11::GlibMainLoop loop;
+    const auto connection = lumo::x11::Connection::open(nullptr);
+    if (!connection) {
+        log.print("[Lumo] no X server answers: set DISPLAY to the display that Lumo is to run on");
+        return 1;
+    }
+    const auto instance = lumo::x11::SingleInstance::claim(*connection);
+    if (!instance) {
+        log.print("[Lumo] already running on this display");
+        return 0;
+    }
+    lumo::x11::X11Backend backend(*connection, loop, log);
+    return runController(loop, *connection, backend.platform());
+}

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "platform/Platform.h"
+#include "platform/x11/NoPreferenceDomains.h"
+#include "platform/x11/PropertyListUserDefaults.h"
+#include "platform/x11/WindowMirror.h"
+#include "platform/x11/X11Accessibility.h"
+#include "platform/x11/X11HotKeys.h"
+#include "platform/x11/X11OverlayWindows.h"
+#include "platform/x11/X11Screens.h"
+#include "platform/x11/X11WindowServer.h"
+#include "platform/x11/X11Workspace.h"
+
+namespace lumo::x11 {
+
+class Connection;
+
+// Every interface of the platform, on one X display. Main thread only; making it waits for the
+// server.
+class X11Backend {
+  public:
+    // The arguments must outlive the backend.
+    X11Backend(Connection &connection, MainLoop &mainLoop, Log &log);
+
+    // What the program is given. Valid as long as the backend.
+    Platform platform();
+
+  private:
+    MainLoop &mainLoop_;
+    Log &log_;
+    PropertyListUserDefaults userDefaults_;
+    NoPreferenceDomains preferenceDomains_;
+    WindowMirror mirror_;
+    X11Screens screens_;
+    X11Workspace workspace_;
+    X11WindowServer windowServer_;
+    X11Accessibility accessibility_;
+    X11OverlayWindows overlayWindows_;
+    X11HotKeys hotKeys_;
+};
+
+} // namespace lumo::x11
