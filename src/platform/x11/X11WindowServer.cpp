@@ -27,9 +27,8 @@ int layerOf(const MirrorWindow &window) {
     return 0;
 }
 
-bool isOnScreen(const WindowMirror &mirror, const MirrorWindow &window) {
-    return window.isDescribed && window.isMapped && !window.isInputOnly && !window.isMinimized &&
-           window.band != WindowBand::desktop && mirror.isOnCurrentDesktop(window);
+bool overlap(const PixelRect &a, const PixelRect &b) {
+    return a.x < b.maxX() && b.x < a.maxX() && a.y < b.maxY() && b.y < a.maxY();
 }
 
 } // namespace
@@ -60,7 +59,7 @@ WindowRecords X11WindowServer::makeRecords() const {
     std::optional<std::size_t> firstOrdinary;
     for (const auto frame : mirror_.stacking() | std::views::reverse) {
         const auto &window = *mirror_.find(frame);
-        if (!isOnScreen(mirror_, window)) {
+        if (!isOnScreen(window)) {
             continue;
         }
         if (window.band == WindowBand::normal && !firstOrdinary) {
@@ -73,6 +72,16 @@ WindowRecords X11WindowServer::makeRecords() const {
         }
     }
     return records;
+}
+
+bool X11WindowServer::isOnScreen(const MirrorWindow &window) const {
+    if (!window.isDescribed || !window.isMapped || window.isInputOnly || window.isMinimized ||
+        window.band == WindowBand::desktop || !mirror_.isOnCurrentDesktop(window)) {
+        return false;
+    }
+    const auto &screens = screens_.pixelRects();
+    return std::any_of(screens.begin(), screens.end(),
+                       [&](const auto &screen) { return overlap(screen, window.geometry); });
 }
 
 Dictionary X11WindowServer::makeRecord(const MirrorWindow &window) const {

@@ -41,6 +41,7 @@ class X11WindowServer final : public WindowServer {
         bool operator==(const Revisions &) const = default;
     };
 
+    bool isOnScreen(const MirrorWindow &window) const;
     WindowRecords makeRecords() const;
     Dictionary makeRecord(const MirrorWindow &window) const;
 

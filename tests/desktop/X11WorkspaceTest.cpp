@@ -1,0 +1,305 @@
+#include "platform/x11/X11Workspace.h"
+
+#include "MirroredDesktop.h"
+#include "desktop/SampleApplication.h"
+#include "desktop/TemporaryDirectory.h"
+#include "platform/x11/GlibMainLoop.h"
+#include "platform/x11/X11Accessibility.h"
+#include "platform/x11/X11Screens.h"
+#include "platform/x11/X11WindowServer.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+namespace lumo::x11 {
+namespace {
+
+using desktop::DesktopOptions;
+using desktop::SampleApplication;
+using desktop::SampleWindow;
+using desktop::WindowManager;
+using testing::ElementsAre;
+
+// A desktop with all that is read from it, and folders for desktop entries that hold nothing else.
+class WorkspaceTest : public testing::Test {
+  protected:
+    static void SetUpTestSuite() {
+        // GLib looks once.
+        static const desktop::TemporaryDirectory directory;
+        folder_ = directory.path();
+        for (const char *name : {"data/applications", "config", "system"}) {
+            std::filesystem::create_directories(folder_ / name);
+        }
+        setenv("XDG_DATA_HOME", (folder_ / "data").c_str(), 1);
+        setenv("XDG_CONFIG_HOME", (folder_ / "config").c_str(), 1);
+        setenv("XDG_DATA_DIRS", (folder_ / "system").c_str(), 1);
+    }
+
+    void TearDown() override {
+        std::filesystem::remove_all(folder_ / "data/applications");
+        std::filesystem::create_directory(folder_ / "data/applications");
+    }
+
+    static void writeFile(const std::filesystem::path &path, const std::string &text) {
+        std::ofstream(folder_ / path) << text;
+    }
+
+    static void writeEntry(const std::string &identifier, const std::string &lines) {
+        writeFile("data/applications/" + identifier + ".desktop",
+                  "[Desktop Entry]\nType=Application\n" + lines);
+    }
+
+    // Turns the main loop until the condition holds; false when it does not within ten seconds.
+    bool eventually(const std::function<bool()> &condition) {
+        GlibMainLoop loop;
+        bool holds = false;
+        const auto watch = loop.watch(*mirrored_.connection, [&] { loop.quit(1); });
+        const auto deadline = loop.now() + 10;
+        const auto timer = loop.every(0.005, [&] {
+            holds = condition();
+            if (holds || loop.now() > deadline) {
+                loop.quit(0);
+            }
+        });
+        loop.run();
+        return holds;
+    }
+
+    bool isFrontmost(const SampleApplication &application) const {
+        const auto *frontmost = workspace_.frontmostApplication();
+        return frontmost != nullptr &&
+               frontmost->processIdentifier == application.processIdentifier();
+    }
+
+    // The titles of the list's windows, front to back, with their layers where these are not 0.
+    std::vector<std::string> titles() const {
+        std::vector<std::string> titles;
+        for (const auto &record : *server_.onScreenWindows()) {
+            const auto *name = record.find(windowKey::name);
+            const auto layer = *record.find(windowKey::layer)->integer();
+            if (name != nullptr) {
+                titles.push_back(*name->string() + (layer == 0 ? "" : " " + std::to_string(layer)));
+            }
+        }
+        return titles;
+    }
+
+    static inline std::filesystem::path folder_;
+    MirroredDesktop mirrored_{{}};
+    desktop::DesktopSession &session_ = mirrored_.session;
+    X11Screens screens_{*mirrored_.connection};
+    X11Workspace workspace_{*mirrored_.connection, *mirrored_.mirror};
+    X11WindowServer server_{*mirrored_.mirror, screens_, workspace_};
+    X11Accessibility accessibility_{*mirrored_.connection, *mirrored_.mirror};
+};
+
+TEST_F(WorkspaceTest, KnowsApplicationsByTheirDesktopEntries) {
+    writeEntry("org.example.Alpha", "Name=Alpha Editor\nExec=true\nStartupWMClass=Alpha\n");
+    writeEntry("org.example.Again",
+               "Name=Again\nExec=true\nStartupWMClass=Alpha\nNoDisplay=true\n");
+    writeEntry("beta", "Name=Beta Player\nExec=true\n");
+    const SampleApplication alpha(mirrored_.desktop, "Alpha", {{}});
+    const SampleApplication beta(mirrored_.desktop, "Beta", {{}});
+    const SampleApplication gamma(mirrored_.desktop, "Gamma", {{}});
+    const SampleApplication panel(mirrored_.desktop, "Panel",
+                                  {{.area = {0, 780, 1280, 20}, .type = "DOCK"}});
+    ASSERT_TRUE(eventually([&] {
+        const auto *known = workspace_.runningApplication(alpha.processIdentifier());
+        return known != nullptr && known->localizedName == "Alpha Editor";
+    }));
+    mirrored_.catchUp();
+    const auto check = [&](const SampleApplication &application, const char *identifier,
+                           const char *name, ActivationPolicy policy) {
+        const auto *found = workspace_.runningApplication(application.processIdentifier());
+        ASSERT_NE(found, nullptr);
+        EXPECT_EQ(*found,
+                  (RunningApplication{application.processIdentifier(), identifier, name, policy}));
+        EXPECT_THAT(workspace_.runningApplications(), testing::Contains(*found));
+    };
+    check(alpha, "org.example.Alpha", "Alpha Editor", ActivationPolicy::regular);
+    check(beta, "beta", "Beta Player", ActivationPolicy::regular);
+    check(gamma, "Gamma", "Gamma", ActivationPolicy::regular);
+    check(panel, "Panel", "Panel", ActivationPolicy::accessory);
+    EXPECT_EQ(workspace_.runningApplication(1), nullptr);
+    EXPECT_EQ(workspace_.ownApplication(),
+              (RunningApplication{getpid(), "app.lumo.Lumo", "Lumo", ActivationPolicy::accessory}));
+
+    const auto program = std::filesystem::read_symlink(
+        "/proc/" + std::to_string(gamma.processIdentifier()) + "/exe");
+    writeEntry("org.example.Sample", "Name=Sample\nExec=" + program.string() + " --new\n");
+    EXPECT_TRUE(eventually([&] {
+        return workspace_.runningApplication(gamma.processIdentifier())->localizedName == "Sample";
+    })) << "a new entry, found by the name of its program";
+    check(gamma, "org.example.Sample", "Sample", ActivationPolicy::regular);
+    check(alpha, "org.example.Alpha", "Alpha Editor", ActivationPolicy::regular);
+}
+
+TEST_F(WorkspaceTest, TellsWhoIsInFrontAndBringsApplicationsThere) {
+    const SampleApplication first(
+        mirrored_.desktop, "First",
+        {{.title = "One", .area = {0, 0, 400, 300}}, {.title = "Two", .area = {50, 50, 400, 300}}});
+    SampleApplication second(mirrored_.desktop, "Second", {{.area = {100, 100, 400, 300}}});
+    int activated = 0;
+    int terminated = 0;
+    int spaces = 0;
+    const auto subscriptions = {
+        workspace_.onDidActivateApplication([&] { ++activated; }),
+        workspace_.onDidTerminateApplication([&] { ++terminated; }),
+        workspace_.onActiveSpaceDidChange([&] { ++spaces; }),
+    };
+    session_.activate(second.window());
+    ASSERT_TRUE(eventually([&] { return isFrontmost(second); }));
+
+    activated = 0;
+    ASSERT_TRUE(workspace_.activate(first.processIdentifier()));
+    EXPECT_TRUE(eventually([&] {
+        return isFrontmost(first) && session_.isAbove(first.window(0), second.window()) &&
+               session_.isAbove(first.window(1), first.window(0));
+    }));
+    EXPECT_GT(activated, 0);
+    mirrored_.catchUp();
+    const auto sent = mirrored_.connection->bytesSent();
+    EXPECT_TRUE(workspace_.activate(first.processIdentifier()));
+    EXPECT_EQ(mirrored_.connection->bytesSent(), sent) << "it is in front already";
+    EXPECT_FALSE(workspace_.activate(1)) << "no application";
+
+    activated = 0;
+    session_.activate(first.window(0));
+    EXPECT_TRUE(eventually([&] {
+        return mirrored_.mirror->activeWindow() == first.window(0) && activated > 0;
+    })) << "another window of the same one";
+    session_.minimise(first.window(0));
+    session_.minimise(first.window(1));
+    EXPECT_TRUE(eventually([&] { return isFrontmost(second); }));
+    EXPECT_TRUE(workspace_.activate(first.processIdentifier()));
+    EXPECT_TRUE(eventually([&] { return isFrontmost(first); })) << "back from its icon";
+
+    EXPECT_EQ(terminated, 0);
+    second.kill();
+    EXPECT_TRUE(eventually([&] { return terminated == 1; }));
+    EXPECT_EQ(workspace_.runningApplication(second.processIdentifier()), nullptr);
+    EXPECT_EQ(spaces, 0);
+    session_.switchToDesktop(1);
+    EXPECT_TRUE(
+        eventually([&] { return spaces == 1 && workspace_.frontmostApplication() == nullptr; }));
+    EXPECT_NE(workspace_.runningApplication(first.processIdentifier()), nullptr);
+}
+
+TEST_F(WorkspaceTest, ListsWhatIsOnScreenFromFrontToBack) {
+    const SampleApplication application(
+        mirrored_.desktop, "Sample",
+        {
+            {.title = "Wallpaper", .area = {0, 0, 1280, 800}, .type = "DESKTOP"},
+            {.title = "Below", .state = "BELOW"},
+            {.title = "Active", .area = {100, 120, 500, 400}},
+            {.title = "Raised", .area = {200, 220, 500, 400}},
+            {.title = "Iconified"},
+            {.title = "Above", .state = "ABOVE"},
+            {.title = "Dock", .area = {0, 780, 1280, 20}, .type = "DOCK"},
+            {.title = "Menu", .type = "POPUP_MENU", .overrideRedirect = true},
+        });
+    session_.minimise(application.window(4));
+    session_.activate(application.window(2));
+    ASSERT_TRUE(
+        eventually([&] { return mirrored_.mirror->activeWindow() == application.window(2); }));
+    const std::uint32_t above = XCB_STACK_MODE_ABOVE;
+    xcb_configure_window(session_.connection(), application.window(3), XCB_CONFIG_WINDOW_STACK_MODE,
+                         &above);
+    ASSERT_TRUE(session_.eventually(
+        [&] { return session_.isAbove(application.window(3), application.window(2)); }));
+    mirrored_.catchUp();
+    // The active window first among its like, though another one is above it.
+    EXPECT_THAT(titles(),
+                ElementsAre("Menu 101", "Dock 20", "Above 3", "Active", "Raised", "Below -1"));
+
+    const auto list = server_.onScreenWindows();
+    EXPECT_EQ(list, server_.onScreenWindows());
+    const auto frame = session_.frameAreaOf(application.window(2));
+    const auto ownerName =
+        workspace_.runningApplication(application.processIdentifier())->localizedName.value_or("");
+    EXPECT_EQ(ownerName, "Sample");
+    EXPECT_EQ(list->at(3),
+              (Dictionary{{windowKey::number, Value(application.window(2))},
+                          {windowKey::ownerPID, Value(application.processIdentifier())},
+                          {windowKey::ownerName, Value(ownerName)},
+                          {windowKey::layer, Value(0)},
+                          {windowKey::bounds,
+                           Value(Dictionary{{boundsKey::x, Value(double(frame.x))},
+                                            {boundsKey::y, Value(double(frame.y))},
+                                            {boundsKey::width, Value(double(frame.width))},
+                                            {boundsKey::height, Value(double(frame.height))}})},
+                          {windowKey::isOnscreen, Value(true)},
+                          {windowKey::alpha, Value(1.0)},
+                          {windowKey::name, Value("Active")}}));
+
+    session_.move(application.window(2), 300, 310);
+    EXPECT_TRUE(eventually([&] { return server_.onScreenWindows() != list; }));
+    session_.switchToDesktop(1);
+    EXPECT_TRUE(eventually([&] { return titles() == std::vector<std::string>{"Menu 101"}; }))
+        << "only what is on no desktop";
+}
+
+TEST_F(WorkspaceTest, ListsOwnUnmanagedWindowsAmongTheOrdinaryOnes) {
+    auto &connection = *mirrored_.connection;
+    const auto overlay = xcb_generate_id(connection);
+    const std::uint32_t overrideRedirect = 1;
+    xcb_create_window(connection, XCB_COPY_FROM_PARENT, overlay, connection.root(), 0, 0, 100, 100,
+                      0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
+                      XCB_CW_OVERRIDE_REDIRECT, &overrideRedirect);
+    constexpr std::string_view classes("lumo\0Lumo", 10);
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, overlay, XCB_ATOM_WM_CLASS,
+                        XCB_ATOM_STRING, 8, classes.size(), classes.data());
+    xcb_map_window(connection, overlay);
+    mirrored_.catchUp();
+    const auto list = server_.onScreenWindows();
+    const auto found = std::find_if(list->begin(), list->end(), [&](const auto &record) {
+        return record.find(windowKey::number)->unsigned32() == overlay;
+    });
+    ASSERT_NE(found, list->end());
+    EXPECT_EQ(found->find(windowKey::layer)->integer(), 0);
+    EXPECT_EQ(found->find(windowKey::ownerPID)->integer(), getpid());
+    EXPECT_EQ(*found->find(windowKey::ownerName)->string(), "Lumo");
+}
+
+TEST_F(WorkspaceTest, RaisesWindowsThroughAWindowManagerThatHears) {
+    const SampleApplication application(mirrored_.desktop, "Sample",
+                                        {{.area = {0, 0, 400, 300}}, {.area = {50, 50, 400, 300}}});
+    mirrored_.catchUp();
+    EXPECT_TRUE(accessibility_.isProcessTrusted());
+    const auto windows = accessibility_.windows(application.processIdentifier());
+    ASSERT_EQ(windows.size(), 2U);
+    EXPECT_TRUE(windows[1]->raise());
+    EXPECT_TRUE(
+        eventually([&] { return session_.isAbove(application.window(0), application.window(1)); }));
+    EXPECT_TRUE(accessibility_.windows(1).empty());
+
+    MirroredDesktop bare({.windowManager = WindowManager::none});
+    EXPECT_FALSE(X11Accessibility(*bare.connection, *bare.mirror).isProcessTrusted());
+}
+
+TEST_F(WorkspaceTest, OpensUrlsWithWhateverProgramIsMeantForThem) {
+    const auto program = folder_ / "opener";
+    const auto opened = folder_ / "opened";
+    writeFile("opener", "#!/bin/sh\nprintf %s \"$1\" > " + opened.string() + "\n");
+    std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+    writeEntry("opener", "Name=Opener\nExec=" + program.string() +
+                             " %u\nMimeType=x-scheme-handler/lumotest;\n");
+    writeFile("config/mimeapps.list",
+              "[Default Applications]\nx-scheme-handler/lumotest=opener.desktop\n");
+    EXPECT_TRUE(eventually([&] { return workspace_.open("lumotest:page"); }));
+    EXPECT_TRUE(eventually([&] {
+        std::string text;
+        std::getline(std::ifstream(opened), text);
+        return text == "lumotest:page";
+    }));
+    EXPECT_FALSE(workspace_.open("lumounknown:page"));
+}
+
+} // namespace
+} // namespace lumo::x11
