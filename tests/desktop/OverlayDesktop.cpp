@@ -2,9 +2,10 @@
 
 #include <glib.h>
 
-#include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdlib>
+#include <map>
 #include <random>
 
 namespace lumo::x11 {
@@ -12,16 +13,7 @@ namespace lumo::x11 {
 namespace {
 
 constexpr double deadline = 10; // seconds
-
-std::shared_ptr<const Image> makeGrain(int width, int height) {
-    Image image{width, height, {}};
-    std::mt19937 random(1);
-    for (int pixel = 0; pixel < width * height; ++pixel) {
-        const auto grey = static_cast<std::uint8_t>(43 + random() % 170);
-        image.pixels.insert(image.pixels.end(), {grey, grey, grey, 255});
-    }
-    return std::make_shared<const Image>(std::move(image));
-}
+constexpr double tolerance = 2;
 
 } // namespace
 
@@ -31,14 +23,18 @@ OverlayDesktop::OverlayDesktop(const desktop::DesktopOptions &options)
     , height(options.height)
     , log_([this](std::string_view line) { lines.emplace_back(line); })
     , screens_{{1, frame(), 1}}
-    , grain_(makeGrain(width, height))
     , watch_(loop.watch(*connection, [] {})) {
-    overlays = std::unique_ptr<X11OverlayWindows>(new X11OverlayWindows(
-        *connection, *mirror, *this,
+    Screens &screens = *this;
+    overlays = std::make_unique<X11OverlayWindows>(
+        *connection, *mirror, screens,
         [this] {
             return PointSpace({{0, 0, width, height}}, 1);
         },
-        loop, log_));
+        loop, log_);
+}
+
+Rect OverlayDesktop::frame() const {
+    return {0, 0, static_cast<double>(width), static_cast<double>(height)};
 }
 
 bool OverlayDesktop::eventually(const std::function<bool()> &condition) {
@@ -54,6 +50,16 @@ bool OverlayDesktop::eventually(const std::function<bool()> &condition) {
     return true;
 }
 
+std::uint64_t OverlayDesktop::bytesOfTurn() {
+    connection->flush();
+    const auto before = connection->bytesSent();
+    bool isOver = false;
+    loop.post([&] { isOver = true; });
+    eventually([&] { return isOver; });
+    connection->flush();
+    return connection->bytesSent() - before;
+}
+
 void OverlayDesktop::settle() {
     // Whatever is drawn again is so within one refresh; the second round is for what follows from
     // the first.
@@ -67,44 +73,85 @@ void OverlayDesktop::settle() {
     }
 }
 
+std::shared_ptr<const Image> OverlayDesktop::grain(int width, int height) {
+    static std::map<std::array<int, 2>, std::shared_ptr<const Image>> images;
+    auto &image = images[{width, height}];
+    if (!image) {
+        Image pixels{width, height, {}};
+        std::mt19937 random(1);
+        for (int pixel = 0; pixel < width * height; ++pixel) {
+            const auto grey = static_cast<std::uint8_t>(43 + random() % 170);
+            pixels.pixels.insert(pixels.pixels.end(), {grey, grey, grey, 255});
+        }
+        image = std::make_shared<const Image>(std::move(pixels));
+    }
+    return image;
+}
+
 LayerTree OverlayDesktop::tree(const Rect &frame, const Look &look) const {
     LayerTree tree;
     tree.bounds = {0, 0, frame.width, frame.height};
-    Layer grain;
-    grain.frame = tree.bounds;
-    grain.opacity = static_cast<float>(look.grain);
-    grain.contents = grain_;
-    grain.compositingFilter = compositingFilter::overlayBlendMode;
-    grain.minificationFilter = grain.magnificationFilter = Sampling::nearest;
+    Layer grainLayer;
+    grainLayer.frame = tree.bounds;
+    grainLayer.opacity = static_cast<float>(look.grain);
+    grainLayer.contents = grain(static_cast<int>(frame.width), static_cast<int>(frame.height));
+    grainLayer.compositingFilter = compositingFilter::overlayBlendMode;
+    grainLayer.minificationFilter = grainLayer.magnificationFilter = Sampling::nearest;
     Layer tint;
     tint.frame = tree.bounds;
     tint.opacity = static_cast<float>(look.tintOpacity);
     tint.backgroundColor = look.tint;
-    tree.layers = {grain, tint};
+    tree.layers = {grainLayer, tint};
     return tree;
 }
 
-int OverlayDesktop::distanceFromLook(const desktop::Picture &before, const desktop::Area &area,
-                                     const Look &look, desktop::Spot overlayOrigin) {
-    const auto now = session.picture();
-    int largest = 0;
+std::string OverlayDesktop::difference(const desktop::Picture &plain, const desktop::Picture &shown,
+                                       const desktop::Area &area, const desktop::Area &frame,
+                                       const Look &look) {
+    const auto image = grain(frame.width, frame.height);
     for (int y = area.y; y < area.bottom(); ++y) {
         for (int x = area.x; x < area.right(); ++x) {
-            const auto index = static_cast<std::size_t>(
-                ((y - overlayOrigin.y) * grain_->width + x - overlayOrigin.x) * 4);
-            const double grey = grain_->pixels[index];
-            const auto compare = [&](std::uint8_t was, std::uint8_t is, double tint) {
-                const double grained = was * (1 - look.grain) + grey * look.grain;
-                const double expected =
+            const auto was = plain.at(x, y);
+            const double grey = image->pixels[static_cast<std::size_t>(
+                ((y - frame.y) * frame.width + x - frame.x) * 4)];
+            const auto expected = [&](std::uint8_t value, double tint) {
+                const double grained = value * (1 - look.grain) + grey * look.grain;
+                const double tinted =
                     grained * (1 - look.tintOpacity) + tint * 255 * look.tintOpacity;
-                largest = std::max(largest, static_cast<int>(std::abs(std::lround(expected) - is)));
+                return static_cast<std::uint8_t>(
+                    std::lround(value * (1 - look.alpha) + tinted * look.alpha));
             };
-            compare(before.at(x, y).red, now.at(x, y).red, look.tint.red);
-            compare(before.at(x, y).green, now.at(x, y).green, look.tint.green);
-            compare(before.at(x, y).blue, now.at(x, y).blue, look.tint.blue);
+            const desktop::Colour wanted{expected(was.red, look.tint.red),
+                                         expected(was.green, look.tint.green),
+                                         expected(was.blue, look.tint.blue)};
+            if (distance(wanted, shown.at(x, y)) > tolerance) {
+                return std::to_string(x) + "," + std::to_string(y) + ": plain " + was.describe() +
+                       ", wanted " + wanted.describe() + ", shown " + shown.at(x, y).describe();
+            }
         }
     }
-    return largest;
+    return {};
+}
+
+std::string OverlayDesktop::lastingDifference(PlatformWindow &overlay, const desktop::Area &area,
+                                              const std::function<void()> &wish) {
+    const auto at = overlay.frame();
+    const desktop::Area frame{static_cast<int>(at.x), height - static_cast<int>(at.maxY()),
+                              static_cast<int>(at.width), static_cast<int>(at.height)};
+    std::string found;
+    eventually([&] {
+        wish();
+        settle();
+        const auto shown = session.picture();
+        overlay.setAlphaValue(0);
+        settle();
+        const auto plain = session.picture();
+        overlay.setAlphaValue(1);
+        found = difference(plain, shown, area, frame, {});
+        return found.empty();
+    });
+    settle();
+    return found;
 }
 
 } // namespace lumo::x11

@@ -18,10 +18,10 @@ struct Look {
     double grain = 0.19;
     Color tint = Color::black();
     double tintOpacity = 0.36;
+    double alpha = 1; // the window's times the view's
 };
 
-// Overlays of the program on a private desktop with one display of 800 by 600 pixels or what the
-// options say, at one pixel per point.
+// The program's overlays on a private desktop with one display, at one pixel per point.
 class OverlayDesktop : public MirroredDesktop, private Screens {
   public:
     explicit OverlayDesktop(const desktop::DesktopOptions &options);
@@ -29,19 +29,32 @@ class OverlayDesktop : public MirroredDesktop, private Screens {
     // Turns the main loop until the condition holds. False when it does not within ten seconds.
     bool eventually(const std::function<bool()> &condition);
 
-    // Turns the main loop until all that has been asked for so far is done and shown.
+    // Turns the main loop once and gives how many bytes of requests that took.
+    std::uint64_t bytesOfTurn();
+
+    // Turns the main loop until all that has happened and been asked for so far is shown.
     void settle();
 
-    Rect frame() const { return {0, 0, static_cast<double>(width), static_cast<double>(height)}; }
-    const std::shared_ptr<const Image> &grain() const { return grain_; }
+    Rect frame() const;
 
-    // A view with a grain layer and a colour over it, as large as the frame.
+    // A view of that size with a grain layer, its pixels those of grain(), and a colour over it.
     LayerTree tree(const Rect &frame, const Look &look = {}) const;
+    static std::shared_ptr<const Image> grain(int width, int height);
 
-    // The largest difference of a channel, within the area, between what is shown now and the look
-    // laid over what was shown before. The grain's origin is that of the overlay.
-    int distanceFromLook(const desktop::Picture &before, const desktop::Area &area,
-                         const Look &look = {}, desktop::Spot overlayOrigin = {});
+    // Empty when, within the area, the look laid over the plain picture is what the shown one
+    // shows, give or take two steps of a channel; else where it is not. The overlay covers the
+    // frame.
+    static std::string difference(const desktop::Picture &plain, const desktop::Picture &shown,
+                                  const desktop::Area &area, const desktop::Area &frame,
+                                  const Look &look);
+
+    // The difference that is left when the overlay has had some time to look right, with the wish
+    // repeated as the program does, and with the plain picture taken by making it transparent for
+    // a moment.
+    std::string lastingDifference(PlatformWindow &overlay, const desktop::Area &area,
+                                  const std::function<void()> &wish);
+
+    desktop::Area wholeArea() const { return {0, 0, width, height}; }
 
     int width;
     int height;
@@ -55,7 +68,6 @@ class OverlayDesktop : public MirroredDesktop, private Screens {
 
     Log log_;
     std::vector<Screen> screens_;
-    std::shared_ptr<const Image> grain_;
     Handle watch_;
 };
 

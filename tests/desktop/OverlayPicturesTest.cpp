@@ -2,48 +2,169 @@
 #include "desktop/SampleApplication.h"
 
 #include <gtest/gtest.h>
+#include <xcb/xfixes.h>
 
 namespace lumo::x11 {
 namespace {
 
 using desktop::Area;
+using desktop::Colour;
 using desktop::Compositor;
-using desktop::DesktopOptions;
-using desktop::Picture;
 using desktop::SampleApplication;
 
-DesktopOptions optionsFor(Compositor compositor) {
-    return {.width = 800, .height = 600, .compositor = compositor};
-}
+// Of the windows B is the clear one; these parts of the display lie to its left and right.
+constexpr Area leftPart{0, 0, 200, 600};
+constexpr Area rightPart{520, 0, 280, 600};
 
 class OverlayPictures : public testing::TestWithParam<Compositor>, protected OverlayDesktop {
   protected:
     OverlayPictures()
-        : OverlayDesktop(optionsFor(GetParam())) {}
+        : OverlayDesktop({.width = 800, .height = 600, .compositor = GetParam()}) {
+        desktop::Picture wallpaper(800, 600);
+        for (int y = 0; y < 600; ++y) {
+            for (int x = 0; x < 800; ++x) {
+                wallpaper.at(x, y) = {static_cast<std::uint8_t>(x / 4),
+                                      static_cast<std::uint8_t>(y / 3), 90};
+            }
+        }
+        session.setWallpaper(wallpaper);
+        EXPECT_TRUE(eventually([&] { return session.pixel(799, 599) == wallpaper.at(799, 599); }));
+        session.activate(app_.window(1));
+        EXPECT_TRUE(eventually([&] { return mirror->activeWindow() == app_.window(1); }));
+        settle();
+    }
+
+    std::string differenceFrom(const desktop::Picture &plain, const Look &look) {
+        settle();
+        const auto shown = session.picture();
+        const auto left = difference(plain, shown, leftPart, wholeArea(), look);
+        return left.empty() ? difference(plain, shown, rightPart, wholeArea(), look) : left;
+    }
+
+    SampleApplication app_{desktop,
+                           "Sample",
+                           {{.title = "A", .area = {60, 60, 300, 250}, .colour = "#c83232"},
+                            {.title = "B", .area = {210, 180, 300, 250}, .colour = "#32c832"},
+                            {.title = "C", .area = {420, 300, 300, 250}, .colour = "#3232c8"}}};
 };
 
-TEST_P(OverlayPictures, DimAllButTheClearWindow) {
-    SampleApplication app(desktop, "Sample",
-                          {{.title = "A", .area = {60, 60, 300, 250}, .colour = "#c83232"},
-                           {.title = "B", .area = {200, 180, 300, 250}, .colour = "#32c832"},
-                           {.title = "C", .area = {420, 300, 300, 250}, .colour = "#3232c8"}});
-    session.activate(app.window(1));
-    ASSERT_TRUE(eventually([&] { return mirror->activeWindow() == app.window(1); }));
-    settle();
-    const auto before = session.picture();
+TEST_P(OverlayPictures, AreTheLayerArithmeticAndLeaveTheClearWindowAlone) {
+    const auto plain = session.picture();
+    const auto clearArea = session.frameAreaOf(app_.window(1));
     const auto overlay = overlays->makeWindow(frame());
-    overlay->commit(tree(frame()));
-    overlay->orderBelow(app.window(1));
-    EXPECT_TRUE(eventually([&] { return session.pixel(10, 590) != before.at(10, 590); }));
+    overlay->orderBelow(app_.window(1));
+
+    const Look looks[] = {{.grain = 0.16, .tintOpacity = 0.12},
+                          {.grain = 0.24, .tintOpacity = 0.52},
+                          {.grain = 0.2, .tint = {0.3, 0.48, 0.9, 1}, .tintOpacity = 0.4},
+                          {.grain = 0.19, .tintOpacity = 0}};
+    for (const auto &look : looks) {
+        overlay->commit(tree(frame(), look));
+        EXPECT_EQ(differenceFrom(plain, look), "");
+        EXPECT_EQ(session.picture().firstDifference(plain, clearArea), std::nullopt);
+    }
+
+    // Both alphas, multiplied. At 0 it is one request, and one back again under a
+    // compositing manager: without one the server reports what was uncovered as damaged.
+    auto faded = tree(frame());
+    faded.viewAlpha = 0.75;
+    overlay->commit(faded);
+    overlay->setAlphaValue(0.5);
+    EXPECT_EQ(differenceFrom(plain, {.alpha = 0.375}), "");
+    overlay->setAlphaValue(0);
+    EXPECT_EQ(bytesOfTurn(), sizeof(xcb_xfixes_set_window_shape_region_request_t));
     settle();
-    const auto clear = session.frameAreaOf(app.window(1));
-    EXPECT_EQ(session.picture().firstDifference(before, clear), std::nullopt);
-    EXPECT_LE(distanceFromLook(before, {0, 0, 200, 600}), 2);
-    EXPECT_LE(distanceFromLook(before, {520, 0, 280, 600}), 2);
+    EXPECT_EQ(session.picture().firstDifference(plain, wholeArea()), std::nullopt);
+    EXPECT_TRUE(session.isViewable(static_cast<xcb_window_t>(overlay->windowNumber())));
+    overlay->setAlphaValue(0.5);
+    if (GetParam() != Compositor::none) {
+        EXPECT_EQ(bytesOfTurn(), sizeof(xcb_xfixes_set_window_shape_region_request_t));
+    }
+    EXPECT_EQ(differenceFrom(plain, {.alpha = 0.375}), "");
+    overlay->setAlphaValue(1);
+    faded.viewAlpha = 0;
+    overlay->commit(faded);
+    settle();
+    EXPECT_EQ(session.picture().firstDifference(plain, wholeArea()), std::nullopt);
+
+    overlay->commit(tree(frame()));
+    EXPECT_EQ(differenceFrom(plain, {}), "");
+    overlay->orderOut();
+    settle();
+    EXPECT_EQ(session.picture().firstDifference(plain, wholeArea()), std::nullopt);
+}
+
+TEST_P(OverlayPictures, CutHolesAndStretchImagesWithTheOriginAtTheBottomLeft) {
+    const auto plain = session.picture();
+    const auto overlay = overlays->makeWindow(frame());
+    auto holed = tree(frame());
+    holed.mask = EvenOddMask{holed.bounds, {holed.bounds, {20, 500, 100, 80}, {70, 460, 100, 80}}};
+    overlay->commit(holed);
+    overlay->orderBelow(app_.window(1));
+    settle();
+    const auto shown = session.picture();
+    // Of the two holes, in pixels from the top, what they have in common is covered again.
+    for (const Area hole : {Area{20, 20, 100, 40}, Area{20, 60, 50, 40}, Area{120, 60, 50, 80}}) {
+        EXPECT_EQ(shown.firstDifference(plain, hole), std::nullopt);
+    }
+    for (const Area covered : {Area{70, 60, 50, 40}, Area{0, 0, 20, 600}, Area{20, 0, 180, 20}}) {
+        EXPECT_EQ(difference(plain, shown, covered, wholeArea(), {}), "");
+    }
+
+    LayerTree stretched;
+    stretched.bounds = {0, 0, 800, 600};
+    Layer image;
+    image.frame = {0, 200, 100, 400};
+    image.magnificationFilter = Sampling::nearest;
+    image.contents = std::make_shared<const Image>(
+        Image{1, 2, {0xff, 0x20, 0x40, 0xff, 0x10, 0x30, 0x80, 0x80}});
+    stretched.layers = {image};
+    overlay->commit(stretched);
+    settle();
+    EXPECT_EQ(session.pixel(99, 199).describe(), Colour::parse("#ff2040").describe());
+    for (const int y : {200, 399}) {
+        const auto below = plain.at(10, y);
+        const Colour blended{static_cast<std::uint8_t>(0x10 + below.red / 2),
+                             static_cast<std::uint8_t>(0x30 + below.green / 2),
+                             static_cast<std::uint8_t>(0x80 + below.blue / 2)};
+        EXPECT_LE(distance(session.pixel(10, y), blended), 2) << y;
+    }
+    EXPECT_EQ(session.pixel(10, 400).describe(), plain.at(10, 400).describe());
+}
+
+TEST_P(OverlayPictures, DifferByDisplay) {
+    const auto plain = session.picture();
+    const Rect left{0, 0, 400, 600};
+    const Rect right{400, 0, 400, 600};
+    const auto leftOverlay = overlays->makeWindow(left);
+    const auto rightOverlay = overlays->makeWindow(right);
+    leftOverlay->commit(tree(left));
+    rightOverlay->commit(tree(right, {.tintOpacity = 0.1}));
+    leftOverlay->orderBelow(app_.window(1));
+    rightOverlay->orderBelow(app_.window(2));
+    settle();
+    const auto shown = session.picture();
+    EXPECT_EQ(difference(plain, shown, {0, 0, 200, 600}, {0, 0, 400, 600}, {}), "");
+    const auto clearOnRight = session.frameAreaOf(app_.window(2));
+    EXPECT_EQ(shown.firstDifference(plain, {520, clearOnRight.y, 150, 200}), std::nullopt);
+    EXPECT_EQ(
+        difference(plain, shown, {400, 0, 400, 100}, {400, 0, 400, 600}, {.tintOpacity = 0.1}), "");
+
+    // Resized while it shows.
+    leftOverlay->setFrame({0, 100, 300, 500});
+    leftOverlay->commit(tree({0, 100, 300, 500}));
+    settle();
+    const auto resized = session.picture();
+    EXPECT_EQ(difference(plain, resized, {0, 0, 200, 500}, {0, 0, 300, 500}, {}), "");
+    EXPECT_EQ(resized.firstDifference(plain, {0, 500, 400, 100}), std::nullopt);
+    EXPECT_EQ(resized.firstDifference(plain, {300, 0, 100, 100}), std::nullopt);
 }
 
 INSTANTIATE_TEST_SUITE_P(Painters, OverlayPictures,
-                         testing::Values(Compositor::none, Compositor::picomXrender));
+                         testing::Values(Compositor::none, Compositor::picomXrender),
+                         [](const auto &compositor) {
+                             return compositor.param == Compositor::none ? "Flat" : "Translucent";
+                         });
 
 } // namespace
 } // namespace lumo::x11

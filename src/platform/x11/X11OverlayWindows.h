@@ -22,6 +22,9 @@ class X11OverlayWindows final : public OverlayWindows {
 
     std::unique_ptr<PlatformWindow> makeWindow(const Rect &frame) override;
 
+    // Whether a compositing manager does the blending at the moment.
+    bool isCompositing() const { return compositor_.isCompositing(); }
+
   private:
     LogOnce log_;
     RenderFormats formats_;
