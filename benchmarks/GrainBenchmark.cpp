@@ -17,7 +17,7 @@ void countBytes(benchmark::State &state) {
 }
 
 void grainRender(benchmark::State &state) {
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         auto image = lumo::makeFineGrainImage(size, 1);
         benchmark::DoNotOptimize(image->pixels.data());
     }
@@ -26,7 +26,7 @@ void grainRender(benchmark::State &state) {
 
 // The peer: the same fresh memory, filled with one value.
 void grainPeerMemsetOfFreshMemory(benchmark::State &state) {
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         std::vector<std::uint8_t> buffer(bytes, 0x80);
         benchmark::DoNotOptimize(buffer.data());
     }
@@ -36,7 +36,7 @@ void grainPeerMemsetOfFreshMemory(benchmark::State &state) {
 // The peer's best case: memory that has been touched before.
 void grainPeerMemsetOfTouchedMemory(benchmark::State &state) {
     std::vector<std::uint8_t> buffer(bytes);
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         std::memset(buffer.data(), 0x80, bytes);
         benchmark::DoNotOptimize(buffer.data());
         benchmark::ClobberMemory();

@@ -248,6 +248,7 @@ TEST(GrainCache, TellsImagesApartByPixelsAndScale) {
 TEST(GrainCache, RendersOnceForThreadsThatAskAtTheSameTime) {
     std::vector<std::shared_ptr<const Image>> images(4);
     std::vector<std::thread> threads;
+    threads.reserve(images.size());
     for (auto &image : images) {
         threads.emplace_back([&image] {
             image = GrainCache::shared().findOrRender({911, 700}, 1);

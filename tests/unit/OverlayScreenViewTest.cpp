@@ -40,11 +40,11 @@ TEST_F(OverlayScreenViewTest, StartsWithAClearColourPlaneOverTheMaterial) {
 TEST_F(OverlayScreenViewTest, ColoursForEachMode) {
     const Color blue{0.3, 0.48, 0.9, 1};
     struct Case {
-        EffectMode mode;
-        double intensity;
-        bool blurFree;
+        EffectMode mode = EffectMode::dim;
+        double intensity = 0;
+        bool blurFree = false;
         Color color;
-        float opacity;
+        float opacity = 0;
     };
     for (const auto &[mode, intensity, blurFree, color, opacity] : {
              Case{EffectMode::softBlur, 1, false, Color::clear(), 0},

@@ -31,16 +31,17 @@ using testing::SizeIs;
 
 // A folder of its own for each test, and what one run of the program after another does in it.
 class PropertyListUserDefaultsTest : public testing::Test {
+  public:
+    ~PropertyListUserDefaultsTest() override {
+        run_.reset();
+        fs::remove_all(folder);
+    }
+
   protected:
     PropertyListUserDefaultsTest() {
         std::string form = (fs::temp_directory_path() / "lumo-test-XXXXXX").string();
         folder = mkdtemp(form.data());
         file = folder / "new" / "lumo" / "app.lumo.Lumo.plist";
-    }
-    ~PropertyListUserDefaultsTest() override {
-        restart(std::nullopt);
-        run_.reset();
-        fs::remove_all(folder);
     }
 
     PropertyListUserDefaults &restart() { return restart(file); }
@@ -169,7 +170,7 @@ TEST_F(PropertyListUserDefaultsTest, LeavesWhatItDoesNotKnowInTheFile) {
     const std::string foreign = "<key>date</key><date>2020-02-03T04:05:06Z</date>"
                                 "<key>list</key><array><real>0.5</real><dict>"
                                 "<key>inner</key><data>AAEC</data></dict></array>";
-    write(file, "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict>" + foreign +
+    write(file, R"(<?xml version="1.0"?><plist version="1.0"><dict>)" + foreign +
                     "<key>isEnabled</key><true/></dict></plist>");
     auto &defaults = restart();
     EXPECT_EQ(defaults.object("isEnabled"), Value(true));
@@ -191,7 +192,7 @@ TEST_F(PropertyListUserDefaultsTest, SetsABrokenFileAsideAndStartsAnew) {
                                           "<plist version=\"1.0\"><array/></plist>",
                                           "<plist version=\"1.0\"><true/></plist>",
                                           "<plist version=\"1.0\"><dict><key>isEnabled</key>",
-                                          "{\"isEnabled\": true}",
+                                          R"({"isEnabled": true})",
                                           tooLarge};
     for (std::size_t index = 0; index < broken.size(); ++index) {
         write(file, broken[index]);
@@ -311,6 +312,8 @@ TEST_F(PropertyListUserDefaultsTest, KeepsTheOldFileWhenTheDiskIsFull) {
     EXPECT_EQ(restart().object("number"), Value(2));
 }
 
+// NOLINTBEGIN(concurrency-mt-unsafe): locale and environment, with no other thread about
+
 TEST_F(PropertyListUserDefaultsTest, FindsItsFileOrKeepsEverythingInMemory) {
     const auto standardFile = [](const char *configuration, const char *home) {
         configuration != nullptr ? setenv("XDG_CONFIG_HOME", configuration, 1)
@@ -341,10 +344,17 @@ bool enterCommaLocale(const fs::path &folder) {
             return true;
         }
     }
-    const auto command = "localedef -i de_DE -f UTF-8 " + (folder / "comma").string() + " >" +
-                         (folder / "localedef").string() + " 2>&1";
+    const auto target = folder / "comma";
+    const pid_t child = fork();
+    if (child == 0) {
+        execlp("localedef", "localedef", "--quiet", "-i", "de_DE", "-f", "UTF-8", target.c_str(),
+               nullptr);
+        _exit(1);
+    }
+    int status = 1;
+    waitpid(child, &status, 0);
     setenv("LOCPATH", folder.c_str(), 1);
-    return std::system(command.c_str()) == 0 && std::setlocale(LC_ALL, "comma") != nullptr;
+    return status == 0 && std::setlocale(LC_ALL, "comma") != nullptr;
 }
 
 TEST_F(PropertyListUserDefaultsTest, DoesNotFollowTheLocale) {
@@ -364,11 +374,13 @@ TEST_F(PropertyListUserDefaultsTest, DoesNotFollowTheLocale) {
     unsetenv("LOCPATH");
 }
 
+// NOLINTEND(concurrency-mt-unsafe)
+
 // Writes one generation after another, each in all keys, until it is killed.
 [[noreturn]] void writeGenerations(const fs::path &file, std::string_view writer) {
     test::ScriptedMainLoop loop(0);
-    const Log log([](std::string_view) { _exit(1); });
-    PropertyListUserDefaults defaults(file, loop, const_cast<Log &>(log));
+    Log log([](std::string_view) { _exit(1); });
+    PropertyListUserDefaults defaults(file, loop, log);
     for (int generation = 0;; ++generation) {
         const auto value = std::string(writer) + std::to_string(generation);
         for (const auto *key : {"a", "b", "c", "d", "e", "f", "g", "h"}) {
@@ -380,7 +392,7 @@ TEST_F(PropertyListUserDefaultsTest, DoesNotFollowTheLocale) {
 
 TEST_F(PropertyListUserDefaultsTest, IsWholeWheneverItsWritersAreKilled) {
     constexpr int kills = 200;
-    std::mt19937 random(1);
+    std::mt19937 random(std::random_device{}());
     int cutShort = 0;
     int changed = 0;
     std::optional<Value> previous;

@@ -48,7 +48,10 @@ TEST(AppRule, IsRejectedWholeWhenAnythingIsMissingOrOfAnotherType) {
           R"({"id":"1","bundleID":"2","displayName":["3"],"isEnabled":true})",
           R"({"id":"1","bundleID":"2","displayName":"3","isEnabled":1})",
           R"({"id":"1","bundleID":"2","displayName":"3"})", R"("text")", "[]", "\xff"}) {
-        EXPECT_EQ(decodeRules(bytes("[" + good + "," + bad + "]")), std::nullopt) << bad;
+        EXPECT_EQ(
+            decodeRules(bytes(std::string("[").append(good).append(",").append(bad).append("]"))),
+            std::nullopt)
+            << bad;
         EXPECT_EQ(decodeRule(bytes(bad)), std::nullopt) << bad;
     }
     for (const std::string bad : {"", "{}", "[", "[]]", "null", "[,]"}) {
