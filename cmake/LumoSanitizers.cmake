@@ -10,3 +10,8 @@ elseif(LUMO_SANITIZE STREQUAL "thread")
 elseif(NOT LUMO_SANITIZE STREQUAL "")
   message(FATAL_ERROR "LUMO_SANITIZE must be empty, address or thread, not ${LUMO_SANITIZE}")
 endif()
+
+# GCC warns of optionals that are read only when they are set, once the sanitizers' checks lie between.
+if(LUMO_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  add_compile_options(-Wno-maybe-uninitialized)
+endif()
