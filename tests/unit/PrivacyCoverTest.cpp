@@ -55,7 +55,15 @@ TEST_F(PrivacyCover, ALockHoldsTheWindowWhileTheCoverAppHasItAndPlansFollowEachO
     manager->startShowing();
     EXPECT_EQ(clearOn(left), second) << "but not longer than its time";
 
+    settings.privacyCoverEnabled.set(false);
+    tick();
+    const auto third = openOn(left, editor);
+    settings.privacyCoverEnabled.set(true);
+    settle();
+    EXPECT_EQ(clearOn(left), third) << "nor through a time without cover";
+
     desktop.closeWindow(second);
+    desktop.closeWindow(third);
     settle();
     EXPECT_EQ(clearOn(left), std::nullopt);
     EXPECT_EQ(clearOn(right), first);
