@@ -11,6 +11,11 @@ elseif(NOT LUMO_SANITIZE STREQUAL "")
   message(FATAL_ERROR "LUMO_SANITIZE must be empty, address or thread, not ${LUMO_SANITIZE}")
 endif()
 
+# Most of what the optimiser does beyond the basics only costs time here.
+if(LUMO_SANITIZE)
+  add_compile_options(-O1)
+endif()
+
 # GCC warns of optionals that are read only when they are set, once the sanitizers' checks lie between.
 if(LUMO_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   add_compile_options(-Wno-maybe-uninitialized)
