@@ -216,7 +216,16 @@ TEST(WindowMirror, KnowsWhatEachWindowIs) {
     session.activate(application.window(0));
     mirrored.catchUp();
     check(*mirrored.mirror);
-    check(WindowMirror(*mirrored.connection)); // all of it found at start
+    {
+        SCOPED_TRACE("found at start by the manager's list");
+        check(WindowMirror(*mirrored.connection));
+    }
+    xcb_delete_property(session.connection(), session.root(), session.atom("_NET_CLIENT_LIST"));
+    mirrored.catchUp();
+    {
+        SCOPED_TRACE("found at start by the manager's marks");
+        check(WindowMirror(*mirrored.connection));
+    }
     EXPECT_TRUE(mirrored.eventually([&] {
         return mirrored.mirror->activeWindow() == application.window(0) &&
                session.activeWindow() == application.window(0);
@@ -249,6 +258,13 @@ TEST(WindowMirror, FollowsTitlesOwnersOpacityAndStates) {
     mirrored.catchUp();
     EXPECT_EQ(window.title, std::nullopt);
 
+    const auto geometry = window.geometry;
+    setNumbers(session, client, "_GTK_FRAME_EXTENTS", {10, 20, 30, 40});
+    mirrored.catchUp();
+    EXPECT_EQ(window.geometry, geometry);
+    EXPECT_EQ(window.visibleArea(), (PixelRect{geometry.x + 10, geometry.y + 30,
+                                               geometry.width - 30, geometry.height - 70}));
+
     session.minimise(client);
     EXPECT_TRUE(mirrored.eventually([&] { return window.isMinimized && !window.isMapped; }));
     session.activate(client);
@@ -260,9 +276,18 @@ TEST(WindowMirror, FollowsTitlesOwnersOpacityAndStates) {
     session.setKeptAbove(client, false);
     EXPECT_TRUE(mirrored.eventually([&] { return window.band == WindowBand::normal; }));
     EXPECT_TRUE(mirrored.mirror->isOnCurrentDesktop(window));
+    MirrorChange seen;
+    const auto subscription = mirrored.mirror->onChange([&](const MirrorChange &change) {
+        seen.currentDesktop |= change.currentDesktop;
+        seen.wallpaper |= change.wallpaper;
+    });
     session.switchToDesktop(1);
     EXPECT_TRUE(mirrored.eventually(
         [&] { return !mirrored.mirror->isOnCurrentDesktop(window) && !window.isMapped; }));
+    EXPECT_EQ(seen, MirrorChange{.currentDesktop = true});
+    setNumbers(session, session.root(), "_XROOTPMAP_ID", {1});
+    mirrored.catchUp();
+    EXPECT_EQ(seen, (MirrorChange{.currentDesktop = true, .wallpaper = true}));
 }
 
 TEST(WindowMirror, TakesTheStatedOwnerWhereTheServerDoesNotTell) {

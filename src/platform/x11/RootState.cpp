@@ -19,14 +19,21 @@ enum Index : unsigned {
     currentDesktopIndex,
     supportingCheckIndex,
     supportedIndex,
+    clientListIndex,
     wallpaperIndex,
     setWallpaperIndex,
 };
 
-constexpr std::array<std::string_view, 6> names = {
-    "_NET_ACTIVE_WINDOW", "_NET_CURRENT_DESKTOP", "_NET_SUPPORTING_WM_CHECK",
-    "_NET_SUPPORTED",     "_XROOTPMAP_ID",        "ESETROOT_PMAP_ID",
-};
+constexpr auto names = std::to_array<std::string_view>({
+    "_NET_ACTIVE_WINDOW",
+    "_NET_CURRENT_DESKTOP",
+    "_NET_SUPPORTING_WM_CHECK",
+    "_NET_SUPPORTED",
+    "_NET_CLIENT_LIST",
+    "_XROOTPMAP_ID",
+    "ESETROOT_PMAP_ID",
+});
+static_assert(names.size() == setWallpaperIndex + 1);
 
 constexpr std::uint32_t wallpaperBits = 1U << wallpaperIndex | 1U << setWallpaperIndex;
 constexpr std::uint32_t readBits = (1U << names.size()) - 1 - wallpaperBits;
@@ -134,6 +141,11 @@ void RootState::apply(unsigned index, const xcb_get_property_reply_t *reply) {
         const auto atoms = values32(reply);
         supported_.assign(atoms.begin(), atoms.end());
         std::sort(supported_.begin(), supported_.end());
+        break;
+    }
+    case clientListIndex: {
+        const auto windows = values32(reply);
+        clients_.assign(windows.begin(), windows.end());
         break;
     }
     default:

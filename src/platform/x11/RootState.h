@@ -48,6 +48,9 @@ class RootState {
     // Whether the window manager says that it understands the hint.
     bool supports(xcb_atom_t hint) const;
 
+    // The managed windows, as the window manager says.
+    const std::vector<xcb_window_t> &clients() const { return clients_; }
+
   private:
     void apply(unsigned index, const xcb_get_property_reply_t *reply);
     void applyManagerCandidate(xcb_window_t candidate);
@@ -68,6 +71,7 @@ class RootState {
     xcb_window_t managerWindow_ = XCB_NONE;
     std::string managerName_;
     std::vector<xcb_atom_t> supported_; // sorted
+    std::vector<xcb_window_t> clients_;
     std::optional<xcb_window_t> activeWindow_;
     std::optional<std::uint32_t> currentDesktop_;
 };

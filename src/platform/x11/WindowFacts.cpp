@@ -24,10 +24,19 @@ enum Index : unsigned {
     edgesIndex,
 };
 
-constexpr std::array<std::string_view, WindowProperties::count> propertyNames = {
-    "_NET_WM_NAME",        "WM_NAME",       "WM_CLASS", "_NET_WM_PID",     "_NET_WM_WINDOW_OPACITY",
-    "_NET_WM_WINDOW_TYPE", "_NET_WM_STATE", "WM_STATE", "_NET_WM_DESKTOP", "_GTK_FRAME_EXTENTS",
-};
+constexpr auto propertyNames = std::to_array<std::string_view>({
+    "_NET_WM_NAME",
+    "WM_NAME",
+    "WM_CLASS",
+    "_NET_WM_PID",
+    "_NET_WM_WINDOW_OPACITY",
+    "_NET_WM_WINDOW_TYPE",
+    "_NET_WM_STATE",
+    "WM_STATE",
+    "_NET_WM_DESKTOP",
+    "_GTK_FRAME_EXTENTS",
+});
+static_assert(propertyNames.size() == WindowProperties::count);
 
 constexpr std::array<std::string_view, 6> stateNames = {
     "_NET_WM_STATE_ABOVE",  "_NET_WM_STATE_STAYS_ON_TOP", "_NET_WM_STATE_BELOW",

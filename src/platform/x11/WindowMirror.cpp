@@ -43,6 +43,7 @@ WindowMirror::WindowMirror(Connection &connection)
     batches_ = connection.onDispatched([this] { finishBatch(); });
     finishBatch();
     connection.dispatchUntil([this] { return isSettled(); }, longestStart);
+    hasStarted_ = true;
 }
 
 WindowMirror::~WindowMirror() = default;
@@ -89,7 +90,7 @@ void WindowMirror::finishBatch() {
         }
     }
     if (change_.windowManager) {
-        treeIsUnread_ = true;
+        treeIsUnread_ |= hasStarted_;
         for (const auto window : stacking_) {
             describe(window);
         }

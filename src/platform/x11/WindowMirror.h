@@ -142,6 +142,7 @@ class WindowMirror {
     void readTree();
     void applyTree(const xcb_query_tree_reply_t *reply);
     void findTopOf(xcb_window_t window, xcb_window_t ancestor);
+    void findClients();
     void findClientIn(xcb_window_t window, int depth);
     void describe(xcb_window_t top);
     xcb_window_t clientOf(const TopLevel &top) const;
@@ -158,6 +159,7 @@ class WindowMirror {
     std::vector<xcb_window_t> unread_; // those with something to be asked for
     std::uint64_t lastSerial_ = 0;
     bool treeIsUnread_ = true;
+    bool hasStarted_ = false;
     std::uint64_t revision_ = 1;
     std::uint64_t identityRevision_ = 1;
     xcb_window_t describedActive_ = XCB_NONE; // the active window when it was last looked at

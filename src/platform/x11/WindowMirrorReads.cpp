@@ -93,7 +93,9 @@ void WindowMirror::read(xcb_window_t window, std::uint32_t thing, Cookie cookie,
             found->second.reads.finished(thing);
             found->second.known |= thing;
             apply(found->second, reply);
-            describe(found->second.top);
+            if ((found->second.known & factBits) == factBits) {
+                describe(found->second.top);
+            }
         });
 }
 
@@ -182,15 +184,30 @@ void WindowMirror::applyTree(const xcb_query_tree_reply_t *reply) {
             leaveTop(window);
             addTopLevel(window);
         }
-        findClientIn(window, 0);
     }
     if (std::exchange(stacking_, children) != children) {
         note(&MirrorChange::stacking);
     }
+    findClients();
 }
 
-// Looks for the window with a manager's mark in windows that were there before the mirror; what is
-// put into a frame later tells of itself.
+// Finds the managed windows in frames that were there before the mirror; what is put into a frame
+// later tells of itself.
+void WindowMirror::findClients() {
+    for (const auto client : root_.clients()) {
+        if (!nodes_.contains(client)) {
+            watch(client);
+            findTopOf(client, client);
+        }
+    }
+    if (root_.clients().empty()) {
+        for (const auto window : stacking_) {
+            findClientIn(window, 0);
+        }
+    }
+}
+
+// Looks for the window with a manager's mark, where the manager lists none.
 void WindowMirror::findClientIn(xcb_window_t window, int depth) {
     if (depth > 0 && nodes_.contains(window)) {
         return;
