@@ -46,13 +46,13 @@ constexpr std::uint32_t maximumLength = 65536;
 RootState::RootState(Connection &connection, Note note)
     : connection_(connection)
     , note_(std::move(note))
+    , utf8String_(connection.atom("UTF8_STRING"))
+    , managerNameAtom_(connection.atom("_NET_WM_NAME"))
     , replies_(connection) {
     connection.internAtoms(names);
     for (const auto name : names) {
         atoms_.push_back(connection.atom(name));
     }
-    utf8String_ = connection.atom("UTF8_STRING");
-    managerNameAtom_ = connection.atom("_NET_WM_NAME");
     reads_.want(readBits);
 }
 

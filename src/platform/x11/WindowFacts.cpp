@@ -106,6 +106,7 @@ WindowProperties::WindowProperties(Connection &connection)
     connection.internAtoms(propertyNames);
     connection.internAtoms(stateNames);
     std::vector<std::string_view> typeNames;
+    typeNames.reserve(knownTypes.size());
     for (const auto &[typeName, type] : knownTypes) {
         typeNames.push_back(typeName);
     }
@@ -155,7 +156,8 @@ void WindowProperties::apply(WindowFacts &facts, unsigned index,
         const auto both = bytes(reply);
         const auto first = both.find('\0');
         facts.instanceName = utf8(both.substr(0, first), false);
-        const auto rest = first == both.npos ? std::string_view() : both.substr(first + 1);
+        const auto rest =
+            first == std::string_view::npos ? std::string_view() : both.substr(first + 1);
         facts.className = utf8(rest.substr(0, rest.find('\0')), false);
         break;
     }

@@ -41,12 +41,16 @@ WindowMirror::WindowMirror(Connection &connection)
                                 XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE);
     events_ = connection.onEvent([this](const auto &event) { handle(event); });
     batches_ = connection.onDispatched([this] { finishBatch(); });
-    finishBatch();
-    connection.dispatchUntil([this] { return isSettled(); }, longestStart);
-    hasStarted_ = true;
+    start();
 }
 
 WindowMirror::~WindowMirror() = default;
+
+void WindowMirror::start() {
+    finishBatch();
+    connection_.dispatchUntil([this] { return isSettled(); }, longestStart);
+    hasStarted_ = true;
+}
 
 const MirrorWindow *WindowMirror::find(xcb_window_t window) const {
     const auto node = nodes_.find(window);

@@ -108,6 +108,7 @@ class WindowMirror {
         std::vector<xcb_window_t> inside; // the watched windows inside, in order of arrival
     };
 
+    void start();
     void handle(const xcb_generic_event_t &event);
     void handleCreate(const xcb_create_notify_event_t &event);
     void handleConfigure(const xcb_configure_notify_event_t &event);
@@ -144,7 +145,7 @@ class WindowMirror {
     void findTopOf(xcb_window_t window, xcb_window_t ancestor);
     void findClients();
     void findClientIn(xcb_window_t window, int depth);
-    void describe(xcb_window_t top);
+    void describe(xcb_window_t window);
     xcb_window_t clientOf(const TopLevel &top) const;
     void note(bool MirrorChange::*what);
 

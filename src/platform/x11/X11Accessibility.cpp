@@ -2,8 +2,6 @@
 
 #include "platform/x11/WindowMirror.h"
 
-#include <ranges>
-
 namespace lumo::x11 {
 
 class X11Accessibility::Window final : public AccessibilityWindow {
@@ -38,8 +36,9 @@ bool X11Accessibility::isProcessTrusted() const {
 std::vector<std::unique_ptr<AccessibilityWindow>>
 X11Accessibility::windows(std::int32_t processIdentifier) {
     std::vector<std::unique_ptr<AccessibilityWindow>> windows;
-    for (const auto frame : mirror_.stacking() | std::views::reverse) {
-        const auto &window = *mirror_.find(frame);
+    const auto &stacking = mirror_.stacking();
+    for (std::size_t i = stacking.size(); i-- > 0;) {
+        const auto &window = *mirror_.find(stacking[i]);
         if (window.isManaged && window.processIdentifier == processIdentifier) {
             windows.push_back(std::make_unique<Window>(window.client, *this));
         }

@@ -85,6 +85,7 @@ X11Screens::X11Screens(Connection &connection)
     , edid_(connection.atom("EDID"))
     , replies_(connection)
     , root_{0, 0, connection.screen().width_in_pixels, connection.screen().height_in_pixels} {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing changes the environment while threads run.
     const char *factor = std::getenv("QT_SCALE_FACTOR");
     userScale_ = factor == nullptr ? 1 : parseNumber(factor).value_or(1);
     connection.selectRootEvents(XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE);

@@ -5,7 +5,6 @@
 #include "platform/x11/X11Workspace.h"
 
 #include <algorithm>
-#include <ranges>
 #include <string>
 
 namespace lumo::x11 {
@@ -57,8 +56,9 @@ WindowRecords X11WindowServer::makeRecords() const {
     const auto *activeWindow = active ? mirror_.find(*active) : nullptr;
     WindowRecords records;
     std::optional<std::size_t> firstOrdinary;
-    for (const auto frame : mirror_.stacking() | std::views::reverse) {
-        const auto &window = *mirror_.find(frame);
+    const auto &stacking = mirror_.stacking();
+    for (std::size_t i = stacking.size(); i-- > 0;) {
+        const auto &window = *mirror_.find(stacking[i]);
         if (!isOnScreen(window)) {
             continue;
         }

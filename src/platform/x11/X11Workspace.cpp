@@ -191,21 +191,21 @@ bool X11Workspace::activate(std::int32_t processIdentifier) {
             hidden = &window;
         }
     }
-    if (shown.empty() && hidden == nullptr) {
+    const auto *front = shown.empty() ? hidden : shown.back();
+    if (front == nullptr) {
         return false;
     }
-    const auto &front = shown.empty() ? *hidden : *shown.back();
     const bool isActive = frontmostApplication() != nullptr &&
                           frontmostApplication()->processIdentifier == processIdentifier;
     if (isActive && isOnTop && !shown.empty()) {
         return true;
     }
     for (const auto *window : shown) {
-        if (window != &front && !isOnTop) {
+        if (window != front && !isOnTop) {
             pager_.raise(*window);
         }
     }
-    pager_.activate(front);
+    pager_.activate(*front);
     return true;
 }
 
