@@ -23,7 +23,9 @@ struct Manager {
     std::string name;
     WindowManager windowManager;
 
-    friend void PrintTo(const Manager &manager, std::ostream *stream) { *stream << manager.name; }
+    friend std::ostream &operator<<(std::ostream &stream, const Manager &manager) {
+        return stream << manager.name;
+    }
 };
 
 const Look look{"dim", 1};

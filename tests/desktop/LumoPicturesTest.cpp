@@ -20,7 +20,9 @@ struct Stage {
     std::string name;
     Compositor compositor;
 
-    friend void PrintTo(const Stage &stage, std::ostream *stream) { *stream << stage.name; }
+    friend std::ostream &operator<<(std::ostream &stream, const Stage &stage) {
+        return stream << stage.name;
+    }
 };
 
 Picture slopes(const Area &area) {

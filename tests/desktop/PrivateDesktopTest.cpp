@@ -18,7 +18,9 @@ struct Setting {
     WindowManager windowManager;
     Compositor compositor = Compositor::none;
 
-    friend void PrintTo(const Setting &setting, std::ostream *stream) { *stream << setting.name; }
+    friend std::ostream &operator<<(std::ostream &stream, const Setting &setting) {
+        return stream << setting.name;
+    }
 };
 
 class PrivateDesktopOn : public testing::TestWithParam<Setting> {};

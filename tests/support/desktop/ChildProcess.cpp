@@ -2,12 +2,13 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <signal.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
+#include <csignal>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -29,6 +30,7 @@ std::vector<std::string> linesOf(const fs::path &file) {
 
 std::vector<char *> pointersTo(std::vector<std::string> &strings) {
     std::vector<char *> pointers;
+    pointers.reserve(strings.size() + 1);
     for (std::string &string : strings) {
         pointers.push_back(string.data());
     }
@@ -71,12 +73,12 @@ void ChildProcess::spawn(const std::vector<std::string> &command, const Environm
     std::vector<std::string> arguments = command;
     std::vector<std::string> settings;
     for (const auto &[key, value] : environment) {
-        settings.push_back(key + "=" + value);
+        settings.emplace_back(key).append("=").append(value);
     }
     const std::vector<char *> argv = pointersTo(arguments);
     const std::vector<char *> envp = pointersTo(settings);
-    int pipes[2];
-    if (pipe2(pipes, O_CLOEXEC) != 0) {
+    std::array<int, 2> pipes{};
+    if (pipe2(pipes.data(), O_CLOEXEC) != 0) {
         throw std::runtime_error("cannot make a pipe for " + name_);
     }
     input_ = pipes[1];

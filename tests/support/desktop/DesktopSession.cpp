@@ -4,6 +4,7 @@
 #include <xcb/xtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -48,9 +49,9 @@ DesktopSession::DesktopSession(const std::string &displayName)
         throw std::runtime_error("cannot connect to the X server " + displayName);
     }
     screen_ = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data;
-    const std::uint32_t events[] = {XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY |
-                                    XCB_EVENT_MASK_PROPERTY_CHANGE};
-    xcb_change_window_attributes(connection_, root(), XCB_CW_EVENT_MASK, events);
+    const std::uint32_t events =
+        XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_change_window_attributes(connection_, root(), XCB_CW_EVENT_MASK, &events);
     activeWindowAtom_ = atom("_NET_ACTIVE_WINDOW");
 }
 
@@ -329,16 +330,17 @@ void DesktopSession::restore(xcb_window_t window) {
 }
 
 void DesktopSession::move(xcb_window_t window, int x, int y) {
-    const std::uint32_t values[] = {static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y)};
-    xcb_configure_window(connection_, window, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y, values);
+    const std::array values = {static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y)};
+    xcb_configure_window(connection_, window, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y,
+                         values.data());
     xcb_flush(connection_);
 }
 
 void DesktopSession::resize(xcb_window_t window, int width, int height) {
-    const std::uint32_t values[] = {static_cast<std::uint32_t>(width),
-                                    static_cast<std::uint32_t>(height)};
+    const std::array values = {static_cast<std::uint32_t>(width),
+                               static_cast<std::uint32_t>(height)};
     xcb_configure_window(connection_, window, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
-                         values);
+                         values.data());
     xcb_flush(connection_);
 }
 
@@ -384,8 +386,8 @@ void DesktopSession::press(const std::vector<Key> &chord) {
     for (const Key key : chord) {
         setKey(key, true);
     }
-    for (auto key = chord.rbegin(); key != chord.rend(); ++key) {
-        setKey(*key, false);
+    for (const Key key : std::vector<Key>(chord.rbegin(), chord.rend())) {
+        setKey(key, false);
     }
 }
 
@@ -402,7 +404,8 @@ std::uint8_t DesktopSession::keycodeOf(Key key) {
              xcb_get_keyboard_mapping_reply);
     const xcb_keysym_t *symbols = xcb_get_keyboard_mapping_keysyms(mapping.get());
     for (int row = 0; row < count; ++row) {
-        if (symbols[row * mapping->keysyms_per_keycode] == static_cast<xcb_keysym_t>(key)) {
+        if (symbols[std::ptrdiff_t{row} * mapping->keysyms_per_keycode] ==
+            static_cast<xcb_keysym_t>(key)) {
             return static_cast<std::uint8_t>(setup.min_keycode + row);
         }
     }
@@ -429,8 +432,7 @@ void DesktopSession::setWallpaper(const Picture &picture) {
                       reinterpret_cast<const std::uint8_t *>(row.data()));
     }
     xcb_free_gc(connection_, context);
-    const std::uint32_t background[] = {pixmap};
-    xcb_change_window_attributes(connection_, root(), XCB_CW_BACK_PIXMAP, background);
+    xcb_change_window_attributes(connection_, root(), XCB_CW_BACK_PIXMAP, &pixmap);
     xcb_clear_area(connection_, 0, root(), 0, 0, 0, 0);
     for (const std::string_view property : {"_XROOTPMAP_ID", "ESETROOT_PMAP_ID"}) {
         xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, root(), atom(property),

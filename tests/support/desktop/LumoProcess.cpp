@@ -2,8 +2,7 @@
 
 #include "desktop/PrivateDesktop.h"
 
-#include <signal.h>
-
+#include <csignal>
 #include <fstream>
 #include <iomanip>
 #include <limits>

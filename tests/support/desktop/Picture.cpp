@@ -3,6 +3,7 @@
 #include <png.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
@@ -10,20 +11,18 @@
 namespace lumo::desktop {
 
 Colour Colour::parse(const std::string &text) {
-    unsigned red = 0;
-    unsigned green = 0;
-    unsigned blue = 0;
-    if (std::sscanf(text.c_str(), "#%2x%2x%2x", &red, &green, &blue) != 3) {
+    if (text.size() != 7 || text.front() != '#') {
         throw std::runtime_error("not a colour: " + text);
     }
-    return {static_cast<std::uint8_t>(red), static_cast<std::uint8_t>(green),
-            static_cast<std::uint8_t>(blue)};
+    const unsigned long value = std::stoul(text.substr(1), nullptr, 16);
+    return {static_cast<std::uint8_t>(value >> 16), static_cast<std::uint8_t>(value >> 8),
+            static_cast<std::uint8_t>(value)};
 }
 
 std::string Colour::describe() const {
-    char text[8];
-    std::snprintf(text, sizeof text, "#%02x%02x%02x", red, green, blue);
-    return text;
+    std::array<char, 8> text{};
+    std::snprintf(text.data(), text.size(), "#%02x%02x%02x", red, green, blue);
+    return text.data();
 }
 
 int distance(Colour a, Colour b) {

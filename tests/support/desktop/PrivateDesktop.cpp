@@ -1,8 +1,8 @@
 #include "desktop/PrivateDesktop.h"
 
-#include <signal.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
@@ -35,6 +35,8 @@ Environment cleanEnvironment(const fs::path &directory) {
     };
     for (const char *inherited : {"PATH", "LD_LIBRARY_PATH", "ASAN_OPTIONS", "UBSAN_OPTIONS",
                                   "LSAN_OPTIONS", "TSAN_OPTIONS"}) {
+        // Nothing changes the environment of the tester.
+        // NOLINTNEXTLINE(concurrency-mt-unsafe)
         if (const char *value = std::getenv(inherited)) {
             environment[inherited] = value;
         }

@@ -1,7 +1,6 @@
 #include "desktop/TemporaryDirectory.h"
 
-#include <stdlib.h>
-
+#include <cstdlib>
 #include <stdexcept>
 #include <string>
 #include <system_error>

@@ -7,11 +7,14 @@
 #include <unistd.h>
 #include <xcb/xcb.h>
 
+#include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <optional>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -47,7 +50,7 @@ class Application {
         : className_(std::move(className))
         , connection_(xcb_connect(nullptr, nullptr)) {
         if (xcb_connection_has_error(connection_) != 0) {
-            std::exit(1);
+            throw std::runtime_error("there is no X server");
         }
         screen_ = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data;
         context_ = xcb_generate_id(connection_);
@@ -61,9 +64,9 @@ class Application {
     int run() {
         while (true) {
             xcb_flush(connection_);
-            pollfd sources[] = {{xcb_get_file_descriptor(connection_), POLLIN, 0},
-                                {STDIN_FILENO, POLLIN, 0}};
-            if (::poll(sources, 2, isAnimating() ? 33 : -1) == 0) {
+            std::array<pollfd, 2> sources = {
+                {{xcb_get_file_descriptor(connection_), POLLIN, 0}, {STDIN_FILENO, POLLIN, 0}}};
+            if (::poll(sources.data(), sources.size(), isAnimating() ? 33 : -1) == 0) {
                 animateOnce();
             }
             handleEvents();
@@ -108,14 +111,16 @@ class Application {
         std::getline(fields >> std::ws, title);
 
         const xcb_window_t window = xcb_generate_id(connection_);
-        const std::uint32_t values[] = {pixelOf(Colour::parse(colour)), overrideRedirect,
-                                        XCB_EVENT_MASK_EXPOSURE | XCB_EVENT_MASK_BUTTON_PRESS |
-                                            XCB_EVENT_MASK_STRUCTURE_NOTIFY};
+        const std::array<std::uint32_t, 3> values = {
+            pixelOf(Colour::parse(colour)), overrideRedirect ? 1U : 0U,
+            XCB_EVENT_MASK_EXPOSURE | XCB_EVENT_MASK_BUTTON_PRESS |
+                XCB_EVENT_MASK_STRUCTURE_NOTIFY};
         xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window, screen_->root,
                           static_cast<std::int16_t>(x), static_cast<std::int16_t>(y),
                           static_cast<std::uint16_t>(width), static_cast<std::uint16_t>(height), 0,
                           XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
-                          XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK, values);
+                          XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK,
+                          values.data());
         windows_.push_back({window, Colour::parse(colour), page});
         describe(window, title, type, state, {x, y, width, height});
         xcb_map_window(connection_, window);
@@ -156,14 +161,7 @@ class Application {
         }
     }
 
-    bool isAnimating() const {
-        for (const OpenWindow &window : windows_) {
-            if (window.isAnimated) {
-                return true;
-            }
-        }
-        return false;
-    }
+    bool isAnimating() const { return std::ranges::any_of(windows_, &OpenWindow::isAnimated); }
 
     void animateOnce() {
         ++frame_;
@@ -176,14 +174,14 @@ class Application {
     }
 
     void show(const OpenWindow &window) {
-        const std::uint32_t background[] = {pixelOf(window.colour)};
-        xcb_change_window_attributes(connection_, window.window, XCB_CW_BACK_PIXEL, background);
+        const std::uint32_t background = pixelOf(window.colour);
+        xcb_change_window_attributes(connection_, window.window, XCB_CW_BACK_PIXEL, &background);
         xcb_clear_area(connection_, 1, window.window, 0, 0, 0, 0);
     }
 
     void fill(xcb_window_t window, Colour colour, const Area &area) {
-        const std::uint32_t foreground[] = {pixelOf(colour)};
-        xcb_change_gc(connection_, context_, XCB_GC_FOREGROUND, foreground);
+        const std::uint32_t foreground = pixelOf(colour);
+        xcb_change_gc(connection_, context_, XCB_GC_FOREGROUND, &foreground);
         const xcb_rectangle_t rectangle = {
             static_cast<std::int16_t>(area.x), static_cast<std::int16_t>(area.y),
             static_cast<std::uint16_t>(area.width), static_cast<std::uint16_t>(area.height)};
@@ -263,12 +261,12 @@ class Application {
     }
 
     bool readCommands() {
-        char buffer[4096];
-        const ssize_t count = read(STDIN_FILENO, buffer, sizeof buffer);
+        std::array<char, 4096> buffer{};
+        const ssize_t count = read(STDIN_FILENO, buffer.data(), buffer.size());
         if (count <= 0) {
             return false;
         }
-        input_.append(buffer, static_cast<std::size_t>(count));
+        input_.append(buffer.data(), static_cast<std::size_t>(count));
         for (std::size_t end = input_.find('\n'); end != std::string::npos;
              end = input_.find('\n')) {
             obey(input_.substr(0, end));
@@ -291,7 +289,7 @@ class Application {
         if (command == "close") {
             xcb_destroy_window(connection_, window.window);
         } else if (command == "area") {
-            std::uint32_t values[4];
+            std::array<std::uint32_t, 4> values{};
             int value = 0;
             for (std::uint32_t &entry : values) {
                 fields >> value;
@@ -300,7 +298,7 @@ class Application {
             xcb_configure_window(connection_, window.window,
                                  XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y |
                                      XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
-                                 values);
+                                 values.data());
         } else if (command == "colour") {
             std::string colour;
             fields >> colour;
@@ -324,5 +322,10 @@ class Application {
 } // namespace lumo::desktop
 
 int main(int argc, char **argv) {
-    return lumo::desktop::Application(argc > 1 ? argv[1] : "Sample").run();
+    try {
+        return lumo::desktop::Application(argc > 1 ? argv[1] : "Sample").run();
+    } catch (const std::exception &problem) {
+        std::fprintf(stderr, "%s\n", problem.what());
+        return 1;
+    }
 }
