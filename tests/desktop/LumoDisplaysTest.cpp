@@ -57,6 +57,8 @@ TEST_P(LumoDisplays, HaveOneOverlayEachWhileTheyComeGoAndChange) {
         EXPECT_TRUE(session.eventually([&] { return areas() == describe(expected); }))
             << areas() << "instead of " << describe(expected) << "\n"
             << lumo.process().report();
+        // The window manager takes hold of windows that lie on no monitor for a moment.
+        session.move(right.window(), 1040, 80);
         EXPECT_EQ(scene.wrongWith(
                       {{"left", left.window(), {100, 300}, {0xd8, 0x3c, 0x30}, Shown::plain},
                        {"right", right.window(), {1400, 300}, {0x3c, 0x64, 0xe0}, rightShown}}),

@@ -43,7 +43,8 @@ constexpr std::uint32_t sourcePager = 2;
 } // namespace
 
 DesktopSession::DesktopSession(const std::string &displayName)
-    : connection_(xcb_connect(displayName.c_str(), nullptr)) {
+    : displayName_(displayName)
+    , connection_(xcb_connect(displayName.c_str(), nullptr)) {
     if (xcb_connection_has_error(connection_) != 0) {
         xcb_disconnect(connection_);
         throw std::runtime_error("cannot connect to the X server " + displayName);
@@ -413,12 +414,15 @@ std::uint8_t DesktopSession::keycodeOf(Key key) {
 }
 
 void DesktopSession::setWallpaper(const Picture &picture) {
+    // A connection of its own: programs that set the next wallpaper kill the one that owns this.
+    xcb_connection_t *setter = xcb_connect(displayName_.c_str(), nullptr);
+    xcb_set_close_down_mode(setter, XCB_CLOSE_DOWN_RETAIN_PERMANENT);
     const auto width = static_cast<std::uint16_t>(picture.width());
-    const xcb_pixmap_t pixmap = xcb_generate_id(connection_);
-    xcb_create_pixmap(connection_, screen_->root_depth, pixmap, root(), width,
+    const xcb_pixmap_t pixmap = xcb_generate_id(setter);
+    xcb_create_pixmap(setter, screen_->root_depth, pixmap, root(), width,
                       static_cast<std::uint16_t>(picture.height()));
-    const xcb_gcontext_t context = xcb_generate_id(connection_);
-    xcb_create_gc(connection_, context, pixmap, 0, nullptr);
+    const xcb_gcontext_t context = xcb_generate_id(setter);
+    xcb_create_gc(setter, context, pixmap, 0, nullptr);
     std::vector<std::uint32_t> row(width);
     for (int y = 0; y < picture.height(); ++y) {
         for (int x = 0; x < picture.width(); ++x) {
@@ -426,19 +430,20 @@ void DesktopSession::setWallpaper(const Picture &picture) {
             row[static_cast<std::size_t>(x)] =
                 static_cast<std::uint32_t>(colour.red << 16 | colour.green << 8 | colour.blue);
         }
-        xcb_put_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, pixmap, context, width, 1, 0,
+        xcb_put_image(setter, XCB_IMAGE_FORMAT_Z_PIXMAP, pixmap, context, width, 1, 0,
                       static_cast<std::int16_t>(y), 0, screen_->root_depth,
                       static_cast<std::uint32_t>(row.size() * 4),
                       reinterpret_cast<const std::uint8_t *>(row.data()));
     }
-    xcb_free_gc(connection_, context);
-    xcb_change_window_attributes(connection_, root(), XCB_CW_BACK_PIXMAP, &pixmap);
-    xcb_clear_area(connection_, 0, root(), 0, 0, 0, 0);
+    xcb_free_gc(setter, context);
+    xcb_change_window_attributes(setter, root(), XCB_CW_BACK_PIXMAP, &pixmap);
+    xcb_clear_area(setter, 0, root(), 0, 0, 0, 0);
     for (const std::string_view property : {"_XROOTPMAP_ID", "ESETROOT_PMAP_ID"}) {
-        xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, root(), atom(property),
-                            XCB_ATOM_PIXMAP, 32, 1, &pixmap);
+        xcb_change_property(setter, XCB_PROP_MODE_REPLACE, root(), atom(property), XCB_ATOM_PIXMAP,
+                            32, 1, &pixmap);
     }
-    sync();
+    wait(setter, xcb_get_input_focus(setter), xcb_get_input_focus_reply);
+    xcb_disconnect(setter);
 }
 
 } // namespace lumo::desktop

@@ -126,6 +126,7 @@ class DesktopSession {
     void fakeInput(std::uint8_t type, std::uint8_t detail, int x, int y);
     void sync();
 
+    std::string displayName_;
     xcb_connection_t *connection_;
     xcb_screen_t *screen_ = nullptr;
     std::map<std::string, xcb_atom_t, std::less<>> atoms_;

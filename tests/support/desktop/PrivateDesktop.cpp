@@ -119,6 +119,9 @@ void PrivateDesktop::startWindowManager(WindowManager windowManager) {
         windowManager_ = start({"openbox"});
         break;
     case WindowManager::fluxbox:
+        // Its style would paint the root window some time after the manager has started.
+        fs::create_directory(directory() / "home" / ".fluxbox");
+        std::ofstream(directory() / "home" / ".fluxbox" / "overlay") << "background: none\n";
         windowManager_ = start({"fluxbox", "-no-slit", "-no-toolbar"});
         break;
     case WindowManager::xfwm4:
