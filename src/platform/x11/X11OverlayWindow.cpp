@@ -217,6 +217,7 @@ void X11OverlayWindow::push() {
     move(wanted.area);
     if (!placement_->holds(order)) {
         placement_->enforce(order);
+        damageWhatComesOut(order);
     }
     if (isVisible) {
         painter_->present();
@@ -264,6 +265,31 @@ void X11OverlayWindow::move(const PixelRect &area) {
                              XCB_CONFIG_WINDOW_HEIGHT,
                          values.data());
     area_ = area;
+}
+
+// Some compositing managers, told of a new order, draw anew only what is seen of the restacked
+// window itself. What it uncovers by going down would stay as it was under the overlay.
+void X11OverlayWindow::damageWhatComesOut(const Order &order) {
+    const auto &extensions = connection_.extensions();
+    if (!isMapped_ || !surroundings_.compositor.isCompositing() || !extensions.damage ||
+        !extensions.xfixes) {
+        return;
+    }
+    const auto staysBeneath = placement_->lowerWindows(order);
+    for (const auto window : surroundings_.mirror.stacking()) {
+        if (window == window_.id()) {
+            break;
+        }
+        const auto *found = surroundings_.mirror.find(window);
+        if (found->isMapped && !found->isInputOnly && !connection_.isOwn(window) &&
+            std::ranges::find(staysBeneath, window) == staysBeneath.end()) {
+            const xcb_rectangle_t whole = {0, 0, static_cast<std::uint16_t>(found->geometry.width),
+                                           static_cast<std::uint16_t>(found->geometry.height)};
+            const OwnedRegion region(connection_);
+            xcb_xfixes_create_region(connection_, region.id(), 1, &whole);
+            xcb_damage_add(connection_, window, region.id());
+        }
+    }
 }
 
 void X11OverlayWindow::setCutAway(bool isCutAway) {

@@ -81,6 +81,7 @@ class X11OverlayWindow final : public PlatformWindow {
     std::unique_ptr<Painter> makePainter();
     Appearance appearance() const;
     void move(const PixelRect &area);
+    void damageWhatComesOut(const Order &order);
     void setCutAway(bool isCutAway);
     void setMapped(bool isMapped);
 
