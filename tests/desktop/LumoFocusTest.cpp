@@ -22,6 +22,7 @@ using testing::Values;
 struct Manager {
     std::string name;
     WindowManager windowManager;
+    Compositor compositor = Compositor::none;
 
     friend std::ostream &operator<<(std::ostream &stream, const Manager &manager) {
         return stream << manager.name;
@@ -146,7 +147,8 @@ class LumoFocus : public testing::TestWithParam<Manager> {
     static constexpr Colour greenColour = {0x3c, 0xb4, 0x50};
     static constexpr Colour blueColour = {0x3c, 0x64, 0xe0};
 
-    PrivateDesktop desktop{{.windowManager = GetParam().windowManager}};
+    PrivateDesktop desktop{
+        {.windowManager = GetParam().windowManager, .compositor = GetParam().compositor}};
     DesktopSession &session = desktop.session();
     std::optional<SampleApplication> red;
     std::optional<SampleApplication> green;
@@ -340,12 +342,13 @@ TEST_P(LumoFocus, KeepsOneWindowClearPerDisplayOrOneInAll) {
     EXPECT_EQ(scene->wrongWith(greenClear), "");
 }
 
-INSTANTIATE_TEST_SUITE_P(Managers, LumoFocus,
-                         Values(Manager{"openbox", WindowManager::openbox},
-                                Manager{"fluxbox", WindowManager::fluxbox},
-                                Manager{"xfwm4", WindowManager::xfwm4},
-                                Manager{"xfwm4Compositing", WindowManager::xfwm4Compositing}),
-                         [](const auto &manager) { return manager.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    Managers, LumoFocus,
+    Values(Manager{"openbox", WindowManager::openbox},
+           Manager{"openboxPicom", WindowManager::openbox, Compositor::picomXrender},
+           Manager{"fluxbox", WindowManager::fluxbox}, Manager{"xfwm4", WindowManager::xfwm4},
+           Manager{"xfwm4Compositing", WindowManager::xfwm4Compositing}),
+    [](const auto &manager) { return manager.param.name; });
 
 } // namespace
 } // namespace lumo::desktop

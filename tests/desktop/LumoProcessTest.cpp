@@ -11,9 +11,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
-#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -149,48 +149,44 @@ TEST_F(LumoProgram, GoesOnWhereItCannotWriteItsSettings) {
     EXPECT_EQ(lumo.stop(), 0) << lumo.process().report();
 }
 
-// Looks at one pixel all the time, from a connection and a thread of its own.
-class PixelWatch {
+// Looks at one pixel all the time, from a connection and a thread of its own, for how long it is
+// darker than it may be.
+class DarknessWatch {
   public:
-    PixelWatch(const std::string &displayName, Spot spot)
+    DarknessWatch(const std::string &displayName, Spot spot, Colour darkest)
         : session_(displayName)
-        , thread_([this, spot] {
+        , thread_([this, spot, darkest] {
+            using Clock = std::chrono::steady_clock;
+            auto lightAt = Clock::now();
             while (!stop_) {
-                const Colour pixel = session_.pixel(spot);
-                const std::lock_guard lock(mutex_);
+                const bool isLight = session_.pixel(spot).red + tolerance >= darkest.red;
+                const auto now = Clock::now();
+                lightAt = isLight ? now : lightAt;
+                longest_ = std::max(longest_.load(), Seconds(now - lightAt).count());
                 ++looks_;
-                if (seen_.empty() || seen_.back() != pixel) {
-                    seen_.push_back(pixel);
-                }
             }
         }) {}
-    ~PixelWatch() {
+    ~DarknessWatch() {
         stop_ = true;
         thread_.join();
     }
+    DarknessWatch(const DarknessWatch &) = delete;
+    DarknessWatch &operator=(const DarknessWatch &) = delete;
 
-    int looks() {
-        const std::lock_guard lock(mutex_);
-        return looks_;
-    }
-
-    // The colours one after the other as they changed.
-    std::vector<Colour> seen() {
-        const std::lock_guard lock(mutex_);
-        return seen_;
-    }
+    int looks() const { return looks_; }
+    double longestDarkness() const { return longest_; } // seconds
 
   private:
     DesktopSession session_;
-    std::mutex mutex_;
-    int looks_ = 0;
-    std::vector<Colour> seen_;
+    std::atomic<int> looks_ = 0;
+    std::atomic<double> longest_ = 0;
     std::atomic<bool> stop_ = false;
     std::thread thread_;
 };
 
-// The window under the effect is looked at all the time: black, or darker than the effect makes it,
-// is what a translucent window without a compositing manager would look like.
+// A translucent window without a compositing manager is opaque and dark. When the manager is killed
+// that is what the server shows until the program has heard of it, so not at all is not to be had;
+// some frames on a busy machine are, and not longer.
 TEST_F(LumoProgram, StaysRightWhileACompositingManagerComesAndGoes) {
     LumoProcess lumo(desktop, look.preferences());
     Scene scene(desktop, lumo, look);
@@ -198,23 +194,18 @@ TEST_F(LumoProgram, StaysRightWhileACompositingManagerComesAndGoes) {
     const Spot spot = {100, 200};
     const GrainPattern grain(900, spot.y + 1);
     const Colour expected = look.over({0xd8, 0x3c, 0x30}, grain.at(spot.x, spot.y));
-    PixelWatch watch(desktop.displayName(), spot);
+    const DarknessWatch watch(desktop.displayName(), spot, expected);
     for (int round = 0; round < 3; ++round) {
         desktop.startCompositor(Compositor::picomXrender);
-        EXPECT_TRUE(session.remains([] { return true; }, Seconds(0.3)));
+        EXPECT_TRUE(session.remains([&] { return lumo.process().isRunning(); }, Seconds(0.3)));
         EXPECT_EQ(scene.wrongWith(rightSights()), "") << "with a compositing manager";
         desktop.stopCompositor();
-        EXPECT_TRUE(session.remains([] { return true; }, Seconds(0.3)));
+        EXPECT_TRUE(session.remains([&] { return lumo.process().isRunning(); }, Seconds(0.3)));
         EXPECT_EQ(scene.wrongWith(rightSights()), "") << "without one again";
     }
+    RecordProperty("longestDarknessMilliseconds", static_cast<int>(watch.longestDarkness() * 1000));
     EXPECT_GT(watch.looks(), 200);
-    std::string dark;
-    for (const Colour colour : watch.seen()) {
-        if (colour.red + tolerance < expected.red) {
-            dark += colour.describe() + " ";
-        }
-    }
-    EXPECT_EQ(dark, "") << "expected nothing darker than " << expected.describe();
+    EXPECT_LT(watch.longestDarkness(), 0.1);
 }
 
 } // namespace
