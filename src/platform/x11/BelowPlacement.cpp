@@ -5,7 +5,8 @@
 #include "platform/x11/WindowMirror.h"
 
 #include <algorithm>
-#include <ranges>
+#include <array>
+#include <iterator>
 
 namespace lumo::x11 {
 
@@ -101,12 +102,13 @@ void BelowPlacement::enforce(const Order &order) {
     if (!wanted || underWay_ == order || !mayCorrect(order)) {
         return;
     }
-    const std::uint32_t values[] = {wanted->sibling, wanted->stackMode};
+    const std::array<std::uint32_t, 2> values = {wanted->sibling, wanted->stackMode};
     if (wanted->sibling == XCB_NONE) {
         xcb_configure_window(connection_, overlay_, XCB_CONFIG_WINDOW_STACK_MODE, &values[1]);
     } else {
         xcb_configure_window(connection_, overlay_,
-                             XCB_CONFIG_WINDOW_SIBLING | XCB_CONFIG_WINDOW_STACK_MODE, values);
+                             XCB_CONFIG_WINDOW_SIBLING | XCB_CONFIG_WINDOW_STACK_MODE,
+                             values.data());
     }
     // What came of it has been announced by the time this is answered.
     underWay_ = order;

@@ -98,8 +98,8 @@ class Connection {
     }
 
     // Calls the function once the server has handled a request without a reply, after all events
-    // from before that; with whether it succeeded. The cookie is that of a checked request, the
-    // last one that was made.
+    // from before that; with whether it succeeded. The cookie is that of a checked request made
+    // after all others that are waited for.
     void whenHandled(xcb_void_cookie_t cookie, std::function<void(bool succeeded)> function);
 
     // Waits for the reply; null when the request failed. For start-up only: nothing that runs while

@@ -201,7 +201,7 @@ std::vector<int> cutPoints(int limit, std::vector<int> values) {
         value = std::clamp(value, 0, limit);
     }
     std::ranges::sort(values);
-    values.erase(std::ranges::unique(values).begin(), values.end());
+    values.erase(std::unique(values.begin(), values.end()), values.end());
     return values;
 }
 

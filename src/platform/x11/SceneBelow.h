@@ -53,9 +53,9 @@ class SceneBelow {
 
   private:
     struct Entry {
-        xcb_window_t window;
+        xcb_window_t window = XCB_NONE;
         PixelRect geometry;
-        std::uint64_t version;
+        std::uint64_t version = 0; // of the surface
 
         bool operator==(const Entry &) const = default;
     };

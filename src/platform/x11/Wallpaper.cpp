@@ -143,11 +143,11 @@ void Wallpaper::drawOnto(xcb_render_picture_t picture, const PixelRect &area) {
 // again at once, leaves its pixels behind.
 void Wallpaper::captureRootBackground() {
     const OwnedWindow window(connection_);
-    const std::uint32_t attributes[] = {XCB_BACK_PIXMAP_PARENT_RELATIVE, 0, 1};
+    const std::array<std::uint32_t, 3> attributes = {XCB_BACK_PIXMAP_PARENT_RELATIVE, 0, 1};
     xcb_create_window(
         connection_, XCB_COPY_FROM_PARENT, window.id(), connection_.root(), 0, 0, rootWidth_,
         rootHeight_, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
-        XCB_CW_BACK_PIXMAP | XCB_CW_BORDER_PIXEL | XCB_CW_OVERRIDE_REDIRECT, attributes);
+        XCB_CW_BACK_PIXMAP | XCB_CW_BORDER_PIXEL | XCB_CW_OVERRIDE_REDIRECT, attributes.data());
     const auto nowhere = makeEmptyRegion(connection_);
     xcb_xfixes_set_window_shape_region(connection_, window.id(), XCB_SHAPE_SK_INPUT, 0, 0,
                                        nowhere.id());

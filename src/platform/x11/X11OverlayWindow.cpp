@@ -57,7 +57,7 @@ X11OverlayWindow::X11OverlayWindow(OverlaySurroundings &surroundings, const Rect
     , screenChanges_(surroundings.screens.onScreenParametersDidChange([this] { requestPush(); })) {
     createWindow();
     setProperties();
-    mayBeShown_ = letsClicksThrough();
+    passClicks();
     placement_ = std::make_unique<BelowPlacement>(
         connection_, surroundings_.mirror, surroundings_.mainLoop, surroundings_.log, window_.id());
 }
@@ -108,7 +108,7 @@ void X11OverlayWindow::setProperties() {
     setValues<9>(connection_, window, "WM_HINTS", XCB_ATOM_WM_HINTS, {1});
 }
 
-bool X11OverlayWindow::letsClicksThrough() {
+void X11OverlayWindow::passClicks() {
     const auto &extensions = connection_.extensions();
     if (extensions.xfixes && extensions.shape) {
         nothing_ = makeEmptyRegion(connection_);
@@ -117,13 +117,12 @@ bool X11OverlayWindow::letsClicksThrough() {
         const auto reply = connection_.wait(
             xcb_shape_get_rectangles(connection_, window_.id(), XCB_SHAPE_SK_INPUT),
             xcb_shape_get_rectangles_reply);
-        if (reply && reply->rectangles_len == 0) {
-            return true;
-        }
+        mayBeShown_ = reply && reply->rectangles_len == 0;
     }
-    surroundings_.log.print("[Lumo] The X server cannot let clicks through an overlay (XFixes 2 "
-                            "and Shape 1.1); none is shown");
-    return false;
+    if (!mayBeShown_) {
+        surroundings_.log.print("[Lumo] The X server cannot let clicks through an overlay (XFixes "
+                                "2 and Shape 1.1); none is shown");
+    }
 }
 
 void X11OverlayWindow::setFrame(const Rect &frame) {

@@ -74,7 +74,7 @@ class X11OverlayWindow final : public PlatformWindow {
 
     void createWindow();
     void setProperties();
-    bool letsClicksThrough();
+    void passClicks();
     void setOrder(const Order &order);
     void requestPush();
     void push();
@@ -93,7 +93,7 @@ class X11OverlayWindow final : public PlatformWindow {
     OwnedRegion nothing_;
     std::uint8_t depth_ = 0;
     xcb_visualid_t visual_ = XCB_NONE;
-    bool mayBeShown_ = false;
+    bool mayBeShown_ = false; // clicks are known to go through
 
     Wanted wanted_;
     int level_ = 0;
