@@ -22,6 +22,7 @@ constexpr int windowCount = 50;
 
 std::vector<desktop::SampleWindow> sampleWindows() {
     std::vector<desktop::SampleWindow> windows;
+    windows.reserve(windowCount);
     for (int i = 0; i < windowCount; ++i) {
         windows.push_back(
             {.title = "Window " + std::to_string(i), .area = {8 * i, 6 * i, 400, 300}});

@@ -3,13 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <utility>
 
 namespace lumo::x11 {
 namespace {
 
-using desktop::DesktopOptions;
 using desktop::SampleApplication;
 using desktop::SampleWindow;
 using desktop::WindowManager;
@@ -188,10 +188,9 @@ TEST(WindowMirror, KnowsWhatEachWindowIs) {
          false},
         {{.title = "Bare", .overrideRedirect = true}, WindowBand::floating, false},
     };
-    std::vector<SampleWindow> windows;
-    for (const auto &each : cases) {
-        windows.push_back(each.window);
-    }
+    std::vector<SampleWindow> windows(cases.size());
+    std::transform(cases.begin(), cases.end(), windows.begin(),
+                   [](const Case &each) { return each.window; });
     const SampleApplication application(mirrored.desktop, "Sample", windows);
     const auto check = [&](const WindowMirror &mirror) {
         for (std::size_t i = 0; i < cases.size(); ++i) {

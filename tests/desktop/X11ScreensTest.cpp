@@ -6,11 +6,12 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <utility>
+#include <vector>
 
 namespace lumo::x11 {
 namespace {
 
-using desktop::Area;
 using desktop::PrivateDesktop;
 using desktop::WindowManager;
 
@@ -137,15 +138,16 @@ TEST_F(ScreensTest, TakeTheirScaleFromTheResources) {
     catchUp();
     EXPECT_EQ(announcements_, 1) << "the same quarter step";
 
-    setenv("QT_SCALE_FACTOR", "2", 1);
-    EXPECT_EQ(X11Screens(*connection_).screens().at(0).backingScaleFactor, 3);
-    setenv("QT_SCALE_FACTOR", "large", 1);
-    EXPECT_EQ(X11Screens(*connection_).screens().at(0).backingScaleFactor, 1.5);
-    unsetenv("QT_SCALE_FACTOR");
+    for (const auto &[factor, scale] : {std::pair("2", 3.0), std::pair("large", 1.5)}) {
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread runs
+        setenv("QT_SCALE_FACTOR", factor, 1);
+        EXPECT_EQ(X11Screens(*connection_).screens().at(0).backingScaleFactor, scale);
+    }
+    unsetenv("QT_SCALE_FACTOR"); // NOLINT(concurrency-mt-unsafe): the same
 }
 
 TEST(ScaleOfResources, IsInQuarterStepsAndAtLeastOne) {
-    const std::pair<const char *, double> cases[] = {
+    const std::vector<std::pair<const char *, double>> cases = {
         {"", 1},
         {"Xft.dpi: 96", 1},
         {"Xft.dpi:\t72\n", 1},

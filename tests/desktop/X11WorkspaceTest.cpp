@@ -16,13 +16,12 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <utility>
 
 namespace lumo::x11 {
 namespace {
 
-using desktop::DesktopOptions;
 using desktop::SampleApplication;
-using desktop::SampleWindow;
 using desktop::WindowManager;
 using testing::ElementsAre;
 
@@ -32,22 +31,25 @@ class WorkspaceTest : public testing::Test {
     static void SetUpTestSuite() {
         // GLib looks once.
         static const desktop::TemporaryDirectory directory;
-        folder_ = directory.path();
+        folder = directory.path();
         for (const char *name : {"data/applications", "config", "system"}) {
-            std::filesystem::create_directories(folder_ / name);
+            std::filesystem::create_directories(folder / name);
         }
-        setenv("XDG_DATA_HOME", (folder_ / "data").c_str(), 1);
-        setenv("XDG_CONFIG_HOME", (folder_ / "config").c_str(), 1);
-        setenv("XDG_DATA_DIRS", (folder_ / "system").c_str(), 1);
+        for (const auto &[variable, name] :
+             {std::pair("XDG_DATA_HOME", "data"), std::pair("XDG_CONFIG_HOME", "config"),
+              std::pair("XDG_DATA_DIRS", "system")}) {
+            // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread runs yet
+            setenv(variable, (folder / name).c_str(), 1);
+        }
     }
 
     void TearDown() override {
-        std::filesystem::remove_all(folder_ / "data/applications");
-        std::filesystem::create_directory(folder_ / "data/applications");
+        std::filesystem::remove_all(folder / "data/applications");
+        std::filesystem::create_directory(folder / "data/applications");
     }
 
     static void writeFile(const std::filesystem::path &path, const std::string &text) {
-        std::ofstream(folder_ / path) << text;
+        std::ofstream(folder / path) << text;
     }
 
     static void writeEntry(const std::string &identifier, const std::string &lines) {
@@ -90,7 +92,7 @@ class WorkspaceTest : public testing::Test {
         return titles;
     }
 
-    static inline std::filesystem::path folder_;
+    static inline std::filesystem::path folder;
     MirroredDesktop mirrored_{{}};
     desktop::DesktopSession &session_ = mirrored_.session;
     X11Screens screens_{*mirrored_.connection};
@@ -148,11 +150,9 @@ TEST_F(WorkspaceTest, TellsWhoIsInFrontAndBringsApplicationsThere) {
     int activated = 0;
     int terminated = 0;
     int spaces = 0;
-    const auto subscriptions = {
-        workspace_.onDidActivateApplication([&] { ++activated; }),
-        workspace_.onDidTerminateApplication([&] { ++terminated; }),
-        workspace_.onActiveSpaceDidChange([&] { ++spaces; }),
-    };
+    const auto onActivated = workspace_.onDidActivateApplication([&] { ++activated; });
+    const auto onTerminated = workspace_.onDidTerminateApplication([&] { ++terminated; });
+    const auto onSpace = workspace_.onActiveSpaceDidChange([&] { ++spaces; });
     session_.activate(second.window());
     ASSERT_TRUE(eventually([&] { return isFrontmost(second); }));
 
@@ -252,7 +252,7 @@ TEST_F(WorkspaceTest, ListsOwnUnmanagedWindowsAmongTheOrdinaryOnes) {
     xcb_create_window(connection, XCB_COPY_FROM_PARENT, overlay, connection.root(), 0, 0, 100, 100,
                       0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
                       XCB_CW_OVERRIDE_REDIRECT, &overrideRedirect);
-    constexpr std::string_view classes("lumo\0Lumo", 10);
+    constexpr std::string_view classes("lumo\0Lumo\0", 10);
     xcb_change_property(connection, XCB_PROP_MODE_REPLACE, overlay, XCB_ATOM_WM_CLASS,
                         XCB_ATOM_STRING, 8, classes.size(), classes.data());
     xcb_map_window(connection, overlay);
@@ -284,8 +284,8 @@ TEST_F(WorkspaceTest, RaisesWindowsThroughAWindowManagerThatHears) {
 }
 
 TEST_F(WorkspaceTest, OpensUrlsWithWhateverProgramIsMeantForThem) {
-    const auto program = folder_ / "opener";
-    const auto opened = folder_ / "opened";
+    const auto program = folder / "opener";
+    const auto opened = folder / "opened";
     writeFile("opener", "#!/bin/sh\nprintf %s \"$1\" > " + opened.string() + "\n");
     std::filesystem::permissions(program, std::filesystem::perms::owner_all);
     writeEntry("opener", "Name=Opener\nExec=" + program.string() +
