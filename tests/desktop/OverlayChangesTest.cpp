@@ -130,7 +130,7 @@ TEST_F(OverlayChanges, OfSizePlaceOrderAndPresenceBeneathAreFollowed) {
     const Area covered{0, 0, 550, 600};
     EXPECT_EQ(lastingDifference(*overlay_, covered, below(app.window(2))), "");
 
-    const std::pair<const char *, std::function<void()>> changes[] = {
+    const std::vector<std::pair<const char *, std::function<void()>>> changes = {
         {"grown",
          [&] {
              app.setArea(0, {20, 60, 400, 300});
@@ -163,7 +163,7 @@ TEST_F(OverlayChanges, FasterThanAnyoneCanFollowEndInTheRightPicture) {
     overlay_->orderFront();
     settle();
     auto *hasty = session.connection();
-    std::mt19937 random(3);
+    std::mt19937 random(static_cast<unsigned>(testing::UnitTest::GetInstance()->random_seed()));
     const auto number = [&](unsigned from, unsigned to) {
         return std::uniform_int_distribution<std::uint32_t>(from, to)(random);
     };

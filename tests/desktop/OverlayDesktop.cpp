@@ -78,7 +78,7 @@ std::shared_ptr<const Image> OverlayDesktop::grain(int width, int height) {
     auto &image = images[{width, height}];
     if (!image) {
         Image pixels{width, height, {}};
-        std::mt19937 random(1);
+        std::mt19937 random(static_cast<unsigned>(width));
         for (int pixel = 0; pixel < width * height; ++pixel) {
             const auto grey = static_cast<std::uint8_t>(43 + random() % 170);
             pixels.pixels.insert(pixels.pixels.end(), {grey, grey, grey, 255});
@@ -112,8 +112,9 @@ std::string OverlayDesktop::difference(const desktop::Picture &plain, const desk
     for (int y = area.y; y < area.bottom(); ++y) {
         for (int x = area.x; x < area.right(); ++x) {
             const auto was = plain.at(x, y);
-            const double grey = image->pixels[static_cast<std::size_t>(
-                ((y - frame.y) * frame.width + x - frame.x) * 4)];
+            const double grey =
+                image->pixels[static_cast<std::size_t>(4) *
+                              static_cast<std::size_t>((y - frame.y) * frame.width + x - frame.x)];
             const auto expected = [&](std::uint8_t value, double tint) {
                 const double grained = value * (1 - look.grain) + grey * look.grain;
                 const double tinted =

@@ -10,7 +10,6 @@
 namespace lumo::x11 {
 namespace {
 
-using desktop::Area;
 using desktop::SampleApplication;
 
 class OverlayOrder : public testing::Test, protected OverlayDesktop {
@@ -131,10 +130,11 @@ TEST_F(OverlayOrder, OfTwoDisplaysIsNoFight) {
     const auto right = overlays->makeWindow({400, 0, 400, 600});
     session.activate(app_.window(1));
     settle();
-    struct {
+    struct Wish {
         std::function<void()> wish;
         std::vector<std::string> allowed;
-    } const wishes[] = {
+    };
+    const std::vector<Wish> wishes = {
         {[&] {
              left->orderBelow(app_.window(1));
              right->orderBelow(app_.window(1));

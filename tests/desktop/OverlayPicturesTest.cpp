@@ -70,10 +70,11 @@ TEST_P(OverlayPictures, AreTheLayerArithmeticAndLeaveTheClearWindowAlone) {
     const auto overlay = overlays->makeWindow(frame());
     overlay->orderBelow(app_.window(1));
 
-    const Look looks[] = {{.grain = 0.16, .tintOpacity = 0.12},
-                          {.grain = 0.24, .tintOpacity = 0.52},
-                          {.grain = 0.2, .tint = {0.3, 0.48, 0.9, 1}, .tintOpacity = 0.4},
-                          {.grain = 0.19, .tintOpacity = 0}};
+    const std::vector<Look> looks = {
+        {.grain = 0.16, .tintOpacity = 0.12},
+        {.grain = 0.24, .tintOpacity = 0.52},
+        {.grain = 0.2, .tint = {0.3, 0.48, 0.9, 1}, .tintOpacity = 0.4},
+        {.grain = 0.19, .tintOpacity = 0}};
     for (const auto &look : looks) {
         overlay->commit(tree(frame(), look));
         EXPECT_EQ(lastingDifference(plain, look), "");
