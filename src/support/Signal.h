@@ -2,7 +2,7 @@
 
 #include "support/Handle.h"
 
-#include <algorithm>
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -14,7 +14,8 @@ namespace lumo {
 //
 // Promises: no call follows the release of a subscription, not even within a running emit(); an
 // observer that subscribes during an emit() is first called by the next one; the signal, an
-// observer and a subscription may each be destroyed first. One thread only.
+// observer and a subscription may each be destroyed first; emit() allocates nothing. One thread
+// only.
 template <class... Args>
 class Signal {
   public:
@@ -22,21 +23,23 @@ class Signal {
 
     Handle subscribe(Observer observer) {
         auto entry = std::make_shared<Entry>(Entry{std::move(observer), true});
-        entries_->push_back(entry);
-        return Handle([entries = std::weak_ptr(entries_), entry] {
+        list_->entries.push_back(entry);
+        return Handle([list = std::weak_ptr(list_), entry] {
             entry->live = false;
-            if (auto list = entries.lock()) {
-                std::erase(*list, entry);
+            if (auto still = list.lock(); still && still->running == 0) {
+                std::erase(still->entries, entry);
             }
         });
     }
 
     void emit(const Args &...args) const {
-        // A copy, because an observer may subscribe, unsubscribe or destroy the signal.
-        const auto entries = *entries_;
-        for (const auto &entry : entries) {
-            if (entry->live) {
-                entry->observer(args...);
+        // Held, because an observer may destroy the signal.
+        const Run run(list_);
+        const auto count = run.list->entries.size();
+        for (std::size_t index = 0; index < count; ++index) {
+            const auto &entry = *run.list->entries[index];
+            if (entry.live) {
+                entry.observer(args...);
             }
         }
     }
@@ -47,8 +50,29 @@ class Signal {
         bool live;
     };
 
-    std::shared_ptr<std::vector<std::shared_ptr<Entry>>> entries_ =
-        std::make_shared<std::vector<std::shared_ptr<Entry>>>();
+    struct List {
+        std::vector<std::shared_ptr<Entry>> entries;
+        int running = 0; // emits; while there are any, released entries stay where they are
+    };
+
+    // One emit(), at the end of which the released entries go.
+    struct Run {
+        explicit Run(std::shared_ptr<List> running)
+            : list(std::move(running)) {
+            ++list->running;
+        }
+        ~Run() {
+            if (--list->running == 0) {
+                std::erase_if(list->entries, [](const auto &entry) { return !entry->live; });
+            }
+        }
+        Run(const Run &) = delete;
+        Run &operator=(const Run &) = delete;
+
+        std::shared_ptr<List> list;
+    };
+
+    std::shared_ptr<List> list_ = std::make_shared<List>();
 };
 
 } // namespace lumo

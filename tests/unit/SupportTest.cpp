@@ -45,6 +45,28 @@ TEST(Published, KeepsItsPromiseWhenObserversComeAndGoDuringAnAnnouncement) {
     second.reset(); // outliving the published value is harmless
 }
 
+TEST(Signal, MayBeEmittedFromWithinAnEmit) {
+    Signal<int> signal;
+    std::vector<std::string> heard;
+    Handle second;
+    const auto first = signal.subscribe([&](int depth) {
+        heard.push_back("first " + std::to_string(depth));
+        if (depth == 0) {
+            signal.emit(1);
+            second.reset();
+        }
+    });
+    second =
+        signal.subscribe([&](int depth) { heard.push_back("second " + std::to_string(depth)); });
+    const auto third =
+        signal.subscribe([&](int depth) { heard.push_back("third " + std::to_string(depth)); });
+    signal.emit(0);
+    EXPECT_THAT(heard, ElementsAre("first 0", "first 1", "second 1", "third 1", "third 0"));
+    heard.clear();
+    signal.emit(2);
+    EXPECT_THAT(heard, ElementsAre("first 2", "third 2"));
+}
+
 TEST(Lifetime, DropsDeferredWorkOfAnOwnerThatIsGone) {
     int calls = 0;
     std::optional<Lifetime> lifetime(std::in_place);
