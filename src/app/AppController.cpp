@@ -1,9 +1,14 @@
 #include "app/AppController.h"
 
+#include "platform/Accessibility.h"
+#include "platform/EventMonitors.h"
 #include "platform/MainLoop.h"
 #include "platform/UserDefaults.h"
+#include "platform/UserNotifications.h"
 #include "platform/WindowServer.h"
 #include "platform/Workspace.h"
+#include "settings/AppRule.h"
+#include "support/Log.h"
 
 namespace lumo {
 
@@ -12,6 +17,15 @@ namespace {
 constexpr double hintDuration = 4.0;       // seconds
 constexpr double hintRepeatInterval = 1.5; // seconds in which a repeated hint is dropped
 constexpr double smallestCandidate = 40;   // points, of either side of a window
+
+// Control, Option and Command with D, and nothing else.
+bool areEmergencyKeys(const InputEvent &event) {
+    constexpr std::uint32_t modifiers =
+        modifierFlag::control | modifierFlag::option | modifierFlag::command;
+    constexpr std::uint16_t keyD = 2;
+    return (event.modifierFlags & modifierFlag::deviceIndependent) == modifiers &&
+           event.keyCode == keyD;
+}
 
 // Whether the window may be that of the application which the user works in.
 bool isCandidateWindow(const Dictionary &record, std::int32_t ownProcess) {
@@ -44,10 +58,18 @@ bool isCandidateWindow(const Dictionary &record, std::int32_t ownProcess) {
 AppController::AppController(const Platform &platform)
     : platform_(platform)
     , settingsStore_(platform.userDefaults)
+    , permissionManager_(platform, notificationCenter_)
     , rulesEngine_(settingsStore_)
     , overlayManager_(platform, settingsStore_)
-    , shortcutManager_(platform, settingsStore_) {
+    , shortcutManager_(platform, settingsStore_)
+    , mouseShakeToggleManager_(platform, settingsStore_) {
     setupBindings();
+    permissionManager_.checkPermission();
+    cancellables_.push_back(notificationCenter_.addObserver(
+        accessibilityPermissionStatusChanged, [this] { handlePermissionStatusChanged(); }));
+    cancellables_.push_back(platform.accessibility.onProcessTrustDidChange(
+        [this] { permissionManager_.checkPermission(); }));
+    setupEmergencyStop();
     listenToShortcuts();
 }
 
@@ -61,6 +83,7 @@ void AppController::setupBindings() {
         updateStatusMessage();
     }));
     shortcutManager_.onShortcutTriggered = [this](ShortcutEvent event) { handleShortcut(event); };
+    mouseShakeToggleManager_.onShakeAction = [this](auto action) { handleShake(action); };
 }
 
 void AppController::listenToShortcuts() {
@@ -84,6 +107,72 @@ void AppController::handleShortcut(ShortcutEvent event) {
         settingsStore_.privacyCoverEnabled.set(true);
         break;
     }
+}
+
+void AppController::handleShake(MouseShakeToggleManager::Action action) {
+    switch (action) {
+    case MouseShakeToggleManager::Action::toggle:
+        setLumoEnabled(!settingsStore_.isEnabled.value());
+        break;
+    case MouseShakeToggleManager::Action::peek:
+        enterPeekMode();
+        break;
+    }
+}
+
+void AppController::setupEmergencyStop() {
+    emergencyLocalMonitor_ = platform_.eventMonitors.addLocalMonitor(
+        eventMask(EventType::keyDown), [this](const InputEvent &event) {
+            if (!areEmergencyKeys(event)) {
+                return false;
+            }
+            emergencyStop();
+            return true;
+        });
+    emergencyGlobalMonitor_ = platform_.eventMonitors.addGlobalMonitor(
+        eventMask(EventType::keyDown), [this](const InputEvent &event) {
+            if (areEmergencyKeys(event)) {
+                emergencyStop();
+            }
+        });
+}
+
+// A peek that runs is left to its timer.
+void AppController::emergencyStop() {
+    settingsStore_.isEnabled.set(false);
+    stopCoreFeatures();
+    platform_.userNotifications.add(
+        {makeUUID(), "Lumo Emergency Stop", "Lumo effects have been safely turned off."},
+        lifetime_.guard([this](const std::optional<std::string> &error) {
+            if (error) {
+                platform_.log.print("[Lumo] Failed to send notification: " + *error);
+            }
+        }));
+}
+
+void AppController::launch() {
+    const bool isPermitted = permissionManager_.hasAccessibilityPermission.value();
+    if (isPermitted && settingsStore_.hasCompletedOnboarding.value()) {
+        listenToShortcuts();
+        startCoreFeatures();
+    } else if (!isPermitted) {
+        permissionManager_.isShowingGuidance.set(true);
+    }
+}
+
+void AppController::handlePermissionStatusChanged() {
+    if (permissionManager_.hasAccessibilityPermission.value()) {
+        launch();
+    }
+}
+
+void AppController::openSettings(SettingsTab tab) {
+    selectedSettingsTab.set(tab);
+    platform_.mainLoop.post(lifetime_.guard([this] {
+        if (onOpenSettings) {
+            onOpenSettings();
+        }
+    }));
 }
 
 void AppController::startCoreFeatures() {

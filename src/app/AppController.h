@@ -1,5 +1,6 @@
 #pragma once
 
+#include "input/MouseShakeToggleManager.h"
 #include "input/ShortcutManager.h"
 #include "overlay/OverlayManager.h"
 #include "platform/Platform.h"
@@ -7,21 +8,28 @@
 #include "settings/SettingsStore.h"
 #include "support/Handle.h"
 #include "support/Lifetime.h"
+#include "support/NotificationCenter.h"
 #include "support/Published.h"
+#include "windows/PermissionManager.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace lumo {
 
+struct InputEvent;
 struct RunningApplication;
 
 // Ties the program together: owns the settings and every manager, turns the effect on and off, runs
-// the temporary reveal, and chooses the Cover App. Nothing else changes their state. Main thread
-// only.
+// the temporary reveal, chooses the Cover App, and reacts to shortcuts, shakes, the emergency keys
+// and changes of the permission. Nothing else changes the managers' state. Main thread only.
 class AppController {
   public:
+    // The pages of the settings window.
+    enum class SettingsTab { general, appearance, rules, shortcuts };
+
     explicit AppController(const Platform &platform);
     AppController(const AppController &) = delete;
     AppController &operator=(const AppController &) = delete;
@@ -32,8 +40,20 @@ class AppController {
     // "Lumo (On)", "Lumo (Off)" or "Lumo (Peek)".
     Published<std::string> statusMessage{"Lumo"};
 
+    Published<SettingsTab> selectedSettingsTab{SettingsTab::general};
+
+    // Opens the settings window on the selected page.
+    std::function<void()> onOpenSettings;
+
     SettingsStore &settingsStore() { return settingsStore_; }
+    PermissionManager &permissionManager() { return permissionManager_; }
     OverlayManager &overlayManager() { return overlayManager_; }
+    ShortcutManager &shortcutManager() { return shortcutManager_; }
+    NotificationCenter &notificationCenter() { return notificationCenter_; }
+
+    // Starts what onboarding and permission allow; without the permission it only asks for the
+    // guidance. Harmless when everything runs already.
+    void launch();
 
     // Turns the effect on or off, and remembers it. Turning on may first make the frontmost
     // application the Cover App, if the settings ask for that.
@@ -52,10 +72,19 @@ class AppController {
     void setPrivacyCoverApp(std::optional<std::string> bundleID,
                             std::optional<std::string> displayName, bool notify);
 
+    // Selects the page and calls onOpenSettings in a later turn of the main loop.
+    void openSettings(SettingsTab tab);
+
+    // What accessibilityPermissionStatusChanged is answered with.
+    void handlePermissionStatusChanged();
+
   private:
     void setupBindings();
     void listenToShortcuts();
     void handleShortcut(ShortcutEvent event);
+    void handleShake(MouseShakeToggleManager::Action action);
+    void setupEmergencyStop();
+    void emergencyStop();
     void startCoreFeatures();
     void stopCoreFeatures();
     void updateStatusMessage();
@@ -63,11 +92,16 @@ class AppController {
     const RunningApplication *resolvedCoverCandidateApplication() const;
 
     Platform platform_;
+    NotificationCenter notificationCenter_;
     SettingsStore settingsStore_;
+    PermissionManager permissionManager_;
     RulesEngine rulesEngine_;
     OverlayManager overlayManager_;
     ShortcutManager shortcutManager_;
+    MouseShakeToggleManager mouseShakeToggleManager_;
     std::vector<Subscription> cancellables_;
+    Handle emergencyLocalMonitor_;
+    Handle emergencyGlobalMonitor_;
     Handle peekTimer_;
     Handle coverRuntimeHintClearTimer_;
     std::optional<std::string> lastCoverRuntimeHintText_;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "input/KeyNames.h"
 #include "platform/HotKeyService.h"
 #include "platform/Platform.h"
 #include "support/Handle.h"
@@ -19,14 +20,6 @@ namespace lumo {
 class SettingsStore;
 
 enum class ShortcutEvent { toggle, peek, setCoverFromFrontmost };
-
-// The bits of the modifier masks that the shortcut settings hold.
-namespace shortcutModifier {
-inline constexpr std::int64_t shift = 0x200;
-inline constexpr std::int64_t command = 0x400;
-inline constexpr std::int64_t option = 0x800;
-inline constexpr std::int64_t control = 0x1000;
-} // namespace shortcutModifier
 
 // The first four characters packed into one number, the first in the top byte; 0 for an empty text.
 std::uint32_t fourCC(std::string_view text);

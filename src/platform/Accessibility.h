@@ -1,6 +1,9 @@
 #pragma once
 
+#include "support/Handle.h"
+
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -21,6 +24,14 @@ class Accessibility {
 
     // Whether this process may read and raise other applications' windows. Never prompts.
     virtual bool isProcessTrusted() const = 0;
+
+    // Calls the observer on the main thread after that may have become different, where the system
+    // tells; never elsewhere.
+    virtual Handle onProcessTrustDidChange(std::function<void()> observer) = 0;
+
+    // Calls the observer on the main thread after another window got the focus, be it of the same
+    // application or not.
+    virtual Handle onFocusedWindowDidChange(std::function<void()> observer) = 0;
 
     // The windows of a process in the order in which it lists them; empty when they can't be read.
     virtual std::vector<std::unique_ptr<AccessibilityWindow>>

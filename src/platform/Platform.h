@@ -3,6 +3,7 @@
 namespace lumo {
 
 class Accessibility;
+class EventMonitors;
 class HotKeyService;
 class Log;
 class MainLoop;
@@ -10,6 +11,7 @@ class OverlayWindows;
 class PreferenceDomains;
 class Screens;
 class UserDefaults;
+class UserNotifications;
 class WindowServer;
 class Workspace;
 
@@ -23,6 +25,7 @@ struct Capabilities {
 // what it refers to outlives all that uses it.
 struct Platform {
     Accessibility &accessibility;
+    EventMonitors &eventMonitors;
     HotKeyService &hotKeyService;
     Log &log;
     MainLoop &mainLoop;
@@ -30,6 +33,7 @@ struct Platform {
     PreferenceDomains &preferenceDomains;
     Screens &screens;
     UserDefaults &userDefaults;
+    UserNotifications &userNotifications;
     WindowServer &windowServer;
     Workspace &workspace;
     Capabilities capabilities;

@@ -98,6 +98,7 @@ ScriptedDesktop::~ScriptedDesktop() = default;
 
 Platform ScriptedDesktop::platform() {
     return {.accessibility = *this,
+            .eventMonitors = *this,
             .hotKeyService = *this,
             .log = log_,
             .mainLoop = mainLoop,
@@ -105,6 +106,7 @@ Platform ScriptedDesktop::platform() {
             .preferenceDomains = *this,
             .screens = *this,
             .userDefaults = *this,
+            .userNotifications = *this,
             .windowServer = *this,
             .workspace = *this,
             .capabilities = capabilities};
@@ -449,6 +451,74 @@ std::vector<std::unique_ptr<AccessibilityWindow>> ScriptedDesktop::windows(Proce
         }
     }
     return owned;
+}
+
+void ScriptedDesktop::changeAccessibilityTrust(bool trusted) {
+    accessibilityTrusted = trusted;
+    trustChanged_.emit();
+}
+
+Handle ScriptedDesktop::onProcessTrustDidChange(std::function<void()> observer) {
+    return trustChanged_.subscribe(std::move(observer));
+}
+
+Handle ScriptedDesktop::onFocusedWindowDidChange(std::function<void()> observer) {
+    return focusedWindowChanged_.subscribe(std::move(observer));
+}
+
+void ScriptedDesktop::movePointer(double dx, std::uint32_t modifierFlags, Target target) {
+    send({.type = EventType::mouseMoved, .modifierFlags = modifierFlags, .deltaX = dx}, target);
+}
+
+bool ScriptedDesktop::pressKey(std::uint16_t keyCode, std::uint32_t modifierFlags, Target target) {
+    return send({.type = EventType::keyDown, .modifierFlags = modifierFlags, .keyCode = keyCode},
+                target);
+}
+
+int ScriptedDesktop::monitorCount(EventMask mask) const {
+    return static_cast<int>(std::ranges::count_if(
+        monitors_, [mask](const auto &monitor) { return (monitor->mask & mask) != 0; }));
+}
+
+bool ScriptedDesktop::send(const InputEvent &event, Target target) {
+    const auto monitors = monitors_; // a copy: handlers add and release monitors
+    for (const auto &monitor : monitors) {
+        const bool isLive = std::ranges::find(monitors_, monitor) != monitors_.end();
+        if (isLive && monitor->target == target && (monitor->mask & eventMask(event.type)) != 0 &&
+            monitor->handler(event)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+Handle ScriptedDesktop::addMonitor(Monitor monitor) {
+    const auto added = std::make_shared<Monitor>(std::move(monitor));
+    monitors_.push_back(added);
+    return Handle([this, added] { monitors_.remove(added); });
+}
+
+Handle ScriptedDesktop::addGlobalMonitor(EventMask mask,
+                                         std::function<void(const InputEvent &)> handler) {
+    return addMonitor(
+        {mask, Target::otherProgram, [handler = std::move(handler)](const auto &event) {
+             handler(event);
+             return false;
+         }});
+}
+
+Handle ScriptedDesktop::addLocalMonitor(EventMask mask,
+                                        std::function<bool(const InputEvent &)> handler) {
+    return addMonitor({mask, Target::lumo, std::move(handler)});
+}
+
+void ScriptedDesktop::add(const UserNotification &notification,
+                          std::function<void(const std::optional<std::string> &)> completion) {
+    if (!notificationError) {
+        notifications.push_back(notification);
+    }
+    mainLoop.post(
+        [completion = std::move(completion), error = notificationError] { completion(error); });
 }
 
 void ScriptedDesktop::setPreference(std::string domain, std::string key, Value value) {

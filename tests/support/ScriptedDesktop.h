@@ -2,12 +2,14 @@
 
 #include "ScriptedMainLoop.h"
 #include "platform/Accessibility.h"
+#include "platform/EventMonitors.h"
 #include "platform/HotKeyService.h"
 #include "platform/OverlayWindows.h"
 #include "platform/Platform.h"
 #include "platform/PreferenceDomains.h"
 #include "platform/Screens.h"
 #include "platform/UserDefaults.h"
+#include "platform/UserNotifications.h"
 #include "platform/WindowServer.h"
 #include "platform/Workspace.h"
 #include "support/Log.h"
@@ -52,8 +54,10 @@ class ScriptedDesktop final : private WindowServer,
                               private OverlayWindows,
                               private Accessibility,
                               private PreferenceDomains,
+                              private EventMonitors,
                               private HotKeyService,
-                              private UserDefaults {
+                              private UserDefaults,
+                              private UserNotifications {
   public:
     using ProcessID = std::int32_t;
     using WindowID = std::uint32_t;
@@ -120,6 +124,23 @@ class ScriptedDesktop final : private WindowServer,
     bool accessibilityTrusted = true;
     std::vector<WindowID> refusesToRaise;
     std::vector<WindowID> raiseAttempts;
+    // Grants or takes away the trust and tells of it; the field alone changes it silently.
+    void changeAccessibilityTrust(bool trusted);
+    // Tells that another window has the focus.
+    void announceFocusedWindow() { focusedWindowChanged_.emit(); }
+
+    // Pointer and keyboard. What the program's own windows get is heard by its local monitors, all
+    // else by its global ones.
+    enum class Target { otherProgram, lumo };
+    void movePointer(double dx, std::uint32_t modifierFlags = 0, Target target = {});
+    // True when a local monitor swallowed the event.
+    bool pressKey(std::uint16_t keyCode, std::uint32_t modifierFlags = 0, Target target = {});
+    // Monitors that hear of any of these events.
+    int monitorCount(EventMask mask) const;
+
+    // Notifications that the program sent to the user; what is to go wrong with the next ones.
+    std::vector<UserNotification> notifications;
+    std::optional<std::string> notificationError;
 
     // Hot keys. A press while the key is down is auto-repeat. Nothing is heard of combinations that
     // are not registered.
@@ -151,6 +172,11 @@ class ScriptedDesktop final : private WindowServer,
         int layer;
         OverlayState *overlay = nullptr;
     };
+    struct Monitor {
+        EventMask mask;
+        Target target;
+        std::function<bool(const InputEvent &)> handler;
+    };
     struct Preference {
         std::string domain;
         std::string key;
@@ -180,6 +206,17 @@ class ScriptedDesktop final : private WindowServer,
     bool isProcessTrusted() const override { return accessibilityTrusted; }
     std::vector<std::unique_ptr<AccessibilityWindow>> windows(ProcessID process) override;
 
+    Handle onProcessTrustDidChange(std::function<void()> observer) override;
+    Handle onFocusedWindowDidChange(std::function<void()> observer) override;
+
+    Handle addGlobalMonitor(EventMask mask,
+                            std::function<void(const InputEvent &)> handler) override;
+    Handle addLocalMonitor(EventMask mask,
+                           std::function<bool(const InputEvent &)> handler) override;
+
+    void add(const UserNotification &notification,
+             std::function<void(const std::optional<std::string> &)> completion) override;
+
     Handle installEventHandler(std::function<void(const HotKeyEvent &)> handler) override;
     HotKeyRegistration registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
                                       HotKeyID id) override;
@@ -194,6 +231,8 @@ class ScriptedDesktop final : private WindowServer,
     void setData(std::string_view key, const Bytes &value) override;
     void removeObject(std::string_view key) override;
 
+    Handle addMonitor(Monitor monitor);
+    bool send(const InputEvent &event, Target target);
     Stack::iterator find(WindowID window);
     Stack::iterator require(WindowID window);
     void insertInFront(Window window);
@@ -225,6 +264,9 @@ class ScriptedDesktop final : private WindowServer,
     Signal<> applicationTerminated_;
     Signal<> spaceChanged_;
     Signal<> screensChanged_;
+    Signal<> trustChanged_;
+    Signal<> focusedWindowChanged_;
+    std::list<std::shared_ptr<Monitor>> monitors_;
 };
 
 } // namespace lumo::test

@@ -1,5 +1,7 @@
 #include "platform/x11/Connection.h"
 
+#include "platform/x11/XcbXkb.h"
+
 #include <poll.h>
 #include <xcb/composite.h>
 #include <xcb/damage.h>
@@ -9,6 +11,7 @@
 #include <xcb/shape.h>
 #include <xcb/xcbext.h>
 #include <xcb/xfixes.h>
+#include <xcb/xinput.h>
 
 #include <chrono>
 #include <cstdlib>
@@ -66,8 +69,9 @@ Connection::~Connection() {
 }
 
 void Connection::negotiateExtensions() {
-    for (auto *extension : {&xcb_composite_id, &xcb_damage_id, &xcb_randr_id, &xcb_render_id,
-                            &xcb_res_id, &xcb_shape_id, &xcb_xfixes_id}) {
+    for (auto *extension :
+         {&xcb_composite_id, &xcb_damage_id, &xcb_randr_id, &xcb_render_id, &xcb_res_id,
+          &xcb_shape_id, &xcb_xfixes_id, &xcb_input_id, &xcb_xkb_id}) {
         xcb_prefetch_extension_data(connection_, extension);
     }
     // Asks for the version of an extension that the server has; gives whether it is recent enough.
@@ -116,6 +120,19 @@ void Connection::negotiateExtensions() {
         const auto reply =
             wait(xcb_xfixes_query_version(connection_, 5, 0), xcb_xfixes_query_version_reply);
         return reply && atLeast(reply->major_version, reply->minor_version, 2, 0);
+    });
+    found.xinput = negotiate(xcb_input_id, nullptr, [this] {
+        const auto reply =
+            wait(xcb_input_xi_query_version(connection_, 2, 2), xcb_input_xi_query_version_reply);
+        return reply && atLeast(reply->major_version, reply->minor_version, 2, 2);
+    });
+    if (found.xinput) {
+        found.xinputOpcode = xcb_get_extension_data(connection_, &xcb_input_id)->major_opcode;
+    }
+    found.xkb = negotiate(xcb_xkb_id, &found.xkbFirstEvent, [this] {
+        const auto reply =
+            wait(xcb_xkb_use_extension(connection_, 1, 0), xcb_xkb_use_extension_reply);
+        return reply && reply->supported != 0;
     });
 }
 

@@ -34,10 +34,14 @@ struct Extensions {
     bool shape = false;    // 1.1: input shapes
     bool randr = false;    // 1.5: monitors
     bool xfixes = false;   // 2.0: regions and window shapes
+    bool xinput = false;   // 2.2: raw events, also while another client grabs the devices
+    bool xkb = false;
     std::uint8_t damageFirstEvent = 0;
     std::uint8_t randrFirstEvent = 0;
     std::uint8_t shapeFirstEvent = 0;
     std::uint8_t xfixesFirstEvent = 0;
+    std::uint8_t xinputOpcode = 0; // in the extension field of its generic events
+    std::uint8_t xkbFirstEvent = 0;
 };
 
 // Lumo's own connection to the X server. Main thread only.

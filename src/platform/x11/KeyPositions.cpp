@@ -132,6 +132,18 @@ constexpr std::array<std::pair<std::uint8_t, std::uint8_t>, 116> positions = {{
 
 static_assert(std::ranges::is_sorted(positions, {}, &std::pair<std::uint8_t, std::uint8_t>::first));
 
+constexpr std::uint8_t noKey = 0xff;
+
+// Virtual key codes by X key code.
+constexpr std::array<std::uint8_t, 256> virtualKeys = [] {
+    std::array<std::uint8_t, 256> keys{};
+    keys.fill(noKey);
+    for (const auto &[virtualKey, kernelKey] : positions) {
+        keys[kernelKey + firstKeycode] = virtualKey;
+    }
+    return keys;
+}();
+
 } // namespace
 
 std::optional<xcb_keycode_t> keycodeOfVirtualKey(std::uint32_t virtualKeyCode) {
@@ -143,6 +155,13 @@ std::optional<xcb_keycode_t> keycodeOfVirtualKey(std::uint32_t virtualKeyCode) {
         return std::nullopt;
     }
     return static_cast<xcb_keycode_t>(found->second + firstKeycode);
+}
+
+std::optional<std::uint16_t> virtualKeyOfKeycode(std::uint32_t keycode) {
+    if (keycode >= virtualKeys.size() || virtualKeys[keycode] == noKey) {
+        return std::nullopt;
+    }
+    return virtualKeys[keycode];
 }
 
 } // namespace lumo::x11

@@ -12,4 +12,8 @@ namespace lumo::x11 {
 // servers on Linux number keys as the kernel does, plus 8.
 std::optional<xcb_keycode_t> keycodeOfVirtualKey(std::uint32_t virtualKeyCode);
 
+// The virtual key code of the position that the key with this X key code has; absent for a key that
+// the ANSI layout does not name.
+std::optional<std::uint16_t> virtualKeyOfKeycode(std::uint32_t keycode);
+
 } // namespace lumo::x11

@@ -10,7 +10,7 @@ struct MirrorChange {
     bool properties = false; // titles, owners, bands
     bool activeWindow = false;
     bool currentDesktop = false;
-    bool windowManager = false; // came, went or was replaced
+    bool windowManager = false; // came, went, was replaced, understands other hints
     bool wallpaper = false;     // the root window's pixmap property
 
     bool operator==(const MirrorChange &) const = default;

@@ -139,8 +139,11 @@ void RootState::apply(unsigned index, const xcb_get_property_reply_t *reply) {
         break;
     case supportedIndex: {
         const auto atoms = values32(reply);
-        supported_.assign(atoms.begin(), atoms.end());
-        std::sort(supported_.begin(), supported_.end());
+        std::vector<xcb_atom_t> supported(atoms.begin(), atoms.end());
+        std::sort(supported.begin(), supported.end());
+        if (std::exchange(supported_, supported) != supported && isWindowManagerRunning()) {
+            note_(&MirrorChange::windowManager);
+        }
         break;
     }
     case clientListIndex: {

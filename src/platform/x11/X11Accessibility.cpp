@@ -2,6 +2,8 @@
 
 #include "platform/x11/WindowMirror.h"
 
+#include <utility>
+
 namespace lumo::x11 {
 
 class X11Accessibility::Window final : public AccessibilityWindow {
@@ -24,9 +26,29 @@ class X11Accessibility::Window final : public AccessibilityWindow {
     X11Accessibility &owner_;
 };
 
-X11Accessibility::X11Accessibility(Connection &connection, const WindowMirror &mirror)
+X11Accessibility::X11Accessibility(Connection &connection, WindowMirror &mirror)
     : mirror_(mirror)
-    , pager_(connection, mirror) {
+    , pager_(connection, mirror)
+    , announcedTrust_(pager_.isHeard())
+    , changes_(mirror.onChange([this](const auto &change) { handle(change); })) {
+}
+
+void X11Accessibility::handle(const MirrorChange &change) {
+    if (change.windowManager &&
+        std::exchange(announcedTrust_, pager_.isHeard()) != announcedTrust_) {
+        trustChanged_.emit();
+    }
+    if (change.activeWindow) {
+        focusedWindowChanged_.emit();
+    }
+}
+
+Handle X11Accessibility::onProcessTrustDidChange(std::function<void()> observer) {
+    return trustChanged_.subscribe(std::move(observer));
+}
+
+Handle X11Accessibility::onFocusedWindowDidChange(std::function<void()> observer) {
+    return focusedWindowChanged_.subscribe(std::move(observer));
 }
 
 bool X11Accessibility::isProcessTrusted() const {

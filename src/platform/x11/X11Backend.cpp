@@ -15,11 +15,15 @@ X11Backend::X11Backend(Connection &connection, MainLoop &mainLoop, Log &log)
     , accessibility_(connection, mirror_)
     , overlayWindows_(
           connection, mirror_, screens_, [this] { return screens_.pointSpace(); }, mainLoop, log)
-    , hotKeys_(connection) {
+    , keyboardModifiers_(connection)
+    , eventMonitors_(connection, keyboardModifiers_, mirror_, screens_)
+    , hotKeys_(connection, keyboardModifiers_, log)
+    , userNotifications_(mainLoop) {
 }
 
 Platform X11Backend::platform() {
     return {.accessibility = accessibility_,
+            .eventMonitors = eventMonitors_,
             .hotKeyService = hotKeys_,
             .log = log_,
             .mainLoop = mainLoop_,
@@ -27,6 +31,7 @@ Platform X11Backend::platform() {
             .preferenceDomains = preferenceDomains_,
             .screens = screens_,
             .userDefaults = userDefaults_,
+            .userNotifications = userNotifications_,
             .windowServer = windowServer_,
             .workspace = workspace_,
             .capabilities = {}};

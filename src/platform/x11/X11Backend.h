@@ -1,13 +1,16 @@
 #pragma once
 
 #include "platform/Platform.h"
+#include "platform/x11/KeyboardModifiers.h"
 #include "platform/x11/NoPreferenceDomains.h"
 #include "platform/x11/PropertyListUserDefaults.h"
 #include "platform/x11/WindowMirror.h"
 #include "platform/x11/X11Accessibility.h"
+#include "platform/x11/X11EventMonitors.h"
 #include "platform/x11/X11HotKeys.h"
 #include "platform/x11/X11OverlayWindows.h"
 #include "platform/x11/X11Screens.h"
+#include "platform/x11/X11UserNotifications.h"
 #include "platform/x11/X11WindowServer.h"
 #include "platform/x11/X11Workspace.h"
 
@@ -25,6 +28,9 @@ class X11Backend {
     // What the program is given. Valid as long as the backend.
     Platform platform();
 
+    // For the toolkit, see X11EventMonitors::handleLocal().
+    const X11EventMonitors &eventMonitors() const { return eventMonitors_; }
+
   private:
     MainLoop &mainLoop_;
     Log &log_;
@@ -36,7 +42,10 @@ class X11Backend {
     X11WindowServer windowServer_;
     X11Accessibility accessibility_;
     X11OverlayWindows overlayWindows_;
+    KeyboardModifiers keyboardModifiers_;
+    X11EventMonitors eventMonitors_;
     X11HotKeys hotKeys_;
+    X11UserNotifications userNotifications_;
 };
 
 } // namespace lumo::x11

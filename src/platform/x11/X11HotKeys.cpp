@@ -2,33 +2,23 @@
 
 #include "platform/x11/Connection.h"
 #include "platform/x11/KeyPositions.h"
+#include "platform/x11/KeyboardModifiers.h"
+#include "platform/x11/XcbXkb.h"
+#include "support/Log.h"
 
 #include <algorithm>
+#include <array>
+#include <string>
 #include <utility>
-
-// The header uses a C++ keyword as a field's name.
-#define explicit explicit_
-#include <xcb/xkb.h>
-#undef explicit
 
 namespace lumo::x11 {
 
-namespace {
-
-// From X11/keysymdef.h.
-constexpr xcb_keysym_t numLockKeysym = 0xff7f;
-constexpr xcb_keysym_t scrollLockKeysym = 0xff14;
-constexpr xcb_keysym_t altLeftKeysym = 0xffe9;
-constexpr xcb_keysym_t altRightKeysym = 0xffea;
-constexpr xcb_keysym_t superLeftKeysym = 0xffeb;
-constexpr xcb_keysym_t superRightKeysym = 0xffec;
-
-} // namespace
-
-X11HotKeys::X11HotKeys(Connection &connection)
-    : connection_(connection) {
+X11HotKeys::X11HotKeys(Connection &connection, KeyboardModifiers &modifiers, const Log &log)
+    : connection_(connection)
+    , modifiers_(modifiers)
+    , log_(log) {
     makeAutoRepeatDetectable();
-    readModifierBits();
+    modifierChanges_ = modifiers.onChange([this] { grabAllAnew(); });
     connectionEvents_ =
         connection_.onEvent([this](const xcb_generic_event_t &event) { handleEvent(event); });
 }
@@ -40,64 +30,20 @@ X11HotKeys::~X11HotKeys() {
 }
 
 void X11HotKeys::makeAutoRepeatDetectable() {
-    const auto *extension = xcb_get_extension_data(connection_, &xcb_xkb_id);
-    if (extension == nullptr || extension->present == 0 ||
-        !connection_.wait(xcb_xkb_use_extension(connection_, 1, 0), xcb_xkb_use_extension_reply)) {
+    if (!connection_.extensions().xkb) {
         return;
     }
     constexpr std::uint32_t flag = XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT;
-    connection_.wait(
-        xcb_xkb_per_client_flags(connection_, XCB_XKB_ID_USE_CORE_KBD, flag, flag, 0, 0, 0),
-        xcb_xkb_per_client_flags_reply);
-}
-
-void X11HotKeys::readModifierBits() {
-    const auto first = connection_.setup().min_keycode;
-    const auto count = static_cast<std::uint8_t>(connection_.setup().max_keycode - first + 1);
-    const auto modifiersCookie = xcb_get_modifier_mapping(connection_);
-    const auto keysymsCookie = xcb_get_keyboard_mapping(connection_, first, count);
-    const auto modifiers = connection_.wait(modifiersCookie, xcb_get_modifier_mapping_reply);
-    const auto keysyms = connection_.wait(keysymsCookie, xcb_get_keyboard_mapping_reply);
-    bits_ = {};
-    if (!modifiers || !keysyms) {
-        return;
-    }
-    const auto *allKeysyms = xcb_get_keyboard_mapping_keysyms(keysyms.get());
-    const auto *keycodes = xcb_get_modifier_mapping_keycodes(modifiers.get());
-    const int keysPerModifier = modifiers->keycodes_per_modifier;
-    for (int index = 0; index < 8 * keysPerModifier; ++index) {
-        if (keycodes[index] < first) {
-            continue;
-        }
-        const auto bit =
-            static_cast<std::uint16_t>(1U << static_cast<unsigned>(index / keysPerModifier));
-        for (int column = 0; column < keysyms->keysyms_per_keycode; ++column) {
-            switch (allKeysyms[(keycodes[index] - first) * keysyms->keysyms_per_keycode + column]) {
-            case superLeftKeysym:
-            case superRightKeysym:
-                bits_.command |= bit;
-                break;
-            case altLeftKeysym:
-            case altRightKeysym:
-                bits_.option |= bit;
-                break;
-            case numLockKeysym:
-                bits_.numLock |= bit;
-                break;
-            case scrollLockKeysym:
-                bits_.scrollLock |= bit;
-                break;
-            default:
-                break;
-            }
-        }
-    }
+    xcb_discard_reply(connection_, xcb_xkb_per_client_flags(connection_, XCB_XKB_ID_USE_CORE_KBD,
+                                                            flag, flag, 0, 0, 0)
+                                       .sequence);
 }
 
 std::optional<std::uint16_t> X11HotKeys::stateOf(std::uint32_t modifiers) const {
+    const auto &bits = modifiers_.bits();
     const std::array<std::pair<std::uint32_t, std::uint16_t>, 4> table = {{
-        {hotKeyModifier::command, bits_.command},
-        {hotKeyModifier::option, bits_.option},
+        {hotKeyModifier::command, bits.command},
+        {hotKeyModifier::option, bits.option},
         {hotKeyModifier::control, XCB_MOD_MASK_CONTROL},
         {hotKeyModifier::shift, XCB_MOD_MASK_SHIFT},
     }};
@@ -114,14 +60,16 @@ std::optional<std::uint16_t> X11HotKeys::stateOf(std::uint32_t modifiers) const 
     return state;
 }
 
-std::vector<std::uint16_t> X11HotKeys::lockStates() const {
-    std::vector<std::uint16_t> states = {0};
+std::vector<std::uint16_t> X11HotKeys::grabStates(std::uint16_t state) const {
+    std::vector<std::uint16_t> states = {state};
+    const auto &bits = modifiers_.bits();
     for (const std::uint16_t lock :
-         {std::uint16_t{XCB_MOD_MASK_LOCK}, bits_.numLock, bits_.scrollLock}) {
-        if (lock != 0) {
-            const auto count = states.size();
-            for (std::size_t index = 0; index < count; ++index) {
-                states.push_back(static_cast<std::uint16_t>(states[index] | lock));
+         {std::uint16_t{XCB_MOD_MASK_LOCK}, bits.numLock, bits.scrollLock}) {
+        const auto count = states.size();
+        for (std::size_t index = 0; index < count; ++index) {
+            const auto locked = static_cast<std::uint16_t>(states[index] | lock);
+            if (locked != states[index]) {
+                states.push_back(locked);
             }
         }
     }
@@ -140,7 +88,7 @@ HotKeyRegistration X11HotKeys::registerHotKey(std::uint32_t keyCode, std::uint32
     }
     hotKeys_.push_back({modifiers, id, *keycode});
     const auto added = std::prev(hotKeys_.end());
-    const auto status = grab(*added);
+    const auto status = grabAndWait(*added);
     if (status != hotKeyStatus::success) {
         hotKeys_.erase(added);
         return {status, {}};
@@ -148,28 +96,68 @@ HotKeyRegistration X11HotKeys::registerHotKey(std::uint32_t keyCode, std::uint32
     return {status, Handle(lifetime_.guard([this, added] { unregister(added); }))};
 }
 
-std::int32_t X11HotKeys::grab(HotKey &hotKey) {
+std::int32_t X11HotKeys::prepareGrabs(HotKey &hotKey) {
     const auto state = stateOf(hotKey.modifiers);
     if (!state) {
         return hotKeyStatus::invalidParameter;
     }
     hotKey.state = *state;
+    hotKey.grabbedStates = grabStates(*state);
+    hotKey.grabSerial = ++lastGrabSerial_;
+    return hotKeyStatus::success;
+}
+
+xcb_void_cookie_t X11HotKeys::grab(const HotKey &hotKey, std::uint16_t state) {
+    return xcb_grab_key_checked(connection_, 1, connection_.root(), state, hotKey.keycode,
+                                XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+}
+
+std::int32_t X11HotKeys::grabAndWait(HotKey &hotKey) {
+    if (const auto status = prepareGrabs(hotKey); status != hotKeyStatus::success) {
+        return status;
+    }
     std::vector<xcb_void_cookie_t> cookies;
-    for (const auto lockState : lockStates()) {
-        hotKey.grabbedStates.push_back(static_cast<std::uint16_t>(*state | lockState));
-        cookies.push_back(xcb_grab_key_checked(connection_, 1, connection_.root(),
-                                               hotKey.grabbedStates.back(), hotKey.keycode,
-                                               XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
+    for (const auto state : hotKey.grabbedStates) {
+        cookies.push_back(grab(hotKey, state));
     }
-    bool taken = false;
+    bool isTaken = false;
     for (const auto cookie : cookies) {
-        taken |= XcbPointer<xcb_generic_error_t>(xcb_request_check(connection_, cookie)) != nullptr;
+        isTaken |=
+            XcbPointer<xcb_generic_error_t>(xcb_request_check(connection_, cookie)) != nullptr;
     }
-    if (taken) {
+    if (isTaken) {
         ungrab(hotKey);
         return hotKeyStatus::alreadyTaken;
     }
     return hotKeyStatus::success;
+}
+
+void X11HotKeys::grabWithoutWaiting(HotKey &hotKey) {
+    if (const auto status = prepareGrabs(hotKey); status != hotKeyStatus::success) {
+        reportLoss(status);
+        return;
+    }
+    for (const auto state : hotKey.grabbedStates) {
+        connection_.whenHandled(grab(hotKey, state),
+                                lifetime_.guard([this, serial = hotKey.grabSerial](bool succeeded) {
+                                    if (!succeeded) {
+                                        giveUp(serial);
+                                    }
+                                }));
+    }
+}
+
+// Several grabs of one hot key may fail; only the first failure finds it grabbed.
+void X11HotKeys::giveUp(std::uint64_t grabSerial) {
+    const auto lost = std::ranges::find(hotKeys_, grabSerial, &HotKey::grabSerial);
+    if (lost != hotKeys_.end() && !lost->grabbedStates.empty()) {
+        ungrab(*lost);
+        reportLoss(hotKeyStatus::alreadyTaken);
+    }
+}
+
+void X11HotKeys::reportLoss(std::int32_t status) const {
+    log_.print("[Lumo] hotkey lost when the keyboard changed, status=" + std::to_string(status));
 }
 
 void X11HotKeys::ungrab(HotKey &hotKey) {
@@ -189,13 +177,8 @@ void X11HotKeys::unregister(std::list<HotKey>::iterator hotKey) {
 }
 
 void X11HotKeys::grabAllAnew() {
-    const auto before = bits_;
-    readModifierBits();
-    if (bits_ == before) {
-        return;
-    }
     std::ranges::for_each(hotKeys_, [this](HotKey &hotKey) { ungrab(hotKey); });
-    std::ranges::for_each(hotKeys_, [this](HotKey &hotKey) { grab(hotKey); });
+    std::ranges::for_each(hotKeys_, [this](HotKey &hotKey) { grabWithoutWaiting(hotKey); });
 }
 
 void X11HotKeys::handleEvent(const xcb_generic_event_t &event) {
@@ -206,21 +189,13 @@ void X11HotKeys::handleEvent(const xcb_generic_event_t &event) {
     case XCB_KEY_RELEASE:
         handleKeyRelease(reinterpret_cast<const xcb_key_release_event_t &>(event));
         break;
-    case XCB_MAPPING_NOTIFY:
-        if (reinterpret_cast<const xcb_mapping_notify_event_t &>(event).request !=
-            XCB_MAPPING_POINTER) {
-            grabAllAnew();
-        }
-        break;
     default:
         break;
     }
 }
 
 void X11HotKeys::handleKeyPress(const xcb_key_press_event_t &event) {
-    const auto locks =
-        static_cast<std::uint16_t>(XCB_MOD_MASK_LOCK | bits_.numLock | bits_.scrollLock);
-    const auto state = static_cast<std::uint16_t>(event.state & 0xffU & ~locks);
+    const auto state = static_cast<std::uint16_t>(event.state & 0xffU & ~modifiers_.bits().locks());
     const auto pressed = std::ranges::find_if(hotKeys_, [&](const HotKey &hotKey) {
         return hotKey.keycode == event.detail && hotKey.state == state;
     });

@@ -6,23 +6,30 @@
 
 #include <xcb/xcb.h>
 
-#include <array>
+#include <cstdint>
 #include <list>
-#include <memory>
+#include <optional>
 #include <vector>
+
+namespace lumo {
+class Log;
+}
 
 namespace lumo::x11 {
 
 class Connection;
+class KeyboardModifiers;
 
 // Hot keys as passive grabs of a key on the root window, one for each state of the lock keys.
-// Follows changes of the keyboard's modifiers. Events arrive on the main thread; auto-repeat is
-// reported as repeated presses without releases between them. A hot key that is unregistered while
-// it is held is reported as released. Registering waits for the server, to learn whether another
-// client has the key.
+// Events arrive on the main thread; auto-repeat is reported as repeated presses without releases
+// between them. A hot key that is unregistered while it is held is reported as released.
+//
+// Registering waits for the server, to learn whether another client has the key. When the keyboard
+// gets other modifiers, all hot keys are grabbed anew without waiting; one that can't be had then
+// costs a log line and stays silent until the next such change or its next registration.
 class X11HotKeys final : public HotKeyService {
   public:
-    explicit X11HotKeys(Connection &connection);
+    X11HotKeys(Connection &connection, KeyboardModifiers &modifiers, const Log &log);
     ~X11HotKeys() override;
 
     Handle installEventHandler(std::function<void(const HotKeyEvent &)> handler) override;
@@ -30,30 +37,25 @@ class X11HotKeys final : public HotKeyService {
                                       HotKeyID id) override;
 
   private:
-    // Which bits of a key event's state the keys of this keyboard set; 0 for a key that it lacks.
-    struct ModifierBits {
-        std::uint16_t command = 0;
-        std::uint16_t option = 0;
-        std::uint16_t numLock = 0;
-        std::uint16_t scrollLock = 0;
-
-        bool operator==(const ModifierBits &) const = default;
-    };
-
     struct HotKey {
         std::uint32_t modifiers;
         HotKeyID id;
         xcb_keycode_t keycode;
         std::uint16_t state = 0; // the modifier bits that it is grabbed with, lock keys aside
         std::vector<std::uint16_t> grabbedStates = {}; // the same, with each state of the lock keys
+        std::uint64_t grabSerial = 0;                  // tells these grabs from earlier ones
         bool isDown = false;
     };
 
     void makeAutoRepeatDetectable();
-    void readModifierBits();
     std::optional<std::uint16_t> stateOf(std::uint32_t modifiers) const;
-    std::vector<std::uint16_t> lockStates() const;
-    std::int32_t grab(HotKey &hotKey);
+    std::vector<std::uint16_t> grabStates(std::uint16_t state) const;
+    std::int32_t prepareGrabs(HotKey &hotKey);
+    xcb_void_cookie_t grab(const HotKey &hotKey, std::uint16_t state);
+    std::int32_t grabAndWait(HotKey &hotKey);
+    void grabWithoutWaiting(HotKey &hotKey);
+    void giveUp(std::uint64_t grabSerial);
+    void reportLoss(std::int32_t status) const;
     void ungrab(HotKey &hotKey);
     void unregister(std::list<HotKey>::iterator hotKey);
     void grabAllAnew();
@@ -62,10 +64,13 @@ class X11HotKeys final : public HotKeyService {
     void handleKeyRelease(const xcb_key_release_event_t &event);
 
     Connection &connection_;
-    ModifierBits bits_;
+    const KeyboardModifiers &modifiers_;
+    const Log &log_;
     std::list<HotKey> hotKeys_;
+    std::uint64_t lastGrabSerial_ = 0;
     Signal<HotKeyEvent> events_;
     Handle connectionEvents_;
+    Handle modifierChanges_;
     Lifetime lifetime_;
 };
 

@@ -1,0 +1,159 @@
+#include "platform/x11/X11UserNotifications.h"
+
+#include <gio/gio.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <utility>
+
+namespace lumo::x11 {
+
+namespace {
+
+constexpr const char *serviceName = "org.freedesktop.Notifications";
+constexpr const char *objectPath = "/org/freedesktop/Notifications";
+constexpr const char *desktopEntry = "app.lumo.Lumo";
+constexpr const char *defaultSound = "dialog-information"; // of the sound naming specification
+
+constexpr int leaveItToTheService = -1; // how long the notification stays
+constexpr int longestCall = 10000;      // milliseconds
+
+// Where the session bus is; empty when there is none. A library would start one of its own.
+std::string sessionBusAddress() {
+    const char *address = std::getenv("DBUS_SESSION_BUS_ADDRESS");
+    if (address != nullptr && *address != '\0') {
+        return address;
+    }
+    const char *runtimeDirectory = std::getenv("XDG_RUNTIME_DIR");
+    if (runtimeDirectory == nullptr || *runtimeDirectory == '\0') {
+        return {};
+    }
+    const auto socket = std::filesystem::path(runtimeDirectory) / "bus";
+    std::error_code error;
+    if (!std::filesystem::exists(socket, error)) {
+        return {};
+    }
+    char *escaped = g_dbus_address_escape_value(socket.c_str());
+    auto result = "unix:path=" + std::string(escaped);
+    g_free(escaped);
+    return result;
+}
+
+GVariant *notifyArguments(const UserNotification &notification) {
+    GVariantBuilder hints;
+    g_variant_builder_init(&hints, G_VARIANT_TYPE_VARDICT);
+    g_variant_builder_add(&hints, "{sv}", "desktop-entry", g_variant_new_string(desktopEntry));
+    g_variant_builder_add(&hints, "{sv}", "sound-name", g_variant_new_string(defaultSound));
+    return g_variant_new("(susssasa{sv}i)", "Lumo", 0U, desktopEntry, notification.title.c_str(),
+                         notification.body.c_str(), nullptr, &hints, leaveItToTheService);
+}
+
+} // namespace
+
+struct X11UserNotifications::Cancellation {
+    Cancellation() = default;
+    ~Cancellation() {
+        g_cancellable_cancel(cancellable);
+        g_object_unref(cancellable);
+    }
+    Cancellation(const Cancellation &) = delete;
+    Cancellation &operator=(const Cancellation &) = delete;
+
+    GCancellable *cancellable = g_cancellable_new();
+};
+
+// One notification on its way. Each step hands it to the next, by way of the bus's callbacks on the
+// main thread.
+class X11UserNotifications::Delivery {
+  public:
+    using Completion = std::function<void(const std::optional<std::string> &)>;
+
+    static void begin(UserNotification notification, Completion completion,
+                      GCancellable *cancellable, const std::string &address) {
+        constexpr auto flags =
+            static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                              G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
+        auto delivery = std::unique_ptr<Delivery>(
+            new Delivery(std::move(notification), std::move(completion), cancellable));
+        g_dbus_connection_new_for_address(address.c_str(), flags, nullptr, cancellable, connected,
+                                          delivery.release());
+    }
+
+    ~Delivery() {
+        g_clear_object(&connection_);
+        g_object_unref(cancellable_);
+    }
+    Delivery(const Delivery &) = delete;
+    Delivery &operator=(const Delivery &) = delete;
+
+  private:
+    Delivery(UserNotification notification, Completion completion, GCancellable *cancellable)
+        : notification_(std::move(notification))
+        , completion_(std::move(completion))
+        , cancellable_(G_CANCELLABLE(g_object_ref(cancellable))) {}
+
+    static void connected(GObject * /*source*/, GAsyncResult *result, gpointer data) {
+        std::unique_ptr<Delivery> delivery(static_cast<Delivery *>(data));
+        GError *error = nullptr;
+        delivery->connection_ = g_dbus_connection_new_for_address_finish(result, &error);
+        if (delivery->connection_ == nullptr) {
+            delivery->finish(error);
+            return;
+        }
+        auto &self = *delivery;
+        g_dbus_connection_call(self.connection_, serviceName, objectPath, serviceName, "Notify",
+                               notifyArguments(self.notification_), G_VARIANT_TYPE("(u)"),
+                               G_DBUS_CALL_FLAGS_NONE, longestCall, self.cancellable_, answered,
+                               delivery.release());
+    }
+
+    static void answered(GObject *source, GAsyncResult *result, gpointer data) {
+        const std::unique_ptr<Delivery> delivery(static_cast<Delivery *>(data));
+        GError *error = nullptr;
+        GVariant *reply = g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, &error);
+        if (reply != nullptr) {
+            g_variant_unref(reply);
+        }
+        g_dbus_connection_close(delivery->connection_, nullptr, nullptr, nullptr);
+        delivery->finish(error);
+    }
+
+    // Takes the error.
+    void finish(GError *error) {
+        if (error == nullptr) {
+            completion_(std::nullopt);
+            return;
+        }
+        g_dbus_error_strip_remote_error(error);
+        const std::string message = error->message;
+        g_error_free(error);
+        completion_(message);
+    }
+
+    UserNotification notification_;
+    Completion completion_;
+    GCancellable *cancellable_;
+    GDBusConnection *connection_ = nullptr;
+};
+
+X11UserNotifications::X11UserNotifications(MainLoop &mainLoop)
+    : mainLoop_(mainLoop)
+    , cancellation_(std::make_unique<Cancellation>()) {
+}
+
+X11UserNotifications::~X11UserNotifications() = default;
+
+void X11UserNotifications::add(
+    const UserNotification &notification,
+    std::function<void(const std::optional<std::string> &error)> completion) {
+    auto guarded = lifetime_.guard(std::move(completion));
+    const auto address = sessionBusAddress();
+    if (address.empty()) {
+        mainLoop_.post(
+            [guarded]() mutable { guarded(std::optional<std::string>("no session bus")); });
+        return;
+    }
+    Delivery::begin(notification, std::move(guarded), cancellation_->cancellable, address);
+}
+
+} // namespace lumo::x11
