@@ -4,9 +4,14 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <random>
+#include <regex>
 #include <string>
+#include <vector>
 
 namespace lumo {
 namespace {
@@ -146,6 +151,200 @@ TEST_F(AppControllerTest, BehindItsOwnWindowTheFirstUsableWindowNamesTheCandidat
     EXPECT_EQ(controller->setPrivacyCoverAppFromFrontmost(false), std::nullopt);
     desktop.answerWindowListWith(nullptr);
     EXPECT_EQ(controller->setPrivacyCoverAppFromFrontmost(false), std::nullopt);
+}
+
+constexpr std::uint32_t emergencyFlags =
+    modifierFlag::control | modifierFlag::option | modifierFlag::command;
+
+TEST_F(AppControllerTest, TheEmergencyKeysStopEverythingAndTellTheUser) {
+    using Target = ScriptedDesktop::Target;
+    start();
+    pressToggle();
+    for (unsigned bit = 16; bit < 32; ++bit) {
+        const auto flags = emergencyFlags ^ (1U << bit);
+        desktop.pressKey(2, flags);
+        EXPECT_FALSE(desktop.pressKey(2, flags, Target::lumo)) << bit;
+    }
+    EXPECT_FALSE(desktop.pressKey(3, emergencyFlags, Target::lumo));
+    EXPECT_EQ(status(), "Lumo (On)");
+
+    pressPeek();
+    desktop.pressKey(2, emergencyFlags | 0xFF); // bits of the device do not matter
+    EXPECT_THAT(desktop.openOverlays(), IsEmpty());
+    EXPECT_FALSE(controller->isReady.value());
+    EXPECT_FALSE(settings().isEnabled.value());
+    EXPECT_EQ(status(), "Lumo (Peek)") << "the peek is left to its timer";
+    desktop.advance(2.1);
+    EXPECT_EQ(status(), "Lumo (Off)");
+    ASSERT_EQ(desktop.notifications.size(), 1U);
+    const auto &sent = desktop.notifications.front();
+    EXPECT_EQ(sent.title, "Lumo Emergency Stop");
+    EXPECT_EQ(sent.body, "Lumo effects have been safely turned off.");
+    EXPECT_TRUE(std::regex_match(
+        sent.identifier, std::regex("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-"
+                                    "[0-9A-F]{12}")));
+    EXPECT_THAT(desktop.logLines, testing::Not(testing::Contains(testing::HasSubstr("Failed"))));
+
+    pressToggle();
+    desktop.notificationError = "nobody listens";
+    EXPECT_TRUE(desktop.pressKey(2, emergencyFlags, Target::lumo)) << "swallowed in Lumo's windows";
+    EXPECT_EQ(status(), "Lumo (Off)");
+    desktop.mainLoop.runPosted();
+    EXPECT_THAT(desktop.logLines,
+                testing::Contains("[Lumo] Failed to send notification: nobody listens"));
+
+    desktop.pressKey(2, emergencyFlags);
+    controller.reset(); // with an answer still to come
+    desktop.mainLoop.runPosted();
+    EXPECT_EQ(desktop.monitorCount(~EventMask{0}), 0);
+}
+
+TEST_F(AppControllerTest, AShakeTogglesAndWithShiftItPeeks) {
+    start();
+    const auto shake = [&](std::uint32_t flags) {
+        desktop.advance(1);
+        for (const double dx : {95, -95, 95, -95}) {
+            desktop.movePointer(dx, flags);
+        }
+    };
+    shake(0);
+    EXPECT_EQ(status(), "Lumo (On)");
+    shake(modifierFlag::shift);
+    EXPECT_EQ(status(), "Lumo (Peek)");
+    shake(0);
+    EXPECT_EQ(desktop.openOverlays().size(), 0U);
+}
+
+TEST_F(AppControllerTest, WithoutThePermissionOnlyTheGuidanceIsAskedFor) {
+    desktop.accessibilityTrusted = false;
+    start();
+    desktop.mainLoop.runPosted();
+    auto &permission = controller->permissionManager();
+    EXPECT_FALSE(permission.isShowingGuidance.value()) << "the check alone asks for nothing";
+    controller->launch();
+    EXPECT_TRUE(permission.isShowingGuidance.value());
+    permission.isShowingGuidance.set(false);
+
+    // Switched on from outside: the value is stored too late for its own announcement to start
+    // anything, so the start waits for launch().
+    settings().isEnabled.set(true);
+    EXPECT_THAT(desktop.openOverlays(), IsEmpty());
+    desktop.changeAccessibilityTrust(true); // as when another window manager comes
+    desktop.mainLoop.runPosted();
+    EXPECT_TRUE(permission.hasAccessibilityPermission.value());
+    EXPECT_THAT(desktop.openOverlays(), IsEmpty()) << "onboarding is not completed";
+    EXPECT_FALSE(permission.isShowingGuidance.value());
+
+    settings().hasCompletedOnboarding.set(true);
+    permission.checkPermission();
+    desktop.mainLoop.runPosted();
+    EXPECT_EQ(desktop.openOverlays().size(), 1U);
+    EXPECT_EQ(status(), "Lumo (On)");
+    desktop.changeAccessibilityTrust(false);
+    desktop.mainLoop.runPosted();
+    EXPECT_FALSE(permission.hasAccessibilityPermission.value());
+    EXPECT_EQ(desktop.openOverlays().size(), 1U) << "what runs goes on";
+}
+
+TEST_F(AppControllerTest, OpensTheSettingsOnAPageInALaterTurn) {
+    using Tab = AppController::SettingsTab;
+    start();
+    std::vector<Tab> opened;
+    controller->openSettings(Tab::rules); // nobody there to open them yet
+    desktop.mainLoop.runPosted();
+    controller->onOpenSettings = [&] { opened.push_back(controller->selectedSettingsTab.value()); };
+    controller->openSettings(Tab::shortcuts);
+    EXPECT_THAT(opened, IsEmpty());
+    desktop.mainLoop.runPosted();
+    EXPECT_THAT(opened, testing::ElementsAre(Tab::shortcuts));
+    EXPECT_EQ(static_cast<int>(Tab::shortcuts), 3);
+    controller->openSettings(Tab::general);
+    controller.reset();
+    desktop.mainLoop.runPosted();
+    EXPECT_THAT(opened, testing::SizeIs(1));
+}
+
+// A status item draws its dot when the message is announced: whatever it reads then must be right
+// once the change has settled.
+TEST_F(AppControllerTest, TheLastAnnouncementOfTheStatusFindsTheSettingStored) {
+    start();
+    std::string drawn;
+    const auto item = controller->statusMessage.subscribe([&](const std::string &message) {
+        drawn = message + (settings().isEnabled.value() ? " on" : " off");
+    });
+    pressToggle();
+    EXPECT_EQ(drawn, "Lumo (On) on");
+    pressToggle();
+    EXPECT_EQ(drawn, "Lumo (Off) off");
+    pressToggle();
+    desktop.pressKey(2, emergencyFlags);
+    EXPECT_EQ(drawn, "Lumo (Off) off");
+}
+
+// Whatever comes in whatever order, the controller's promises hold after each step.
+TEST_F(AppControllerTest, KeepsItsPromisesUnderRandomTriggers) {
+    desktop.openWindow(desktop.launch("Player", "org.example.Player"), {50, 50, 900, 700});
+    desktop.defaults.emplace("privacyCoverEnabled", Value(true));
+    start();
+    std::mt19937 random(20240607); // the same story each time
+    const auto oneOf = [&](auto... choices) {
+        const std::vector all{choices...};
+        return all[random() % all.size()];
+    };
+    bool peekHasBeen = false;
+    std::size_t quietTimers = 0;
+    const std::vector<std::pair<const char *, std::function<void()>>> steps = {
+        {"toggle", [&] { pressToggle(); }},
+        {"peek", [&] { pressPeek(); }},
+        {"set cover", [&] { pressSetCover(); }},
+        {"enable", [&] { controller->setLumoEnabled(random() % 2 == 0); }},
+        {"enter peek", [&] { controller->enterPeekMode(); }},
+        {"exit peek", [&] { controller->exitPeekMode(); }},
+        {"clear cover", [&] { controller->setPrivacyCoverApp({}, {}, true); }},
+        {"launch", [&] { controller->launch(); }},
+        {"emergency", [&] { desktop.pressKey(2, emergencyFlags | oneOf(0U, 1U << 17U)); }},
+        {"stroke", [&] { desktop.movePointer(oneOf(95, -95), oneOf(0U, modifierFlag::shift)); }},
+        {"wait", [&] { desktop.advance(oneOf(0.01, 0.1, 0.5, 3.0)); }},
+        {"trust", [&] { desktop.changeAccessibilityTrust(random() % 2 == 0); }},
+        {"onboarding", [&] { settings().hasCompletedOnboarding.set(random() % 2 == 0); }},
+        {"key", [&] { settings().toggleShortcutKey.set(oneOf(48, 49)); }},
+        {"modifiers", [&] { settings().toggleShortcutModifiers.set(oneOf(3072, 4096)); }},
+        {"shortcut on", [&] { settings().peekShortcutEnabled.set(random() % 2 == 0); }},
+        {"shake on", [&] { settings().mouseShakeToggleEnabled.set(random() % 2 == 0); }},
+        {"focus", [&] { desktop.focusApplication(oneOf(editor, desktop.lumo())); }},
+    };
+    for (int step = 0; step < 20000; ++step) {
+        const auto &[name, run] = steps[random() % steps.size()];
+        run();
+        desktop.mainLoop.runPosted();
+        desktop.logLines.clear();
+        SCOPED_TRACE("step " + std::to_string(step) + ": " + name);
+        const bool on = settings().isEnabled.value();
+        const bool peeking = settings().isPeeking.value();
+        ASSERT_EQ(desktop.openOverlays().size(), on ? 1U : 0U);
+        ASSERT_EQ(controller->isReady.value(), on);
+        ASSERT_EQ(status(), peeking ? "Lumo (Peek)" : on ? "Lumo (On)" : "Lumo (Off)");
+        std::vector<std::pair<std::uint32_t, std::uint32_t>> combinations;
+        for (const auto &hotKey : desktop.hotKeys()) {
+            combinations.emplace_back(hotKey.keyCode, hotKey.modifiers);
+        }
+        std::ranges::sort(combinations);
+        ASSERT_EQ(std::ranges::adjacent_find(combinations), combinations.end());
+        ASSERT_EQ(desktop.monitorCount(pointerMotionMask),
+                  settings().mouseShakeToggleEnabled.value() ? 1 : 0);
+        // One timer refreshes what is shown, one ends the peek, one clears a hint.
+        const std::size_t timers =
+            (on ? 1 : 0) + (peeking ? 1 : 0) + (settings().privacyCoverRuntimeHint.value() ? 1 : 0);
+        ASSERT_EQ(desktop.mainLoop.timerCount(), timers);
+        peekHasBeen |= on && peeking;
+        quietTimers += timers == 0 ? 1 : 0;
+    }
+    EXPECT_TRUE(peekHasBeen);
+    EXPECT_GT(quietTimers, 100U);
+    controller.reset();
+    EXPECT_EQ(desktop.mainLoop.timerCount(), 0U);
+    EXPECT_THAT(desktop.hotKeys(), IsEmpty());
+    EXPECT_EQ(desktop.monitorCount(~EventMask{0}), 0);
 }
 
 } // namespace

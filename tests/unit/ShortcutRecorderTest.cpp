@@ -1,0 +1,93 @@
+#include "input/ShortcutRecorder.h"
+
+#include "ScriptedDesktop.h"
+#include "input/KeyNames.h"
+#include "settings/SettingsStore.h"
+
+#include <gmock/gmock.h>
+
+#include <string>
+
+namespace lumo {
+namespace {
+
+using test::ScriptedDesktop;
+using namespace modifierFlag;
+
+constexpr std::uint32_t functionKey = 1U << 23U;
+
+class ShortcutRecorderTest : public testing::Test {
+  protected:
+    // True when the key did not reach Lumo's window.
+    bool press(std::uint16_t keyCode, std::uint32_t flags) {
+        return desktop.pressKey(keyCode, flags, ScriptedDesktop::Target::lumo);
+    }
+    std::string shown() const {
+        return displayedModifiers(settings.peekShortcutModifiers.value()) +
+               keyCodeToString(settings.peekShortcutKey.value());
+    }
+
+    ScriptedDesktop desktop;
+    SettingsStore settings{desktop.platform().userDefaults};
+    ShortcutRecorder recorder{desktop.platform(), settings.peekShortcutKey,
+                              settings.peekShortcutModifiers};
+};
+
+TEST_F(ShortcutRecorderTest, RecordsTheFirstKeyThatComesWithAModifier) {
+    EXPECT_EQ(shown(), "⌘⌥Tab");
+    EXPECT_FALSE(press(40, control));
+    EXPECT_EQ(shown(), "⌘⌥Tab");
+
+    recorder.isRecording.set(true);
+    EXPECT_TRUE(press(53, 0)) << "Escape is a key like others";
+    EXPECT_TRUE(press(40, capsLock | functionKey)) << "no modifiers of a shortcut";
+    EXPECT_FALSE(desktop.pressKey(40, control)) << "what other programs get is not recorded";
+    EXPECT_TRUE(recorder.isRecording.value());
+    EXPECT_EQ(shown(), "⌘⌥Tab");
+
+    EXPECT_TRUE(press(40, control | option | command | shift | capsLock));
+    EXPECT_FALSE(recorder.isRecording.value());
+    EXPECT_EQ(settings.peekShortcutModifiers.value(), 0x1E00);
+    EXPECT_EQ(shown(), "⌘⌥⌃⇧K");
+    EXPECT_EQ(desktop.defaults.at("peekShortcutKey"), Value(40));
+    EXPECT_FALSE(press(8, control)) << "one shortcut for each recording";
+    EXPECT_EQ(shown(), "⌘⌥⌃⇧K");
+
+    recorder.isRecording.set(true);
+    EXPECT_TRUE(press(18, shift)) << "Shift alone will do";
+    EXPECT_EQ(settings.peekShortcutModifiers.value(), 0x200);
+    EXPECT_EQ(shown(), "⇧Key18");
+}
+
+TEST_F(ShortcutRecorderTest, MonitorsOnlyWhileItRecords) {
+    const auto all = eventMask(EventType::keyDown) | eventMask(EventType::flagsChanged);
+    EXPECT_EQ(desktop.monitorCount(all), 0);
+    recorder.isRecording.set(true);
+    EXPECT_EQ(desktop.monitorCount(eventMask(EventType::keyDown)), 1);
+    EXPECT_EQ(desktop.monitorCount(eventMask(EventType::flagsChanged)), 1);
+    recorder.isRecording.set(true);
+    EXPECT_EQ(desktop.monitorCount(all), 2);
+    recorder.isRecording.set(false);
+    EXPECT_EQ(desktop.monitorCount(all), 0);
+    EXPECT_FALSE(press(40, control));
+}
+
+// Every name, in the order of the codes.
+TEST(KeyNames, AreThoseOfTheAnsiLayout) {
+    std::string named;
+    for (int code = 0; code < 128; ++code) {
+        const auto name = keyCodeToString(code);
+        if (name != "Key" + std::to_string(code)) {
+            named += std::to_string(code) + name + " ";
+        }
+    }
+    EXPECT_EQ(named, "0A 1S 2D 3F 4H 5G 6Z 7X 8C 9V 11B 12Q 13W 14E 15R 16Y 17T 31O 32U 34I 35P "
+                     "36Return 37L 38J 40K 45N 46M 48Tab 49Space 51Delete 53Escape 96F5 97F6 98F7 "
+                     "99F3 100F8 101F9 103F11 109F10 111F12 118F4 120F2 122F1 ");
+    EXPECT_EQ(keyCodeToString(-1), "Key-1");
+    EXPECT_EQ(displayedModifiers(0x1E00 | 1), "⌘⌥⌃⇧");
+    EXPECT_EQ(displayedModifiers(0), "");
+}
+
+} // namespace
+} // namespace lumo

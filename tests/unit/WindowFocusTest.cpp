@@ -1,0 +1,159 @@
+#include "ScriptedDesktop.h"
+#include "support/NotificationCenter.h"
+#include "windows/PermissionManager.h"
+#include "windows/WindowFocusTracker.h"
+
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace lumo {
+namespace {
+
+using test::ScriptedDesktop;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+class WindowFocusTrackerTest : public testing::Test {
+  protected:
+    WindowFocusTrackerTest()
+        : sent(tracker->focusSubject.subscribe([this](const FocusChangeEvent &event) {
+            log.push_back(
+                describe(event) + " at " +
+                std::to_string(static_cast<int>((desktop.mainLoop.now() - 1000) * 1000 + 0.5)));
+        }))
+        , delivered(tracker->currentFocus.subscribeToChanges(
+              [this](const auto &event) { deliveries.push_back(describe(*event)); })) {
+        tracker->throttleInterval = 0;
+        tracker->isTracking.set(true);
+    }
+
+    static std::string describe(const FocusChangeEvent &event) {
+        return event.frontendAppName + ":" + event.windowTitle.value_or(event.windowID ? "?" : "-");
+    }
+
+    ScriptedDesktop desktop;
+    std::unique_ptr<WindowFocusTracker> tracker =
+        std::make_unique<WindowFocusTracker>(desktop.platform());
+    ScriptedDesktop::ProcessID editor = desktop.launch("Editor", "org.example.Editor");
+    ScriptedDesktop::WindowID notes = desktop.openWindow(editor, {0, 0, 800, 600}, "Notes");
+    ScriptedDesktop::WindowID plain = desktop.openWindow(editor, {0, 0, 800, 600});
+    ScriptedDesktop::ProcessID player = desktop.launch("Player", {});
+    std::vector<std::string> log;
+    std::vector<std::string> deliveries;
+    Handle sent;
+    Subscription delivered;
+};
+
+TEST_F(WindowFocusTrackerTest, SendsOneEventForEachRealChange) {
+    desktop.focus(notes);
+    desktop.advance(0.03);
+    desktop.focusApplication(editor); // looked at on its own, and nothing is new
+    desktop.advance(0.03);
+    EXPECT_THAT(log, ElementsAre("Editor:Notes at 50"));
+    desktop.retitle(notes, "Notes 2");
+    desktop.announceFocusedWindow();
+    desktop.advance(0.1);
+    EXPECT_THAT(log, SizeIs(1)) << "another title is no change of focus";
+
+    log.clear();
+    desktop.raise(plain);
+    desktop.announceFocusedWindow();
+    desktop.advance(0.1);
+    desktop.focusApplication(player);
+    desktop.advance(0.1);
+    desktop.focusApplication(player);
+    desktop.advance(0.1);
+    EXPECT_THAT(log, ElementsAre("Editor:? at 210", "Player:- at 310"));
+    desktop.focusApplication({});
+    desktop.advance(0.1);
+    EXPECT_THAT(log, SizeIs(2));
+
+    tracker->isTracking.set(false);
+    desktop.focus(notes);
+    desktop.advance(0.1);
+    EXPECT_THAT(log, SizeIs(2));
+    EXPECT_EQ(tracker->currentFocus.value()->frontendPID, player);
+
+    desktop.focus(plain);
+    tracker.reset();
+    desktop.advance(0.1); // its runs end with it
+}
+
+TEST_F(WindowFocusTrackerTest, TheThrottleDeliversTheNewestAtMostOncePerInterval) {
+    tracker->throttleInterval = 1;
+    desktop.focus(notes);
+    desktop.advance(0.1);
+    desktop.focusApplication(player);
+    desktop.advance(0.1);
+    desktop.focusApplication(player);
+    desktop.advance(0.1);
+    desktop.focusApplication(editor);
+    desktop.advance(0.1);
+    desktop.focus(plain);
+    desktop.advance(0.1);
+    EXPECT_THAT(log, SizeIs(4)) << "the stream itself is not throttled, and sends nothing twice";
+    EXPECT_THAT(deliveries, ElementsAre("Editor:Notes"));
+    desktop.advance(0.54);
+    EXPECT_THAT(deliveries, SizeIs(1));
+    desktop.advance(0.02);
+    EXPECT_THAT(deliveries, ElementsAre("Editor:Notes", "Editor:?"));
+    desktop.advance(2);
+    desktop.focusApplication(player);
+    desktop.advance(0.06);
+    EXPECT_THAT(deliveries, SizeIs(3)) << "at once after a quiet time";
+}
+
+TEST_F(WindowFocusTrackerTest, FindsTitlesOfWindowsOnScreenOnly) {
+    const auto title = [this](std::uint32_t window) {
+        return WindowFocusTracker::getWindowTitle(desktop.platform().windowServer, window);
+    };
+    EXPECT_EQ(title(notes), "Notes");
+    EXPECT_EQ(title(plain), std::nullopt);
+    EXPECT_EQ(title(4711), std::nullopt);
+    desktop.answerWindowListWith(nullptr);
+    EXPECT_EQ(title(notes), std::nullopt);
+}
+
+TEST(FocusChangeEvent, IsTheSameForTheSameProcessAndWindow) {
+    const FocusChangeEvent event{1, "A", 2, "title", std::chrono::system_clock::now()};
+    EXPECT_EQ(event, (FocusChangeEvent{1, "B", 2, {}, {}}));
+    EXPECT_NE(event, (FocusChangeEvent{2, "A", 2, "title", event.timestamp}));
+    EXPECT_NE(event, (FocusChangeEvent{1, "A", 3, "title", event.timestamp}));
+    EXPECT_NE(event, (FocusChangeEvent{1, "A", {}, {}, event.timestamp}));
+    EXPECT_EQ((FocusChangeEvent{1, "A", {}, {}, {}}), (FocusChangeEvent{1, "B", {}, {}, {}}));
+}
+
+TEST(PermissionManager, AnnouncesEveryCheckInALaterTurn) {
+    ScriptedDesktop desktop;
+    NotificationCenter center;
+    auto manager = std::make_unique<PermissionManager>(desktop.platform(), center);
+    std::vector<bool> posted;
+    const auto observer = center.addObserver("accessibilityPermissionStatusChanged", [&] {
+        posted.push_back(manager->hasAccessibilityPermission.value());
+    });
+    const auto other = center.addObserver("another", [] { FAIL(); });
+    EXPECT_FALSE(manager->hasAccessibilityPermission.value());
+    EXPECT_FALSE(manager->isShowingGuidance.value());
+    manager->checkPermission();
+    manager->checkPermission();
+    EXPECT_TRUE(manager->hasAccessibilityPermission.value());
+    EXPECT_THAT(posted, IsEmpty());
+    desktop.mainLoop.runPosted();
+    EXPECT_THAT(posted, ElementsAre(true, true));
+    desktop.accessibilityTrusted = false;
+    manager->checkPermission();
+    desktop.mainLoop.runPosted();
+    EXPECT_THAT(posted, ElementsAre(true, true, false));
+    manager->checkPermission();
+    manager.reset();
+    desktop.mainLoop.runPosted();
+    EXPECT_THAT(posted, SizeIs(3));
+}
+
+} // namespace
+} // namespace lumo
