@@ -34,11 +34,12 @@ bool isCandidateWindow(const Dictionary &record, std::int32_t ownProcess) {
     if (!process || *process == ownProcess) {
         return false;
     }
-    if (const auto *layer = record.find(windowKey::layer); layer && layer->integer() != 0) {
+    if (const auto *layer = record.find(windowKey::layer);
+        layer != nullptr && layer->integer() != 0) {
         return false;
     }
     if (const auto *alpha = record.find(windowKey::alpha);
-        alpha && alpha->number().value_or(0) <= 0) {
+        alpha != nullptr && alpha->number().value_or(0) <= 0) {
         return false;
     }
     const auto *boundsValue = record.find(windowKey::bounds);

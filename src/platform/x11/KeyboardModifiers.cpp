@@ -2,6 +2,7 @@
 
 #include "platform/EventMonitors.h"
 #include "platform/x11/Connection.h"
+#include "platform/x11/XcbXkb.h"
 
 #include <span>
 #include <utility>
@@ -66,6 +67,14 @@ KeyboardModifiers::KeyboardModifiers(Connection &connection)
     , replies_(connection) {
     events_ = connection.onEvent([this](const auto &event) { handle(event); });
     batches_ = connection.onDispatched([this] { requestReads(); });
+    if (connection.extensions().xkb) {
+        // A client that uses the keyboard extension gets no MappingNotify.
+        constexpr std::uint16_t parts = XCB_XKB_MAP_PART_KEY_SYMS | XCB_XKB_MAP_PART_MODIFIER_MAP;
+        constexpr std::uint16_t types =
+            XCB_XKB_EVENT_TYPE_MAP_NOTIFY | XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY;
+        xcb_xkb_select_events(connection, XCB_XKB_ID_USE_CORE_KBD, types, 0,
+                              XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY, parts, parts, nullptr);
+    }
     reads_.want(mappingBit);
     requestReads();
     connection.dispatchUntil([this] { return reads_.isIdle(); }, longestStart);
@@ -86,9 +95,16 @@ Handle KeyboardModifiers::onChange(std::function<void()> observer) {
 }
 
 void KeyboardModifiers::handle(const xcb_generic_event_t &event) {
-    if ((event.response_type & 0x7fU) == XCB_MAPPING_NOTIFY &&
-        reinterpret_cast<const xcb_mapping_notify_event_t &>(event).request !=
-            XCB_MAPPING_POINTER) {
+    const auto &extensions = connection_.extensions();
+    bool hasChanged = false;
+    if (event.response_type == XCB_MAPPING_NOTIFY) {
+        hasChanged = reinterpret_cast<const xcb_mapping_notify_event_t &>(event).request !=
+                     XCB_MAPPING_POINTER;
+    } else if (extensions.xkb && event.response_type == extensions.xkbFirstEvent) {
+        const auto type = reinterpret_cast<const xcb_xkb_map_notify_event_t &>(event).xkbType;
+        hasChanged = type == XCB_XKB_MAP_NOTIFY || type == XCB_XKB_NEW_KEYBOARD_NOTIFY;
+    }
+    if (hasChanged) {
         reads_.want(mappingBit);
     }
 }

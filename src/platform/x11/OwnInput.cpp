@@ -74,12 +74,12 @@ void OwnInput::watch(xcb_window_t frame, xcb_window_t client) {
         }));
 }
 
-void OwnInput::handle(const xcb_ge_generic_event_t &generic) {
-    const auto &event = reinterpret_cast<const xcb_input_enter_event_t &>(generic);
-    const auto gain = [&event](xcb_window_t &target) { target = event.event; };
-    const auto lose = [&event](xcb_window_t &target) {
+void OwnInput::handle(const xcb_ge_generic_event_t &event) {
+    const auto &crossing = reinterpret_cast<const xcb_input_enter_event_t &>(event);
+    const auto gain = [&](xcb_window_t &target) { target = crossing.event; };
+    const auto lose = [&](xcb_window_t &target) {
         // What goes to a window inside is still this program's.
-        if (target == event.event && event.detail != XCB_NOTIFY_DETAIL_INFERIOR) {
+        if (target == crossing.event && crossing.detail != XCB_NOTIFY_DETAIL_INFERIOR) {
             target = XCB_NONE;
         }
     };

@@ -33,6 +33,14 @@ bool canBeHeld(std::uint32_t button) {
            (button >= firstExtraButton && button <= lastButton);
 }
 
+// The virtual key code of a key that is not a modifier key: those only change the flags.
+std::optional<std::uint16_t> ordinaryKey(std::uint32_t keycode) {
+    constexpr std::uint16_t firstModifierKey = 54; // right Command
+    constexpr std::uint16_t lastModifierKey = 63;  // Fn
+    const auto key = virtualKeyOfKeycode(keycode);
+    return key && *key >= firstModifierKey && *key <= lastModifierKey ? std::nullopt : key;
+}
+
 } // namespace
 
 X11EventMonitors::X11EventMonitors(Connection &connection, const KeyboardModifiers &modifiers,
@@ -182,7 +190,7 @@ void X11EventMonitors::handleRaw(const xcb_ge_generic_event_t &event) {
 }
 
 void X11EventMonitors::handleRawKey(std::uint32_t keycode) {
-    const auto keyCode = virtualKeyOfKeycode(keycode);
+    const auto keyCode = ordinaryKey(keycode);
     if (keyCode && !ownInput_->hasKeyboard()) {
         global_.emit({.type = EventType::keyDown,
                       .modifierFlags = modifiers_.flagsOf(keyboardState_),
@@ -228,7 +236,7 @@ bool X11EventMonitors::handleLocal(const xcb_generic_event_t &event) const {
         return false;
     }
     const auto &press = reinterpret_cast<const xcb_key_press_event_t &>(event);
-    const auto keyCode = virtualKeyOfKeycode(press.detail);
+    const auto keyCode = ordinaryKey(press.detail);
     if (!keyCode) {
         return false;
     }

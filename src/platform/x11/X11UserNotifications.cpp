@@ -2,7 +2,6 @@
 
 #include <gio/gio.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <utility>
 
@@ -20,11 +19,11 @@ constexpr int longestCall = 10000;      // milliseconds
 
 // Where the session bus is; empty when there is none. A library would start one of its own.
 std::string sessionBusAddress() {
-    const char *address = std::getenv("DBUS_SESSION_BUS_ADDRESS");
+    const char *address = g_getenv("DBUS_SESSION_BUS_ADDRESS");
     if (address != nullptr && *address != '\0') {
         return address;
     }
-    const char *runtimeDirectory = std::getenv("XDG_RUNTIME_DIR");
+    const char *runtimeDirectory = g_getenv("XDG_RUNTIME_DIR");
     if (runtimeDirectory == nullptr || *runtimeDirectory == '\0') {
         return {};
     }
