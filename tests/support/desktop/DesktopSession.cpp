@@ -383,6 +383,12 @@ void DesktopSession::click(Spot spot, int button) {
     sync();
 }
 
+void DesktopSession::setButton(int button, bool down) {
+    fakeInput(down ? XCB_BUTTON_PRESS : XCB_BUTTON_RELEASE, static_cast<std::uint8_t>(button), 0,
+              0);
+    sync();
+}
+
 void DesktopSession::press(const std::vector<Key> &chord) {
     for (const Key key : chord) {
         setKey(key, true);

@@ -19,6 +19,8 @@ namespace lumo::desktop {
 enum class Key : std::uint32_t {
     tab = 0xff09,
     escape = 0xff1b,
+    numLock = 0xff7f,
+    capsLock = 0xffe5,
     space = 0x0020,
     c = 0x0063,
     d = 0x0064,
@@ -110,6 +112,7 @@ class DesktopSession {
     void movePointerTo(int x, int y);
     void movePointerBy(int dx, int dy);
     void click(Spot spot, int button = 1);
+    void setButton(int button, bool down);
     void press(const std::vector<Key> &chord); // down in this order, up in the opposite one
     void setKey(Key key, bool down);
 

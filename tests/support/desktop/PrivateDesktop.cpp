@@ -102,10 +102,25 @@ void PrivateDesktop::startServer(const DesktopOptions &options) {
     session_ = std::make_unique<DesktopSession>(displayName_);
 }
 
-void PrivateDesktop::startMessageBus() {
+void PrivateDesktop::startSessionBus() {
+    const fs::path file = directory() / "bus.conf";
+    std::ofstream(file) << "<busconfig><type>session</type><listen>unix:tmpdir=/tmp</listen>"
+                           "<policy context=\"default\"><allow send_destination=\"*\"/>"
+                           "<allow receive_sender=\"*\"/><allow own=\"*\"/>"
+                           "</policy></busconfig>";
+    startMessageBus("--config-file=" + file.string());
+}
+
+std::unique_ptr<ChildProcess> PrivateDesktop::startNotificationService() const {
+    const fs::path configuration = directory() / "dunstrc";
+    const std::ofstream empty(configuration);
+    return start({"dunst", "-config", configuration.string(), "-print"});
+}
+
+void PrivateDesktop::startMessageBus(const std::string &configuration) {
     const fs::path socket = directory() / "run" / "bus";
     environment_["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=" + socket.string();
-    messageBus_ = start({"dbus-daemon", "--session", "--nofork", "--nopidfile",
+    messageBus_ = start({"dbus-daemon", configuration, "--nofork", "--nopidfile",
                          "--address=" + environment_["DBUS_SESSION_BUS_ADDRESS"]});
     waitUntil([&] { return fs::exists(socket); }, *messageBus_, "the message bus");
 }
@@ -126,7 +141,7 @@ void PrivateDesktop::startWindowManager(WindowManager windowManager) {
         break;
     case WindowManager::xfwm4:
     case WindowManager::xfwm4Compositing:
-        startMessageBus(); // its settings daemon is reached over one
+        startMessageBus("--session"); // its settings daemon is reached over one
         windowManager_ =
             start({"xfwm4",
                    windowManager == WindowManager::xfwm4 ? "--compositor=off" : "--compositor=on"});

@@ -53,6 +53,14 @@ class PrivateDesktop {
     void startCompositor(Compositor compositor);
     void stopCompositor();
 
+    // Gives the programs that are started from now on a session bus, which starts no services by
+    // itself.
+    void startSessionBus();
+
+    // The desktop's notification service, which prints what it is given. Needs a session bus, on
+    // which it appears a little later.
+    std::unique_ptr<ChildProcess> startNotificationService() const;
+
     // Makes, changes or removes a monitor. One that takes the server's only output replaces the one
     // that is there by itself. No RandR event tells of these changes.
     void setMonitor(const std::string &name, const Area &area, bool withOutput);
@@ -66,7 +74,7 @@ class PrivateDesktop {
   private:
     void startServer(const DesktopOptions &options);
     void startWindowManager(WindowManager windowManager);
-    void startMessageBus();
+    void startMessageBus(const std::string &configuration);
     void waitUntil(const std::function<bool()> &condition, ChildProcess &program,
                    const std::string &what);
     void adjustMonitors(const std::vector<std::string> &arguments) const;

@@ -1,0 +1,212 @@
+#include "Scene.h"
+#include "desktop/LumoProcess.h"
+#include "desktop/PrivateDesktop.h"
+#include "desktop/SampleApplication.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace lumo::desktop {
+namespace {
+
+using testing::Contains;
+using testing::HasSubstr;
+using testing::Not;
+using testing::SizeIs;
+
+const Look look{"dim", 1};
+
+double now() {
+    return Seconds(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+// The keys and the pointer as a person uses them, with the real program at work on two windows.
+class LumoTriggers : public testing::Test {
+  protected:
+    LumoTriggers() {
+        session.activate(front.window());
+        session.eventually([&] { return session.activeWindow() == front.window(); });
+    }
+
+    // Starts the program with the effect on, and waits until its main loop turns: by then all
+    // triggers are set up.
+    LumoProcess &start(Preferences more = {}) {
+        more.merge(look.preferences());
+        lumo_ = std::make_unique<LumoProcess>(desktop, more);
+        lumo_->waitForOverlays();
+        const long end = lumo_->process().voluntarySwitches() + 60;
+        if (!session.eventually([&] { return lumo_->process().voluntarySwitches() >= end; },
+                                Seconds(30))) {
+            throw std::runtime_error("the main loop does not turn: " + lumo_->process().report());
+        }
+        return *lumo_;
+    }
+
+    bool becomesShown(bool shown) {
+        return session.eventually([&] { return lumo_->overlays().empty() != shown; });
+    }
+
+    // It does so, and stays so: a trigger that came twice would undo itself.
+    bool becomesAndStays(bool shown) {
+        return becomesShown(shown) &&
+               session.remains([&] { return lumo_->overlays().empty() != shown; }, Seconds(0.3));
+    }
+
+    // The back window is seen as it is, or under the effect.
+    bool backIsPlain() { return session.pixel(backSpot) == Colour{0xd8, 0x3c, 0x30}; }
+
+    bool says(const std::string &text) {
+        return session.eventually([&] {
+            const auto lines = lumo_->process().outputLines();
+            return std::ranges::any_of(lines, [&](const std::string &line) {
+                return line.find(text) != std::string::npos;
+            });
+        });
+    }
+
+    void shake() {
+        for (const int dx : {95, -95, 95, -95}) {
+            session.movePointerBy(dx, 0);
+        }
+    }
+
+    PrivateDesktop desktop{{.width = 900, .height = 700}};
+    DesktopSession &session = desktop.session();
+    const Spot backSpot = {100, 200};
+    SampleApplication back{desktop, "Back", {{.area = {60, 80, 420, 320}, .colour = "#d83c30"}}};
+    SampleApplication front{
+        desktop, "Front", {{.area = {360, 240, 420, 320}, .colour = "#3c64e0"}}};
+
+  private:
+    std::unique_ptr<LumoProcess> lumo_;
+};
+
+TEST_F(LumoTriggers, TheToggleShortcutFiresOncePerPressWithAnyLocksOn) {
+    start();
+    bool shown = true;
+    for (const std::vector<Key> &locks :
+         {std::vector<Key>{}, {Key::capsLock}, {Key::numLock}, {Key::capsLock}}) {
+        for (const Key lock : locks) { // Caps, then both, then Num alone
+            session.press({lock});
+        }
+        session.press({Key::control, Key::space});
+        shown = !shown;
+        EXPECT_TRUE(becomesAndStays(shown));
+    }
+    session.setKey(Key::control, true);
+    session.setKey(Key::space, true);
+    shown = !shown;
+    EXPECT_TRUE(becomesShown(shown));
+    EXPECT_TRUE(session.remains([&] { return becomesShown(shown); }, Seconds(1)))
+        << "held down it repeats, which is one press";
+    session.setKey(Key::space, false);
+    session.setKey(Key::control, false);
+    EXPECT_TRUE(becomesAndStays(shown));
+}
+
+TEST_F(LumoTriggers, AShortcutOfAnotherProgramIsReportedAndTheOthersLive) {
+    xcb_grab_key(session.connection(), 0, session.root(), XCB_MOD_MASK_CONTROL, 65,
+                 XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+    session.stacking(); // a round trip: the key is taken
+    auto &lumo = start({{"peekDuration", 30.0}, {"privacyCoverAutoAssignOnEnable", false}});
+    EXPECT_TRUE(says("[Lumo] Toggle hotkey register failed, status=-9878"));
+    EXPECT_THAT(lumo.process().outputLines(), Not(Contains(HasSubstr("Peek hotkey"))));
+    EXPECT_FALSE(backIsPlain());
+    session.press({Key::control, Key::space});
+    session.press({Key::option, Key::command, Key::tab});
+    EXPECT_TRUE(session.eventually([&] { return backIsPlain(); })) << "peek";
+    session.press({Key::option, Key::command, Key::c});
+    const auto isWritten = [&] {
+        std::ifstream stream(preferencesFile(desktop));
+        const std::string text{std::istreambuf_iterator<char>(stream), {}};
+        return text.find("<key>privacyCoverBundleID</key>\n\t<string>Front") != std::string::npos;
+    };
+    EXPECT_TRUE(session.eventually(isWritten)) << "set cover";
+    EXPECT_THAT(lumo.overlays(), SizeIs(1));
+}
+
+TEST_F(LumoTriggers, PeekShowsTheDesktopPixelForPixelForItsTime) {
+    for (const Compositor compositor : {Compositor::none, Compositor::picomXrender}) {
+        desktop.startCompositor(compositor);
+        const Picture plain = session.stillPicture();
+        auto &lumo = start({{"peekDuration", 1.5}});
+        ASSERT_TRUE(session.eventually([&] { return !backIsPlain(); }));
+        const double pressed = now();
+        session.press({Key::option, Key::command, Key::tab});
+        EXPECT_TRUE(session.eventually(
+            [&] { return !session.picture().firstDifference(plain, session.screenArea()); }));
+        EXPECT_TRUE(session.eventually([&] { return !backIsPlain(); }));
+        EXPECT_GE(now() - pressed, 1.5);
+        EXPECT_LT(now() - pressed, 4) << "a busy machine may be late";
+        EXPECT_EQ(lumo.stop(), 0);
+    }
+}
+
+TEST_F(LumoTriggers, FourStrokesToggleAndWithShiftTheyPeek) {
+    auto &lumo = start({{"peekDuration", 30.0}});
+    session.movePointerTo(450, 350);
+    for (const bool shown : {false, true}) {
+        shake();
+        EXPECT_TRUE(becomesAndStays(shown));
+        // The rest after a shake.
+        EXPECT_TRUE(
+            session.remains([&] { return lumo.overlays().empty() != shown; }, Seconds(0.9)));
+    }
+    EXPECT_TRUE(session.eventually([&] { return !backIsPlain(); }));
+    session.setKey(Key::shift, true);
+    shake();
+    session.setKey(Key::shift, false);
+    EXPECT_TRUE(session.eventually([&] { return backIsPlain(); }));
+    EXPECT_TRUE(becomesAndStays(true));
+}
+
+TEST_F(LumoTriggers, TheEmergencyKeysStopTheEffectAndTheUserIsTold) {
+    desktop.startSessionBus();
+    const auto service = desktop.startNotificationService();
+    ASSERT_TRUE(session.eventually([&] {
+        return session.selectionOwner("_NET_WM_CM_S0") == XCB_NONE && service->isRunning();
+    }));
+    auto &lumo = start();
+    // Also while another program has the whole keyboard.
+    const auto grab = xcb_grab_keyboard(session.connection(), 1, session.root(), XCB_CURRENT_TIME,
+                                        XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+    auto *granted = xcb_grab_keyboard_reply(session.connection(), grab, nullptr);
+    ASSERT_TRUE(granted != nullptr && granted->status == XCB_GRAB_STATUS_SUCCESS);
+    std::free(granted); // NOLINT(*-no-malloc): libxcb allocates so
+    session.press({Key::shift, Key::control, Key::option, Key::command, Key::d});
+    EXPECT_TRUE(session.remains([&] { return lumo.overlays().size() == 1; }, Seconds(0.3)))
+        << "with Shift these are other keys";
+    session.press({Key::control, Key::option, Key::command, Key::d});
+    EXPECT_TRUE(becomesShown(false)) << lumo.process().report();
+    xcb_ungrab_keyboard(session.connection(), XCB_CURRENT_TIME);
+    EXPECT_TRUE(session.eventually([&] {
+        return testing::Value(service->outputLines(),
+                              AllOf(Contains(HasSubstr("Lumo Emergency Stop")),
+                                    Contains(HasSubstr("safely turned off."))));
+    })) << service->report();
+    session.press({Key::control, Key::space});
+    EXPECT_TRUE(becomesAndStays(true)) << "it can be turned on again";
+    EXPECT_EQ(lumo.stop(), 0);
+}
+
+TEST_F(LumoTriggers, TheEmergencyKeysWorkWithoutABus) {
+    auto &lumo = start();
+    session.press({Key::control, Key::option, Key::command, Key::d});
+    EXPECT_TRUE(becomesShown(false));
+    EXPECT_TRUE(says("[Lumo] Failed to send notification: ")) << lumo.process().report();
+    session.press({Key::control, Key::space});
+    EXPECT_TRUE(becomesAndStays(true)) << "the program goes on";
+    EXPECT_EQ(lumo.stop(), 0);
+}
+
+} // namespace
+} // namespace lumo::desktop

@@ -1,0 +1,502 @@
+#include "MirroredDesktop.h"
+#include "platform/HotKeyService.h"
+#include "platform/x11/KeyPositions.h"
+#include "platform/x11/KeyboardModifiers.h"
+#include "platform/x11/PointerDevices.h"
+#include "platform/x11/X11EventMonitors.h"
+#include "platform/x11/X11HotKeys.h"
+#include "platform/x11/X11Screens.h"
+#include "platform/x11/XcbXkb.h"
+#include "support/Log.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace lumo::x11 {
+namespace {
+
+using desktop::Key;
+using desktop::WindowManager;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+constexpr std::uint32_t superMask = XCB_MOD_MASK_4;
+constexpr std::uint32_t commandOption = hotKeyModifier::command | hotKeyModifier::option;
+constexpr std::uint8_t scrollLockKeycode = 78; // of Linux keyboards
+constexpr std::uint8_t superLeftKeycode = 133;
+
+// What of the backend has to do with input, on a desktop without a window manager, and a person who
+// uses it.
+class InputTest : public testing::Test {
+  protected:
+    InputTest() {
+        xcb_xkb_use_extension_reply(tester(), xcb_xkb_use_extension(tester(), 1, 0), nullptr);
+    }
+
+    xcb_connection_t *tester() { return mirrored_.session.connection(); }
+
+    // What was done has happened, and all that it caused has been dispatched.
+    void catchUp() { mirrored_.catchUp(); }
+    bool eventually(const std::function<bool()> &condition) {
+        return mirrored_.eventually(condition);
+    }
+
+    void press(const std::vector<Key> &chord) {
+        mirrored_.session.press(chord);
+        catchUp();
+    }
+
+    void lockModifiers(std::uint8_t mask) {
+        xcb_xkb_latch_lock_state(tester(), XCB_XKB_ID_USE_CORE_KBD, 0xff, mask, 0, 0, 0, 0, 0);
+        catchUp();
+    }
+
+    // Puts the key into this modifier (0 to 7) and takes it out of all others.
+    void moveKeyToModifier(xcb_keycode_t key, std::size_t modifier) {
+        const std::unique_ptr<xcb_get_modifier_mapping_reply_t, FreeDeleter> old(
+            xcb_get_modifier_mapping_reply(tester(), xcb_get_modifier_mapping(tester()), nullptr));
+        const auto *keys = xcb_get_modifier_mapping_keycodes(old.get());
+        const std::size_t before = old->keycodes_per_modifier;
+        const std::size_t width = before + 1;
+        std::vector<xcb_keycode_t> mapping(8 * width);
+        for (std::size_t index = 0; index < 8 * before; ++index) {
+            const auto kept = keys[index] == key ? xcb_keycode_t{0} : keys[index];
+            mapping[index / before * width + index % before] = kept;
+        }
+        mapping[modifier * width + before] = key;
+        const std::unique_ptr<xcb_set_modifier_mapping_reply_t, FreeDeleter> reply(
+            xcb_set_modifier_mapping_reply(
+                tester(),
+                xcb_set_modifier_mapping(tester(), static_cast<std::uint8_t>(width),
+                                         mapping.data()),
+                nullptr));
+        ASSERT_EQ(reply->status, XCB_MAPPING_STATUS_SUCCESS);
+    }
+
+    // Another program takes the key; false when it can't have it.
+    bool grabKeyAsOther(std::uint32_t virtualKey, std::uint32_t modifiers) {
+        const auto cookie = xcb_grab_key_checked(
+            tester(), 0, mirrored_.session.root(), static_cast<std::uint16_t>(modifiers),
+            *keycodeOfVirtualKey(virtualKey), XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+        return XcbPointer<xcb_generic_error_t>(xcb_request_check(tester(), cookie)) == nullptr;
+    }
+
+    MirroredDesktop mirrored_{{.windowManager = WindowManager::none}};
+    Connection &connection_ = *mirrored_.connection;
+    std::vector<std::string> logLines_;
+    Log log_{[this](std::string_view line) { logLines_.emplace_back(line); }};
+    X11Screens screens_{connection_};
+    KeyboardModifiers modifiers_{connection_};
+};
+
+class HotKeysTest : public InputTest {
+  protected:
+    HotKeysTest()
+        : handler_(hotKeys_.installEventHandler([this](const HotKeyEvent &event) {
+            events_.push_back((event.kind == hotKeyEventKind::pressed ? "+" : "-") +
+                              std::to_string(event.id->number));
+        })) {}
+
+    HotKeyRegistration add(std::uint32_t key, std::uint32_t modifiers, std::uint32_t number) {
+        return hotKeys_.registerHotKey(key, modifiers, {0, number});
+    }
+
+    std::vector<std::string> take() { return std::exchange(events_, {}); }
+
+    X11HotKeys hotKeys_{connection_, modifiers_, log_};
+    std::vector<std::string> events_;
+    Handle handler_;
+};
+
+TEST_F(HotKeysTest, FireOncePerPressWhateverTheLocksSay) {
+    moveKeyToModifier(scrollLockKeycode, 5); // Mod3 is free
+    ASSERT_TRUE(eventually([&] { return modifiers_.bits().scrollLock != 0; }));
+    const auto bits = modifiers_.bits();
+    EXPECT_EQ(bits.command, superMask);
+    EXPECT_EQ(bits.option, XCB_MOD_MASK_1);
+    ASSERT_NE(bits.numLock, 0);
+    const auto toggle = add(49, hotKeyModifier::control, 1);
+    const auto peek = add(48, commandOption, 2);
+    const auto plain = add(9, 0, 3);
+    for (unsigned locks = 0; locks < 8; ++locks) {
+        lockModifiers(static_cast<std::uint8_t>(((locks & 1U) != 0 ? XCB_MOD_MASK_LOCK : 0) |
+                                                ((locks & 2U) != 0 ? bits.numLock : 0) |
+                                                ((locks & 4U) != 0 ? bits.scrollLock : 0)));
+        SCOPED_TRACE(locks);
+        press({Key::control, Key::space});
+        press({Key::option, Key::command, Key::tab});
+        press({Key::v});
+        EXPECT_THAT(take(), ElementsAre("+1", "-1", "+2", "-2", "+3", "-3"));
+        press({Key::control, Key::shift, Key::space}); // one modifier more
+        press({Key::space});
+        press({Key::command, Key::tab});
+        EXPECT_THAT(take(), IsEmpty());
+    }
+}
+
+TEST_F(HotKeysTest, AHeldKeyRepeatsItsPressAndIsReleasedOnce) {
+    auto toggle = add(49, hotKeyModifier::control, 1);
+    auto &session = mirrored_.session;
+    session.setKey(Key::control, true);
+    session.setKey(Key::space, true);
+    ASSERT_TRUE(eventually([&] { return events_.size() >= 4; })) << "the server repeats keys";
+    session.setKey(Key::control, false); // the modifier first
+    catchUp();
+    session.setKey(Key::space, false);
+    catchUp();
+    EXPECT_EQ(std::ranges::count(events_, "-1"), 1);
+    EXPECT_EQ(take().back(), "-1");
+
+    session.setKey(Key::control, true);
+    session.setKey(Key::space, true);
+    ASSERT_TRUE(eventually([&] { return !events_.empty(); }));
+    toggle.handle.reset();
+    EXPECT_EQ(take().back(), "-1") << "unregistered while it is down";
+    session.setKey(Key::space, false);
+    session.setKey(Key::control, false);
+    catchUp();
+    take();
+    press({Key::control, Key::space});
+    EXPECT_THAT(take(), IsEmpty());
+}
+
+TEST_F(HotKeysTest, OneThatAnotherProgramHoldsIsRefusedAndLeavesNothingBehind) {
+    ASSERT_TRUE(grabKeyAsOther(49, XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_LOCK));
+    EXPECT_EQ(add(49, hotKeyModifier::control, 1).status, hotKeyStatus::alreadyTaken);
+    catchUp();
+    EXPECT_TRUE(grabKeyAsOther(49, XCB_MOD_MASK_CONTROL)) << "a grab was kept";
+    EXPECT_EQ(add(500, 0, 1).status, hotKeyStatus::invalidParameter);
+    const auto peek = add(48, commandOption, 2);
+    EXPECT_EQ(peek.status, hotKeyStatus::success);
+    EXPECT_FALSE(grabKeyAsOther(48, XCB_MOD_MASK_1 | superMask));
+    press({Key::option, Key::command, Key::tab});
+    EXPECT_THAT(take(), ElementsAre("+2", "-2"));
+}
+
+TEST_F(HotKeysTest, FollowTheModifierKeysToOtherPositions) {
+    const auto peek = add(48, commandOption, 2);
+    const auto cover = add(8, hotKeyModifier::command, 5);
+    ASSERT_TRUE(grabKeyAsOther(8, XCB_MOD_MASK_3));
+    const auto command = modifiers_.bits().command;
+    moveKeyToModifier(superLeftKeycode, 5);
+    ASSERT_TRUE(eventually([&] { return modifiers_.bits().command != command; }));
+    EXPECT_EQ(modifiers_.bits().command, XCB_MOD_MASK_3);
+    EXPECT_TRUE(eventually([&] { return !logLines_.empty(); }));
+    catchUp();
+    EXPECT_THAT(logLines_,
+                ElementsAre("[Lumo] hotkey lost when the keyboard changed, status=-9878"));
+    press({Key::option, Key::command, Key::tab});
+    press({Key::command, Key::c});
+    EXPECT_THAT(take(), ElementsAre("+2", "-2"));
+    EXPECT_TRUE(grabKeyAsOther(48, XCB_MOD_MASK_1 | superMask)) << "the old grabs are given up";
+
+    moveKeyToModifier(superLeftKeycode, 6);
+    ASSERT_TRUE(eventually([&] { return modifiers_.bits().command == superMask; }));
+    catchUp();
+    press({Key::command, Key::c});
+    EXPECT_THAT(take(), ElementsAre("+5", "-5")) << "back where it can be had";
+}
+
+class EventMonitorsTest : public InputTest {
+  protected:
+    // A monitor that is at work and keeps what it hears.
+    Handle monitor(EventMask mask) {
+        auto handle = monitors_.addGlobalMonitor(
+            mask, [this](const InputEvent &event) { events_.push_back(event); });
+        catchUp();
+        return handle;
+    }
+
+    std::vector<InputEvent> take() { return std::exchange(events_, {}); }
+
+    // A window of this process that was made on another connection, as the toolkit's are.
+    xcb_window_t openOwnWindow() {
+        const auto window = xcb_generate_id(toolkit_.get());
+        const std::uint32_t values[] = {1, XCB_EVENT_MASK_KEY_PRESS};
+        xcb_create_window(toolkit_.get(), XCB_COPY_FROM_PARENT, window, mirrored_.session.root(),
+                          100, 100, 300, 200, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+                          XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK,
+                          values);
+        xcb_map_window(toolkit_.get(), window);
+        syncToolkit();
+        return window;
+    }
+
+    void syncToolkit() {
+        const XcbPointer<xcb_get_input_focus_reply_t> reply(xcb_get_input_focus_reply(
+            toolkit_.get(), xcb_get_input_focus(toolkit_.get()), nullptr));
+        catchUp();
+    }
+
+    void warpPointerTo(int x, int y) {
+        xcb_warp_pointer(tester(), XCB_NONE, mirrored_.session.root(), 0, 0, 0, 0,
+                         static_cast<std::int16_t>(x), static_cast<std::int16_t>(y));
+        catchUp();
+    }
+
+    void setFocus(xcb_window_t window) {
+        xcb_set_input_focus(tester(), XCB_INPUT_FOCUS_POINTER_ROOT, window, XCB_CURRENT_TIME);
+        catchUp();
+    }
+
+    struct Disconnect {
+        void operator()(xcb_connection_t *connection) const { xcb_disconnect(connection); }
+    };
+    std::unique_ptr<xcb_connection_t, Disconnect> toolkit_{
+        xcb_connect(mirrored_.desktop.displayName().c_str(), nullptr)};
+    X11EventMonitors monitors_{connection_, modifiers_, *mirrored_.mirror, screens_};
+    std::vector<InputEvent> events_;
+};
+
+constexpr EventMask keysMask = eventMask(EventType::keyDown);
+
+TEST_F(EventMonitorsTest, TellOfMotionInPointsWithButtonsAndModifiers) {
+    auto &session = mirrored_.session;
+    const auto motion = monitor(pointerMotionMask);
+    warpPointerTo(400, 300);
+    catchUp();
+    EXPECT_THAT(take(), IsEmpty()) << "a warp is no motion";
+    session.movePointerBy(30, -20);
+    session.movePointerBy(-5000, 0); // beyond the edge
+    catchUp();
+    const auto moves = take();
+    ASSERT_THAT(moves, SizeIs(2));
+    EXPECT_EQ(moves[0].type, EventType::mouseMoved);
+    EXPECT_EQ(moves[0].modifierFlags, 0U);
+    EXPECT_EQ(moves[0].deltaX, 30);
+    EXPECT_EQ(moves[0].deltaY, -20);
+    EXPECT_EQ(moves[1].deltaX, -5000);
+
+    const std::pair<int, EventType> buttons[] = {{1, EventType::leftMouseDragged},
+                                                 {2, EventType::otherMouseDragged},
+                                                 {3, EventType::rightMouseDragged},
+                                                 {4, EventType::mouseMoved}, // a wheel
+                                                 {9, EventType::otherMouseDragged}};
+    for (const auto &[button, type] : buttons) {
+        session.setButton(button, true);
+        session.movePointerBy(5, 0);
+        session.setButton(button, false);
+        session.movePointerBy(5, 0);
+        catchUp();
+        const auto drags = take();
+        ASSERT_THAT(drags, SizeIs(2)) << button;
+        EXPECT_EQ(drags[0].type, type) << button;
+        EXPECT_EQ(drags[1].type, EventType::mouseMoved) << button;
+    }
+
+    const std::pair<Key, std::uint32_t> keys[] = {{Key::shift, modifierFlag::shift},
+                                                  {Key::control, modifierFlag::control},
+                                                  {Key::option, modifierFlag::option},
+                                                  {Key::command, modifierFlag::command}};
+    for (const auto &[key, flag] : keys) {
+        session.setKey(key, true);
+        session.movePointerBy(5, 0);
+        session.setKey(key, false);
+        session.movePointerBy(5, 0);
+        catchUp();
+        const auto held = take();
+        ASSERT_THAT(held, SizeIs(2));
+        EXPECT_EQ(held[0].modifierFlags, flag);
+        EXPECT_EQ(held[1].modifierFlags, 0U);
+    }
+
+    const std::string resources = "Xft.dpi:\t192\n";
+    xcb_change_property(tester(), XCB_PROP_MODE_REPLACE, session.root(), XCB_ATOM_RESOURCE_MANAGER,
+                        XCB_ATOM_STRING, 8, static_cast<std::uint32_t>(resources.size()),
+                        resources.data());
+    xcb_flush(tester());
+    ASSERT_TRUE(eventually([&] { return screens_.pointSpace().scale() == 2; }));
+    session.movePointerBy(30, 0);
+    catchUp();
+    EXPECT_EQ(take().at(0).deltaX, 15);
+}
+
+TEST_F(EventMonitorsTest, TellOfKeysAndModifiersAlsoWhileAnotherProgramGrabsThem) {
+    auto &session = mirrored_.session;
+    const auto keys = monitor(keysMask | eventMask(EventType::flagsChanged));
+    const auto pressEmergency = [&] {
+        press({Key::control, Key::option, Key::command, Key::d});
+        const auto events = take();
+        EXPECT_THAT(events, SizeIs(7)) << "three down, the key, three up";
+        const auto key = std::ranges::find(events, EventType::keyDown, &InputEvent::type);
+        return key != events.end() ? *key : InputEvent{};
+    };
+    EXPECT_EQ(pressEmergency().modifierFlags, 0x1C0000U);
+    const auto grab = xcb_grab_keyboard(tester(), 1, session.root(), XCB_CURRENT_TIME,
+                                        XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+    const XcbPointer<xcb_grab_keyboard_reply_t> granted(
+        xcb_grab_keyboard_reply(tester(), grab, nullptr));
+    ASSERT_EQ(granted->status, XCB_GRAB_STATUS_SUCCESS);
+    const auto event = pressEmergency();
+    EXPECT_EQ(event.modifierFlags, 0x1C0000U);
+    EXPECT_EQ(event.keyCode, 2);
+    xcb_ungrab_keyboard(tester(), XCB_CURRENT_TIME);
+
+    lockModifiers(static_cast<std::uint8_t>(XCB_MOD_MASK_LOCK | modifiers_.bits().numLock));
+    take();
+    EXPECT_EQ(pressEmergency().modifierFlags, 0x1D0000U) << "Caps Lock counts, Num Lock does not";
+
+    session.setKey(Key::v, true);
+    ASSERT_TRUE(eventually([&] { return !events_.empty(); }));
+    EXPECT_TRUE(session.remains(
+        [&] {
+            connection_.dispatch();
+            return events_.size() == 1;
+        },
+        desktop::Seconds(0.8)))
+        << "a key that repeats is one press";
+    session.setKey(Key::v, false);
+}
+
+TEST_F(EventMonitorsTest, InOwnWindowsEventsAreLocal) {
+    auto &session = mirrored_.session;
+    warpPointerTo(10, 10);
+    const auto window = openOwnWindow();
+    const auto all = monitor(keysMask | pointerMotionMask);
+    setFocus(window);
+    press({Key::v});
+    EXPECT_THAT(take(), IsEmpty());
+    session.movePointerBy(5, 0);
+    catchUp();
+    EXPECT_THAT(take(), SizeIs(1)) << "the pointer is elsewhere";
+    warpPointerTo(150, 150);
+    session.movePointerBy(5, 0);
+    catchUp();
+    EXPECT_THAT(take(), IsEmpty());
+    warpPointerTo(10, 10);
+    session.movePointerBy(5, 0);
+    catchUp();
+    EXPECT_THAT(take(), SizeIs(1));
+
+    setFocus(XCB_INPUT_FOCUS_POINTER_ROOT);
+    press({Key::v});
+    EXPECT_THAT(take(), SizeIs(1));
+    setFocus(window);
+    xcb_destroy_window(toolkit_.get(), window);
+    syncToolkit();
+    press({Key::v});
+    EXPECT_THAT(take(), SizeIs(1)) << "a window that is gone has no focus";
+
+    warpPointerTo(150, 150);
+    catchUp();
+    setFocus(openOwnWindow()); // beneath the pointer
+    session.movePointerBy(5, 0);
+    press({Key::v});
+    EXPECT_THAT(take(), IsEmpty());
+}
+
+TEST_F(EventMonitorsTest, LocalOnesMaySwallowWhatTheToolkitHandsOver) {
+    std::vector<std::string> heard;
+    bool swallows = false;
+    const auto first = monitors_.addLocalMonitor(keysMask, [&](const InputEvent &event) {
+        heard.push_back("first " + std::to_string(event.keyCode) + " " +
+                        std::to_string(event.modifierFlags >> 16U));
+        return swallows;
+    });
+    const auto second = monitors_.addLocalMonitor(keysMask, [&](const InputEvent &) {
+        heard.emplace_back("second");
+        return false;
+    });
+    // As the toolkit reads them from its connection.
+    const auto window = openOwnWindow();
+    setFocus(window);
+    press({Key::control, Key::d});
+    syncToolkit();
+    std::vector<XcbPointer<xcb_generic_event_t>> presses;
+    while (auto *event = xcb_poll_for_event(toolkit_.get())) {
+        presses.emplace_back(event);
+    }
+    std::erase_if(presses, [](const auto &event) { return event->response_type != XCB_KEY_PRESS; });
+    ASSERT_THAT(presses, SizeIs(2));
+    EXPECT_FALSE(monitors_.handleLocal(*presses.back()));
+    EXPECT_THAT(heard, ElementsAre("first 2 4", "second"));
+    heard.clear();
+    swallows = true;
+    EXPECT_TRUE(monitors_.handleLocal(*presses.back()));
+    EXPECT_THAT(heard, ElementsAre("first 2 4"));
+    heard.clear();
+    xcb_generic_event_t motion{};
+    motion.response_type = XCB_MOTION_NOTIFY;
+    EXPECT_FALSE(monitors_.handleLocal(motion));
+    EXPECT_THAT(heard, IsEmpty());
+}
+
+TEST_F(EventMonitorsTest, CostTheServerNothingPerEventAndNothingAtAllWhenUnused) {
+    int arrived = 0;
+    const auto arrivals = connection_.onEvent([&](const xcb_generic_event_t &event) {
+        const bool isInput = event.response_type == XCB_GE_GENERIC;
+        arrived += isInput && reinterpret_cast<const xcb_ge_generic_event_t &>(event).event_type ==
+                                  XCB_INPUT_RAW_MOTION
+                       ? 1
+                       : 0;
+    });
+    auto motion = monitor(pointerMotionMask);
+    auto other = monitors_.addGlobalMonitor(pointerMotionMask, [](const auto &) {});
+    const auto before = connection_.bytesSent();
+    for (int step = 0; step < 500; ++step) {
+        mirrored_.session.movePointerBy(step % 2 == 0 ? 3 : -3, 0);
+        connection_.dispatch();
+    }
+    connection_.flush();
+    EXPECT_EQ(connection_.bytesSent(), before);
+    ASSERT_TRUE(eventually([&] { return events_.size() >= 500; }));
+    EXPECT_EQ(arrived, 500);
+
+    motion.reset();
+    mirrored_.session.movePointerBy(3, 0);
+    catchUp();
+    EXPECT_EQ(arrived, 501) << "somebody still listens";
+    other.reset();
+    catchUp();
+    mirrored_.session.movePointerBy(3, 0);
+    press({Key::v});
+    EXPECT_EQ(arrived, 501);
+    EXPECT_THAT(take(), SizeIs(500));
+}
+
+TEST(PointerAxisTest, TurnsPositionsIntoMovements) {
+    PointerAxis mouse;
+    EXPECT_EQ(mouse.movement(30, 1000), 30);
+    EXPECT_EQ(mouse.movement(30, 1000), 30);
+    PointerAxis tablet{true, 0, 32768};
+    EXPECT_EQ(tablet.movement(20000, 1024), 0) << "it may have been put down anywhere";
+    EXPECT_EQ(tablet.movement(23200, 1024), 100);
+    EXPECT_EQ(tablet.movement(20000, 1024), -100);
+    PointerAxis unknown{true, 0, 0};
+    unknown.movement(5, 1024);
+    EXPECT_EQ(unknown.movement(15, 1024), 10);
+}
+
+// The inverse agrees with the table, and every key of a full keyboard has its place.
+TEST(KeyPositionsTest, AreTheSameBothWays) {
+    int keys = 0;
+    for (std::uint32_t virtualKey = 0; virtualKey < 200; ++virtualKey) {
+        if (const auto keycode = keycodeOfVirtualKey(virtualKey)) {
+            EXPECT_EQ(virtualKeyOfKeycode(*keycode), virtualKey);
+            ++keys;
+        }
+    }
+    EXPECT_GE(keys, 104);
+    EXPECT_EQ(virtualKeyOfKeycode(0), std::nullopt);
+    EXPECT_EQ(virtualKeyOfKeycode(7), std::nullopt);
+    EXPECT_EQ(virtualKeyOfKeycode(1000), std::nullopt);
+    // Keys whose numbers are out of any order, by what Linux calls them.
+    const std::map<std::uint32_t, unsigned> positions = {
+        {49, 57}, {2, 32}, {18, 2}, {23, 6}, {22, 7}, {97, 64}, {126, 103}, {76, 96}, {117, 111}};
+    for (const auto &[virtualKey, kernelKey] : positions) {
+        EXPECT_EQ(keycodeOfVirtualKey(virtualKey), kernelKey + 8) << virtualKey;
+    }
+}
+
+} // namespace
+} // namespace lumo::x11
