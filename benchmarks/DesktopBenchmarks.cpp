@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -24,7 +25,8 @@ double now() {
 
 double quantile(std::vector<double> values, double share) {
     std::ranges::sort(values);
-    return values[static_cast<std::size_t>(share * static_cast<double>(values.size() - 1) + 0.5)];
+    return values[static_cast<std::size_t>(
+        std::lround(share * static_cast<double>(values.size() - 1)))];
 }
 
 void require(bool holds, const char *what) {
@@ -40,6 +42,7 @@ class CrowdedDesktop {
         : desktop({.width = 1920, .height = 1080, .compositor = compositor}) {
         for (int application = 0; application < 5; ++application) {
             std::vector<SampleWindow> windows;
+            windows.reserve(10);
             for (int window = 0; window < 10; ++window) {
                 windows.push_back(
                     {.title = "Window " + std::to_string(window),
@@ -110,6 +113,7 @@ void measureFocus(CrowdedDesktop &crowd, xcb_window_t overlay) {
 }
 
 void measureIdle(CrowdedDesktop &crowd, LumoProcess &lumo) {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing changes the environment
     const char *wanted = std::getenv("LUMO_BENCHMARK_IDLE_SECONDS");
     const double seconds = wanted != nullptr ? std::strtod(wanted, nullptr) : 20;
     const double start = now();
@@ -123,7 +127,7 @@ void measureIdle(CrowdedDesktop &crowd, LumoProcess &lumo) {
     const double elapsed = now() - start;
     const double own = lumo.process().cpuSeconds() - ownBefore;
     const double server = crowd.desktop.server().cpuSeconds() - serverBefore;
-    const double turns = static_cast<double>(lumo.process().voluntarySwitches() - turnsBefore);
+    const auto turns = static_cast<double>(lumo.process().voluntarySwitches() - turnsBefore);
     std::printf(
         "  idle with 50 windows, %.0f s scaled to a minute: %.3f s CPU (%.2f %% of a core), "
         "X server %.3f s, main loop sleeps %.0f/s\n",

@@ -78,7 +78,7 @@ class LumoFocus : public testing::TestWithParam<Manager> {
                                    });
     }
 
-    void show(Preferences preferences = look.preferences(), std::size_t displays = 1) {
+    void show(const Preferences &preferences = look.preferences(), std::size_t displays = 1) {
         lumo.emplace(desktop, preferences);
         lumo->waitForOverlays(displays);
         scene.emplace(desktop, *lumo, look);
@@ -192,6 +192,7 @@ TEST_P(LumoFocus, MovesTheOverlayAndClicksReachTheWindowsBeneath) {
     }
     EXPECT_TRUE(session.eventually(
         [&] { return green->clicks().size() + blue->clicks().size() == before + 10; }));
+    bringForward(*blue); // under load not every manager ends with the window of the last click
     EXPECT_EQ(scene->wrongWith(clear(blue)), "");
 }
 
