@@ -40,7 +40,9 @@ constexpr std::uint8_t superLeftKeycode = 133;
 class InputTest : public testing::Test {
   protected:
     InputTest() {
-        xcb_xkb_use_extension_reply(tester(), xcb_xkb_use_extension(tester(), 1, 0), nullptr);
+        const XcbPointer<xcb_xkb_use_extension_reply_t> reply(
+            xcb_xkb_use_extension_reply(tester(), xcb_xkb_use_extension(tester(), 1, 0), nullptr));
+        EXPECT_NE(reply, nullptr);
     }
 
     xcb_connection_t *tester() { return mirrored_.session.connection(); }
