@@ -7,6 +7,8 @@ if(LUMO_SANITIZE STREQUAL "address")
 elseif(LUMO_SANITIZE STREQUAL "thread")
   add_compile_options(-fsanitize=thread -fno-omit-frame-pointer)
   add_link_options(-fsanitize=thread)
+  target_sources(lumo_warnings INTERFACE
+    ${CMAKE_CURRENT_LIST_DIR}/ThreadSanitizerSuppressions.cpp)
 elseif(NOT LUMO_SANITIZE STREQUAL "")
   message(FATAL_ERROR "LUMO_SANITIZE must be empty, address or thread, not ${LUMO_SANITIZE}")
 endif()

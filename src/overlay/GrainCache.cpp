@@ -85,7 +85,8 @@ std::shared_ptr<const Image> makeFineGrainImage(Size size, double scale) {
 }
 
 GrainCache &GrainCache::shared() {
-    static GrainCache cache;
+    // Never destroyed, since a background thread may still use it while the process exits.
+    static auto &cache = *new GrainCache;
     return cache;
 }
 
