@@ -23,6 +23,7 @@
 
 namespace {
 
+// NOLINTNEXTLINE(*-non-const-global-variables): the allocator has no other place to count in
 std::atomic<long> allocations = 0;
 
 } // namespace
@@ -67,6 +68,7 @@ void measureEvents() {
     constexpr int eventsPerBatch = 500;
     PrivateDesktop desktop({.windowManager = WindowManager::none});
     DesktopSession &session = desktop.session();
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread runs
     setenv("XDG_CONFIG_HOME", desktop.configDirectory().c_str(), 1);
     x11::GlibMainLoop loop;
     Log log([](std::string_view) {});

@@ -30,6 +30,7 @@ class CoverOnDesktop : public testing::Test {
     CoverOnDesktop() {
         desktop_.setMonitor("LEFT", {0, 0, 800, 600}, true);
         desktop_.setMonitor("RIGHT", {800, 0, 800, 600}, false);
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread runs
         setenv("XDG_CONFIG_HOME", desktop_.configDirectory().c_str(), 1);
         connection_ = Connection::open(desktop_.displayName().c_str());
         backend_ = std::make_unique<X11Backend>(*connection_, loop(), log_);

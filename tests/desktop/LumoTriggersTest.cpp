@@ -181,7 +181,7 @@ TEST_F(LumoTriggers, TheEmergencyKeysStopTheEffectAndTheUserIsTold) {
                                         XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
     auto *granted = xcb_grab_keyboard_reply(session.connection(), grab, nullptr);
     ASSERT_TRUE(granted != nullptr && granted->status == XCB_GRAB_STATUS_SUCCESS);
-    std::free(granted); // NOLINT(*-no-malloc): libxcb allocates so
+    std::free(granted);
     session.press({Key::shift, Key::control, Key::option, Key::command, Key::d});
     EXPECT_TRUE(session.remains([&] { return lumo.overlays().size() == 1; }, Seconds(0.3)))
         << "with Shift these are other keys";

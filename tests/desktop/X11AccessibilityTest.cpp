@@ -29,7 +29,7 @@ TEST(AccessibilityTest, TrustFollowsTheWindowManager) {
         ASSERT_TRUE(mirrored.session.eventually(
             [&] { return mirrored.session.windowManagerTakesWindows(); }));
         SampleApplication sample(mirrored.desktop, "Sample", {{.title = "A"}, {.title = "B"}});
-        for (const std::size_t window : {0, 1}) {
+        for (const std::size_t window : {0U, 1U}) {
             mirrored.session.activate(sample.window(window));
             ASSERT_TRUE(mirrored.eventually(
                 [&] { return mirrored.mirror->activeWindow() == sample.window(window); }));

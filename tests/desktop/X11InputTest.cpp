@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <functional>
 #include <map>
@@ -25,7 +26,6 @@ namespace {
 
 using desktop::Key;
 using desktop::WindowManager;
-using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
@@ -224,11 +224,11 @@ class EventMonitorsTest : public InputTest {
     // A window of this process that was made on another connection, as the toolkit's are.
     xcb_window_t openOwnWindow() {
         const auto window = xcb_generate_id(toolkit_.get());
-        const std::uint32_t values[] = {1, XCB_EVENT_MASK_KEY_PRESS};
+        const std::array<std::uint32_t, 2> values = {1, XCB_EVENT_MASK_KEY_PRESS};
         xcb_create_window(toolkit_.get(), XCB_COPY_FROM_PARENT, window, mirrored_.session.root(),
                           100, 100, 300, 200, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
                           XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK,
-                          values);
+                          values.data());
         xcb_map_window(toolkit_.get(), window);
         syncToolkit();
         return window;
@@ -279,11 +279,11 @@ TEST_F(EventMonitorsTest, TellOfMotionInPointsWithButtonsAndModifiers) {
     EXPECT_EQ(moves[0].deltaY, -20);
     EXPECT_EQ(moves[1].deltaX, -5000);
 
-    const std::pair<int, EventType> buttons[] = {{1, EventType::leftMouseDragged},
-                                                 {2, EventType::otherMouseDragged},
-                                                 {3, EventType::rightMouseDragged},
-                                                 {4, EventType::mouseMoved}, // a wheel
-                                                 {9, EventType::otherMouseDragged}};
+    const std::vector<std::pair<int, EventType>> buttons = {{1, EventType::leftMouseDragged},
+                                                            {2, EventType::otherMouseDragged},
+                                                            {3, EventType::rightMouseDragged},
+                                                            {4, EventType::mouseMoved}, // a wheel
+                                                            {9, EventType::otherMouseDragged}};
     for (const auto &[button, type] : buttons) {
         session.setButton(button, true);
         session.movePointerBy(5, 0);
@@ -296,10 +296,10 @@ TEST_F(EventMonitorsTest, TellOfMotionInPointsWithButtonsAndModifiers) {
         EXPECT_EQ(drags[1].type, EventType::mouseMoved) << button;
     }
 
-    const std::pair<Key, std::uint32_t> keys[] = {{Key::shift, modifierFlag::shift},
-                                                  {Key::control, modifierFlag::control},
-                                                  {Key::option, modifierFlag::option},
-                                                  {Key::command, modifierFlag::command}};
+    const std::vector<std::pair<Key, std::uint32_t>> keys = {{Key::shift, modifierFlag::shift},
+                                                             {Key::control, modifierFlag::control},
+                                                             {Key::option, modifierFlag::option},
+                                                             {Key::command, modifierFlag::command}};
     for (const auto &[key, flag] : keys) {
         session.setKey(key, true);
         session.movePointerBy(5, 0);

@@ -145,8 +145,8 @@ class ScriptedDesktop final : private WindowServer,
     // Hot keys. A press while the key is down is auto-repeat. Nothing is heard of combinations that
     // are not registered.
     struct HotKey {
-        std::uint32_t keyCode;
-        std::uint32_t modifiers;
+        std::uint32_t keyCode = 0;
+        std::uint32_t modifiers = 0;
         HotKeyID id;
     };
     const std::vector<HotKey> &hotKeys() const { return hotKeys_; }

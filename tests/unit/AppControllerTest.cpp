@@ -286,7 +286,7 @@ TEST_F(AppControllerTest, KeepsItsPromisesUnderRandomTriggers) {
     desktop.openWindow(desktop.launch("Player", "org.example.Player"), {50, 50, 900, 700});
     desktop.defaults.emplace("privacyCoverEnabled", Value(true));
     start();
-    std::mt19937 random(20240607); // the same story each time
+    std::mt19937 random(20240607); // NOLINT(cert-msc*): the same story each time
     const auto oneOf = [&](auto... choices) {
         const std::vector all{choices...};
         return all[random() % all.size()];

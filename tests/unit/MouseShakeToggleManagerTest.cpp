@@ -6,7 +6,7 @@
 #include <gmock/gmock.h>
 
 #include <optional>
-#include <string>
+#include <utility>
 #include <vector>
 
 namespace lumo {
@@ -49,12 +49,14 @@ struct Movement {
     double dx;
 };
 
+struct Gesture {
+    const char *name;
+    std::vector<Movement> movements;
+    std::size_t shakes;
+};
+
 TEST_F(MouseShakeTest, TakesFourAlternatingStrokesInTime) {
-    const struct {
-        const char *name;
-        std::vector<Movement> movements;
-        std::size_t shakes;
-    } cases[] = {
+    const std::vector<Gesture> cases = {
         {"four strokes", {{0, 95}, {0.3, -95}, {0.3, 95}, {0.3, -95}}, 1},
         {"to the left first", {{0, -90}, {0.3, 90}, {0.3, -90}, {0.3, 90}}, 1},
         {"three strokes", {{0, 95}, {0.3, -95}, {0.3, 95}}, 0},
@@ -108,14 +110,16 @@ TEST_F(MouseShakeTest, RestsAfterAShake) {
     EXPECT_THAT(reported, ElementsAre(toggle)) << "what came during the rest does not count";
 }
 
+struct Choice {
+    bool reveal = false;
+    bool held = false;
+    bool toggleAction = false;
+    std::optional<MouseShakeToggleManager::Action> action;
+};
+
 TEST_F(MouseShakeTest, TheSettingsAndTheModifiersAtTheLastStrokeChooseTheAction) {
     const std::optional<MouseShakeToggleManager::Action> nothing;
-    const struct {
-        bool reveal;
-        bool held;
-        bool toggleAction;
-        std::optional<MouseShakeToggleManager::Action> action;
-    } cases[] = {
+    const std::vector<Choice> cases = {
         {true, true, true, peek},      {true, true, false, peek},      {true, false, true, toggle},
         {true, false, false, peek},    {false, true, true, toggle},    {false, false, true, toggle},
         {false, true, false, nothing}, {false, false, false, nothing},
@@ -131,10 +135,10 @@ TEST_F(MouseShakeTest, TheSettingsAndTheModifiersAtTheLastStrokeChooseTheAction)
 }
 
 TEST_F(MouseShakeTest, KnowsTheModifiersByName) {
-    const std::pair<const char *, std::uint32_t> names[] = {{"Shift", 1U << 17U},
-                                                            {"Control", 1U << 18U},
-                                                            {"Option", 1U << 19U},
-                                                            {"Command", 1U << 20U}};
+    const std::vector<std::pair<const char *, std::uint32_t>> names = {{"Shift", 1U << 17U},
+                                                                       {"Control", 1U << 18U},
+                                                                       {"Option", 1U << 19U},
+                                                                       {"Command", 1U << 20U}};
     for (const auto &[name, flag] : names) {
         EXPECT_TRUE(MouseShakeToggleManager::modifierMatches(flag | 1U << 16U, name)) << name;
         EXPECT_FALSE(MouseShakeToggleManager::modifierMatches(~flag, name)) << name;
