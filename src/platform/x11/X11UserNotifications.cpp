@@ -12,7 +12,7 @@ namespace {
 constexpr const char *serviceName = "org.freedesktop.Notifications";
 constexpr const char *objectPath = "/org/freedesktop/Notifications";
 constexpr const char *desktopEntry = "app.lumo.Lumo";
-constexpr const char *defaultSound = "dialog-information"; // of the sound naming specification
+constexpr const char *defaultSound = "dialog-information"; // a name that every sound theme has
 
 constexpr int leaveItToTheService = -1; // how long the notification stays
 constexpr int longestCall = 10000;      // milliseconds
