@@ -2,40 +2,27 @@
 
 #include "desktop/LumoProcess.h"
 #include "desktop/Picture.h"
+#include "reference/EffectLook.h"
 
 #include <cstdint>
 #include <string>
-#include <vector>
 
 namespace lumo::desktop {
 
-// What an overlay without a live backdrop does to the pixels beneath it, worked out here from the
-// layers' opacities on its own, without the program's code.
-struct Look {
-    std::string effectMode;
-    double intensity = 0; // 0 to 1
-    bool blurFreeMode = false;
-
+// What the program is told to show, and how that looks by the formulas.
+struct Look : reference::EffectLook {
     Preferences preferences() const;
     std::string describe() const;
 
-    // The pixel as it must be shown where the grain has that grey.
+    // A pixel as it must be shown where the grain has that grey. Without a live backdrop only.
     Colour over(Colour beneath, std::uint8_t grain) const;
+
+    // The same for all of a display, given what lies beneath its overlay.
+    Picture over(const Picture &beneath) const;
 };
 
-// The grain of a display of that width in pixels: greys by row, from the display's top left corner.
-class GrainPattern {
-  public:
-    GrainPattern(int width, int height);
-
-    std::uint8_t at(int x, int y) const {
-        return greys_[static_cast<std::size_t>(y) * width_ + static_cast<std::size_t>(x)];
-    }
-
-  private:
-    std::size_t width_;
-    std::vector<std::uint8_t> greys_;
-};
+// The grain at a place of a display of that width in pixels, from its top left corner.
+std::uint8_t grainAt(int width, Spot spot);
 
 // Rounding in three steps at 8 bits per channel stays within this.
 constexpr int tolerance = 2;

@@ -43,7 +43,7 @@ TEST_P(LumoDisplays, HaveOneOverlayEachWhileTheyComeGoAndChange) {
     SampleApplication right(desktop, "Right",
                             {{.area = {1040, 80, 420, 320}, .colour = "#3c64e0"}});
     session.activate(left.window());
-    const Look look{"tint", 1};
+    const Look look{{"tint", 1}};
     LumoProcess lumo(desktop, look.preferences());
     Scene scene(desktop, lumo, look);
     const auto areas = [&] {

@@ -29,7 +29,7 @@ struct Manager {
     }
 };
 
-const Look look{"dim", 1};
+const Look look{{"dim", 1}};
 const Colour wallpaperColour = {0x58, 0x90, 0x70};
 
 Picture plainWallpaper(const Area &area) {

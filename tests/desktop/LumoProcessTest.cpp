@@ -25,7 +25,7 @@ namespace fs = std::filesystem;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-const Look look{"dim", 0.6};
+const Look look{{"dim", 0.6}};
 
 // Two windows, the second of them in front.
 class LumoProgram : public testing::Test {
@@ -198,8 +198,7 @@ TEST_F(LumoProgram, StaysRightWhileACompositingManagerComesAndGoes) {
     Scene scene(desktop, lumo, look);
     ASSERT_EQ(scene.wrongWith(rightSights()), "");
     const Spot spot = {100, 200};
-    const GrainPattern grain(900, spot.y + 1);
-    const Colour expected = look.over({0xd8, 0x3c, 0x30}, grain.at(spot.x, spot.y));
+    const Colour expected = look.over({0xd8, 0x3c, 0x30}, grainAt(900, spot));
     const DarknessWatch watch(desktop.displayName(), spot, expected);
     for (int round = 0; round < 3; ++round) {
         desktop.startCompositor(Compositor::picomXrender);

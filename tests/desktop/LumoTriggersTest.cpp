@@ -23,7 +23,7 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::SizeIs;
 
-const Look look{"dim", 1};
+const Look look{{"dim", 1}};
 
 double now() {
     return Seconds(std::chrono::steady_clock::now().time_since_epoch()).count();

@@ -1,19 +1,19 @@
 #include "OverlayDesktop.h"
 
+#include "reference/Grain.h"
+#include "reference/ReferenceRenderer.h"
+
 #include <glib.h>
 
 #include <array>
-#include <cmath>
-#include <cstdlib>
 #include <map>
-#include <random>
 
 namespace lumo::x11 {
 
 namespace {
 
 constexpr double deadline = 10; // seconds
-constexpr double tolerance = 2;
+constexpr int tolerance = 2;
 
 } // namespace
 
@@ -77,13 +77,7 @@ std::shared_ptr<const Image> OverlayDesktop::grain(int width, int height) {
     static std::map<std::array<int, 2>, std::shared_ptr<const Image>> images;
     auto &image = images[{width, height}];
     if (!image) {
-        Image pixels{width, height, {}};
-        std::mt19937 random(static_cast<unsigned>(width));
-        for (int pixel = 0; pixel < width * height; ++pixel) {
-            const auto grey = static_cast<std::uint8_t>(43 + random() % 170);
-            pixels.pixels.insert(pixels.pixels.end(), {grey, grey, grey, 255});
-        }
-        image = std::make_shared<const Image>(std::move(pixels));
+        image = reference::grainImage(width, height);
     }
     return image;
 }
@@ -107,27 +101,17 @@ LayerTree OverlayDesktop::tree(const Rect &frame, const Look &look) const {
 
 std::string OverlayDesktop::difference(const desktop::Picture &plain, const desktop::Picture &shown,
                                        const desktop::Area &area, const desktop::Area &frame,
-                                       const Look &look) {
-    const auto image = grain(frame.width, frame.height);
+                                       const Look &look) const {
+    const auto layers =
+        tree({0, 0, static_cast<double>(frame.width), static_cast<double>(frame.height)}, look);
+    const auto expected = reference::render(plain.part(frame), layers, 1, look.alpha);
     for (int y = area.y; y < area.bottom(); ++y) {
         for (int x = area.x; x < area.right(); ++x) {
-            const auto was = plain.at(x, y);
-            const double grey =
-                image->pixels[static_cast<std::size_t>(4) *
-                              static_cast<std::size_t>((y - frame.y) * frame.width + x - frame.x)];
-            const auto expected = [&](std::uint8_t value, double tint) {
-                const double grained = value * (1 - look.grain) + grey * look.grain;
-                const double tinted =
-                    grained * (1 - look.tintOpacity) + tint * 255 * look.tintOpacity;
-                return static_cast<std::uint8_t>(
-                    std::lround(value * (1 - look.alpha) + tinted * look.alpha));
-            };
-            const desktop::Colour wanted{expected(was.red, look.tint.red),
-                                         expected(was.green, look.tint.green),
-                                         expected(was.blue, look.tint.blue)};
+            const auto wanted = expected.at(x - frame.x, y - frame.y);
             if (distance(wanted, shown.at(x, y)) > tolerance) {
-                return std::to_string(x) + "," + std::to_string(y) + ": plain " + was.describe() +
-                       ", wanted " + wanted.describe() + ", shown " + shown.at(x, y).describe();
+                return std::to_string(x) + "," + std::to_string(y) + ": plain " +
+                       plain.at(x, y).describe() + ", wanted " + wanted.describe() + ", shown " +
+                       shown.at(x, y).describe();
             }
         }
     }

@@ -44,9 +44,9 @@ class OverlayDesktop : public MirroredDesktop, private Screens {
     // Empty when, within the area, the look laid over the plain picture is what the shown one
     // shows, give or take two steps of a channel; else where it is not. The overlay covers the
     // frame.
-    static std::string difference(const desktop::Picture &plain, const desktop::Picture &shown,
-                                  const desktop::Area &area, const desktop::Area &frame,
-                                  const Look &look);
+    std::string difference(const desktop::Picture &plain, const desktop::Picture &shown,
+                           const desktop::Area &area, const desktop::Area &frame,
+                           const Look &look) const;
 
     // The difference that is left when the overlay has had some time to look right, with the wish
     // repeated as the program does, and with the plain picture taken by making it transparent for

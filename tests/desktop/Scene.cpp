@@ -84,8 +84,7 @@ std::string Scene::wrongPixel(const std::vector<LumoProcess::Overlay> &overlays,
         if (overlay.area.contains(sight.spot.x, sight.spot.y)) {
             const int x = sight.spot.x - overlay.area.x;
             const int y = sight.spot.y - overlay.area.y;
-            const GrainPattern grain(overlay.area.width, y + 1);
-            const Colour expected = look_.over(sight.colour, grain.at(x, y));
+            const Colour expected = look_.over(sight.colour, grainAt(overlay.area.width, {x, y}));
             return distance(pixel, expected) <= tolerance
                        ? std::string()
                        : sight.name + " shows " + pixel.describe() + " instead of " +

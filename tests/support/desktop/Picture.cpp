@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
@@ -28,6 +29,16 @@ std::string Colour::describe() const {
 int distance(Colour a, Colour b) {
     return std::max(
         {std::abs(a.red - b.red), std::abs(a.green - b.green), std::abs(a.blue - b.blue)});
+}
+
+Picture Picture::part(const Area &area) const {
+    Picture result(area.width, area.height);
+    for (int y = 0; y < area.height; ++y) {
+        for (int x = 0; x < area.width; ++x) {
+            result.at(x, y) = at(area.x + x, area.y + y);
+        }
+    }
+    return result;
 }
 
 Picture::Mean Picture::mean(const Area &part) const {
@@ -65,6 +76,19 @@ void Picture::savePng(const std::filesystem::path &file) const {
     if (png_image_write_to_file(&image, file.c_str(), 0, pixels_.data(), 0, nullptr) == 0) {
         throw std::runtime_error("cannot write " + file.string() + ": " + image.message);
     }
+}
+
+double peakSignalToNoiseRatio(const Picture &a, const Picture &b, const Area &part) {
+    double squares = 0;
+    for (int y = part.y; y < part.bottom(); ++y) {
+        for (int x = part.x; x < part.right(); ++x) {
+            const Colour one = a.at(x, y);
+            const Colour other = b.at(x, y);
+            squares += std::pow(one.red - other.red, 2) + std::pow(one.green - other.green, 2) +
+                       std::pow(one.blue - other.blue, 2);
+        }
+    }
+    return 10 * std::log10(255.0 * 255 * 3 * part.width * part.height / squares);
 }
 
 } // namespace lumo::desktop

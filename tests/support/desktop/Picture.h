@@ -55,9 +55,13 @@ class Picture {
 
     int width() const { return width_; }
     int height() const { return height_; }
+    Area area() const { return {0, 0, width_, height_}; }
 
     Colour at(int x, int y) const { return pixels_[index(x, y)]; }
     Colour &at(int x, int y) { return pixels_[index(x, y)]; }
+
+    // That part by itself. It lies within the picture.
+    Picture part(const Area &area) const;
 
     // Channel means of the part, not rounded.
     struct Mean {
@@ -83,5 +87,9 @@ class Picture {
     int height_ = 0;
     std::vector<Colour> pixels_;
 };
+
+// How much the part is like that of the other picture: the ratio of the largest possible value to
+// the root mean square of the channels' differences, in decibels; infinite when there is none.
+double peakSignalToNoiseRatio(const Picture &a, const Picture &b, const Area &part);
 
 } // namespace lumo::desktop
