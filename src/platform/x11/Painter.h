@@ -4,6 +4,8 @@
 #include "platform/x11/PixelRect.h"
 #include "platform/x11/PointSpace.h"
 
+#include <functional>
+
 namespace lumo::x11 {
 
 // All that decides what one overlay's pixels are, apart from what lies beneath it.
@@ -33,10 +35,13 @@ class Painter {
   public:
     virtual ~Painter() = default;
 
-    // Draws what has changed since the last call: in the appearance, or beneath the window. From
-    // now on what changes beneath is followed by itself. The alpha is above 0.
-    virtual void paint(const Appearance &appearance) = 0;
+    // Draws what has changed since the last call: in the appearance, or beneath the window. Calls
+    // the function once, perhaps before returning, when that is the window's background; not if
+    // suspend(), another paint() or the painter's end comes first. From then on what changes
+    // beneath is followed by itself. The alpha is above 0.
+    virtual void paint(const Appearance &appearance, std::function<void()> painted) = 0;
 
+    // Brings what paint() has told to be painted to the window.
     virtual void present() = 0;
 
     // The window is not to be seen until the next paint(): what changes beneath may wait.

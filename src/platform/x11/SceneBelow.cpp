@@ -18,8 +18,7 @@ SceneBelow::SceneBelow(Connection &connection, WindowSurfaces &surfaces, Wallpap
     , changes_(makeEmptyRegion(connection))
     , scratch_(makeEmptyRegion(connection))
     , surfacesInUse_(surfaces.use())
-    , damage_(surfaces.onDamage(
-          [this](xcb_window_t window, xcb_xfixes_region_t region) { addDamage(window, region); }))
+    , damage_(surfaces.onDamage([this](const SurfaceDamage &damage) { addDamage(damage); }))
     , surfaceChanges_(surfaces.onStale([this](xcb_window_t window) {
         if (window == XCB_NONE || contains(window)) {
             stale_.emit();
@@ -46,11 +45,10 @@ bool SceneBelow::contains(xcb_window_t window) const {
     return std::ranges::find(entries_, window, &Entry::window) != entries_.end();
 }
 
-void SceneBelow::addDamage(xcb_window_t window, xcb_xfixes_region_t region) {
-    const auto entry = std::ranges::find(entries_, window, &Entry::window);
-    if (entry != entries_.end()) {
-        xcb_xfixes_union_region(connection_, changes_.id(), region, changes_.id());
-        changedBounds_ = changedBounds_.united(entry->geometry.intersection(area_));
+void SceneBelow::addDamage(const SurfaceDamage &damage) {
+    if (contains(damage.window)) {
+        xcb_xfixes_union_region(connection_, changes_.id(), damage.region, changes_.id());
+        changedParts_.add(damage.bounds.intersection(area_));
     }
 }
 
@@ -62,7 +60,7 @@ void SceneBelow::add(const std::vector<PixelRect> &rectangles) {
             visible.push_back({static_cast<std::int16_t>(part.x), static_cast<std::int16_t>(part.y),
                                static_cast<std::uint16_t>(part.width),
                                static_cast<std::uint16_t>(part.height)});
-            changedBounds_ = changedBounds_.united(part);
+            changedParts_.add(part);
         }
     }
     if (!visible.empty()) {
@@ -104,7 +102,7 @@ bool SceneBelow::update() {
                    [](const Entry &entry) { return entry.geometry; });
     add(changed);
     entries_ = std::move(entries);
-    return !changedBounds_.isEmpty();
+    return !changedParts_.isEmpty();
 }
 
 void SceneBelow::clip(xcb_render_picture_t picture, xcb_xfixes_region_t region) {
@@ -117,9 +115,8 @@ void SceneBelow::draw(xcb_render_picture_t onto) {
     clip(onto, changes_.id());
     wallpaper_.drawOnto(onto, area_);
     for (const auto &entry : entries_) {
-        const auto *surface = entry.geometry.intersection(changedBounds_).isEmpty()
-                                  ? nullptr
-                                  : surfaces_.find(entry.window);
+        const auto *surface =
+            changedParts_.meets(entry.geometry) ? surfaces_.find(entry.window) : nullptr;
         if (surface == nullptr) {
             continue;
         }
@@ -136,7 +133,7 @@ void SceneBelow::draw(xcb_render_picture_t onto) {
 
 void SceneBelow::settle() {
     xcb_xfixes_set_region(connection_, changes_.id(), 0, nullptr);
-    changedBounds_ = {};
+    changedParts_.clear();
 }
 
 Handle SceneBelow::onStale(std::function<void()> observer) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/x11/PixelParts.h"
 #include "platform/x11/PixelRect.h"
 #include "platform/x11/ServerResource.h"
 #include "support/Handle.h"
@@ -16,6 +17,7 @@ namespace lumo::x11 {
 class Connection;
 class Wallpaper;
 class WindowSurfaces;
+struct SurfaceDamage;
 
 // What a person would see of one part of the root window if the overlay and all above it were gone:
 // the wallpaper and the lower windows. Keeps account of what has changed there since it was last
@@ -41,6 +43,10 @@ class SceneBelow {
     // What is to be drawn, on the root window.
     xcb_xfixes_region_t changes() const { return changes_.id(); }
 
+    // The same as a few rectangles that cover it, known without asking the server. What has been
+    // damaged since the last event is in the region only; it comes here with its event, later.
+    const PixelParts &changedParts() const { return changedParts_; }
+
     // Draws what has changed, opaque. The picture's origin is the area's top left. Leaves the
     // picture clipped to what has changed.
     void draw(xcb_render_picture_t onto);
@@ -61,7 +67,7 @@ class SceneBelow {
     };
 
     bool contains(xcb_window_t window) const;
-    void addDamage(xcb_window_t window, xcb_xfixes_region_t region);
+    void addDamage(const SurfaceDamage &damage);
     void add(const std::vector<PixelRect> &rectangles);
     std::vector<Entry> currentEntries();
     void clip(xcb_render_picture_t picture, xcb_xfixes_region_t region);
@@ -73,7 +79,7 @@ class SceneBelow {
     PixelRect area_;
     std::vector<Entry> entries_; // as they were at the last update
     OwnedRegion changes_;
-    PixelRect changedBounds_; // contains changes_
+    PixelParts changedParts_;
     OwnedRegion scratch_;
     Signal<> stale_;
     Handle surfacesInUse_;

@@ -18,17 +18,17 @@ TranslucentPainter::TranslucentPainter(const DrawingTools &tools, xcb_window_t w
     , window_(window) {
 }
 
-void TranslucentPainter::paint(const Appearance &appearance) {
-    if (painted_ && looksTheSame(*painted_, appearance)) {
-        return;
+void TranslucentPainter::paint(const Appearance &appearance, std::function<void()> painted) {
+    if (!painted_ || !looksTheSame(*painted_, appearance)) {
+        // The window keeps the pixmap alive as its background.
+        auto group = drawLayers(tools_, appearance);
+        const std::uint32_t background = group.pixmap.id();
+        xcb_change_window_attributes(tools_.connection, window_, XCB_CW_BACK_PIXMAP, &background);
+        images_ = std::move(group.images);
+        painted_ = appearance;
+        isPresented_ = false;
     }
-    // The window keeps the pixmap alive as its background.
-    auto group = drawLayers(tools_, appearance);
-    const std::uint32_t background = group.pixmap.id();
-    xcb_change_window_attributes(tools_.connection, window_, XCB_CW_BACK_PIXMAP, &background);
-    images_ = std::move(group.images);
-    painted_ = appearance;
-    isPresented_ = false;
+    painted();
 }
 
 void TranslucentPainter::present() {

@@ -15,7 +15,7 @@ class TranslucentPainter final : public Painter {
   public:
     TranslucentPainter(const DrawingTools &tools, xcb_window_t window);
 
-    void paint(const Appearance &appearance) override;
+    void paint(const Appearance &appearance, std::function<void()> painted) override;
     void present() override;
     void suspend() override {}
 

@@ -21,6 +21,11 @@ void moveToRoot(xcb_connection_t *connection, xcb_xfixes_region_t region, const 
                                 static_cast<std::int16_t>(geometry.y + borderWidth));
 }
 
+// With sequence numbers that wrap around.
+bool isAfter(std::uint32_t a, std::uint32_t b) {
+    return static_cast<std::int32_t>(a - b) > 0;
+}
+
 } // namespace
 
 WindowSurfaces::WindowSurfaces(Connection &connection, WindowMirror &mirror,
@@ -44,8 +49,13 @@ void WindowSurfaces::handleEvent(const xcb_generic_event_t &event) {
     const auto type = static_cast<std::uint8_t>(event.response_type & 0x7f);
     if (type == extensions.damageFirstEvent + XCB_DAMAGE_NOTIFY) {
         const auto &damage = reinterpret_cast<const xcb_damage_notify_event_t &>(event);
-        if (const auto found = surfaces_.find(damage.drawable); found != surfaces_.end()) {
-            found->second.hasDamage = true;
+        const auto found = surfaces_.find(damage.drawable);
+        if (found != surfaces_.end() && isAfter(event.full_sequence, found->second.followedSince)) {
+            auto &surface = found->second;
+            const auto &area = damage.area;
+            surface.damagedBounds = surface.damagedBounds.united(
+                {surface.geometry.x + surface.borderWidth + area.x,
+                 surface.geometry.y + surface.borderWidth + area.y, area.width, area.height});
             stale_.emit(damage.drawable);
         }
     } else if (type == extensions.shapeFirstEvent + XCB_SHAPE_NOTIFY) {
@@ -106,8 +116,10 @@ const WindowSurface *WindowSurfaces::find(xcb_window_t window) {
 void WindowSurfaces::name(xcb_window_t window, xcb_render_pictformat_t format,
                           WindowSurface &surface) {
     surface.damage = OwnedDamage(connection_);
-    xcb_damage_create(connection_, surface.damage.id(), window, XCB_DAMAGE_REPORT_LEVEL_NON_EMPTY);
     // What is there already is going to be drawn anyway.
+    surface.followedSince = xcb_damage_create(connection_, surface.damage.id(), window,
+                                              XCB_DAMAGE_REPORT_LEVEL_BOUNDING_BOX)
+                                .sequence;
     xcb_damage_subtract(connection_, surface.damage.id(), XCB_NONE, XCB_NONE);
     // The picture keeps the pixmap alive.
     const OwnedPixmap pixmap(connection_);
@@ -127,7 +139,7 @@ void WindowSurfaces::readShape(xcb_window_t window, WindowSurface &surface) {
 
 void WindowSurfaces::collectDamage(xcb_window_t window) {
     const auto found = surfaces_.find(window);
-    if (found == surfaces_.end() || !std::exchange(found->second.hasDamage, false)) {
+    if (found == surfaces_.end() || found->second.damagedBounds.isEmpty()) {
         return;
     }
     auto &surface = found->second;
@@ -136,10 +148,10 @@ void WindowSurfaces::collectDamage(xcb_window_t window) {
     }
     xcb_damage_subtract(connection_, surface.damage.id(), XCB_NONE, damage_.id());
     moveToRoot(connection_, damage_.id(), surface.geometry, surface.borderWidth);
-    damaged_.emit(window, damage_.id());
+    damaged_.emit({window, damage_.id(), std::exchange(surface.damagedBounds, {})});
 }
 
-Handle WindowSurfaces::onDamage(std::function<void(xcb_window_t, xcb_xfixes_region_t)> observer) {
+Handle WindowSurfaces::onDamage(std::function<void(const SurfaceDamage &)> observer) {
     return damaged_.subscribe(std::move(observer));
 }
 

@@ -24,8 +24,16 @@ struct WindowSurface {
     OwnedPicture picture; // of the geometry's size
     OwnedRegion shape;    // where the window is
     OwnedDamage damage;
-    std::uint64_t version = 0; // another one after each change that damage does not tell
-    bool hasDamage = false;
+    std::uint64_t version = 0;       // another one after each change that damage does not tell
+    std::uint32_t followedSince = 0; // the request; what was damaged before that does not matter
+    PixelRect damagedBounds;         // as far as events have told; empty when there is no damage
+};
+
+// Where a window has drawn, on the root window.
+struct SurfaceDamage {
+    xcb_window_t window = XCB_NONE;
+    xcb_xfixes_region_t region = XCB_NONE; // exact
+    PixelRect bounds;                      // of what the events so far have told
 };
 
 // The surfaces of other programs' windows, shared by all that is drawn from them. The server keeps
@@ -39,10 +47,10 @@ class WindowSurfaces {
     // until the next call.
     const WindowSurface *find(xcb_window_t window);
 
-    // Announces the damage to the window since the last call, if there was any. The region, on the
-    // root window, is valid within the observer.
+    // Announces the damage to the window since the last call, if there was any. The region is valid
+    // within the observer.
     void collectDamage(xcb_window_t window);
-    Handle onDamage(std::function<void(xcb_window_t, xcb_xfixes_region_t)> observer);
+    Handle onDamage(std::function<void(const SurfaceDamage &)> observer);
 
     // Calls the observer when a window may look different: once after it has been damaged, until
     // that damage is collected. XCB_NONE stands for anything that concerns more than one.
@@ -62,7 +70,7 @@ class WindowSurfaces {
     std::unordered_map<xcb_window_t, WindowSurface> surfaces_;
     std::uint64_t lastVersion_ = 0;
     int users_ = 0;
-    Signal<xcb_window_t, xcb_xfixes_region_t> damaged_;
+    Signal<SurfaceDamage> damaged_;
     Signal<xcb_window_t> stale_;
     OwnedRegion damage_; // while it is announced
     Handle events_;

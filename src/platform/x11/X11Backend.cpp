@@ -34,7 +34,7 @@ Platform X11Backend::platform() {
             .userNotifications = userNotifications_,
             .windowServer = windowServer_,
             .workspace = workspace_,
-            .capabilities = {}};
+            .capabilities = {.liveBackdrop = overlayWindows_.canDrawBackdrops()}};
 }
 
 } // namespace lumo::x11

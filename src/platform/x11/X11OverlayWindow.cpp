@@ -2,13 +2,15 @@
 
 #include "platform/MainLoop.h"
 #include "platform/Screens.h"
+#include "platform/x11/BackdropRenderers.h"
 #include "platform/x11/BelowPlacement.h"
 #include "platform/x11/CompositorWatch.h"
 #include "platform/x11/Connection.h"
-#include "platform/x11/FlatPainter.h"
+#include "platform/x11/FlatRenderer.h"
 #include "platform/x11/LogOnce.h"
 #include "platform/x11/Redirection.h"
 #include "platform/x11/RenderFormats.h"
+#include "platform/x11/ScenePainter.h"
 #include "platform/x11/TranslucentPainter.h"
 #include "platform/x11/WindowMirror.h"
 
@@ -20,6 +22,7 @@
 #include <array>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 namespace lumo::x11 {
 
@@ -50,10 +53,7 @@ X11OverlayWindow::X11OverlayWindow(OverlaySurroundings &surroundings, const Rect
     , colormap_(connection_)
     , window_(connection_)
     , wanted_{frame, 1, {}, {}}
-    , compositorChanges_(surroundings.compositor.onChange([this] {
-        painter_.reset();
-        requestPush();
-    }))
+    , compositorChanges_(surroundings.compositor.onChange([this] { dropPainter(); }))
     , screenChanges_(surroundings.screens.onScreenParametersDidChange([this] { requestPush(); })) {
     createWindow();
     setProperties();
@@ -191,8 +191,13 @@ void X11OverlayWindow::requestPush() {
 
 void X11OverlayWindow::push() {
     isPushRequested_ = false;
-    const auto &order = wanted_.order;
+    const auto order = wanted_.order;
+    const auto wanted = appearance();
     if (order.kind == Order::Kind::out) {
+        isPainting_ = false;
+        if (painter_) {
+            painter_->suspend();
+        }
         setMapped(false);
         return;
     }
@@ -200,47 +205,101 @@ void X11OverlayWindow::push() {
     if (!isMapped_ && !placement_->isPossible(order)) {
         return;
     }
-    if (!painter_) {
-        painter_ = makePainter();
+    preparePainter(showsBackdrop(wanted.tree));
+    if (wanted.alpha <= 0 || !painter_) {
+        isPainting_ = false;
+        hide(wanted.area, order);
+    } else if (isPainting_) {
+        isPushAwaited_ = true;
+    } else {
+        isPainting_ = true;
+        painter_->paint(wanted, [this, area = wanted.area, order] {
+            isPainting_ = false;
+            show(area, order);
+            if (std::exchange(isPushAwaited_, false)) {
+                requestPush();
+            }
+        });
     }
-    const auto wanted = appearance();
-    const bool isVisible = wanted.alpha > 0 && painter_;
-    if (isVisible) {
-        painter_->paint(wanted);
-    } else if (painter_) {
+}
+
+void X11OverlayWindow::show(const PixelRect &area, const Order &order) {
+    place(area, order);
+    painter_->present();
+    setCutAway(false);
+    setMapped(true);
+}
+
+void X11OverlayWindow::hide(const PixelRect &area, const Order &order) {
+    if (painter_) {
         painter_->suspend();
     }
-    if (!isVisible) {
-        setCutAway(true);
-    }
-    move(wanted.area);
+    setCutAway(true);
+    place(area, order);
+    setMapped(true);
+}
+
+void X11OverlayWindow::place(const PixelRect &area, const Order &order) {
+    move(area);
     if (!placement_->holds(order)) {
         placement_->enforce(order);
         damageWhatComesOut(order);
     }
-    if (isVisible) {
-        painter_->present();
-        setCutAway(false);
-    }
-    setMapped(true);
 }
 
-std::unique_ptr<Painter> X11OverlayWindow::makePainter() {
+void X11OverlayWindow::preparePainter(bool withBackdrop) {
+    if (painter_ && withBackdrop != paintsBackdrop_) {
+        painter_.reset();
+    }
+    if (!painter_) {
+        isPainting_ = false;
+        painter_ = makePainter(withBackdrop);
+        paintsBackdrop_ = withBackdrop;
+    }
+}
+
+void X11OverlayWindow::dropPainter() {
+    painter_.reset();
+    requestPush();
+}
+
+std::unique_ptr<Painter> X11OverlayWindow::makePainter(bool withBackdrop) {
     const auto &drawing = surroundings_.drawing;
     const auto &extensions = connection_.extensions();
-    const auto format = drawing.formats.opaque(visual_);
+    if (withBackdrop) {
+        if (auto renderer = surroundings_.backdropRenderers.make()) {
+            return makeScenePainter(std::move(renderer));
+        }
+    }
     if (surroundings_.compositor.isCompositing() && depth_ == 32) {
         return std::make_unique<TranslucentPainter>(drawing, window_.id());
     }
-    if (extensions.composite && extensions.damage && format != XCB_NONE) {
-        return std::make_unique<FlatPainter>(
-            drawing, surroundings_.mainLoop, surroundings_.surfaces, surroundings_.wallpaper,
-            [this] { return placement_->lowerWindows(wanted_.order); }, window_.id(), depth_,
-            depth_ == 32 ? drawing.formats.translucent() : format);
+    if (extensions.composite && extensions.damage && drawing.formats.opaque(visual_) != XCB_NONE) {
+        return makeScenePainter(std::make_unique<FlatRenderer>(drawing));
     }
     surroundings_.log.print("[Lumo] The X server lacks Composite, Damage or Render and no "
                             "compositing manager runs: the effect cannot be shown");
     return nullptr;
+}
+
+std::unique_ptr<Painter>
+X11OverlayWindow::makeScenePainter(std::unique_ptr<BackdropRenderer> renderer) {
+    const auto &drawing = surroundings_.drawing;
+    auto scene =
+        std::make_unique<SceneBelow>(connection_, surroundings_.surfaces, surroundings_.wallpaper,
+                                     [this] { return placement_->lowerWindows(wanted_.order); });
+    const ScenePainter::Canvas canvas{window_.id(), depth_,
+                                      depth_ == 32 ? drawing.formats.translucent()
+                                                   : drawing.formats.opaque(visual_)};
+    // The painter is in the midst of its work when it fails.
+    auto failed = [this, way = surroundings_.backdropRenderers.wayInUse()] {
+        surroundings_.mainLoop.post(lifetime_.guard([this, way] {
+            surroundings_.backdropRenderers.stepDownFrom(way);
+            dropPainter();
+        }));
+    };
+    return std::make_unique<ScenePainter>(drawing, surroundings_.mainLoop, std::move(scene), canvas,
+                                          std::move(renderer), std::move(failed));
 }
 
 Appearance X11OverlayWindow::appearance() const {
@@ -307,9 +366,6 @@ void X11OverlayWindow::setMapped(bool isMapped) {
     if (isMapped) {
         xcb_map_window(connection_, window_.id());
     } else {
-        if (painter_) {
-            painter_->suspend();
-        }
         xcb_unmap_window(connection_, window_.id());
     }
     isMapped_ = isMapped;

@@ -19,6 +19,8 @@ class Screens;
 
 namespace lumo::x11 {
 
+class BackdropRenderer;
+class BackdropRenderers;
 class CompositorWatch;
 class Connection;
 class LogOnce;
@@ -40,12 +42,14 @@ struct OverlaySurroundings {
     Redirection &redirection;
     WindowSurfaces &surfaces;
     Wallpaper &wallpaper;
+    BackdropRenderers &backdropRenderers;
 };
 
 // One overlay as an X window that no window manager handles. What is asked of it is kept, and sent
 // to the server as one difference from what that was told before: first what shows the least, so
-// that no state in between is ever seen. Where the server cannot let clicks through, or nothing can
-// draw the overlay, it never comes on screen.
+// that no state in between is ever seen. What takes long to paint is waited for, in the loop,
+// before anything that would uncover it is asked for. Where the server cannot let clicks through,
+// or nothing can draw the overlay, it never comes on screen.
 class X11OverlayWindow final : public PlatformWindow {
   public:
     // Waits for the server.
@@ -78,7 +82,13 @@ class X11OverlayWindow final : public PlatformWindow {
     void setOrder(const Order &order);
     void requestPush();
     void push();
-    std::unique_ptr<Painter> makePainter();
+    void show(const PixelRect &area, const Order &order);
+    void hide(const PixelRect &area, const Order &order);
+    void place(const PixelRect &area, const Order &order);
+    void preparePainter(bool withBackdrop);
+    std::unique_ptr<Painter> makePainter(bool withBackdrop);
+    std::unique_ptr<Painter> makeScenePainter(std::unique_ptr<BackdropRenderer> renderer);
+    void dropPainter();
     Appearance appearance() const;
     void move(const PixelRect &area);
     void damageWhatComesOut(const Order &order);
@@ -98,6 +108,8 @@ class X11OverlayWindow final : public PlatformWindow {
     Wanted wanted_;
     int level_ = 0;
     bool isPushRequested_ = false;
+    bool isPainting_ = false;    // the rest of a push follows when that is done
+    bool isPushAwaited_ = false; // another one then
 
     // What the server has been told.
     PixelRect area_;
@@ -106,6 +118,7 @@ class X11OverlayWindow final : public PlatformWindow {
 
     std::unique_ptr<Placement> placement_;
     std::unique_ptr<Painter> painter_;
+    bool paintsBackdrop_ = false; // the painter was made for a tree that shows a backdrop
     Handle compositorChanges_;
     Handle screenChanges_;
     Lifetime lifetime_;

@@ -16,6 +16,7 @@ X11OverlayWindows::X11OverlayWindows(Connection &connection, WindowMirror &mirro
     , redirection_(connection)
     , surfaces_(connection, mirror, formats_)
     , wallpaper_(connection, mirror, formats_, compositor_)
+    , backdropRenderers_({connection, formats_, images_}, mainLoop, log_)
     , surroundings_{connection,
                     mirror,
                     screens,
@@ -26,7 +27,8 @@ X11OverlayWindows::X11OverlayWindows(Connection &connection, WindowMirror &mirro
                     compositor_,
                     redirection_,
                     surfaces_,
-                    wallpaper_} {
+                    wallpaper_,
+                    backdropRenderers_} {
     // So that no overlay waits for them one by one.
     connection.internAtoms({"UTF8_STRING", "_NET_WM_NAME", "_NET_WM_PID", "_NET_WM_WINDOW_TYPE",
                             "_NET_WM_WINDOW_TYPE_UTILITY", "_NET_WM_STATE",

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/OverlayWindows.h"
+#include "platform/x11/BackdropRenderers.h"
 #include "platform/x11/CompositorWatch.h"
 #include "platform/x11/LogOnce.h"
 #include "platform/x11/Redirection.h"
@@ -25,6 +26,9 @@ class X11OverlayWindows final : public OverlayWindows {
     // Whether a compositing manager does the blending at the moment.
     bool isCompositing() const { return compositor_.isCompositing(); }
 
+    // Whether backdrop layers can be drawn on this server.
+    bool canDrawBackdrops() const { return backdropRenderers_.isPossible(); }
+
   private:
     LogOnce log_;
     RenderFormats formats_;
@@ -33,6 +37,7 @@ class X11OverlayWindows final : public OverlayWindows {
     Redirection redirection_;
     WindowSurfaces surfaces_;
     Wallpaper wallpaper_;
+    BackdropRenderers backdropRenderers_;
     OverlaySurroundings surroundings_;
 };
 
