@@ -8,9 +8,9 @@ namespace lumo::reference {
 
 namespace {
 
-Layer backdropLayer(const Rect &frame, double radius, double brightness, double saturation,
-                    double contrast) {
-    Layer layer = blurLayer(frame, radius);
+Layer backdropLayer(const Rect &frame, double radius, double scale, double brightness,
+                    double saturation, double contrast) {
+    Layer layer = blurLayer(frame, radius, scale);
     for (const auto &[type, amount] : {std::pair{filterType::colorBrightness, brightness},
                                        std::pair{filterType::colorSaturate, saturation},
                                        std::pair{filterType::colorContrast, contrast}}) {
@@ -21,10 +21,11 @@ Layer backdropLayer(const Rect &frame, double radius, double brightness, double 
 
 } // namespace
 
-Layer blurLayer(const Rect &frame, double radius) {
+Layer blurLayer(const Rect &frame, double radius, double scale) {
     Layer layer;
     layer.kind = Layer::Kind::backdrop;
     layer.frame = frame;
+    layer.options = {{"scale", scale}};
     layer.filters = {{filterType::gaussianBlur,
                       {{filterKey::inputRadius, radius}, {filterKey::inputNormalizeEdges, true}}}};
     return layer;
@@ -38,9 +39,10 @@ LayerTree EffectLook::tree(int width, int height, double scale,
     LayerTree tree;
     tree.bounds = {0, 0, width / scale, height / scale};
     if (blurs && liveBackdrop) {
-        tree.layers.push_back(backdropLayer(tree.bounds, 24 + 10 * t, -0.02 - 0.012 * t,
+        tree.layers.push_back(backdropLayer(tree.bounds, 24 + 10 * t, scale, -0.02 - 0.012 * t,
                                             1.2 + 0.14 * t, 1.015 + 0.03 * t));
-        Layer structure = backdropLayer(tree.bounds, 7 + 5 * t, -0.018, 1.08, 1.2 + 0.08 * t);
+        Layer structure =
+            backdropLayer(tree.bounds, 7 + 5 * t, scale, -0.018, 1.08, 1.2 + 0.08 * t);
         structure.opacity = static_cast<float>(0.095 + 0.045 * t);
         structure.compositingFilter = compositingFilter::softLightBlendMode;
         tree.layers.push_back(std::move(structure));

@@ -19,7 +19,7 @@ struct EffectLook {
     LayerTree tree(int width, int height, double scale = 1) const;
 };
 
-// A backdrop layer with such a blur and nothing else.
-Layer blurLayer(const Rect &frame, double radius);
+// A backdrop layer with such a blur and nothing else, for a display of that many pixels per point.
+Layer blurLayer(const Rect &frame, double radius, double scale);
 
 } // namespace lumo::reference
