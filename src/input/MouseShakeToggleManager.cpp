@@ -32,9 +32,13 @@ MouseShakeToggleManager::MouseShakeToggleManager(const Platform &platform,
 }
 
 void MouseShakeToggleManager::setupSettingsBinding() {
-    // Listening follows the value, so that one that is assigned again changes nothing.
+    // An assignment of the value that it had is none.
     cancellable_ = settingsStore_.mouseShakeToggleEnabled.subscribe(
-        [this](bool enabled) { enabled ? startListening() : stopListening(); });
+        [this, last = std::optional<bool>()](bool enabled) mutable {
+            if (std::exchange(last, enabled) != enabled) {
+                enabled ? startListening() : stopListening();
+            }
+        });
 }
 
 void MouseShakeToggleManager::startListening() {

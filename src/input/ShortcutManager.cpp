@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <limits>
 #include <string>
+#include <utility>
 
 namespace lumo {
 
@@ -62,12 +63,19 @@ ShortcutManager::ShortcutManager(const Platform &platform, SettingsStore &settin
 
 ShortcutManager::~ShortcutManager() {
     unregisterHotKeys();
+    isListening.set(false);
 }
 
 void ShortcutManager::setupSettingsBinding() {
     // The settings announce before they store, and registration reads the store: so the next turn.
+    // A recorded shortcut changes two settings at once, which takes one registration.
     const auto reregister = [this](const auto &) {
-        mainLoop_.post(lifetime_.guard([this] { reregisterShortcuts(); }));
+        if (!std::exchange(willReregister_, true)) {
+            mainLoop_.post(lifetime_.guard([this] {
+                willReregister_ = false;
+                reregisterShortcuts();
+            }));
+        }
     };
     for (const auto &shortcut : Shortcut::all) {
         cancellables_.push_back((settingsStore_.*shortcut.key).subscribeToChanges(reregister));

@@ -74,6 +74,7 @@ class ShortcutManager {
     const std::thread::id mainThread_ = std::this_thread::get_id();
     std::array<HotKey, 3> hotKeys_; // by ShortcutEvent
     Handle hotKeyHandler_;
+    bool willReregister_ = false; // in the next turn of the main loop
     std::vector<Subscription> cancellables_;
     Lifetime lifetime_;
 };

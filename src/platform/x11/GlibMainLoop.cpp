@@ -8,6 +8,7 @@
 #include <sys/timerfd.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <condition_variable>
@@ -22,8 +23,11 @@ namespace lumo::x11 {
 
 namespace {
 
-// Attaches the source to the default context; the handle takes it away again.
+// Attaches the source to the default context; the handle takes it away again. The source must bear
+// a dispatch within its own dispatch, in a loop that its task turns: keeping it out of such a loop
+// would cost four system calls per dispatch.
 Handle attach(GSource *source) {
+    g_source_set_can_recurse(source, TRUE);
     g_source_attach(source, nullptr);
     return Handle([source] {
         g_source_destroy(source);
@@ -50,7 +54,8 @@ struct SourceOf {
 
 timespec toTimespec(double seconds) {
     // A zero time would disarm the timer instead of letting it expire at once.
-    const double nanoseconds = std::max(1.0, std::round(seconds * 1e9));
+    constexpr double longest = 1e18; // nanoseconds: some thirty years
+    const double nanoseconds = std::min(std::max(1.0, std::round(seconds * 1e9)), longest);
     timespec result{};
     result.tv_sec = static_cast<time_t>(nanoseconds / 1e9);
     result.tv_nsec = static_cast<long>(nanoseconds - static_cast<double>(result.tv_sec) * 1e9);
@@ -60,6 +65,7 @@ timespec toTimespec(double seconds) {
 struct Timer {
     int fileDescriptor;
     bool repeats;
+    bool isRunning = false;
     std::function<void()> task;
 
     Timer(double first, double interval, std::function<void()> function)
@@ -91,14 +97,14 @@ struct Timer {
 gboolean dispatchTimer(GSource *source, GSourceFunc /*callback*/, gpointer /*data*/) {
     auto &timer = SourceOf<Timer>::stateOf(source);
     std::uint64_t expirations = 0;
-    if (read(timer.fileDescriptor, &expirations, sizeof expirations) < 0) {
+    if (read(timer.fileDescriptor, &expirations, sizeof expirations) < 0 || timer.isRunning) {
         return G_SOURCE_CONTINUE;
     }
-    // A copy, since the task may release the timer that it runs in.
-    const auto task = timer.task;
-    const bool repeats = timer.repeats;
-    task();
-    return repeats ? G_SOURCE_CONTINUE : G_SOURCE_REMOVE;
+    // The task may release the timer that it runs in; the source lives on until this returns.
+    timer.isRunning = true;
+    timer.task();
+    timer.isRunning = false;
+    return timer.repeats ? G_SOURCE_CONTINUE : G_SOURCE_REMOVE;
 }
 
 GSourceFuncs timerFunctions = // NOLINT(*-non-const-global-variables): GLib takes it as such
@@ -167,19 +173,33 @@ class GlibMainLoop::TaskQueue {
 
     static gboolean dispatch(GSource *source, GSourceFunc /*callback*/, gpointer /*data*/) {
         auto &queue = *SourceOf<Reference>::stateOf(source).queue;
-        std::vector<std::function<void()>> tasks;
-        {
-            const std::lock_guard lock(queue.mutex_);
-            tasks.swap(queue.tasks_);
-        }
-        for (const auto &task : tasks) {
-            task();
+        // What is posted meanwhile waits for the next turn.
+        for (auto left = queue.count(); left > 0; --left) {
+            if (const auto task = queue.takeFirst()) {
+                task();
+            }
         }
         return G_SOURCE_CONTINUE;
     }
 
+    std::size_t count() {
+        const std::lock_guard lock(mutex_);
+        return tasks_.size();
+    }
+
+    // Empty when a loop that a task turned has run everything.
+    std::function<void()> takeFirst() {
+        const std::lock_guard lock(mutex_);
+        if (tasks_.empty()) {
+            return nullptr;
+        }
+        auto task = std::move(tasks_.front());
+        tasks_.pop_front();
+        return task;
+    }
+
     std::mutex mutex_;
-    std::vector<std::function<void()>> tasks_;
+    std::deque<std::function<void()>> tasks_;
     Handle source_;
 };
 
