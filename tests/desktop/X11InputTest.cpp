@@ -172,6 +172,33 @@ TEST_F(HotKeysTest, AHeldKeyRepeatsItsPressAndIsReleasedOnce) {
     EXPECT_THAT(take(), IsEmpty());
 }
 
+// As when a shortcut has just been recorded and its keys are still down.
+TEST_F(HotKeysTest, AKeyThatIsDownAtRegistrationCountsFromItsNextPress) {
+    X11EventMonitors monitors(connection_, modifiers_, *mirrored_.mirror, screens_);
+    const auto keys = monitors.addGlobalMonitor(eventMask(EventType::keyDown), [](const auto &) {});
+    auto &session = mirrored_.session;
+    session.setKey(Key::control, true);
+    for (const double held : {0.0, 1.2}) { // repeats begin within the second
+        session.setKey(Key::space, true);
+        auto toggle = add(49, hotKeyModifier::control, 1);
+        EXPECT_TRUE(session.remains(
+            [&] {
+                connection_.dispatch();
+                return events_.empty();
+            },
+            desktop::Seconds(held)));
+        session.setKey(Key::space, false);
+        session.setKey(Key::space, true);
+        EXPECT_TRUE(eventually([&] { return !events_.empty(); })) << held;
+        session.setKey(Key::space, false);
+        EXPECT_TRUE(eventually([&] { return events_.back() == "-1"; }));
+        EXPECT_THAT(take(), ElementsAre("+1", "-1"));
+        toggle.handle.reset();
+        catchUp();
+    }
+    session.setKey(Key::control, false);
+}
+
 TEST_F(HotKeysTest, OneThatAnotherProgramHoldsIsRefusedAndLeavesNothingBehind) {
     ASSERT_TRUE(grabKeyAsOther(49, XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_LOCK));
     EXPECT_EQ(add(49, hotKeyModifier::control, 1).status, hotKeyStatus::alreadyTaken);
@@ -202,6 +229,14 @@ TEST_F(HotKeysTest, FollowTheModifierKeysToOtherPositions) {
     EXPECT_THAT(take(), ElementsAre("+2", "-2"));
     EXPECT_TRUE(grabKeyAsOther(48, XCB_MOD_MASK_1 | superMask)) << "the old grabs are given up";
 
+    // Beyond that of the key which nobody can press, and shared with Num Lock.
+    for (const std::size_t modifier : {7U, 4U}) {
+        moveKeyToModifier(superLeftKeycode, modifier);
+        ASSERT_TRUE(eventually([&] { return modifiers_.bits().command == 1U << modifier; }));
+        catchUp();
+        press({Key::command, Key::c});
+        EXPECT_THAT(take(), ElementsAre("+5", "-5")) << modifier;
+    }
     moveKeyToModifier(superLeftKeycode, 6);
     ASSERT_TRUE(eventually([&] { return modifiers_.bits().command == superMask; }));
     catchUp();

@@ -142,14 +142,13 @@ void KeyboardModifiers::apply(const xcb_get_keyboard_mapping_reply_t *keysyms) {
     const std::size_t columns = keysyms->keysyms_per_keycode;
     const auto keysPerModifier = modifierKeys_.size() / modifierCount;
     Found found;
-    for (std::size_t index = 0; index < modifierKeys_.size(); ++index) {
-        if (modifierKeys_[index] < first) {
-            continue;
-        }
-        const auto bit = static_cast<std::uint16_t>(1U << (index / keysPerModifier));
-        const auto row = static_cast<std::size_t>(modifierKeys_[index] - first);
-        for (const auto keysym : symbols.subspan(row * columns, columns)) {
-            found.note(keysym, bit);
+    for (std::size_t column = 0; column < columns; ++column) {
+        for (std::size_t index = 0; index < modifierKeys_.size(); ++index) {
+            if (modifierKeys_[index] >= first) {
+                const auto row = static_cast<std::size_t>(modifierKeys_[index] - first);
+                found.note(symbols[row * columns + column],
+                           static_cast<std::uint16_t>(1U << (index / keysPerModifier)));
+            }
         }
     }
     const auto either = [](std::uint16_t left, std::uint16_t right) {

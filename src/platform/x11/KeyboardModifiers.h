@@ -15,18 +15,14 @@ namespace lumo::x11 {
 class Connection;
 
 // Which bits of a key event's state the keys of the keyboard set; 0 for a key that it lacks. Where
-// the left and the right key set different bits, that of the left one. Control and Shift are the
-// same everywhere.
+// the left and the right key set different bits, that of the left one; where several keys have a
+// symbol, that of one which has it without any modifier, as others may be keys that nobody can
+// press. Control and Shift are the same everywhere.
 struct ModifierBits {
     std::uint16_t command = 0; // Super
     std::uint16_t option = 0;  // Alt
     std::uint16_t numLock = 0;
     std::uint16_t scrollLock = 0;
-
-    // The bits of all lock keys.
-    std::uint16_t locks() const {
-        return static_cast<std::uint16_t>(XCB_MOD_MASK_LOCK | numLock | scrollLock);
-    }
 
     bool operator==(const ModifierBits &) const = default;
 };

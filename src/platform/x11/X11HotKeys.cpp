@@ -6,12 +6,22 @@
 #include "platform/x11/XcbXkb.h"
 #include "support/Log.h"
 
+#include <xcb/xinput.h>
+
 #include <algorithm>
 #include <array>
 #include <string>
 #include <utility>
 
 namespace lumo::x11 {
+
+namespace {
+
+bool isKeyDown(const xcb_query_keymap_reply_t &keys, xcb_keycode_t keycode) {
+    return (keys.keys[keycode / 8U] >> (keycode % 8U) & 1U) != 0;
+}
+
+} // namespace
 
 X11HotKeys::X11HotKeys(Connection &connection, KeyboardModifiers &modifiers, const Log &log)
     : connection_(connection)
@@ -86,12 +96,19 @@ HotKeyRegistration X11HotKeys::registerHotKey(std::uint32_t keyCode, std::uint32
     if (!keycode) {
         return {hotKeyStatus::invalidParameter, {}};
     }
+    const auto keysDown = xcb_query_keymap(connection_);
     hotKeys_.push_back({modifiers, id, *keycode});
     const auto added = std::prev(hotKeys_.end());
     const auto status = grabAndWait(*added);
     if (status != hotKeyStatus::success) {
         hotKeys_.erase(added);
+        xcb_discard_reply(connection_, keysDown.sequence);
         return {status, {}};
+    }
+    const XcbPointer<xcb_query_keymap_reply_t> keys(
+        xcb_query_keymap_reply(connection_, keysDown, nullptr));
+    if (keys != nullptr && isKeyDown(*keys, *keycode)) {
+        added->heldAtRequest = keysDown.sequence;
     }
     return {status, Handle(lifetime_.guard([this, added] { unregister(added); }))};
 }
@@ -101,7 +118,6 @@ std::int32_t X11HotKeys::prepareGrabs(HotKey &hotKey) {
     if (!state) {
         return hotKeyStatus::invalidParameter;
     }
-    hotKey.state = *state;
     hotKey.grabbedStates = grabStates(*state);
     hotKey.grabSerial = ++lastGrabSerial_;
     return hotKeyStatus::success;
@@ -183,6 +199,16 @@ void X11HotKeys::grabAllAnew() {
 
 void X11HotKeys::handleEvent(const xcb_generic_event_t &event) {
     switch (event.response_type & 0x7fU) {
+    case XCB_GE_GENERIC: {
+        // Asked for by the monitor of the emergency keys.
+        const auto &raw = reinterpret_cast<const xcb_input_raw_key_press_event_t &>(event);
+        const auto &extensions = connection_.extensions();
+        if (extensions.xinput && raw.extension == extensions.xinputOpcode &&
+            raw.event_type == XCB_INPUT_RAW_KEY_PRESS) {
+            handlePhysicalPress(raw.detail, event.full_sequence);
+        }
+        break;
+    }
     case XCB_KEY_PRESS:
         handleKeyPress(reinterpret_cast<const xcb_key_press_event_t &>(event));
         break;
@@ -194,12 +220,23 @@ void X11HotKeys::handleEvent(const xcb_generic_event_t &event) {
     }
 }
 
+// Auto-repeat makes key presses, but no raw ones.
+void X11HotKeys::handlePhysicalPress(std::uint32_t keycode, std::uint32_t sequence) {
+    for (auto &hotKey : hotKeys_) {
+        if (hotKey.keycode == keycode && hotKey.heldAtRequest &&
+            static_cast<std::int32_t>(sequence - *hotKey.heldAtRequest) >= 0) {
+            hotKey.heldAtRequest.reset();
+        }
+    }
+}
+
 void X11HotKeys::handleKeyPress(const xcb_key_press_event_t &event) {
-    const auto state = static_cast<std::uint16_t>(event.state & 0xffU & ~modifiers_.bits().locks());
+    const auto state = static_cast<std::uint16_t>(event.state & 0xffU);
     const auto pressed = std::ranges::find_if(hotKeys_, [&](const HotKey &hotKey) {
-        return hotKey.keycode == event.detail && hotKey.state == state;
+        return hotKey.keycode == event.detail &&
+               std::ranges::find(hotKey.grabbedStates, state) != hotKey.grabbedStates.end();
     });
-    if (pressed != hotKeys_.end()) {
+    if (pressed != hotKeys_.end() && !pressed->heldAtRequest) {
         pressed->isDown = true;
         events_.emit({pressed->id, hotKeyEventKind::pressed});
     }
@@ -210,7 +247,11 @@ void X11HotKeys::handleKeyRelease(const xcb_key_release_event_t &event) {
     // changed: the key alone counts.
     std::vector<HotKeyID> released;
     for (auto &hotKey : hotKeys_) {
-        if (hotKey.keycode == event.detail && std::exchange(hotKey.isDown, false)) {
+        if (hotKey.keycode != event.detail) {
+            continue;
+        }
+        hotKey.heldAtRequest.reset();
+        if (std::exchange(hotKey.isDown, false)) {
             released.push_back(hotKey.id);
         }
     }

@@ -22,7 +22,8 @@ class KeyboardModifiers;
 
 // Hot keys as passive grabs of a key on the root window, one for each state of the lock keys.
 // Events arrive on the main thread; auto-repeat is reported as repeated presses without releases
-// between them. A hot key that is unregistered while it is held is reported as released.
+// between them. A hot key that is unregistered while it is held is reported as released; one whose
+// key is down already when it is registered waits for the next press.
 //
 // Registering waits for the server, to learn whether another client has the key. When the keyboard
 // gets other modifiers, all hot keys are grabbed anew without waiting; one that can't be had then
@@ -41,10 +42,12 @@ class X11HotKeys final : public HotKeyService {
         std::uint32_t modifiers;
         HotKeyID id;
         xcb_keycode_t keycode;
-        std::uint16_t state = 0; // the modifier bits that it is grabbed with, lock keys aside
-        std::vector<std::uint16_t> grabbedStates = {}; // the same, with each state of the lock keys
-        std::uint64_t grabSerial = 0;                  // tells these grabs from earlier ones
+        // The modifier bits that it is grabbed with, with each state of the lock keys.
+        std::vector<std::uint16_t> grabbedStates = {};
+        std::uint64_t grabSerial = 0; // tells these grabs from earlier ones
         bool isDown = false;
+        // While its key is down since before this request, what comes is auto-repeat.
+        std::optional<std::uint32_t> heldAtRequest = {};
     };
 
     void makeAutoRepeatDetectable();
@@ -60,6 +63,7 @@ class X11HotKeys final : public HotKeyService {
     void unregister(std::list<HotKey>::iterator hotKey);
     void grabAllAnew();
     void handleEvent(const xcb_generic_event_t &event);
+    void handlePhysicalPress(std::uint32_t keycode, std::uint32_t sequence);
     void handleKeyPress(const xcb_key_press_event_t &event);
     void handleKeyRelease(const xcb_key_release_event_t &event);
 
