@@ -37,16 +37,23 @@ class LumoTriggers : public testing::Test {
         session.eventually([&] { return session.activeWindow() == front.window(); });
     }
 
-    // Starts the program with the effect on, and waits until its main loop turns: by then all
-    // triggers are set up.
-    LumoProcess &start(Preferences more = {}) {
+    // Starts the program with the effect on, and waits until it has grabbed the keys of that many
+    // shortcuts, which is the last thing it sets up, and its main loop turns.
+    LumoProcess &start(Preferences more = {}, std::size_t shortcuts = 3) {
+        constexpr std::size_t lockStates = 4; // Caps Lock and Num Lock
         more.merge(look.preferences());
         lumo_ = std::make_unique<LumoProcess>(desktop, more);
-        lumo_->waitForOverlays();
-        const long end = lumo_->process().voluntarySwitches() + 60;
-        if (!session.eventually([&] { return lumo_->process().voluntarySwitches() >= end; },
+        const auto overlay = lumo_->waitForOverlays().front().window;
+        const auto isSetUp = [&] {
+            return session.passiveGrabs(overlay) == shortcuts * lockStates;
+        };
+        const bool hasKeys = session.eventually(isSetUp, Seconds(30));
+        const long end = lumo_->process().voluntarySwitches() + 10;
+        if (!hasKeys ||
+            !session.eventually([&] { return lumo_->process().voluntarySwitches() >= end; },
                                 Seconds(30))) {
-            throw std::runtime_error("the main loop does not turn: " + lumo_->process().report());
+            throw std::runtime_error("the program does not get to work: " +
+                                     lumo_->process().report());
         }
         return *lumo_;
     }
@@ -117,7 +124,7 @@ TEST_F(LumoTriggers, AShortcutOfAnotherProgramIsReportedAndTheOthersLive) {
     xcb_grab_key(session.connection(), 0, session.root(), XCB_MOD_MASK_CONTROL, 65,
                  XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
     session.stacking(); // a round trip: the key is taken
-    auto &lumo = start({{"peekDuration", 30.0}, {"privacyCoverAutoAssignOnEnable", false}});
+    auto &lumo = start({{"peekDuration", 30.0}, {"privacyCoverAutoAssignOnEnable", false}}, 2);
     EXPECT_TRUE(says("[Lumo] Toggle hotkey register failed, status=-9878"));
     EXPECT_THAT(lumo.process().outputLines(), Not(Contains(HasSubstr("Peek hotkey"))));
     EXPECT_FALSE(backIsPlain());

@@ -5,6 +5,8 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -286,7 +288,11 @@ TEST_F(AppControllerTest, KeepsItsPromisesUnderRandomTriggers) {
     desktop.openWindow(desktop.launch("Player", "org.example.Player"), {50, 50, 900, 700});
     desktop.defaults.emplace("privacyCoverEnabled", Value(true));
     start();
-    std::mt19937 random(20240607); // NOLINT(cert-msc*): the same story each time
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread runs
+    const char *given = std::getenv("LUMO_TEST_SEED");
+    const auto seed = given != nullptr ? std::stoul(given) : std::random_device()();
+    std::printf("seed %lu, again with LUMO_TEST_SEED\n", static_cast<unsigned long>(seed));
+    std::mt19937 random(static_cast<std::mt19937::result_type>(seed));
     const auto oneOf = [&](auto... choices) {
         const std::vector all{choices...};
         return all[random() % all.size()];
@@ -318,7 +324,8 @@ TEST_F(AppControllerTest, KeepsItsPromisesUnderRandomTriggers) {
         run();
         desktop.mainLoop.runPosted();
         desktop.logLines.clear();
-        SCOPED_TRACE("step " + std::to_string(step) + ": " + name);
+        SCOPED_TRACE("seed " + std::to_string(seed) + " step " + std::to_string(step) + ": " +
+                     name);
         const bool on = settings().isEnabled.value();
         const bool peeking = settings().isPeeking.value();
         ASSERT_EQ(desktop.openOverlays().size(), on ? 1U : 0U);

@@ -104,6 +104,18 @@ TEST_F(ShortcutManagerTest, FollowsTheSettingsWhileListeningAndOnlyThen) {
     EXPECT_THAT(press(17, hotKeyModifier::control), ElementsAre(toggle));
     EXPECT_TRUE(manager->isListening.value());
 
+    int registrations = 0;
+    const auto counter = manager->isListening.subscribeToChanges(
+        [&](bool listening) { registrations += listening ? 1 : 0; });
+    settings.toggleShortcutKey.set(8); // as recorded; the settings change one after the other
+    settings.toggleShortcutModifiers.set(3072);
+    settings.coverSetShortcutKey.set(7);
+    desktop.logLines.clear();
+    desktop.mainLoop.runPosted();
+    EXPECT_EQ(registrations, 1);
+    EXPECT_THAT(desktop.logLines, IsEmpty()) << "only what comes of it in the end can conflict";
+    EXPECT_THAT(press(8, commandOption), ElementsAre(toggle));
+
     manager.reset();
     EXPECT_THAT(desktop.hotKeys(), IsEmpty());
 }

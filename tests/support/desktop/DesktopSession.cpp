@@ -1,6 +1,7 @@
 #include "desktop/DesktopSession.h"
 
 #include <poll.h>
+#include <xcb/res.h>
 #include <xcb/xtest.h>
 
 #include <algorithm>
@@ -220,6 +221,20 @@ xcb_window_t DesktopSession::selectionOwner(std::string_view selection) {
     const auto reply = wait(connection_, xcb_get_selection_owner(connection_, atom(selection)),
                             xcb_get_selection_owner_reply);
     return reply ? reply->owner : XCB_NONE;
+}
+
+std::size_t DesktopSession::passiveGrabs(xcb_window_t window) {
+    const auto reply = wait(connection_, xcb_res_query_client_resources(connection_, window),
+                            xcb_res_query_client_resources_reply);
+    const auto wanted = atom("PASSIVE GRAB");
+    std::size_t count = 0;
+    if (reply) {
+        auto type = xcb_res_query_client_resources_types_iterator(reply.get());
+        for (; type.rem > 0; xcb_res_type_next(&type)) {
+            count += type.data->resource_type == wanted ? type.data->count : 0;
+        }
+    }
+    return count;
 }
 
 std::optional<std::string> DesktopSession::windowManagerName() {

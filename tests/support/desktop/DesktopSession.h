@@ -74,6 +74,7 @@ class DesktopSession {
     xcb_window_t activeWindow(); // as the window manager says; none when it names none
     xcb_window_t focusedWindow();
     xcb_window_t selectionOwner(std::string_view selection);
+    std::size_t passiveGrabs(xcb_window_t window); // of the client that made the window
 
     // The name of a running window manager, from the window that proves that it lives.
     std::optional<std::string> windowManagerName();

@@ -1,0 +1,76 @@
+#include "platform/x11/GlibMainLoop.h"
+
+#include <glib.h>
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <functional>
+#include <limits>
+#include <vector>
+
+namespace lumo::x11 {
+namespace {
+
+using testing::ElementsAre;
+
+void turnUntil(const std::function<bool()> &condition) {
+    while (!condition()) {
+        g_main_context_iteration(nullptr, TRUE);
+    }
+}
+
+// As when a task shows a dialog and waits for it.
+TEST(GlibMainLoopTest, GoesOnWithinATaskThatTurnsItItself) {
+    GlibMainLoop loop;
+    int depth = 0;
+    int deepest = 0;
+    int ticks = 0;
+    bool closed = false;
+    std::vector<int> posted;
+    Handle other;
+    const auto ticking = loop.every(0.001, [&] {
+        deepest = std::max(deepest, ++depth);
+        if (++ticks == 1) {
+            loop.post([&] {
+                posted.push_back(1);
+                turnUntil([&] { return posted.size() == 3; });
+            });
+            loop.post([&] { posted.push_back(2); });
+            loop.post([&] { posted.push_back(3); });
+            other = loop.after(0.01, [&] { closed = true; });
+            turnUntil([&] { return closed && posted.size() == 3; });
+        }
+        --depth;
+    });
+    turnUntil([&] { return ticks >= 3; });
+    EXPECT_EQ(deepest, 1) << "a timer's task does not run within itself";
+    EXPECT_THAT(posted, ElementsAre(1, 2, 3));
+}
+
+TEST(GlibMainLoopTest, TimersBearAnyTimeAndTheirReleaseByTheirOwnTask) {
+    GlibMainLoop loop;
+    int never = 0;
+    const auto endless = loop.after(std::numeric_limits<double>::infinity(), [&never] { ++never; });
+    const auto huge = loop.after(1e300, [&never] { ++never; });
+    int runs = 0;
+    std::vector<Handle> timers;
+    for (const double seconds : {-1.0, 0.0, std::numeric_limits<double>::quiet_NaN()}) {
+        timers.push_back(loop.after(seconds, [&, index = timers.size()] {
+            timers[index].reset();
+            ++runs;
+        }));
+    }
+    turnUntil([&] { return runs == 3; });
+    Handle repeating;
+    repeating = loop.every(0.001, [&] {
+        ++runs;
+        repeating.reset();
+    });
+    const auto end = loop.after(0.02, [&] { loop.quit(5); });
+    EXPECT_EQ(loop.run(), 5);
+    EXPECT_EQ(runs, 4);
+    EXPECT_EQ(never, 0);
+}
+
+} // namespace
+} // namespace lumo::x11
