@@ -4,6 +4,7 @@
 #include "desktop/PrivateDesktop.h"
 #include "desktop/SampleApplication.h"
 #include "platform/x11/Connection.h"
+#include "platform/x11/GlibMainLoop.h"
 #include "platform/x11/WindowMirror.h"
 #include "platform/x11/X11Screens.h"
 #include "platform/x11/X11WindowServer.h"
@@ -35,7 +36,8 @@ struct Backend {
     desktop::SampleApplication application{desktop, "Sample", sampleWindows()};
     std::unique_ptr<Connection> connection = Connection::open(desktop.displayName().c_str());
     WindowMirror mirror{*connection};
-    X11Screens screens{*connection};
+    GlibMainLoop loop;
+    X11Screens screens{*connection, loop};
     X11Workspace workspace{*connection, mirror};
     X11WindowServer server{mirror, screens, workspace};
 

@@ -1,5 +1,6 @@
 #include "MirroredDesktop.h"
 #include "platform/HotKeyService.h"
+#include "platform/x11/GlibMainLoop.h"
 #include "platform/x11/KeyPositions.h"
 #include "platform/x11/KeyboardModifiers.h"
 #include "platform/x11/PointerDevices.h"
@@ -97,7 +98,8 @@ class InputTest : public testing::Test {
     Connection &connection_ = *mirrored_.connection;
     std::vector<std::string> logLines_;
     Log log_{[this](std::string_view line) { logLines_.emplace_back(line); }};
-    X11Screens screens_{connection_};
+    GlibMainLoop loop_;
+    X11Screens screens_{connection_, loop_};
     KeyboardModifiers modifiers_{connection_};
 };
 

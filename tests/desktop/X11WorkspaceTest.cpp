@@ -95,7 +95,8 @@ class WorkspaceTest : public testing::Test {
     static inline std::filesystem::path folder;
     MirroredDesktop mirrored_{{}};
     desktop::DesktopSession &session_ = mirrored_.session;
-    X11Screens screens_{*mirrored_.connection};
+    GlibMainLoop loop_;
+    X11Screens screens_{*mirrored_.connection, loop_};
     X11Workspace workspace_{*mirrored_.connection, *mirrored_.mirror};
     X11WindowServer server_{*mirrored_.mirror, screens_, workspace_};
     X11Accessibility accessibility_{*mirrored_.connection, *mirrored_.mirror};

@@ -1,5 +1,6 @@
 #include "platform/x11/X11Screens.h"
 
+#include "platform/MainLoop.h"
 #include "platform/x11/Connection.h"
 #include "platform/x11/PropertyReply.h"
 
@@ -19,6 +20,10 @@ constexpr std::uint32_t monitorsBit = 1;
 constexpr std::uint32_t resourcesBit = 2;
 
 constexpr double longestStart = 2;
+
+// Seconds without an event after which a burst is over, and after which it is not waited for.
+constexpr double quietTime = 0.1;
+constexpr double longestBurst = 0.5;
 
 // In units of four bytes.
 constexpr std::uint32_t maximumResourcesLength = 65536;
@@ -63,7 +68,57 @@ std::vector<std::uint32_t> identifiersOf(const std::vector<std::string> &keys) {
     return identifiers;
 }
 
+// The part of an area that is not taken, where that is one rectangle.
+std::optional<PixelRect> restOf(const PixelRect &area, const PixelRect &taken) {
+    const auto common = area.intersection(taken);
+    if (common.height == area.height) {
+        if (common.x == area.x) {
+            return PixelRect{common.maxX(), area.y, area.maxX() - common.maxX(), area.height};
+        }
+        if (common.maxX() == area.maxX()) {
+            return PixelRect{area.x, area.y, common.x - area.x, area.height};
+        }
+    } else if (common.width == area.width) {
+        if (common.y == area.y) {
+            return PixelRect{area.x, common.maxY(), area.width, area.maxY() - common.maxY()};
+        }
+        if (common.maxY() == area.maxY()) {
+            return PixelRect{area.x, area.y, area.width, common.y - area.y};
+        }
+    }
+    return std::nullopt;
+}
+
+// Settles what two monitors have in common; false when no two have anything.
+bool separateTwo(std::vector<Monitor> &monitors) {
+    for (auto first = monitors.begin(); first != monitors.end(); ++first) {
+        for (auto second = first + 1; second != monitors.end(); ++second) {
+            const auto common = first->area.intersection(second->area);
+            if (common.isEmpty()) {
+                continue;
+            }
+            const bool isAllOfOne = common == first->area || common == second->area;
+            const auto rest = restOf(second->area, first->area);
+            if (!isAllOfOne && rest) {
+                second->area = *rest;
+            } else {
+                first->area = first->area.united(second->area);
+                monitors.erase(second);
+            }
+            return true;
+        }
+    }
+    return false;
+}
+
 } // namespace
+
+std::vector<Monitor> apart(std::vector<Monitor> monitors) {
+    std::erase_if(monitors, [](const auto &monitor) { return monitor.area.isEmpty(); });
+    while (separateTwo(monitors)) {
+    }
+    return monitors;
+}
 
 double scaleOfResources(std::string_view resources) {
     constexpr std::string_view key = "Xft.dpi:";
@@ -80,8 +135,9 @@ double scaleOfResources(std::string_view resources) {
     return scale;
 }
 
-X11Screens::X11Screens(Connection &connection)
+X11Screens::X11Screens(Connection &connection, MainLoop &mainLoop)
     : connection_(connection)
+    , mainLoop_(mainLoop)
     , edid_(connection.atom("EDID"))
     , replies_(connection)
     , root_{0, 0, connection.screen().width_in_pixels, connection.screen().height_in_pixels} {
@@ -96,11 +152,15 @@ X11Screens::X11Screens(Connection &connection)
                 XCB_RANDR_NOTIFY_MASK_OUTPUT_CHANGE | XCB_RANDR_NOTIFY_MASK_OUTPUT_PROPERTY);
     }
     events_ = connection.onEvent([this](const auto &event) { handle(event); });
-    batches_ = connection.onDispatched([this] { requestReads(); });
+    batches_ = connection.onDispatched([this] {
+        if (!quiet_) {
+            requestReads();
+        }
+    });
     reads_.want(monitorsBit | resourcesBit);
     requestReads();
-    connection.dispatchUntil([this] { return reads_.isIdle() && replies_.isEmpty(); },
-                             longestStart);
+    // What happens meanwhile may be read later.
+    connection.dispatchUntil([this] { return replies_.isEmpty(); }, longestStart);
 }
 
 X11Screens::~X11Screens() = default;
@@ -117,19 +177,32 @@ void X11Screens::handle(const xcb_generic_event_t &event) {
             root_ = {0, 0, configure.width, configure.height};
             // Also without a change of size: a monitor that was made or removed by hand shows
             // itself by nothing else.
-            reads_.want(monitorsBit);
+            readWhenQuiet(monitorsBit);
         }
     } else if (event.response_type == XCB_PROPERTY_NOTIFY) {
         const auto &property = reinterpret_cast<const xcb_property_notify_event_t &>(event);
         if (property.window == connection_.root() && property.atom == XCB_ATOM_RESOURCE_MANAGER) {
-            reads_.want(resourcesBit);
+            readWhenQuiet(resourcesBit);
         }
     } else if (extensions.randr &&
                (event.response_type == extensions.randrFirstEvent + XCB_RANDR_NOTIFY ||
                 event.response_type ==
                     extensions.randrFirstEvent + XCB_RANDR_SCREEN_CHANGE_NOTIFY)) {
-        reads_.want(monitorsBit);
+        readWhenQuiet(monitorsBit);
     }
+}
+
+void X11Screens::readWhenQuiet(std::uint32_t things) {
+    reads_.want(things);
+    const double now = mainLoop_.now();
+    if (!quiet_) {
+        burstBeganAt_ = now;
+    }
+    const double wait = std::min(quietTime, burstBeganAt_ + longestBurst - now);
+    quiet_ = mainLoop_.after(std::max(wait, 0.0), [this] {
+        quiet_.reset();
+        requestReads();
+    });
 }
 
 void X11Screens::requestReads() {
@@ -204,20 +277,9 @@ void X11Screens::readMonitor(const std::shared_ptr<std::vector<Monitor>> &found,
 
 void X11Screens::finishMonitors(std::vector<Monitor> found) {
     reads_.finished(monitorsBit);
-    std::erase_if(found, [](const auto &monitor) {
-        return monitor.area.width <= 0 || monitor.area.height <= 0;
-    });
     std::stable_sort(found.begin(), found.end(),
                      [](const auto &a, const auto &b) { return a.isPrimary && !b.isPrimary; });
-    monitors_.clear();
-    for (auto &monitor : found) {
-        const bool isMirrored =
-            std::any_of(monitors_.begin(), monitors_.end(),
-                        [&](const auto &other) { return other.area == monitor.area; });
-        if (!isMirrored) {
-            monitors_.push_back(std::move(monitor));
-        }
-    }
+    monitors_ = apart(std::move(found));
     update();
 }
 

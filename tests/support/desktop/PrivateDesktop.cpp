@@ -55,6 +55,12 @@ bool carries(const fs::path &process, const std::string &marker) {
     return ('\0' + text).find('\0' + marker + '\0') != std::string::npos;
 }
 
+std::vector<std::string> xvfbCommand(const DesktopOptions &options) {
+    return {"Xvfb", "-screen", "0",
+            std::to_string(options.width) + "x" + std::to_string(options.height) + "x" +
+                std::to_string(options.depth)};
+}
+
 } // namespace
 
 PrivateDesktop::PrivateDesktop(const DesktopOptions &options)
@@ -89,17 +95,45 @@ void PrivateDesktop::waitUntil(const std::function<bool()> &condition, ChildProc
 }
 
 void PrivateDesktop::startServer(const DesktopOptions &options) {
-    const std::string size =
-        std::to_string(options.width) + "x" + std::to_string(options.height) + "x24";
-    std::vector<std::string> command = {"Xvfb", "-displayfd", "1",     "-screen",    "0",
-                                        size,   "-dpi",       "96",    "-noreset",   "-nolisten",
-                                        "tcp",  "+extension", "RANDR", "+extension", "Composite"};
+    auto command = options.server == Server::xvfb ? xvfbCommand(options) : xorgCommand(options);
+    command.insert(command.end(), {"-displayfd", "1", "-dpi", "96", "-noreset", "-nolisten", "tcp",
+                                   "+extension", "RANDR", "+extension", "Composite"});
     command.insert(command.end(), options.serverArguments.begin(), options.serverArguments.end());
     server_ = start(command);
     waitUntil([&] { return !server_->outputLines().empty(); }, *server_, "the X server");
     displayName_ = ":" + server_->outputLines().front();
     environment_["DISPLAY"] = displayName_;
     session_ = std::make_unique<DesktopSession>(displayName_);
+}
+
+// It needs no privilege: it opens no device and leaves the terminal alone.
+std::vector<std::string> PrivateDesktop::xorgCommand(const DesktopOptions &options) const {
+    const fs::path configuration = directory() / "xorg.conf";
+    std::ofstream(configuration) << "Section \"ServerFlags\"\n"
+                                    "  Option \"AutoAddDevices\" \"false\"\n"
+                                    "  Option \"AutoAddGPU\" \"false\"\n"
+                                    "EndSection\n"
+                                    "Section \"Device\"\n"
+                                    "  Identifier \"none\"\n"
+                                    "  Driver \"dummy\"\n"
+                                    "  VideoRam 256000\n"
+                                    "EndSection\n"
+                                    "Section \"Screen\"\n"
+                                    "  Identifier \"screen\"\n"
+                                    "  Device \"none\"\n"
+                                    "  DefaultDepth "
+                                 << options.depth << "\n  SubSection \"Display\"\n    Depth "
+                                 << options.depth << "\n    Virtual " << options.width << " "
+                                 << options.height << "\n  EndSubSection\nEndSection\n";
+    // Debian's start script in the path lets only people at a console through.
+    const std::string itself = "/usr/lib/xorg/Xorg";
+    return {fs::exists(itself) ? itself : "Xorg",
+            "-config",
+            configuration.string(),
+            "-logfile",
+            (directory() / "output" / "Xorg.log").string(),
+            "-novtswitch",
+            "-sharevts"};
 }
 
 void PrivateDesktop::startSessionBus() {

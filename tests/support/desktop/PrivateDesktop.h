@@ -15,12 +15,17 @@ namespace lumo::desktop {
 enum class WindowManager { none, openbox, fluxbox, xfwm4, xfwm4Compositing };
 enum class Compositor { none, picomXrender, picomGlx };
 
+// Xvfb, or the server of real displays with a driver for none, whose outputs Outputs arranges.
+enum class Server { xvfb, xorg };
+
 struct DesktopOptions {
     int width = 1280;
     int height = 800;
     WindowManager windowManager = WindowManager::openbox;
     Compositor compositor = Compositor::none;
     std::vector<std::string> serverArguments = {}; // as {"-extension", "Composite"}
+    Server server = Server::xvfb;
+    int depth = 24; // of the root window, bits per pixel
 };
 
 // A desktop that nobody else sees: an X server without a screen on a free display number, with a
@@ -73,6 +78,7 @@ class PrivateDesktop {
 
   private:
     void startServer(const DesktopOptions &options);
+    std::vector<std::string> xorgCommand(const DesktopOptions &options) const;
     void startWindowManager(WindowManager windowManager);
     void startMessageBus(const std::string &configuration);
     void waitUntil(const std::function<bool()> &condition, ChildProcess &program,
