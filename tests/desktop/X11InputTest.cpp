@@ -10,6 +10,7 @@
 #include "platform/x11/XcbXkb.h"
 #include "support/Log.h"
 
+#include <glib.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -354,7 +355,12 @@ TEST_F(EventMonitorsTest, TellOfMotionInPointsWithButtonsAndModifiers) {
                         XCB_ATOM_STRING, 8, static_cast<std::uint32_t>(resources.size()),
                         resources.data());
     xcb_flush(tester());
-    ASSERT_TRUE(eventually([&] { return screens_.pointSpace().scale() == 2; }));
+    const double end = loop_.now() + 10;
+    while (screens_.pointSpace().scale() != 2 && loop_.now() < end) {
+        connection_.dispatchUntil([] { return false; }, 0.01);
+        g_main_context_iteration(nullptr, FALSE);
+    }
+    ASSERT_EQ(screens_.pointSpace().scale(), 2);
     session.movePointerBy(30, 0);
     catchUp();
     EXPECT_EQ(take().at(0).deltaX, 15);
