@@ -21,7 +21,9 @@ enum Index : unsigned {
     stateIndex,
     managerIndex,
     desktopIndex,
-    edgesIndex,
+    shadowsIndex,
+    decorationsIndex,
+    transientIndex,
 };
 
 constexpr auto propertyNames = std::to_array<std::string_view>({
@@ -35,6 +37,8 @@ constexpr auto propertyNames = std::to_array<std::string_view>({
     "WM_STATE",
     "_NET_WM_DESKTOP",
     "_GTK_FRAME_EXTENTS",
+    "_NET_FRAME_EXTENTS",
+    "WM_TRANSIENT_FOR",
 });
 static_assert(propertyNames.size() == WindowProperties::count);
 
@@ -67,14 +71,14 @@ bool contains(std::span<const xcb_atom_t> atoms, xcb_atom_t atom) {
     return std::find(atoms.begin(), atoms.end(), atom) != atoms.end();
 }
 
-// Edges as the property lists them; none when it holds nonsense.
-InvisibleEdges edgesOf(std::span<const std::uint32_t> values) {
+// Edges as the property lists them; absent when it holds nonsense.
+std::optional<Edges> edgesOf(std::span<const std::uint32_t> values) {
     constexpr std::uint32_t widest = 1000;
     if (values.size() < 4 || *std::max_element(values.begin(), values.end()) > widest) {
-        return {};
+        return std::nullopt;
     }
-    return {static_cast<int>(values[0]), static_cast<int>(values[1]), static_cast<int>(values[2]),
-            static_cast<int>(values[3])};
+    return Edges{static_cast<int>(values[0]), static_cast<int>(values[1]),
+                 static_cast<int>(values[2]), static_cast<int>(values[3])};
 }
 
 } // namespace
@@ -179,8 +183,17 @@ void WindowProperties::apply(WindowFacts &facts, unsigned index,
     case desktopIndex:
         facts.desktop = value32(reply);
         break;
-    case edgesIndex:
-        facts.invisibleEdges = edgesOf(values32(reply));
+    case shadowsIndex:
+        facts.shadows = edgesOf(values32(reply)).value_or(Edges());
+        break;
+    case decorationsIndex:
+        facts.decorations = edgesOf(values32(reply));
+        break;
+    case transientIndex:
+        facts.transientFor = value32(reply);
+        if (facts.transientFor == XCB_NONE) {
+            facts.transientFor.reset();
+        }
         break;
     default:
         break;

@@ -15,15 +15,14 @@ namespace lumo::x11 {
 
 class Connection;
 
-// How far a window reaches beyond what it shows, in pixels: the room for shadows that it draws
-// itself.
-struct InvisibleEdges {
+// Widths along the four edges of a window, in pixels.
+struct Edges {
     int left = 0;
     int right = 0;
     int top = 0;
     int bottom = 0;
 
-    bool operator==(const InvisibleEdges &) const = default;
+    bool operator==(const Edges &) const = default;
 };
 
 // What a window's properties say about it.
@@ -44,7 +43,13 @@ struct WindowFacts {
     bool skipsTaskbar = false;
     std::optional<std::uint32_t> managerState; // WM_STATE: 0 withdrawn, 1 normal, 3 iconic
     std::optional<std::uint32_t> desktop;      // all bits set when on all desktops
-    InvisibleEdges invisibleEdges;
+    Edges shadows; // _GTK_FRAME_EXTENTS: what it keeps free around itself for its own shadows
+
+    // _NET_FRAME_EXTENTS: what the manager shows around it; absent when the manager does not say.
+    std::optional<Edges> decorations;
+
+    // WM_TRANSIENT_FOR; absent when there is none, the root window when it is one of a group.
+    std::optional<xcb_window_t> transientFor;
 
     // A window manager has taken the window in hand, and may have died since.
     bool isManaged() const { return managerState.value_or(0) != 0; }
@@ -61,7 +66,7 @@ WindowBand bandOf(const WindowFacts &facts, bool isLeftAlone);
 // answers mean. Each has an index below count.
 class WindowProperties {
   public:
-    static constexpr unsigned count = 10;
+    static constexpr unsigned count = 12;
 
     explicit WindowProperties(Connection &connection);
 

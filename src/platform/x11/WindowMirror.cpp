@@ -162,9 +162,8 @@ void WindowMirror::handle(const xcb_generic_event_t &event) {
             extensions.shape &&
             event.response_type == extensions.shapeFirstEvent + XCB_SHAPE_NOTIFY) {
             const auto &shape = as<xcb_shape_notify_event_t>(event);
-            if (shape.shape_kind != XCB_SHAPE_SK_INPUT &&
-                findTop(shape.affected_window) != nullptr) {
-                note(&MirrorChange::appearance);
+            if (shape.shape_kind == XCB_SHAPE_SK_BOUNDING) {
+                applyShape(shape.affected_window, shape.shaped != 0);
             }
         }
         break;
@@ -172,7 +171,7 @@ void WindowMirror::handle(const xcb_generic_event_t &event) {
 }
 
 void WindowMirror::handleCreate(const xcb_create_notify_event_t &event) {
-    if (event.parent != connection_.root()) {
+    if (event.parent != connection_.root() || connection_.isServers(event.window)) {
         return;
     }
     forget(event.window);
@@ -188,6 +187,7 @@ void WindowMirror::handleCreate(const xcb_create_notify_event_t &event) {
 void WindowMirror::handleConfigure(const xcb_configure_notify_event_t &event) {
     auto *top = event.event == connection_.root() ? findTop(event.window) : nullptr;
     if (top == nullptr) {
+        wantInset(event.window);
         return;
     }
     setOverrideRedirect(*top, event.override_redirect != 0);
@@ -243,8 +243,13 @@ WindowMirror::TopLevel *WindowMirror::findTop(xcb_window_t window) {
 }
 
 void WindowMirror::setGeometry(TopLevel &top, const PixelRect &geometry) {
-    if (std::exchange(top.window.geometry, geometry) != geometry) {
-        note(&MirrorChange::appearance);
+    const auto before = std::exchange(top.window.geometry, geometry);
+    if (before == geometry) {
+        return;
+    }
+    note(&MirrorChange::appearance);
+    if (before.width != geometry.width || before.height != geometry.height) {
+        wantInset(top.window.client);
     }
 }
 
@@ -311,6 +316,7 @@ WindowMirror::TopLevel &WindowMirror::addTopLevel(xcb_window_t window) {
     auto &top = topLevels_[window];
     top.window.frame = window;
     top.window.client = window;
+    top.window.isOwn = connection_.isOwn(window);
     return top;
 }
 
@@ -365,17 +371,23 @@ void WindowMirror::placeUnder(xcb_window_t window, xcb_window_t parent) {
 }
 
 void WindowMirror::putInside(xcb_window_t window, xcb_window_t top) {
-    nodes_.at(window).top = top;
+    auto &node = nodes_.at(window);
+    node.top = top;
+    node.known &= ~insetBit;
     topLevels_.at(top).inside.push_back(window);
+    wantInset(window);
     describe(top);
 }
 
-// The managed window in a top-level window: the active one where a frame holds several, else the
-// one that was it before, else the latest.
+// The managed window in a top-level window: ours, or the active one where a frame holds several,
+// else the one that was it before, else the latest.
 xcb_window_t WindowMirror::clientOf(const TopLevel &top) const {
     xcb_window_t latest = top.window.frame;
     bool isStill = false;
     for (const auto window : top.inside) {
+        if (connection_.isOwn(window)) {
+            return window;
+        }
         if (!nodes_.at(window).facts.isManaged()) {
             continue;
         }
@@ -388,6 +400,32 @@ xcb_window_t WindowMirror::clientOf(const TopLevel &top) const {
     return isStill ? top.window.client : latest;
 }
 
+// What of a frame lies beyond what its manager and its client say they show.
+Edges WindowMirror::invisibleEdgesOf(const TopLevel &top, const Node &client,
+                                     const Edges &before) const {
+    constexpr int widest = 64; // anything else is a resize of which only a half has happened
+    auto edges = client.facts.shadows;
+    const auto &shown = client.facts.decorations;
+    if (client.top == top.window.client || !shown || (client.known & insetBit) == 0) {
+        return edges;
+    }
+    const int borders = 2 * top.window.borderWidth;
+    const auto &inner = client.inFrame;
+    const Edges frame = {
+        std::max(inner.x - shown->left, 0),
+        std::max(top.window.geometry.width - borders - inner.maxX() - shown->right, 0),
+        std::max(inner.y - shown->top, 0),
+        std::max(top.window.geometry.height - borders - inner.maxY() - shown->bottom, 0)};
+    if (std::max({frame.left, frame.right, frame.top, frame.bottom}) > widest) {
+        return before;
+    }
+    edges.left += frame.left;
+    edges.right += frame.right;
+    edges.top += frame.top;
+    edges.bottom += frame.bottom;
+    return edges;
+}
+
 void WindowMirror::describe(xcb_window_t window) {
     auto *top = findTop(window);
     if (top == nullptr) {
@@ -398,17 +436,18 @@ void WindowMirror::describe(xcb_window_t window) {
     const auto &frame = nodes_.at(window);
     const auto &client = nodes_.at(next.client);
     const auto &facts = client.facts;
-    next.isDescribed = isDescribed(frame, client);
+    next.isDescribed = isDescribed(*top, frame, client);
+    next.isOwn = connection_.isOwn(next.client);
     // The mark stays on windows that a killed manager leaves behind.
     next.isManaged =
         facts.isManaged() && (next.client != next.frame || root_.isWindowManagerRunning());
     next.isMinimized = facts.isHidden || facts.managerState == XCB_ICCCM_WM_STATE_ICONIC;
     next.isDock = facts.type == WindowFacts::Type::dock;
-    next.invisibleEdges = facts.invisibleEdges;
+    next.invisibleEdges = invisibleEdgesOf(*top, client, next.invisibleEdges);
     next.skipsTaskbar = facts.skipsTaskbar;
-    // What is made on this connection are overlays: unmanaged, but ordered among ordinary windows.
-    next.band =
-        bandOf(facts, next.isOverrideRedirect && !next.isManaged && !connection_.isOwn(window));
+    next.transientFor = facts.transientFor;
+    // What is made on this connection are overlays, ordered among ordinary windows.
+    next.band = bandOf(facts, next.isOverrideRedirect && !next.isManaged && !next.isOwn);
     const auto opacity = frame.facts.opacity ? frame.facts.opacity : facts.opacity;
     next.opacity = opacity.value_or(0xffffffff) / static_cast<double>(0xffffffff);
     next.processIdentifier = facts.processIdentifier();

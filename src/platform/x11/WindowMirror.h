@@ -35,7 +35,10 @@ struct MirrorWindow {
     bool isMinimized = false;
     bool isDock = false;
     bool skipsTaskbar = false;
-    InvisibleEdges invisibleEdges; // of the client
+    bool isOwn = false;            // one that was made on this connection, or a frame around it
+    Edges invisibleEdges;          // parts of the frame that show nothing
+    std::uint64_t shapeSerial = 0; // 0 while it is a rectangle, else another one after each change
+    std::optional<xcb_window_t> transientFor; // as WindowFacts::transientFor
     std::uint8_t depth = 0;
     xcb_visualid_t visual = XCB_NONE;
     WindowBand band = WindowBand::normal;
@@ -48,6 +51,9 @@ struct MirrorWindow {
 
     // What the user sees of the window, as far as a rectangle can tell.
     PixelRect visibleArea() const;
+
+    // Mapped with pixels, and somebody else's.
+    bool canBeSeen() const { return isMapped && !isInputOnly && !isOwn; }
 
     bool operator==(const MirrorWindow &) const = default;
 };
@@ -93,6 +99,9 @@ class WindowMirror {
     bool isSettled() const;
 
   private:
+    // Among what is read of a window, as bits: where a managed window is in its frame.
+    static constexpr std::uint32_t insetBit = 1U << (WindowProperties::count + 4);
+
     // A window that is watched: a child of the root window or one that has been.
     struct Node {
         std::uint64_t serial = 0;    // tells it from others that had the same identifier
@@ -101,6 +110,7 @@ class WindowMirror {
         PendingReads reads;
         std::uint32_t known = 0; // what has been read at least once
         WindowFacts facts;
+        PixelRect inFrame; // where it was within its top when that was last read
     };
 
     struct TopLevel {
@@ -131,7 +141,8 @@ class WindowMirror {
     void want(xcb_window_t window, std::uint32_t things);
     void wantFacts(xcb_window_t window);
     void wantStructure(xcb_window_t window);
-    static bool isDescribed(const Node &frame, const Node &client);
+    void wantInset(xcb_window_t window);
+    static bool isDescribed(const TopLevel &top, const Node &frame, const Node &client);
     void requestReads();
     void request(xcb_window_t window, Node &node);
     template <class Reply, class Cookie>
@@ -139,6 +150,8 @@ class WindowMirror {
               std::function<void(Node &, const Reply *)> apply);
     void applyAttributes(xcb_window_t window, const xcb_get_window_attributes_reply_t *reply);
     void applyGeometry(xcb_window_t window, const xcb_get_geometry_reply_t *reply);
+    void requestInset(xcb_window_t window, xcb_window_t top);
+    void applyShape(xcb_window_t window, bool isShaped);
     void setGeometry(TopLevel &top, const PixelRect &geometry);
     void readTree();
     void applyTree(const xcb_query_tree_reply_t *reply);
@@ -147,6 +160,7 @@ class WindowMirror {
     void findClientIn(xcb_window_t window, int depth);
     void describe(xcb_window_t window);
     xcb_window_t clientOf(const TopLevel &top) const;
+    Edges invisibleEdgesOf(const TopLevel &top, const Node &client, const Edges &before) const;
     void note(bool MirrorChange::*what);
 
     Connection &connection_;

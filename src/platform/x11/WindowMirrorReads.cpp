@@ -2,8 +2,10 @@
 #include "platform/x11/WindowMirror.h"
 
 #include <xcb/res.h>
+#include <xcb/shape.h>
 
 #include <algorithm>
+#include <memory>
 #include <unordered_set>
 #include <utility>
 
@@ -18,8 +20,9 @@ namespace {
 constexpr std::uint32_t processBit = 1U << WindowProperties::count;
 constexpr std::uint32_t attributesBit = processBit << 1U;
 constexpr std::uint32_t geometryBit = processBit << 2U;
+constexpr std::uint32_t shapeBit = processBit << 3U;
 constexpr std::uint32_t factBits = attributesBit - 1;
-constexpr std::uint32_t structureBits = attributesBit | geometryBit;
+constexpr std::uint32_t structureBits = attributesBit | geometryBit | shapeBit;
 
 // How deep in a frame a managed window is looked for.
 constexpr int deepestClient = 3;
@@ -59,9 +62,17 @@ void WindowMirror::wantStructure(xcb_window_t window) {
     want(window, structureBits);
 }
 
-bool WindowMirror::isDescribed(const Node &frame, const Node &client) {
+void WindowMirror::wantInset(xcb_window_t window) {
+    const auto node = nodes_.find(window);
+    if (node != nodes_.end() && node->second.top != window && node->second.top != XCB_NONE) {
+        want(window, insetBit);
+    }
+}
+
+bool WindowMirror::isDescribed(const TopLevel &top, const Node &frame, const Node &client) {
+    const auto ofClient = client.top == top.window.client ? factBits : factBits | insetBit;
     return (frame.known & (factBits | structureBits)) == (factBits | structureBits) &&
-           (client.known & factBits) == factBits;
+           (client.known & ofClient) == ofClient;
 }
 
 void WindowMirror::requestReads() {
@@ -127,6 +138,21 @@ void WindowMirror::request(xcb_window_t window, Node &node) {
             window, attributesBit, xcb_get_window_attributes(connection_, window),
             [this, window](Node &, const auto *reply) { applyAttributes(window, reply); });
     }
+    if ((now & shapeBit) != 0) {
+        if (connection_.extensions().shape) {
+            read<xcb_shape_query_extents_reply_t>(
+                window, shapeBit, xcb_shape_query_extents(connection_, window),
+                [this, window](Node &, const auto *reply) {
+                    applyShape(window, reply != nullptr && reply->bounding_shaped != 0);
+                });
+        } else {
+            node.reads.finished(shapeBit);
+            node.known |= shapeBit;
+        }
+    }
+    if ((now & insetBit) != 0) {
+        requestInset(window, node.top);
+    }
     if ((now & geometryBit) != 0) {
         read<xcb_get_geometry_reply_t>(
             window, geometryBit, xcb_get_geometry(connection_, window),
@@ -158,6 +184,32 @@ void WindowMirror::applyGeometry(xcb_window_t window, const xcb_get_geometry_rep
     setGeometry(*top, {reply->x, reply->y, reply->width + border, reply->height + border});
 }
 
+void WindowMirror::requestInset(xcb_window_t window, xcb_window_t top) {
+    const auto place = nodes_.at(window).placement;
+    const auto origin = std::make_shared<PixelRect>();
+    replies_.add<xcb_translate_coordinates_reply_t>(
+        xcb_translate_coordinates(connection_, window, top, 0, 0), [origin](const auto *reply) {
+            if (reply != nullptr) {
+                *origin = {reply->dst_x, reply->dst_y, 0, 0};
+            }
+        });
+    read<xcb_get_geometry_reply_t>(
+        window, insetBit, xcb_get_geometry(connection_, window),
+        [origin, place](Node &read, const auto *reply) {
+            if (reply != nullptr && read.placement == place) {
+                read.inFrame = {origin->x, origin->y, reply->width, reply->height};
+            }
+        });
+}
+
+// Every change of a shape counts as another shape.
+void WindowMirror::applyShape(xcb_window_t window, bool isShaped) {
+    if (auto *top = findTop(window); top != nullptr && (isShaped || top->window.shapeSerial != 0)) {
+        top->window.shapeSerial = isShaped ? ++lastSerial_ : 0;
+        note(&MirrorChange::appearance);
+    }
+}
+
 // Reads the whole tree: the children of the root, all about each, and the managed windows in them.
 void WindowMirror::readTree() {
     for (const auto &[window, node] : nodes_) {
@@ -172,7 +224,8 @@ void WindowMirror::applyTree(const xcb_query_tree_reply_t *reply) {
         return;
     }
     const auto *first = xcb_query_tree_children(reply);
-    const std::vector<xcb_window_t> children(first, first + xcb_query_tree_children_length(reply));
+    std::vector<xcb_window_t> children(first, first + xcb_query_tree_children_length(reply));
+    std::erase_if(children, [this](auto window) { return connection_.isServers(window); });
     const std::unordered_set<xcb_window_t> present(children.begin(), children.end());
     for (const auto window : std::vector(stacking_)) {
         if (!present.contains(window)) {

@@ -178,7 +178,8 @@ bool X11Workspace::activate(std::int32_t processIdentifier) {
     bool isOnTop = true; // no other application's ordinary window is above one of them
     for (const auto frame : mirror_.stacking()) {
         const auto &window = *mirror_.find(frame);
-        if (!window.isManaged || window.isDock || window.band == WindowBand::desktop) {
+        if (!window.isManaged || window.isOwn || window.isDock ||
+            window.band == WindowBand::desktop) {
             continue;
         }
         const bool isShown =
