@@ -2,7 +2,6 @@
 
 #include <xcb/xcb.h>
 
-#include <cstdint>
 #include <vector>
 
 namespace lumo::x11 {
@@ -40,8 +39,15 @@ class Placement {
     // is sent again when there is a point to it.
     virtual void enforce(const Order &order) = 0;
 
-    // The children of the root window that are beneath the overlay when the order holds, from the
-    // bottom to the top and without overlays; for an impossible one those beneath it now.
+    // Does what can be done at once when windows have come, gone or moved since the order was
+    // enforced, while nothing that is painted beneath the overlay differs.
+    virtual void follow(const Order & /*order*/) {}
+
+    // False while a mapped overlay would be seen somewhere else than in its order.
+    virtual bool mayBeSeen(const Order &order) = 0;
+
+    // The children of the root window that are to be seen through the overlay when the order holds,
+    // from the bottom to the top and without overlays; for an impossible one those beneath it now.
     virtual std::vector<xcb_window_t> lowerWindows(const Order &order) const = 0;
 };
 

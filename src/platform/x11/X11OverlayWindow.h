@@ -2,10 +2,10 @@
 
 #include "platform/OverlayWindows.h"
 #include "platform/x11/LayerGroup.h"
+#include "platform/x11/OverlayXWindow.h"
 #include "platform/x11/Painter.h"
 #include "platform/x11/Placement.h"
 #include "platform/x11/PointSpace.h"
-#include "platform/x11/ServerResource.h"
 #include "support/Handle.h"
 #include "support/Lifetime.h"
 
@@ -24,6 +24,7 @@ class BackdropRenderers;
 class CompositorWatch;
 class Connection;
 class LogOnce;
+class PlacementChoice;
 class Redirection;
 class Wallpaper;
 class WindowMirror;
@@ -43,19 +44,22 @@ struct OverlaySurroundings {
     WindowSurfaces &surfaces;
     Wallpaper &wallpaper;
     BackdropRenderers &backdropRenderers;
+    PlacementChoice &placementChoice;
 };
 
-// One overlay as an X window that no window manager handles. What is asked of it is kept, and sent
-// to the server as one difference from what that was told before: first what shows the least, so
-// that no state in between is ever seen. What takes long to paint is waited for, in the loop,
-// before anything that would uncover it is asked for. Where the server cannot let clicks through,
-// or nothing can draw the overlay, it never comes on screen.
+// One overlay as an X window, of the kind that the placement needs. What is asked of it is kept,
+// and sent to the server as one difference from what that was told before: first what shows the
+// least, so that no state in between is ever seen. What takes long to paint is waited for, in the
+// loop, before anything that would uncover it is asked for. Where the server cannot let clicks
+// through, or nothing can draw the overlay, it never comes on screen.
 class X11OverlayWindow final : public PlatformWindow {
   public:
     // Waits for the server.
     X11OverlayWindow(OverlaySurroundings &surroundings, const Rect &frame);
 
-    std::int64_t windowNumber() const override { return window_.id(); }
+    // Another one after another placement was chosen that needs another kind of X window.
+    std::int64_t windowNumber() const override { return window_->id(); }
+
     Rect frame() const override { return wanted_.frame; }
     void setFrame(const Rect &frame) override;
     int level() const override { return level_; }
@@ -76,11 +80,12 @@ class X11OverlayWindow final : public PlatformWindow {
         LayerTree tree;
     };
 
-    void createWindow();
-    void setProperties();
-    void passClicks();
+    std::unique_ptr<OverlayXWindow> makeWindow() const;
+    std::unique_ptr<Placement> makePlacement();
+    void usePlacement();
     void setOrder(const Order &order);
     void requestPush();
+    void followWindows();
     void push();
     void show(const PixelRect &area, const Order &order);
     void hide(const PixelRect &area, const Order &order);
@@ -90,19 +95,11 @@ class X11OverlayWindow final : public PlatformWindow {
     std::unique_ptr<Painter> makeScenePainter(std::unique_ptr<BackdropRenderer> renderer);
     void dropPainter();
     Appearance appearance() const;
-    void move(const PixelRect &area);
     void damageWhatComesOut(const Order &order);
-    void setCutAway(bool isCutAway);
-    void setMapped(bool isMapped);
 
     OverlaySurroundings &surroundings_;
     Connection &connection_;
     Handle redirection_;
-    OwnedColormap colormap_;
-    OwnedWindow window_;
-    OwnedRegion nothing_;
-    std::uint8_t depth_ = 0;
-    xcb_visualid_t visual_ = XCB_NONE;
     bool mayBeShown_ = false; // clicks are known to go through
 
     Wanted wanted_;
@@ -111,15 +108,18 @@ class X11OverlayWindow final : public PlatformWindow {
     bool isPainting_ = false;    // the rest of a push follows when that is done
     bool isPushAwaited_ = false; // another one then
 
-    // What the server has been told.
-    PixelRect area_;
-    bool isCutAway_ = false; // without a single pixel, though mapped
-    bool isMapped_ = false;
+    std::unique_ptr<OverlayXWindow> window_;
+    std::unique_ptr<OverlayXWindow> retired_; // shows until its successor does
+    Order placed_;                            // what the server was last asked for
 
+    bool isPlacementStale_ = false; // another one is to be used from the next push on
+    bool isAwaitingPlace_ = false;  // not to be seen before it is where it belongs
     std::unique_ptr<Placement> placement_;
     std::unique_ptr<Painter> painter_;
     bool paintsBackdrop_ = false; // the painter was made for a tree that shows a backdrop
     Handle compositorChanges_;
+    Handle choiceChanges_;
+    Handle mirrorChanges_;
     Handle screenChanges_;
     Lifetime lifetime_;
 };

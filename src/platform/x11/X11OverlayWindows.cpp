@@ -17,6 +17,7 @@ X11OverlayWindows::X11OverlayWindows(Connection &connection, WindowMirror &mirro
     , surfaces_(connection, mirror, formats_)
     , wallpaper_(connection, mirror, formats_, compositor_)
     , backdropRenderers_({connection, formats_, images_}, mainLoop, log_)
+    , placementChoice_(mirror, mainLoop, log_)
     , surroundings_{connection,
                     mirror,
                     screens,
@@ -28,10 +29,13 @@ X11OverlayWindows::X11OverlayWindows(Connection &connection, WindowMirror &mirro
                     redirection_,
                     surfaces_,
                     wallpaper_,
-                    backdropRenderers_} {
+                    backdropRenderers_,
+                    placementChoice_} {
     // So that no overlay waits for them one by one.
     connection.internAtoms({"UTF8_STRING", "_NET_WM_NAME", "_NET_WM_PID", "_NET_WM_WINDOW_TYPE",
-                            "_NET_WM_WINDOW_TYPE_UTILITY", "_NET_WM_STATE",
+                            "_NET_WM_WINDOW_TYPE_UTILITY", "_NET_WM_WINDOW_TYPE_NORMAL",
+                            "_NET_WM_STATE", "_KDE_NET_WM_STATE_SKIP_SWITCHER", "_MOTIF_WM_HINTS",
+                            "_NET_WM_USER_TIME", "WM_NORMAL_HINTS", "_NET_RESTACK_WINDOW",
                             "_NET_WM_STATE_SKIP_TASKBAR", "_NET_WM_STATE_SKIP_PAGER",
                             "_NET_WM_STATE_STICKY", "_NET_WM_DESKTOP", "_NET_WM_BYPASS_COMPOSITOR",
                             "_COMPTON_SHADOW", "WM_HINTS"});

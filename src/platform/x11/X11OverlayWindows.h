@@ -4,6 +4,7 @@
 #include "platform/x11/BackdropRenderers.h"
 #include "platform/x11/CompositorWatch.h"
 #include "platform/x11/LogOnce.h"
+#include "platform/x11/PlacementChoice.h"
 #include "platform/x11/Redirection.h"
 #include "platform/x11/RenderFormats.h"
 #include "platform/x11/ServerImages.h"
@@ -38,6 +39,7 @@ class X11OverlayWindows final : public OverlayWindows {
     WindowSurfaces surfaces_;
     Wallpaper wallpaper_;
     BackdropRenderers backdropRenderers_;
+    PlacementChoice placementChoice_;
     OverlaySurroundings surroundings_;
 };
 

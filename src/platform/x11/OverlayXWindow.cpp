@@ -1,0 +1,169 @@
+#include "platform/x11/OverlayXWindow.h"
+
+#include "platform/x11/Connection.h"
+#include "platform/x11/RenderFormats.h"
+
+#include <sys/utsname.h>
+#include <unistd.h>
+#include <xcb/shape.h>
+
+#include <array>
+#include <utility>
+#include <vector>
+
+namespace lumo::x11 {
+
+OverlayXWindow::OverlayXWindow(Connection &connection, const RenderFormats &formats, Care care,
+                               const PixelRect &area)
+    : connection_(connection)
+    , care_(care)
+    , colormap_(connection)
+    , window_(connection)
+    , area_(area) {
+    const auto translucent = formats.translucentVisual();
+    depth_ = translucent != XCB_NONE ? 32 : connection_.screen().root_depth;
+    visual_ = translucent != XCB_NONE ? translucent : connection_.screen().root_visual;
+    create();
+    describe();
+    if (care_ == Care::manager) {
+        describeToManager();
+    }
+    const auto &extensions = connection_.extensions();
+    if (extensions.xfixes && extensions.shape) {
+        nothing_ = makeEmptyRegion(connection_);
+        xcb_xfixes_set_window_shape_region(connection_, id(), XCB_SHAPE_SK_INPUT, 0, 0,
+                                           nothing_.id());
+    }
+}
+
+void OverlayXWindow::create() {
+    xcb_create_colormap(connection_, XCB_COLORMAP_ALLOC_NONE, colormap_.id(), connection_.root(),
+                        visual_);
+    // What becomes of it under a manager is told to the window itself.
+    const std::uint32_t events =
+        care_ == Care::manager ? XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY
+                               : std::uint32_t{XCB_EVENT_MASK_NO_EVENT};
+    const std::array<std::uint32_t, 5> attributes = {
+        XCB_BACK_PIXMAP_NONE, 0, care_ == Care::none ? 1U : 0U, events, colormap_.id()};
+    xcb_create_window(
+        connection_, depth_, id(), connection_.root(), static_cast<std::int16_t>(area_.x),
+        static_cast<std::int16_t>(area_.y), static_cast<std::uint16_t>(area_.width),
+        static_cast<std::uint16_t>(area_.height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, visual_,
+        XCB_CW_BACK_PIXMAP | XCB_CW_BORDER_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK |
+            XCB_CW_COLORMAP,
+        attributes.data());
+}
+
+void OverlayXWindow::setText(xcb_atom_t property, xcb_atom_t type, std::string_view text) {
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, id(), property, type, 8,
+                        static_cast<std::uint32_t>(text.size()), text.data());
+}
+
+void OverlayXWindow::setValues(std::string_view property, xcb_atom_t type,
+                               std::initializer_list<std::uint32_t> values) {
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, id(), connection_.atom(property), type,
+                        32, static_cast<std::uint32_t>(values.size()), values.begin());
+}
+
+void OverlayXWindow::describe() {
+    setText(XCB_ATOM_WM_CLASS, XCB_ATOM_STRING,
+            std::string_view("lumo\0Lumo", sizeof "lumo\0Lumo"));
+    setText(XCB_ATOM_WM_NAME, XCB_ATOM_STRING, "Lumo");
+    setText(connection_.atom("_NET_WM_NAME"), connection_.atom("UTF8_STRING"), "Lumo");
+    utsname machine{};
+    if (uname(&machine) == 0) {
+        setText(XCB_ATOM_WM_CLIENT_MACHINE, XCB_ATOM_STRING, machine.nodename);
+    }
+    setValues("_NET_WM_PID", XCB_ATOM_CARDINAL, {static_cast<std::uint32_t>(getpid())});
+    // Managers hide a managed utility window while another application is active.
+    setValues("_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM,
+              {connection_.atom(care_ == Care::none ? "_NET_WM_WINDOW_TYPE_UTILITY"
+                                                    : "_NET_WM_WINDOW_TYPE_NORMAL")});
+    setValues("_NET_WM_STATE", XCB_ATOM_ATOM,
+              {connection_.atom("_NET_WM_STATE_SKIP_TASKBAR"),
+               connection_.atom("_NET_WM_STATE_SKIP_PAGER"),
+               connection_.atom("_KDE_NET_WM_STATE_SKIP_SWITCHER"),
+               connection_.atom("_NET_WM_STATE_STICKY")});
+    constexpr std::uint32_t allDesktops = 0xffffffff;
+    setValues("_NET_WM_DESKTOP", XCB_ATOM_CARDINAL, {allDesktops});
+    // A compositing manager must not step aside for it because it covers a whole screen.
+    constexpr std::uint32_t neverBypass = 2;
+    setValues("_NET_WM_BYPASS_COMPOSITOR", XCB_ATOM_CARDINAL, {neverBypass});
+    setValues("_COMPTON_SHADOW", XCB_ATOM_CARDINAL, {0});
+    // WM_HINTS with nothing but "wants no input", from the Inter-Client Communication Conventions.
+    setValues("WM_HINTS", XCB_ATOM_WM_HINTS, {1, 0, 0, 0, 0, 0, 0, 0, 0});
+}
+
+void OverlayXWindow::describeToManager() {
+    // Flags for functions and decorations, and none of either.
+    setValues("_MOTIF_WM_HINTS", connection_.atom("_MOTIF_WM_HINTS"), {3, 0, 0, 0, 0});
+    // Never active, not even when it comes up.
+    setValues("_NET_WM_USER_TIME", XCB_ATOM_CARDINAL, {0});
+    constexpr std::uint32_t userPosition = 1;
+    constexpr std::uint32_t userSize = 2;
+    constexpr std::uint32_t smallest = 16;
+    constexpr std::uint32_t largest = 32;
+    constexpr std::uint32_t gravity = 512;
+    const auto x = static_cast<std::uint32_t>(area_.x);
+    const auto y = static_cast<std::uint32_t>(area_.y);
+    const auto width = static_cast<std::uint32_t>(area_.width);
+    const auto height = static_cast<std::uint32_t>(area_.height);
+    setValues("WM_NORMAL_HINTS", XCB_ATOM_WM_SIZE_HINTS,
+              {userPosition | userSize | smallest | largest | gravity, x, y, width, height, width,
+               height, width, height, 0, 0, 0, 0, 0, 0, 0, 0, XCB_GRAVITY_STATIC});
+}
+
+bool OverlayXWindow::letsClicksThrough() const {
+    if (!nothing_) {
+        return false;
+    }
+    const auto reply =
+        connection_.wait(xcb_shape_get_rectangles(connection_, id(), XCB_SHAPE_SK_INPUT),
+                         xcb_shape_get_rectangles_reply);
+    return reply && reply->rectangles_len == 0;
+}
+
+void OverlayXWindow::move(const PixelRect &area) {
+    if (area == area_) {
+        return;
+    }
+    area_ = area;
+    if (care_ == Care::manager) {
+        describeToManager(); // the size that it may have
+    }
+    const std::array<std::uint32_t, 4> values = {
+        static_cast<std::uint32_t>(area.x), static_cast<std::uint32_t>(area.y),
+        static_cast<std::uint32_t>(area.width), static_cast<std::uint32_t>(area.height)};
+    xcb_configure_window(connection_, id(),
+                         XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH |
+                             XCB_CONFIG_WINDOW_HEIGHT,
+                         values.data());
+}
+
+void OverlayXWindow::setMapped(bool isMapped) {
+    if (isMapped != isMapped_) {
+        isMapped_ = isMapped;
+        isMapped ? xcb_map_window(connection_, id()) : xcb_unmap_window(connection_, id());
+    }
+}
+
+void OverlayXWindow::setCutAway(bool isCutAway) {
+    if (isCutAway != isCutAway_) {
+        isCutAway_ = isCutAway;
+        applyShape();
+    }
+}
+
+void OverlayXWindow::setShape(OwnedRegion shape) {
+    shape_ = std::move(shape);
+    if (!isCutAway_) {
+        applyShape();
+    }
+}
+
+void OverlayXWindow::applyShape() {
+    const auto region = isCutAway_ ? nothing_.id() : shape_.id();
+    xcb_xfixes_set_window_shape_region(connection_, id(), XCB_SHAPE_SK_BOUNDING, 0, 0, region);
+}
+
+} // namespace lumo::x11

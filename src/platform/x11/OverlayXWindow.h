@@ -1,0 +1,68 @@
+#pragma once
+
+#include "platform/x11/PixelRect.h"
+#include "platform/x11/ServerResource.h"
+
+#include <xcb/xcb.h>
+
+#include <cstdint>
+#include <string_view>
+
+namespace lumo::x11 {
+
+class Connection;
+class RenderFormats;
+
+// The X window of one overlay, and what the server has been told of it. Never focusable, without an
+// entry in any task list. It lets clicks through where the server can. Made unmapped.
+class OverlayXWindow {
+  public:
+    // Who handles it: nobody (override-redirect), or the window manager.
+    enum class Care { none, manager };
+
+    // The first two arguments outlive the object.
+    OverlayXWindow(Connection &connection, const RenderFormats &formats, Care care,
+                   const PixelRect &area);
+
+    xcb_window_t id() const { return window_.id(); }
+    Care care() const { return care_; }
+    std::uint8_t depth() const { return depth_; }
+    xcb_visualid_t visual() const { return visual_; }
+    const PixelRect &area() const { return area_; }
+    bool isMapped() const { return isMapped_; }
+
+    // Whether the server says that clicks go through. Waits for it.
+    bool letsClicksThrough() const;
+
+    void move(const PixelRect &area);
+    void setMapped(bool isMapped);
+
+    // Takes away every pixel while staying mapped.
+    void setCutAway(bool isCutAway);
+
+    // What there is of it otherwise, from its top left; all of it when there is no region.
+    void setShape(OwnedRegion shape);
+
+  private:
+    void create();
+    void describe();
+    void describeToManager();
+    void setText(xcb_atom_t property, xcb_atom_t type, std::string_view text);
+    void setValues(std::string_view property, xcb_atom_t type,
+                   std::initializer_list<std::uint32_t> values);
+    void applyShape();
+
+    Connection &connection_;
+    Care care_;
+    std::uint8_t depth_ = 0;
+    xcb_visualid_t visual_ = XCB_NONE;
+    OwnedColormap colormap_;
+    OwnedWindow window_;
+    OwnedRegion nothing_;
+    OwnedRegion shape_;
+    PixelRect area_;
+    bool isCutAway_ = false;
+    bool isMapped_ = false;
+};
+
+} // namespace lumo::x11

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string_view>
+
+namespace lumo::x11 {
+
+// The ways to get an overlay among the other windows, one class each.
+enum class PlacementKind { below, managed, holes };
+
+// What is known of a window manager beforehand.
+struct ManagerHabits {
+    PlacementKind placement = PlacementKind::below;
+
+    // A window that gets the focus comes above the other ordinary ones.
+    bool focusRaises = true;
+
+    bool operator==(const ManagerHabits &) const = default;
+};
+
+// By the name that the manager gives itself, empty while none runs. One that nobody has met gets
+// what asks the least of it; how it takes that is seen at run time.
+ManagerHabits habitsOf(std::string_view managerName);
+
+} // namespace lumo::x11
