@@ -237,14 +237,19 @@ std::size_t DesktopSession::passiveGrabs(xcb_window_t window) {
     return count;
 }
 
-std::optional<std::string> DesktopSession::windowManagerName() {
+xcb_window_t DesktopSession::windowManagerWindow() {
     constexpr std::string_view check = "_NET_SUPPORTING_WM_CHECK";
     const auto window = numbers(root(), check);
-    if (window.empty() || numbers(window.front(), check) != window) {
+    return window.empty() || numbers(window.front(), check) != window ? XCB_NONE : window.front();
+}
+
+std::optional<std::string> DesktopSession::windowManagerName() {
+    const auto window = windowManagerWindow();
+    if (window == XCB_NONE) {
         return std::nullopt;
     }
     const auto reply = wait(connection_,
-                            xcb_get_property(connection_, 0, window.front(), atom("_NET_WM_NAME"),
+                            xcb_get_property(connection_, 0, window, atom("_NET_WM_NAME"),
                                              XCB_GET_PROPERTY_TYPE_ANY, 0, 256),
                             xcb_get_property_reply);
     return reply ? std::string(static_cast<const char *>(xcb_get_property_value(reply.get())),

@@ -76,7 +76,9 @@ class DesktopSession {
     xcb_window_t selectionOwner(std::string_view selection);
     std::size_t passiveGrabs(xcb_window_t window); // of the client that made the window
 
-    // The name of a running window manager, from the window that proves that it lives.
+    // The window that proves that a window manager lives, and the manager's name from there; none
+    // when none runs.
+    xcb_window_t windowManagerWindow();
     std::optional<std::string> windowManagerName();
 
     // Maps a small window and takes it away again: true when a window manager took it in hand soon.

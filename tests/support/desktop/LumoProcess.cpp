@@ -68,14 +68,28 @@ LumoProcess::LumoProcess(PrivateDesktop &desktop, const Preferences &preferences
 
 std::vector<LumoProcess::Overlay> LumoProcess::overlays() {
     DesktopSession &session = desktop_.session();
+    // Those that a window manager has in a frame.
+    std::map<xcb_window_t, xcb_window_t> managed;
+    for (const xcb_window_t client : session.numbers(session.root(), "_NET_CLIENT_LIST")) {
+        if (isOverlay(client)) {
+            managed[session.frameOf(client)] = client;
+        }
+    }
     std::vector<Overlay> found;
-    for (const xcb_window_t window : session.stacking()) {
-        if (session.classOf(window) == "Lumo" && session.isOverrideRedirect(window) &&
-            session.isViewable(window)) {
+    for (const xcb_window_t child : session.stacking()) {
+        const auto inside = managed.find(child);
+        const xcb_window_t window = inside != managed.end() ? inside->second : child;
+        if (isOverlay(window) && session.isViewable(window)) {
             found.push_back({window, session.areaOf(window)});
         }
     }
     return found;
+}
+
+bool LumoProcess::isOverlay(xcb_window_t window) {
+    DesktopSession &session = desktop_.session();
+    return session.classOf(window) == "Lumo" &&
+           !session.numbers(window, "_NET_WM_BYPASS_COMPOSITOR").empty();
 }
 
 std::vector<LumoProcess::Overlay> LumoProcess::waitForOverlays(std::size_t count) {

@@ -59,6 +59,8 @@ class LumoProcess {
     std::optional<int> stop();
 
   private:
+    bool isOverlay(xcb_window_t window);
+
     PrivateDesktop &desktop_;
     std::unique_ptr<ChildProcess> process_;
 };

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
+#include <utility>
 
 namespace lumo::desktop {
 
@@ -142,7 +143,7 @@ void PrivateDesktop::startSessionBus() {
                            "<policy context=\"default\"><allow send_destination=\"*\"/>"
                            "<allow receive_sender=\"*\"/><allow own=\"*\"/>"
                            "</policy></busconfig>";
-    startMessageBus("--config-file=" + file.string());
+    messageBus_ = startMessageBus("--config-file=" + file.string(), "bus");
 }
 
 std::unique_ptr<ChildProcess> PrivateDesktop::startNotificationService() const {
@@ -151,46 +152,100 @@ std::unique_ptr<ChildProcess> PrivateDesktop::startNotificationService() const {
     return start({"dunst", "-config", configuration.string(), "-print"});
 }
 
-void PrivateDesktop::startMessageBus(const std::string &configuration) {
-    const fs::path socket = directory() / "run" / "bus";
+std::unique_ptr<ChildProcess> PrivateDesktop::startMessageBus(const std::string &configuration,
+                                                              const std::string &name) {
+    const fs::path socket = directory() / "run" / name;
     environment_["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=" + socket.string();
-    messageBus_ = start({"dbus-daemon", configuration, "--nofork", "--nopidfile",
-                         "--address=" + environment_["DBUS_SESSION_BUS_ADDRESS"]});
-    waitUntil([&] { return fs::exists(socket); }, *messageBus_, "the message bus");
+    auto bus = start({"dbus-daemon", configuration, "--nofork", "--nopidfile",
+                      "--address=" + environment_["DBUS_SESSION_BUS_ADDRESS"]});
+    waitUntil([&] { return fs::exists(socket); }, *bus, "the message bus");
+    return bus;
+}
+
+void PrivateDesktop::writeFile(const fs::path &inDirectory, const std::string &text) const {
+    const fs::path file = directory() / inDirectory;
+    fs::create_directories(file.parent_path());
+    std::ofstream(file) << text;
+}
+
+// The command that starts it, told to replace another one where it would not do so by itself.
+std::vector<std::string> PrivateDesktop::prepareWindowManager(WindowManager windowManager) {
+    switch (windowManager) {
+    case WindowManager::none:
+        return {};
+    case WindowManager::openbox:
+        return {"openbox", "--replace"};
+    case WindowManager::fluxbox:
+        // Its style would paint the root window some time after the manager has started.
+        writeFile("home/.fluxbox/overlay", "background: none\n");
+        return {"fluxbox", "-no-slit", "-no-toolbar"};
+    case WindowManager::xfwm4:
+        return {"xfwm4", "--replace", "--compositor=off"};
+    case WindowManager::xfwm4Compositing:
+        return {"xfwm4", "--replace", "--compositor=on"};
+    case WindowManager::kwin:
+    case WindowManager::kwinCompositing:
+        writeFile("config/kwinrc", std::string("[Compositing]\nEnabled=") +
+                                       (windowManager == WindowManager::kwin ? "false" : "true") +
+                                       "\n");
+        return {"kwin_x11", "--replace"};
+    case WindowManager::mutter:
+        return {"mutter", "--x11", "--replace", "--sm-disable"};
+    case WindowManager::metacity:
+        return {"metacity", "--replace", "--sm-disable", "--no-composite"};
+    case WindowManager::i3:
+    case WindowManager::i3Floating:
+        writeFile(
+            "config/i3/config",
+            std::string("# i3 config file (v4)\nfont pango:monospace 8\n"
+                        "bindsym Mod1+Tab focus next\n") +
+                (windowManager == WindowManager::i3 ? "" : "for_window [all] floating enable\n"));
+        return {"i3", "--replace", "-c", (configDirectory() / "i3" / "config").string()};
+    case WindowManager::icewm:
+        writeFile("home/.icewm/preferences", "ShowTaskBar=0\nTaskBarAutoHide=0\n");
+        return {"icewm", "--replace"};
+    case WindowManager::awesome:
+        return {"awesome", "--replace"};
+    }
+    return {};
 }
 
 void PrivateDesktop::startWindowManager(WindowManager windowManager) {
-    const std::string absentBus = environment_["DBUS_SESSION_BUS_ADDRESS"];
-    switch (windowManager) {
-    case WindowManager::none:
+    if (windowManager == WindowManager::none) {
         return;
-    case WindowManager::openbox:
-        windowManager_ = start({"openbox"});
-        break;
-    case WindowManager::fluxbox:
-        // Its style would paint the root window some time after the manager has started.
-        fs::create_directory(directory() / "home" / ".fluxbox");
-        std::ofstream(directory() / "home" / ".fluxbox" / "overlay") << "background: none\n";
-        windowManager_ = start({"fluxbox", "-no-slit", "-no-toolbar"});
-        break;
-    case WindowManager::xfwm4:
-    case WindowManager::xfwm4Compositing:
-        startMessageBus("--session"); // its settings daemon is reached over one
-        windowManager_ =
-            start({"xfwm4",
-                   windowManager == WindowManager::xfwm4 ? "--compositor=off" : "--compositor=on"});
-        environment_["DBUS_SESSION_BUS_ADDRESS"] = absentBus;
-        break;
     }
-    waitUntil([&] { return session_->windowManagerName().has_value(); }, *windowManager_,
-              "the window manager");
+    const auto before = session_->windowManagerWindow();
+    const auto command = prepareWindowManager(windowManager);
+    // Some reach their settings over a message bus. Nobody else is told of it.
+    const Environment others = environment_;
+    if (!managersBus_) {
+        managersBus_ = startMessageBus("--session", "managers-bus");
+    }
+    environment_["DBUS_SESSION_BUS_ADDRESS"] =
+        "unix:path=" + (directory() / "run" / "managers-bus").string();
+    environment_["GSETTINGS_BACKEND"] = "memory";
+    const auto replaced = std::exchange(windowManager_, start(command));
+    environment_ = others;
+
+    waitUntil(
+        [&] {
+            return session_->windowManagerWindow() != before &&
+                   session_->windowManagerName().has_value();
+        },
+        *windowManager_, "the window manager");
     // Some announce themselves a little before they listen, and never see what opens in between.
     waitUntil([&] { return session_->windowManagerTakesWindows(); }, *windowManager_,
               "the window manager's care for windows");
-    if (windowManager == WindowManager::xfwm4Compositing) {
+    if (windowManager == WindowManager::xfwm4Compositing ||
+        windowManager == WindowManager::kwinCompositing || windowManager == WindowManager::mutter) {
         waitUntil([&] { return session_->selectionOwner("_NET_WM_CM_S0") != XCB_NONE; },
                   *windowManager_, "the window manager's compositor");
     }
+}
+
+void PrivateDesktop::killWindowManager() {
+    windowManager_.reset();
+    session_->eventually([&] { return !session_->windowManagerName(); });
 }
 
 void PrivateDesktop::startCompositor(Compositor compositor) {
@@ -246,6 +301,7 @@ void PrivateDesktop::killDescendants() {
     compositor_.reset();
     windowManager_.reset();
     messageBus_.reset();
+    managersBus_.reset();
     session_.reset();
     server_.reset();
     const std::string marker = std::string(markerVariable) + "=" + directory().string();

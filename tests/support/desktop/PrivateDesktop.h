@@ -12,7 +12,21 @@
 
 namespace lumo::desktop {
 
-enum class WindowManager { none, openbox, fluxbox, xfwm4, xfwm4Compositing };
+enum class WindowManager {
+    none,
+    openbox,
+    fluxbox,
+    xfwm4,
+    xfwm4Compositing,
+    kwin,
+    kwinCompositing,
+    mutter,
+    metacity,
+    i3,
+    i3Floating,
+    icewm,
+    awesome,
+};
 enum class Compositor { none, picomXrender, picomGlx };
 
 // Xvfb, or the server of real displays with a driver for none, whose outputs Outputs arranges.
@@ -54,6 +68,11 @@ class PrivateDesktop {
     // Starts a program on this desktop. It ends with the returned object, or with the desktop.
     std::unique_ptr<ChildProcess> start(const std::vector<std::string> &command) const;
 
+    // Starts a window manager, replacing one that runs, or kills the one that was started last, and
+    // returns when that is done.
+    void startWindowManager(WindowManager windowManager);
+    void killWindowManager();
+
     // Starts a compositing manager, or stops the running one, and returns when that is done.
     void startCompositor(Compositor compositor);
     void stopCompositor();
@@ -79,8 +98,10 @@ class PrivateDesktop {
   private:
     void startServer(const DesktopOptions &options);
     std::vector<std::string> xorgCommand(const DesktopOptions &options) const;
-    void startWindowManager(WindowManager windowManager);
-    void startMessageBus(const std::string &configuration);
+    std::vector<std::string> prepareWindowManager(WindowManager windowManager);
+    void writeFile(const std::filesystem::path &inDirectory, const std::string &text) const;
+    std::unique_ptr<ChildProcess> startMessageBus(const std::string &configuration,
+                                                  const std::string &name);
     void waitUntil(const std::function<bool()> &condition, ChildProcess &program,
                    const std::string &what);
     void adjustMonitors(const std::vector<std::string> &arguments) const;
@@ -93,6 +114,7 @@ class PrivateDesktop {
     std::unique_ptr<ChildProcess> server_;
     std::unique_ptr<DesktopSession> session_;
     std::unique_ptr<ChildProcess> messageBus_;
+    std::unique_ptr<ChildProcess> managersBus_;
     std::unique_ptr<ChildProcess> windowManager_;
     std::unique_ptr<ChildProcess> compositor_;
 };

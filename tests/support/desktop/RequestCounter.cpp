@@ -80,6 +80,11 @@ int RequestCounter::count() {
     return total;
 }
 
+int RequestCounter::countOf(int code) {
+    readRecorded();
+    return countByCode_[code];
+}
+
 std::string RequestCounter::describe() {
     std::ostringstream text;
     for (const auto &[code, count] : countByCode_) {

@@ -23,6 +23,9 @@ class RequestCounter {
     // Everything that the server has executed by now.
     int count();
 
+    // Those with that major request code.
+    int countOf(int code);
+
     // The same by major request code, for a failure's message.
     std::string describe();
 

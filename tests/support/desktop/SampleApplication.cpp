@@ -17,7 +17,7 @@ std::string describe(const SampleWindow &window) {
          << window.area.height << '\t' << window.colour << '\t'
          << (window.type.empty() ? "-" : window.type) << '\t'
          << (window.state.empty() ? "-" : window.state) << '\t' << window.overrideRedirect << '\t'
-         << window.page << '\t' << window.title;
+         << window.page << '\t' << window.transientFor << '\t' << window.title;
     return text.str();
 }
 

@@ -22,6 +22,7 @@ struct SampleWindow {
     std::string type = {};  // as "DOCK", of _NET_WM_WINDOW_TYPE; empty for an ordinary window
     std::string state = {}; // as "ABOVE", of _NET_WM_STATE; empty for none
     bool overrideRedirect = false;
+    xcb_window_t transientFor = XCB_NONE; // whose dialog it is
     bool page = false; // paints lines as of text and a heading instead of one colour
 };
 

@@ -106,8 +106,10 @@ class Application {
         std::string state;
         bool overrideRedirect = false;
         bool page = false;
+        xcb_window_t transientFor = XCB_NONE;
         std::string title;
-        fields >> x >> y >> width >> height >> colour >> type >> state >> overrideRedirect >> page;
+        fields >> x >> y >> width >> height >> colour >> type >> state >> overrideRedirect >>
+            page >> transientFor;
         std::getline(fields >> std::ws, title);
 
         const xcb_window_t window = xcb_generate_id(connection_);
@@ -123,6 +125,10 @@ class Application {
                           values.data());
         windows_.push_back({window, Colour::parse(colour), page});
         describe(window, title, type, state, {x, y, width, height});
+        if (transientFor != XCB_NONE) {
+            setProperty<std::uint32_t>(window, "WM_TRANSIENT_FOR", XCB_ATOM_WINDOW, 32,
+                                       {transientFor});
+        }
         xcb_map_window(connection_, window);
         std::printf("window %u\n", window);
         std::fflush(stdout);

@@ -1,0 +1,86 @@
+#include "ManagersTable.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+
+namespace lumo::desktop {
+
+namespace {
+
+constexpr const char *introduction =
+    R"(# Lumo under each window manager
+
+Made by `./dev managers`, which starts each manager on a private X server with the real program, acts as a user and
+looks at the pixels. The clear window must be exactly as painted, the others exactly as the effect paints them.
+
+- *placement*: how the overlay got among the other windows (see [architecture.md](architecture.md)).
+- *ok*: seen to work. *not offered*: the manager does not list the capability in `_NET_SUPPORTED`, or has no such key.
+- *clicks through*: of ten clicks on windows under the effect, how many reached the window and moved the focus there.
+- *corrections*: requests for the overlay's order beyond one for each of those ten changes of focus.
+- *idle requests*: all requests of the program to the X server within so many seconds in which nothing happened.
+
+)";
+
+} // namespace
+
+ManagersTable::ManagersTable() {
+    // Nothing changes the environment of the tester.
+    // NOLINTNEXTLINE(concurrency-mt-unsafe)
+    if (const char *file = std::getenv("LUMO_MANAGERS_TABLE")) {
+        file_ = file;
+    }
+}
+
+ManagersTable &ManagersTable::shared() {
+    static ManagersTable table;
+    return table;
+}
+
+const std::vector<std::string> &ManagersTable::columns() {
+    static const std::vector<std::string> names = {
+        "placement",     "focus by click", "clicks through", "focus by keyboard",
+        "closing",       "minimising",     "full screen",    "kept above",
+        "dock",          "menu",           "dialog",         "corrections",
+        "idle requests", "picture"};
+    return names;
+}
+
+std::filesystem::path ManagersTable::pictureFile(const std::string &row) const {
+    return file_.parent_path() / "images" / "window-managers" / (row + ".png");
+}
+
+void ManagersTable::set(const std::string &row, const std::string &column,
+                        const std::string &cell) {
+    if (std::ranges::find(rows_, row) == rows_.end()) {
+        rows_.push_back(row);
+    }
+    cells_[row][column] = cell;
+}
+
+void ManagersTable::write() const {
+    if (!isWanted()) {
+        return;
+    }
+    std::ofstream stream(file_);
+    stream << introduction << "| window manager |";
+    for (const auto &column : columns()) {
+        stream << ' ' << column << " |";
+    }
+    stream << "\n| --- |";
+    for (std::size_t i = 0; i < columns().size(); ++i) {
+        stream << " --- |";
+    }
+    stream << '\n';
+    for (const auto &row : rows_) {
+        stream << "| " << row << " |";
+        for (const auto &column : columns()) {
+            const auto &cells = cells_.at(row);
+            const auto cell = cells.find(column);
+            stream << ' ' << (cell == cells.end() ? "**failed**" : cell->second) << " |";
+        }
+        stream << '\n';
+    }
+}
+
+} // namespace lumo::desktop
