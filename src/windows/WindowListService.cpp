@@ -1,6 +1,5 @@
 #include "windows/WindowListService.h"
 
-#include "platform/WindowServer.h"
 #include "platform/Workspace.h"
 
 #include <algorithm>
@@ -52,22 +51,34 @@ WindowListService::WindowListService(const WindowServer &windowServer, const Wor
     , workspace_(workspace) {
 }
 
-std::vector<WindowDescriptor> WindowListService::allVisibleWindows() const {
-    const auto records = windowServer_.onScreenWindows();
-    std::vector<WindowDescriptor> windows;
-    if (!records) {
-        return windows;
+const std::vector<WindowListService::Reading> &WindowListService::readings() const {
+    auto records = windowServer_.onScreenWindows();
+    if (records == records_) {
+        return readings_;
     }
-    windows.reserve(records->size());
-    BundleIdentifiers bundleIdentifiers(workspace_);
-    std::int64_t zOrder = 0;
-    for (const auto &record : *records) {
-        const auto owner = ownerOf(record);
-        auto bundleID = owner ? bundleIdentifiers.of(*owner) : std::nullopt;
-        if (auto window = WindowDescriptor::from(record, zOrder, std::move(bundleID))) {
-            windows.push_back(std::move(*window));
+    records_ = std::move(records);
+    readings_.clear();
+    if (records_) {
+        for (const auto &record : *records_) {
+            const Value *number = record.find(windowKey::number);
+            const auto zOrder = static_cast<std::int64_t>(readings_.size());
+            readings_.push_back({ownerOf(record), number ? number->unsigned32() : std::nullopt,
+                                 WindowDescriptor::from(record, zOrder, std::nullopt)});
         }
-        ++zOrder;
+    }
+    return readings_;
+}
+
+std::vector<WindowDescriptor> WindowListService::allVisibleWindows() const {
+    const auto &all = readings();
+    std::vector<WindowDescriptor> windows;
+    windows.reserve(all.size());
+    BundleIdentifiers bundleIdentifiers(workspace_);
+    for (const auto &reading : all) {
+        if (reading.window) {
+            windows.push_back(*reading.window);
+            windows.back().bundleID = bundleIdentifiers.of(windows.back().ownerPID);
+        }
     }
     return windows;
 }
@@ -75,17 +86,9 @@ std::vector<WindowDescriptor> WindowListService::allVisibleWindows() const {
 std::vector<std::uint32_t>
 WindowListService::windowIDs(const RunningApplication &application) const {
     std::vector<std::uint32_t> numbers;
-    const auto records = windowServer_.onScreenWindows();
-    if (!records) {
-        return numbers;
-    }
-    for (const auto &record : *records) {
-        if (ownerOf(record) != application.processIdentifier) {
-            continue;
-        }
-        const Value *value = record.find(windowKey::number);
-        if (const auto number = value ? value->unsigned32() : std::nullopt) {
-            numbers.push_back(*number);
+    for (const auto &reading : readings()) {
+        if (reading.owner == application.processIdentifier && reading.number) {
+            numbers.push_back(*reading.number);
         }
     }
     return numbers;

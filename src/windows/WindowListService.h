@@ -1,21 +1,24 @@
 #pragma once
 
+#include "platform/WindowServer.h"
 #include "windows/FragmentSet.h"
 #include "windows/WindowDescriptor.h"
 
 #include <array>
 #include <cstdint>
+#include <memory>
+#include <optional>
 #include <string_view>
 #include <vector>
 
 namespace lumo {
 
 struct RunningApplication;
-class WindowServer;
 class Workspace;
 
-// The one view of other applications' windows. Keeps nothing: every call asks the window server and
-// the workspace afresh. Main thread only.
+// The one view of other applications' windows. Every call asks the window server and the workspace
+// afresh; what was made of the server's list is kept for as long as that stays the same. Main
+// thread only.
 class WindowListService {
   public:
     // Owners that never hold the user's focus, by their exact name ...
@@ -49,8 +52,20 @@ class WindowListService {
     static bool isPrimaryContentWindow(const WindowDescriptor &window);
 
   private:
+    // What one record says.
+    struct Reading {
+        std::optional<std::int32_t> owner;
+        std::optional<std::uint32_t> number;
+        std::optional<WindowDescriptor> window; // without the bundle identifier
+    };
+
+    const std::vector<Reading> &readings() const;
+
     const WindowServer &windowServer_;
     const Workspace &workspace_;
+    // A tick that looked at every record anew would spend most of its time on that.
+    mutable std::shared_ptr<const WindowRecords> records_;
+    mutable std::vector<Reading> readings_; // of records_
 };
 
 } // namespace lumo
