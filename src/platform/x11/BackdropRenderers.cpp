@@ -1,6 +1,7 @@
 #include "platform/x11/BackdropRenderers.h"
 
 #include "platform/x11/Connection.h"
+#include "platform/x11/CpuBlurRenderer.h"
 #include "platform/x11/LogOnce.h"
 #include "platform/x11/RenderFormats.h"
 
@@ -12,6 +13,11 @@ BackdropRenderers::BackdropRenderers(const DrawingTools &tools, MainLoop & /*mai
                                      LogOnce &log)
     : tools_(tools)
     , log_(log) {
+    if (CpuBlurRenderer::isPossible(tools_)) {
+        ways_.push_back({"the processor", [this] {
+                             return std::make_unique<CpuBlurRenderer>(tools_, grainPlanes_);
+                         }});
+    }
 }
 
 bool BackdropRenderers::isPossible() const {

@@ -2,6 +2,7 @@
 
 #include "platform/x11/BackdropRenderer.h"
 #include "platform/x11/LayerGroup.h"
+#include "platform/x11/MaterialLayers.h"
 
 #include <cstddef>
 #include <functional>
@@ -48,6 +49,7 @@ class BackdropRenderers {
 
     DrawingTools tools_;
     LogOnce &log_;
+    GrainPlanes grainPlanes_;
     std::vector<Way> ways_;
     std::size_t inUse_ = 0;
 };

@@ -9,6 +9,7 @@
 #include <xcb/render.h>
 #include <xcb/res.h>
 #include <xcb/shape.h>
+#include <xcb/shm.h>
 #include <xcb/xcbext.h>
 #include <xcb/xfixes.h>
 #include <xcb/xinput.h>
@@ -71,7 +72,7 @@ Connection::~Connection() {
 void Connection::negotiateExtensions() {
     for (auto *extension :
          {&xcb_composite_id, &xcb_damage_id, &xcb_randr_id, &xcb_render_id, &xcb_res_id,
-          &xcb_shape_id, &xcb_xfixes_id, &xcb_input_id, &xcb_xkb_id}) {
+          &xcb_shape_id, &xcb_shm_id, &xcb_xfixes_id, &xcb_input_id, &xcb_xkb_id}) {
         xcb_prefetch_extension_data(connection_, extension);
     }
     // Asks for the version of an extension that the server has; gives whether it is recent enough.
@@ -115,6 +116,10 @@ void Connection::negotiateExtensions() {
         const auto reply =
             wait(xcb_shape_query_version(connection_), xcb_shape_query_version_reply);
         return reply && atLeast(reply->major_version, reply->minor_version, 1, 1);
+    });
+    found.shm = negotiate(xcb_shm_id, nullptr, [this] {
+        const auto reply = wait(xcb_shm_query_version(connection_), xcb_shm_query_version_reply);
+        return reply && atLeast(reply->major_version, reply->minor_version, 1, 2);
     });
     found.xfixes = negotiate(xcb_xfixes_id, &found.xfixesFirstEvent, [this] {
         const auto reply =

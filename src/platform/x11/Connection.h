@@ -31,6 +31,7 @@ struct Extensions {
     bool damage = false;
     bool render = false;
     bool resource = false; // 1.2: process identifiers of clients
+    bool shm = false;      // 1.2: memory that is shared by passing a file
     bool shape = false;    // 1.1: input shapes
     bool randr = false;    // 1.5: monitors
     bool xfixes = false;   // 2.0: regions and window shapes

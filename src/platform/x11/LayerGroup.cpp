@@ -50,19 +50,24 @@ class GroupDrawing {
 
     LayerGroup draw() {
         makeCanvas(result_.pixmap, result_.picture);
-        for (const auto &layer : appearance_.tree.layers) {
-            if (layer.kind == Layer::Kind::plain && layer.opacity > 0) {
-                drawLayer(layer);
-            }
-        }
+        canvas_ = result_.picture.id();
+        drawAll(appearance_.tree.layers);
         applyMask();
         if (appearance_.alpha < 1) {
             const auto all = canvasRectangle();
             const xcb_render_color_t alpha{0, 0, 0, channel(appearance_.alpha)};
-            xcb_render_fill_rectangles(connection_, XCB_RENDER_PICT_OP_IN_REVERSE,
-                                       result_.picture.id(), alpha, 1, &all);
+            xcb_render_fill_rectangles(connection_, XCB_RENDER_PICT_OP_IN_REVERSE, canvas_, alpha,
+                                       1, &all);
         }
         return std::move(result_);
+    }
+
+    std::vector<std::shared_ptr<const ServerImage>> drawOnto(xcb_render_picture_t opaque,
+                                                             const std::vector<Layer> &layers) {
+        canvas_ = opaque;
+        isEmpty_ = false;
+        drawAll(layers);
+        return std::move(result_.images);
     }
 
   private:
@@ -81,6 +86,14 @@ class GroupDrawing {
                                    &all);
     }
 
+    void drawAll(const std::vector<Layer> &layers) {
+        for (const auto &layer : layers) {
+            if (layer.kind == Layer::Kind::plain && layer.opacity > 0) {
+                drawLayer(layer);
+            }
+        }
+    }
+
     void drawLayer(const Layer &layer) {
         const auto frame = appearance_.toWindow(layer.frame);
         if (frame.width <= 0 || frame.height <= 0) {
@@ -89,7 +102,6 @@ class GroupDrawing {
         // Over nothing every blend is the plain one, which servers do much faster.
         const auto blend =
             isEmpty_ ? static_cast<std::uint8_t>(XCB_RENDER_PICT_OP_OVER) : operatorOf(layer);
-        const auto canvas = result_.picture.id();
         if (layer.backgroundColor.alpha > 0 && layer.contents) {
             // Opacity and blend apply to both as one.
             OwnedPixmap pixmap;
@@ -97,11 +109,11 @@ class GroupDrawing {
             makeCanvas(pixmap, both);
             drawColor(layer, frame, XCB_RENDER_PICT_OP_SRC, 1, both.id());
             drawContents(layer, frame, XCB_RENDER_PICT_OP_OVER, 1, both.id());
-            compose(blend, both.id(), layer.opacity, canvas, frame, frame.x, frame.y);
+            compose(blend, both.id(), layer.opacity, canvas_, frame, frame.x, frame.y);
         } else if (layer.contents) {
-            drawContents(layer, frame, blend, layer.opacity, canvas);
+            drawContents(layer, frame, blend, layer.opacity, canvas_);
         } else if (layer.backgroundColor.alpha > 0) {
-            drawColor(layer, frame, blend, layer.opacity, canvas);
+            drawColor(layer, frame, blend, layer.opacity, canvas_);
         }
         isEmpty_ = false;
     }
@@ -167,22 +179,13 @@ class GroupDrawing {
     }
 
     void applyMask() {
-        if (!appearance_.tree.mask) {
-            return;
-        }
-        std::vector<PixelRect> rectangles;
-        for (const auto &rectangle : appearance_.tree.mask->rectangles) {
-            rectangles.push_back(appearance_.toWindow(rectangle));
-        }
         std::vector<xcb_rectangle_t> hidden;
-        for (const auto &part :
-             evenParts(appearance_.area.width, appearance_.area.height, rectangles)) {
+        for (const auto &part : hiddenParts(appearance_)) {
             hidden.push_back(toRectangle(part));
         }
         if (!hidden.empty()) {
-            xcb_render_fill_rectangles(connection_, XCB_RENDER_PICT_OP_CLEAR, result_.picture.id(),
-                                       {}, static_cast<std::uint32_t>(hidden.size()),
-                                       hidden.data());
+            xcb_render_fill_rectangles(connection_, XCB_RENDER_PICT_OP_CLEAR, canvas_, {},
+                                       static_cast<std::uint32_t>(hidden.size()), hidden.data());
         }
     }
 
@@ -190,6 +193,7 @@ class GroupDrawing {
     Connection &connection_;
     const Appearance &appearance_;
     LayerGroup result_;
+    xcb_render_picture_t canvas_ = XCB_NONE;
     bool isEmpty_ = true;
 };
 
@@ -213,6 +217,24 @@ bool contains(const PixelRect &rect, int x, int y) {
 
 LayerGroup drawLayers(const DrawingTools &tools, const Appearance &appearance) {
     return GroupDrawing(tools, appearance).draw();
+}
+
+std::vector<std::shared_ptr<const ServerImage>> drawLayersOnto(xcb_render_picture_t picture,
+                                                               const DrawingTools &tools,
+                                                               const Appearance &appearance,
+                                                               const std::vector<Layer> &layers) {
+    return GroupDrawing(tools, appearance).drawOnto(picture, layers);
+}
+
+std::vector<PixelRect> hiddenParts(const Appearance &appearance) {
+    if (!appearance.tree.mask) {
+        return {};
+    }
+    std::vector<PixelRect> rectangles;
+    for (const auto &rectangle : appearance.tree.mask->rectangles) {
+        rectangles.push_back(appearance.toWindow(rectangle));
+    }
+    return evenParts(appearance.area.width, appearance.area.height, rectangles);
 }
 
 std::vector<PixelRect> evenParts(int width, int height, const std::vector<PixelRect> &rectangles) {

@@ -32,6 +32,16 @@ struct LayerGroup {
 // Draws all but the backdrop layers.
 LayerGroup drawLayers(const DrawingTools &tools, const Appearance &appearance);
 
+// Draws these layers one by one onto a picture of the window's size, which is opaque; no backdrop
+// layers, mask or alpha. What was drawn from must stay until there is nothing to be drawn from it.
+std::vector<std::shared_ptr<const ServerImage>> drawLayersOnto(xcb_render_picture_t picture,
+                                                               const DrawingTools &tools,
+                                                               const Appearance &appearance,
+                                                               const std::vector<Layer> &layers);
+
+// What the mask hides of the appearance's window, in its pixels, as disjoint rectangles.
+std::vector<PixelRect> hiddenParts(const Appearance &appearance);
+
 // The parts of a canvas that lie in an even number of the rectangles, as disjoint rectangles. All
 // of it when there are none.
 std::vector<PixelRect> evenParts(int width, int height, const std::vector<PixelRect> &rectangles);
