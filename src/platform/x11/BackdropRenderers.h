@@ -1,8 +1,11 @@
 #pragma once
 
 #include "platform/x11/BackdropRenderer.h"
+#include "platform/x11/GlRendering.h"
 #include "platform/x11/LayerGroup.h"
 #include "platform/x11/MaterialLayers.h"
+#include "support/Handle.h"
+#include "support/Signal.h"
 
 #include <cstddef>
 #include <functional>
@@ -18,6 +21,17 @@ namespace lumo::x11 {
 
 class LogOnce;
 
+// Who is to draw backdrop layers.
+enum class RendererChoice {
+    automatic, // graphics hardware once it is known to be there, the processor until then
+    gl,        // OpenGL in any case, also when the processor does its work
+    cpu,       // never OpenGL
+};
+
+// What the user says in the environment, under LUMO_RENDERER: "gl", "cpu", or anything else or
+// nothing for automatic.
+RendererChoice rendererChoiceOfUser();
+
 // The ways to draw backdrop layers, best first, and which of them is in use. Shared by all
 // overlays. Main thread only.
 class BackdropRenderers {
@@ -25,8 +39,9 @@ class BackdropRenderers {
     // A renderer, or null where this way can't be gone at all.
     using Make = std::function<std::unique_ptr<BackdropRenderer>()>;
 
-    // What it is given outlives it.
-    BackdropRenderers(const DrawingTools &tools, MainLoop &mainLoop, LogOnce &log);
+    // What it is given outlives it. Waits for the server.
+    BackdropRenderers(const DrawingTools &tools, MainLoop &mainLoop, LogOnce &log,
+                      RendererChoice choice = rendererChoiceOfUser());
 
     // Whether backdrop layers can be drawn here at all. Never changes.
     bool isPossible() const;
@@ -37,9 +52,17 @@ class BackdropRenderers {
     // Which way make() goes at present.
     std::size_t wayInUse() const { return inUse_; }
 
-    // That way has failed for good: from now on the next one is gone. Says so in one line; nothing
-    // when that has been done already.
+    // That way has failed: from now on the next one is gone. Says so in one line; nothing when that
+    // has been done already. Graphics hardware is tried again after a while.
     void stepDownFrom(std::size_t way);
+
+    // Something has changed that may help what has failed: it is tried again soon.
+    void reconsider();
+
+    // Calls the observer when a better way has come up than make() went before.
+    Handle onImprovement(std::function<void()> observer) {
+        return improved_.subscribe(std::move(observer));
+    }
 
   private:
     struct Way {
@@ -47,11 +70,19 @@ class BackdropRenderers {
         Make make;
     };
 
+    void glStarted();
+    void tryGlLater();
+
     DrawingTools tools_;
+    MainLoop &mainLoop_;
     LogOnce &log_;
     GrainPlanes grainPlanes_;
+    std::unique_ptr<GlRendering> gl_; // null when it is not wanted
     std::vector<Way> ways_;
-    std::size_t inUse_ = 0;
+    std::size_t inUse_;
+    Signal<> improved_;
+    Handle glStarts_;
+    Handle nextGlStart_; // while it is to be tried again
 };
 
 } // namespace lumo::x11

@@ -55,11 +55,13 @@ std::unique_ptr<Connection> Connection::open(const char *displayName) {
         xcb_disconnect(connection);
         return nullptr;
     }
-    return std::unique_ptr<Connection>(new Connection(connection, screenNumber));
+    return std::unique_ptr<Connection>(new Connection(
+        connection, displayName != nullptr ? displayName : std::string(), screenNumber));
 }
 
-Connection::Connection(xcb_connection_t *connection, int screenNumber)
+Connection::Connection(xcb_connection_t *connection, std::string displayName, int screenNumber)
     : connection_(connection)
+    , displayName_(std::move(displayName))
     , screen_(findScreen(*xcb_get_setup(connection), screenNumber))
     , screenNumber_(screenNumber) {
     negotiateExtensions();

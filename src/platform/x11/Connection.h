@@ -64,6 +64,8 @@ class Connection {
     xcb_connection_t *xcb() const { return connection_; }
     operator xcb_connection_t *() const { return connection_; }
 
+    // As it was opened by; empty when that was the one that DISPLAY names.
+    const std::string &displayName() const { return displayName_; }
     const xcb_screen_t &screen() const { return *screen_; }
     int screenNumber() const { return screenNumber_; }
     xcb_window_t root() const { return screen_->root; }
@@ -149,7 +151,7 @@ class Connection {
         ReplyFunction function;
     };
 
-    Connection(xcb_connection_t *connection, int screenNumber);
+    Connection(xcb_connection_t *connection, std::string displayName, int screenNumber);
 
     void negotiateExtensions();
     void awaitReply(std::uint32_t sequence, ReplyFunction function);
@@ -158,6 +160,7 @@ class Connection {
     XcbPointer<xcb_generic_event_t> nextEvent();
 
     xcb_connection_t *connection_;
+    std::string displayName_;
     xcb_screen_t *screen_ = nullptr;
     int screenNumber_;
     Extensions extensions_;

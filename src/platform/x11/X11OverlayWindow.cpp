@@ -42,7 +42,12 @@ X11OverlayWindow::X11OverlayWindow(OverlaySurroundings &surroundings, const Rect
         requestPush();
     }))
     , mirrorChanges_(surroundings.mirror.onChange([this](const auto &) { followWindows(); }))
-    , screenChanges_(surroundings.screens.onScreenParametersDidChange([this] { requestPush(); })) {
+    , screenChanges_(surroundings.screens.onScreenParametersDidChange([this] { requestPush(); }))
+    , rendererImprovements_(surroundings.backdropRenderers.onImprovement([this] {
+        if (paintsBackdrop_) {
+            dropPainter();
+        }
+    })) {
     mayBeShown_ = window_->letsClicksThrough();
     if (!mayBeShown_) {
         surroundings_.log.print("[Lumo] The X server cannot let clicks through an overlay (XFixes "

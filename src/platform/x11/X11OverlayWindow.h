@@ -121,6 +121,7 @@ class X11OverlayWindow final : public PlatformWindow {
     Handle choiceChanges_;
     Handle mirrorChanges_;
     Handle screenChanges_;
+    Handle rendererImprovements_;
     Lifetime lifetime_;
 };
 

@@ -1,5 +1,6 @@
 #include "platform/x11/X11OverlayWindows.h"
 
+#include "platform/Screens.h"
 #include "platform/x11/Connection.h"
 
 #include <utility>
@@ -30,7 +31,10 @@ X11OverlayWindows::X11OverlayWindows(Connection &connection, WindowMirror &mirro
                     surfaces_,
                     wallpaper_,
                     backdropRenderers_,
-                    placementChoice_} {
+                    placementChoice_}
+    , compositorChanges_(compositor_.onChange([this] { backdropRenderers_.reconsider(); }))
+    , screenChanges_(
+          screens.onScreenParametersDidChange([this] { backdropRenderers_.reconsider(); })) {
     // So that no overlay waits for them one by one.
     connection.internAtoms({"UTF8_STRING", "_NET_WM_NAME", "_NET_WM_PID", "_NET_WM_WINDOW_TYPE",
                             "_NET_WM_WINDOW_TYPE_UTILITY", "_NET_WM_WINDOW_TYPE_NORMAL",

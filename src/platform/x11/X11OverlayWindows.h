@@ -41,6 +41,8 @@ class X11OverlayWindows final : public OverlayWindows {
     BackdropRenderers backdropRenderers_;
     PlacementChoice placementChoice_;
     OverlaySurroundings surroundings_;
+    Handle compositorChanges_;
+    Handle screenChanges_;
 };
 
 } // namespace lumo::x11
