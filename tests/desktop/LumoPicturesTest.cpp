@@ -39,11 +39,7 @@ Picture slopes(const Area &area) {
 // What the screen must show, given what it showed without the effect.
 Picture underEffect(const Picture &plain, const Area &clear, const Look &look) {
     Picture expected = look.over(plain);
-    for (int y = clear.y; y < clear.bottom(); ++y) {
-        for (int x = clear.x; x < clear.right(); ++x) {
-            expected.at(x, y) = plain.at(x, y);
-        }
-    }
+    expected.paste(plain.part(clear), {clear.x, clear.y});
     return expected;
 }
 

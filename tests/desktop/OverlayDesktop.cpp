@@ -6,6 +6,7 @@
 #include <glib.h>
 
 #include <array>
+#include <cstdlib>
 #include <map>
 
 namespace lumo::x11 {
@@ -17,24 +18,36 @@ constexpr int tolerance = 2;
 
 } // namespace
 
-OverlayDesktop::OverlayDesktop(const desktop::DesktopOptions &options)
+OverlayDesktop::OverlayDesktop(const desktop::DesktopOptions &options, double pixelsPerPoint)
     : MirroredDesktop(options)
     , width(options.width)
     , height(options.height)
+    , scale(pixelsPerPoint)
     , log_([this](std::string_view line) { lines.emplace_back(line); })
-    , screens_{{1, frame(), 1}}
+    , screens_{{1, frame(), scale}}
     , watch_(loop.watch(*connection, [] {})) {
+    makeOverlays();
+}
+
+void OverlayDesktop::makeOverlays() {
     Screens &screens = *this;
     overlays = std::make_unique<X11OverlayWindows>(
         *connection, *mirror, screens,
         [this] {
-            return PointSpace({{0, 0, width, height}}, 1);
+            return PointSpace({{0, 0, width, height}}, scale);
         },
         loop, log_);
 }
 
+void OverlayDesktop::useRenderer(const std::string &name) {
+    overlays.reset();
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): its thread has ended with it
+    setenv("LUMO_RENDERER", name.c_str(), 1);
+    makeOverlays();
+}
+
 Rect OverlayDesktop::frame() const {
-    return {0, 0, static_cast<double>(width), static_cast<double>(height)};
+    return {0, 0, width / scale, height / scale};
 }
 
 bool OverlayDesktop::eventually(const std::function<bool()> &condition) {

@@ -21,10 +21,13 @@ struct Look {
     double alpha = 1; // the window's times the view's
 };
 
-// The program's overlays on a private desktop with one display, at one pixel per point.
+// The program's overlays on a private desktop with one display.
 class OverlayDesktop : public MirroredDesktop, private Screens {
   public:
-    explicit OverlayDesktop(const desktop::DesktopOptions &options);
+    explicit OverlayDesktop(const desktop::DesktopOptions &options, double pixelsPerPoint = 1);
+
+    // Makes the overlays' maker anew, with LUMO_RENDERER set to that. No overlay is there.
+    void useRenderer(const std::string &name);
 
     // Turns the main loop until the condition holds. False when it does not within ten seconds.
     bool eventually(const std::function<bool()> &condition);
@@ -35,7 +38,7 @@ class OverlayDesktop : public MirroredDesktop, private Screens {
     // Turns the main loop until all that has happened and been asked for so far is shown.
     void settle();
 
-    Rect frame() const;
+    Rect frame() const; // of the display
 
     // A view of that size with a grain layer, its pixels those of grain(), and a colour over it.
     LayerTree tree(const Rect &frame, const Look &look = {}) const;
@@ -58,11 +61,13 @@ class OverlayDesktop : public MirroredDesktop, private Screens {
 
     int width;
     int height;
+    double scale;
     std::vector<std::string> lines; // of the log
     GlibMainLoop loop;
     std::unique_ptr<X11OverlayWindows> overlays;
 
   private:
+    void makeOverlays();
     const std::vector<Screen> &screens() const override { return screens_; }
     Handle onScreenParametersDidChange(std::function<void()> /*observer*/) override { return {}; }
 

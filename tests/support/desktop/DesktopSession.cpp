@@ -41,6 +41,31 @@ double steadyNow() {
 
 constexpr std::uint32_t sourcePager = 2;
 
+// The picture as a pixmap of the root window's depth.
+xcb_pixmap_t pixmapOf(xcb_connection_t *connection, const xcb_screen_t &screen,
+                      const Picture &picture) {
+    const auto width = static_cast<std::uint16_t>(picture.width());
+    const xcb_pixmap_t pixmap = xcb_generate_id(connection);
+    xcb_create_pixmap(connection, screen.root_depth, pixmap, screen.root, width,
+                      static_cast<std::uint16_t>(picture.height()));
+    const xcb_gcontext_t context = xcb_generate_id(connection);
+    xcb_create_gc(connection, context, pixmap, 0, nullptr);
+    std::vector<std::uint32_t> row(width);
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
+            const Colour colour = picture.at(x, y);
+            row[static_cast<std::size_t>(x)] =
+                static_cast<std::uint32_t>(colour.red << 16 | colour.green << 8 | colour.blue);
+        }
+        xcb_put_image(connection, XCB_IMAGE_FORMAT_Z_PIXMAP, pixmap, context, width, 1, 0,
+                      static_cast<std::int16_t>(y), 0, screen.root_depth,
+                      static_cast<std::uint32_t>(row.size() * 4),
+                      reinterpret_cast<const std::uint8_t *>(row.data()));
+    }
+    xcb_free_gc(connection, context);
+    return pixmap;
+}
+
 } // namespace
 
 DesktopSession::DesktopSession(const std::string &displayName)
@@ -443,25 +468,7 @@ void DesktopSession::setWallpaper(const Picture &picture) {
     // A connection of its own: programs that set the next wallpaper kill the one that owns this.
     xcb_connection_t *setter = xcb_connect(displayName_.c_str(), nullptr);
     xcb_set_close_down_mode(setter, XCB_CLOSE_DOWN_RETAIN_PERMANENT);
-    const auto width = static_cast<std::uint16_t>(picture.width());
-    const xcb_pixmap_t pixmap = xcb_generate_id(setter);
-    xcb_create_pixmap(setter, screen_->root_depth, pixmap, root(), width,
-                      static_cast<std::uint16_t>(picture.height()));
-    const xcb_gcontext_t context = xcb_generate_id(setter);
-    xcb_create_gc(setter, context, pixmap, 0, nullptr);
-    std::vector<std::uint32_t> row(width);
-    for (int y = 0; y < picture.height(); ++y) {
-        for (int x = 0; x < picture.width(); ++x) {
-            const Colour colour = picture.at(x, y);
-            row[static_cast<std::size_t>(x)] =
-                static_cast<std::uint32_t>(colour.red << 16 | colour.green << 8 | colour.blue);
-        }
-        xcb_put_image(setter, XCB_IMAGE_FORMAT_Z_PIXMAP, pixmap, context, width, 1, 0,
-                      static_cast<std::int16_t>(y), 0, screen_->root_depth,
-                      static_cast<std::uint32_t>(row.size() * 4),
-                      reinterpret_cast<const std::uint8_t *>(row.data()));
-    }
-    xcb_free_gc(setter, context);
+    const xcb_pixmap_t pixmap = pixmapOf(setter, *screen_, picture);
     xcb_change_window_attributes(setter, root(), XCB_CW_BACK_PIXMAP, &pixmap);
     xcb_clear_area(setter, 0, root(), 0, 0, 0, 0);
     for (const std::string_view property : {"_XROOTPMAP_ID", "ESETROOT_PMAP_ID"}) {
@@ -470,6 +477,23 @@ void DesktopSession::setWallpaper(const Picture &picture) {
     }
     wait(setter, xcb_get_input_focus(setter), xcb_get_input_focus_reply);
     xcb_disconnect(setter);
+}
+
+xcb_window_t DesktopSession::openWindow(const Picture &picture) {
+    const xcb_pixmap_t pixmap = pixmapOf(connection_, *screen_, picture);
+    const xcb_window_t window = xcb_generate_id(connection_);
+    xcb_create_window(
+        connection_, XCB_COPY_FROM_PARENT, window, root(), 0, 0,
+        static_cast<std::uint16_t>(picture.width()), static_cast<std::uint16_t>(picture.height()),
+        0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXMAP, &pixmap);
+    constexpr std::array<std::uint32_t, 5> withoutDecorations = {2, 0, 0, 0, 0};
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, atom("_MOTIF_WM_HINTS"),
+                        atom("_MOTIF_WM_HINTS"), 32, withoutDecorations.size(),
+                        withoutDecorations.data());
+    xcb_free_pixmap(connection_, pixmap);
+    xcb_map_window(connection_, window);
+    sync();
+    return window;
 }
 
 } // namespace lumo::desktop

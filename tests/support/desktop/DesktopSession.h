@@ -123,6 +123,10 @@ class DesktopSession {
     // and names in a property.
     void setWallpaper(const Picture &picture);
 
+    // Maps an ordinary window, but without a frame to be seen, that shows the picture wherever the
+    // window manager puts it.
+    xcb_window_t openWindow(const Picture &picture);
+
   private:
     void pump();
     void waitForEvents(Seconds atMost);

@@ -41,6 +41,14 @@ Picture Picture::part(const Area &area) const {
     return result;
 }
 
+void Picture::paste(const Picture &other, Spot place) {
+    for (int y = 0; y < other.height(); ++y) {
+        for (int x = 0; x < other.width(); ++x) {
+            at(place.x + x, place.y + y) = other.at(x, y);
+        }
+    }
+}
+
 Picture::Mean Picture::mean(const Area &part) const {
     Mean sum;
     for (int y = part.y; y < part.bottom(); ++y) {

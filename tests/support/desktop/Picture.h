@@ -63,6 +63,9 @@ class Picture {
     // That part by itself. It lies within the picture.
     Picture part(const Area &area) const;
 
+    // Puts the other picture at that place, where all of it lies within this one.
+    void paste(const Picture &other, Spot place);
+
     // Channel means of the part, not rounded.
     struct Mean {
         double red = 0;
