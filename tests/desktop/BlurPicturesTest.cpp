@@ -125,7 +125,7 @@ class BlurPictures : public testing::TestWithParam<Stage>, protected OverlayDesk
     Picture beneath_;
 };
 
-constexpr std::array renderers = {"gl"};
+constexpr std::array renderers = {"cpu", "gl"};
 
 TEST_P(BlurPictures, BlurAsTheGaussianDoes) {
     for (const double radius : {24.0, 29.0, 34.0}) {
