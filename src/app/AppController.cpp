@@ -18,11 +18,12 @@ constexpr double hintDuration = 4.0;       // seconds
 constexpr double hintRepeatInterval = 1.5; // seconds in which a repeated hint is dropped
 constexpr double smallestCandidate = 40;   // points, of either side of a window
 
+constexpr std::uint16_t keyD = 2; // the virtual key code
+
 // Control, Option and Command with D, and nothing else.
 bool areEmergencyKeys(const InputEvent &event) {
     constexpr std::uint32_t modifiers =
         modifierFlag::control | modifierFlag::option | modifierFlag::command;
-    constexpr std::uint16_t keyD = 2;
     return (event.modifierFlags & modifierFlag::deviceIndependent) == modifiers &&
            event.keyCode == keyD;
 }
@@ -136,6 +137,27 @@ void AppController::setupEmergencyStop() {
                 emergencyStop();
             }
         });
+    if (!platform_.capabilities.globalKeyMonitors) {
+        registerEmergencyHotKey();
+    }
+}
+
+// The lesser way: no other program sees the keys then.
+void AppController::registerEmergencyHotKey() {
+    const HotKeyID id{fourCC("LUME"), 9};
+    emergencyHotKeyHandler_ =
+        platform_.hotKeyService.installEventHandler([this, id](const HotKeyEvent &event) {
+            if (event.id == id && event.kind == hotKeyEventKind::pressed) {
+                platform_.mainLoop.post(lifetime_.guard([this] { emergencyStop(); }));
+            }
+        });
+    auto registration = platform_.hotKeyService.registerHotKey(
+        keyD, hotKeyModifier::control | hotKeyModifier::option | hotKeyModifier::command, id);
+    emergencyHotKey_ = std::move(registration.handle);
+    if (registration.status != hotKeyStatus::success) {
+        platform_.log.print("[Lumo] Emergency stop hotkey registration failed, status=" +
+                            std::to_string(registration.status));
+    }
 }
 
 // A peek that runs is left to its timer.

@@ -84,6 +84,7 @@ class AppController {
     void handleShortcut(ShortcutEvent event);
     void handleShake(MouseShakeToggleManager::Action action);
     void setupEmergencyStop();
+    void registerEmergencyHotKey();
     void emergencyStop();
     void startCoreFeatures();
     void stopCoreFeatures();
@@ -102,6 +103,8 @@ class AppController {
     std::vector<Subscription> cancellables_;
     Handle emergencyLocalMonitor_;
     Handle emergencyGlobalMonitor_;
+    Handle emergencyHotKeyHandler_;
+    Handle emergencyHotKey_;
     Handle peekTimer_;
     Handle coverRuntimeHintClearTimer_;
     std::optional<std::string> lastCoverRuntimeHintText_;

@@ -1,6 +1,7 @@
 #include "app/AppController.h"
 #include "platform/x11/Connection.h"
 #include "platform/x11/GlibMainLoop.h"
+#include "platform/x11/ServerRequirements.h"
 #include "platform/x11/SingleInstance.h"
 #include "platform/x11/X11Backend.h"
 #include "support/Log.h"
@@ -33,10 +34,17 @@ int main() {
         log.print("[Lumo] no X server answers: set DISPLAY to the display that Lumo is to run on");
         return 1;
     }
+    if (const auto problem = lumo::x11::missingRequirement(*connection)) {
+        log.print(*problem);
+        return 1;
+    }
     const auto instance = lumo::x11::SingleInstance::claim(*connection);
     if (!instance) {
         log.print("[Lumo] already running on this display");
         return 0;
+    }
+    for (const auto &line : lumo::x11::limitations(*connection)) {
+        log.print(line);
     }
     lumo::x11::X11Backend backend(*connection, loop, log);
     return runController(loop, *connection, backend.platform());

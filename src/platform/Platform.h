@@ -19,6 +19,9 @@ class Workspace;
 struct Capabilities {
     // Layers of the kind "backdrop" are drawn: the desktop behind an overlay can be filtered live.
     bool liveBackdrop = false;
+
+    // Global monitors of key presses hear of them.
+    bool globalKeyMonitors = true;
 };
 
 // Everything the program may ask of the desktop. Built once by main and handed down by reference;

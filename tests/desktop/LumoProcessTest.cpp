@@ -40,18 +40,6 @@ class LumoProgram : public testing::Test {
                 {"front", front.window(), {600, 400}, {0x3c, 0x64, 0xe0}, Shown::plain}};
     }
 
-    // What the program said about itself, without its running commentary on displays.
-    static std::vector<std::string> remarks(LumoProcess &lumo) {
-        std::vector<std::string> lines = lumo.process().outputLines();
-        const auto errors = lumo.process().errorLines();
-        lines.insert(lines.end(), errors.begin(), errors.end());
-        std::erase_if(lines, [](const std::string &line) {
-            return line.starts_with("[Lumo][display ") || line.starts_with("[Lumo][screen ") ||
-                   line.starts_with("[Lumo] screen=");
-        });
-        return lines;
-    }
-
     // The one instance of the display is there.
     bool hasStarted() { return session.selectionOwner("_LUMO_INSTANCE_S0") != XCB_NONE; }
 
@@ -80,7 +68,7 @@ TEST_F(LumoProgram, EndsWithOneLineAndStatusOneWhenTheServerGoes) {
     lumo.waitForOverlays();
     desktop.killServer();
     EXPECT_EQ(lumo.process().waitForExit(), 1) << lumo.process().report();
-    EXPECT_THAT(remarks(lumo), SizeIs(1)) << lumo.process().report();
+    EXPECT_THAT(lumo.remarks(), SizeIs(1)) << lumo.process().report();
 }
 
 TEST_F(LumoProgram, YieldsToOneThatRunsAlready) {
@@ -88,7 +76,7 @@ TEST_F(LumoProgram, YieldsToOneThatRunsAlready) {
     const auto overlays = first.waitForOverlays();
     LumoProcess second(desktop);
     EXPECT_EQ(second.process().waitForExit(), 0) << second.process().report();
-    EXPECT_THAT(remarks(second), SizeIs(1));
+    EXPECT_THAT(second.remarks(), SizeIs(1));
     EXPECT_TRUE(first.process().isRunning());
     EXPECT_EQ(first.overlays(), overlays);
     // Not on another display.
@@ -134,7 +122,7 @@ TEST_F(LumoProgram, SetsGarbageAsideAndStaysOff) {
     EXPECT_TRUE(session.remains(
         [&] { return lumo.overlays().empty() && lumo.process().isRunning(); }, Seconds(0.5)));
     EXPECT_EQ(lumo.stop(), 0);
-    EXPECT_THAT(remarks(lumo), SizeIs(1)) << lumo.process().report();
+    EXPECT_THAT(lumo.remarks(), SizeIs(1)) << lumo.process().report();
 }
 
 // A file in the way of the folder stops even a privileged user from writing.
@@ -150,9 +138,9 @@ TEST_F(LumoProgram, GoesOnWhereItCannotWriteItsSettings) {
         isOn = session.eventually([&] { return lumo.overlays().size() == 1; }, Seconds(1));
     }
     EXPECT_TRUE(isOn) << lumo.process().report();
-    EXPECT_TRUE(session.eventually([&] { return remarks(lumo).size() == 1; }));
+    EXPECT_TRUE(session.eventually([&] { return lumo.remarks().size() == 1; }));
     EXPECT_EQ(lumo.stop(), 0);
-    EXPECT_THAT(remarks(lumo), SizeIs(1)) << lumo.process().report();
+    EXPECT_THAT(lumo.remarks(), SizeIs(1)) << lumo.process().report();
 }
 
 // Looks at one pixel all the time, from a connection and a thread of its own, for how long it is

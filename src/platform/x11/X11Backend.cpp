@@ -34,7 +34,8 @@ Platform X11Backend::platform() {
             .userNotifications = userNotifications_,
             .windowServer = windowServer_,
             .workspace = workspace_,
-            .capabilities = {.liveBackdrop = overlayWindows_.canDrawBackdrops()}};
+            .capabilities = {.liveBackdrop = overlayWindows_.canDrawBackdrops(),
+                             .globalKeyMonitors = eventMonitors_.hearsKeys()}};
 }
 
 } // namespace lumo::x11

@@ -58,6 +58,10 @@ X11EventMonitors::X11EventMonitors(Connection &connection, const KeyboardModifie
     events_ = connection.onEvent([this](const auto &event) { handle(event); });
 }
 
+bool X11EventMonitors::hearsKeys() const {
+    return connection_.extensions().xinput && connection_.extensions().xkb;
+}
+
 void X11EventMonitors::watchKeyboardState() {
     xcb_xkb_select_events_details_t details{};
     details.affectState = XCB_XKB_STATE_PART_MODIFIER_STATE;

@@ -36,6 +36,9 @@ class X11EventMonitors final : public EventMonitors {
     X11EventMonitors(Connection &connection, const KeyboardModifiers &modifiers,
                      WindowMirror &mirror, const X11Screens &screens);
 
+    // Whether global monitors hear of key presses, with their modifiers.
+    bool hearsKeys() const;
+
     Handle addGlobalMonitor(EventMask mask,
                             std::function<void(const InputEvent &)> handler) override;
     Handle addLocalMonitor(EventMask mask,

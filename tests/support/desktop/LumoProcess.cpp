@@ -60,10 +60,11 @@ LumoProcess::LumoProcess(PrivateDesktop &desktop)
     , process_(desktop.start({LUMO_EXECUTABLE})) {
 }
 
-LumoProcess::LumoProcess(PrivateDesktop &desktop, const Preferences &preferences)
+LumoProcess::LumoProcess(PrivateDesktop &desktop, const Preferences &preferences,
+                         const Environment &variables)
     : desktop_(desktop) {
     writePreferences(desktop, preferences);
-    process_ = desktop.start({LUMO_EXECUTABLE});
+    process_ = desktop.start({LUMO_EXECUTABLE}, variables);
 }
 
 std::vector<LumoProcess::Overlay> LumoProcess::overlays() {
@@ -103,6 +104,17 @@ std::vector<LumoProcess::Overlay> LumoProcess::waitForOverlays(std::size_t count
                                  std::to_string(found.size()) + ": " + process_->report());
     }
     return found;
+}
+
+std::vector<std::string> LumoProcess::remarks() const {
+    std::vector<std::string> lines = process_->outputLines();
+    const auto errors = process_->errorLines();
+    lines.insert(lines.end(), errors.begin(), errors.end());
+    std::erase_if(lines, [](const std::string &line) {
+        return line.starts_with("[Lumo][display ") || line.starts_with("[Lumo][screen ") ||
+               line.starts_with("[Lumo] screen=");
+    });
+    return lines;
 }
 
 std::optional<int> LumoProcess::stop() {

@@ -42,8 +42,10 @@ class LumoProcess {
     // Starts it with the settings file as it is.
     explicit LumoProcess(PrivateDesktop &desktop);
 
-    // Starts it with these settings.
-    LumoProcess(PrivateDesktop &desktop, const Preferences &preferences);
+    // Starts it with these settings, and with these variables beside the desktop's or instead of
+    // them.
+    LumoProcess(PrivateDesktop &desktop, const Preferences &preferences,
+                const Environment &variables = {});
 
     ChildProcess &process() { return *process_; }
     pid_t processIdentifier() const { return process_->processIdentifier(); }
@@ -54,6 +56,9 @@ class LumoProcess {
     // Waits for that many overlays and returns them; throws with what the program said when they do
     // not come.
     std::vector<Overlay> waitForOverlays(std::size_t count = 1);
+
+    // What it said about itself so far, without its running commentary on displays.
+    std::vector<std::string> remarks() const;
 
     // Asks it to stop and returns its exit status; absent when it did not stop in time.
     std::optional<int> stop();

@@ -80,8 +80,11 @@ PrivateDesktop::~PrivateDesktop() {
     killDescendants();
 }
 
-std::unique_ptr<ChildProcess> PrivateDesktop::start(const std::vector<std::string> &command) const {
-    return std::make_unique<ChildProcess>(command, environment_, directory() / "output");
+std::unique_ptr<ChildProcess> PrivateDesktop::start(const std::vector<std::string> &command,
+                                                    const Environment &variables) const {
+    Environment all = variables;
+    all.insert(environment_.begin(), environment_.end());
+    return std::make_unique<ChildProcess>(command, all, directory() / "output");
 }
 
 void PrivateDesktop::waitUntil(const std::function<bool()> &condition, ChildProcess &program,

@@ -65,8 +65,10 @@ class PrivateDesktop {
     std::filesystem::path configDirectory() const { return directory() / "config"; }
     std::filesystem::path dataDirectory() const { return directory() / "data"; }
 
-    // Starts a program on this desktop. It ends with the returned object, or with the desktop.
-    std::unique_ptr<ChildProcess> start(const std::vector<std::string> &command) const;
+    // Starts a program on this desktop, with these variables beside those of the desktop or instead
+    // of them. It ends with the returned object, or with the desktop.
+    std::unique_ptr<ChildProcess> start(const std::vector<std::string> &command,
+                                        const Environment &variables = {}) const;
 
     // Starts a window manager, replacing one that runs, or kills the one that was started last, and
     // returns when that is done.

@@ -1,0 +1,162 @@
+#include "Scene.h"
+#include "desktop/LesserServer.h"
+#include "desktop/LumoProcess.h"
+#include "desktop/PrivateDesktop.h"
+#include "desktop/SampleApplication.h"
+
+#include <gmock/gmock.h>
+
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace lumo::desktop {
+namespace {
+
+using testing::ElementsAreArray;
+using testing::IsEmpty;
+
+enum class Outcome { shown, refused };
+
+struct LesserCase {
+    std::string name;
+    std::vector<std::string> serverArguments;
+    ServerLacks lacks; // as far as no argument takes it away
+    Outcome outcome = Outcome::shown;
+    std::vector<std::string> remarks;
+
+    friend std::ostream &operator<<(std::ostream &stream, const LesserCase &each) {
+        return stream << each.name;
+    }
+};
+
+std::vector<std::string> without(std::initializer_list<const char *> extensions) {
+    std::vector<std::string> arguments;
+    for (const char *extension : extensions) {
+        arguments.insert(arguments.end(), {"-extension", extension});
+    }
+    return arguments;
+}
+
+class LumoServers : public testing::TestWithParam<LesserCase> {
+  protected:
+    LumoServers() {
+        if (!GetParam().lacks.extensions.empty() || !GetParam().lacks.oldest.empty()) {
+            lesser.emplace(desktop.displayName(), GetParam().lacks);
+        }
+        session.activate(front.window());
+        session.eventually([&] { return session.activeWindow() == front.window(); });
+    }
+
+    void expectRefusal(LumoProcess &lumo) {
+        EXPECT_TRUE(session.eventually([&] {
+            EXPECT_THAT(lumo.overlays(), IsEmpty());
+            return !lumo.process().isRunning();
+        }));
+        EXPECT_EQ(lumo.process().waitForExit(), 1) << lumo.process().report();
+    }
+
+    std::vector<Sight> sights(Shown backShown, Shown frontShown) const {
+        return {{"back", back.window(), {100, 200}, {0xd8, 0x3c, 0x30}, backShown},
+                {"front", front.window(), {600, 450}, {0x3c, 0x64, 0xe0}, frontShown}};
+    }
+
+    // The effect, a click through it, the hot key that turns it off and on, the emergency stop.
+    void expectToWork(LumoProcess &lumo) {
+        Scene scene(desktop, lumo, look);
+        EXPECT_EQ(scene.wrongWith(sights(Shown::underEffect, Shown::plain)), "");
+        session.click({100, 200});
+        EXPECT_EQ(scene.wrongWith(sights(Shown::plain, Shown::underEffect)), "");
+        for (const bool isOn : {false, true}) {
+            session.press({Key::control, Key::space});
+            EXPECT_TRUE(session.eventually([&] { return lumo.overlays().empty() != isOn; }))
+                << lumo.process().report();
+        }
+        session.press({Key::control, Key::option, Key::command, Key::d});
+        EXPECT_TRUE(session.eventually([&] { return lumo.overlays().empty(); }))
+            << lumo.process().report();
+        EXPECT_EQ(lumo.stop(), 0);
+    }
+
+    const Look look{"dim", 0.6};
+    PrivateDesktop desktop{
+        {.width = 900, .height = 700, .serverArguments = GetParam().serverArguments}};
+    DesktopSession &session = desktop.session();
+    std::optional<LesserServer> lesser;
+    SampleApplication back{desktop, "Back", {{.area = {60, 80, 420, 320}, .colour = "#d83c30"}}};
+    SampleApplication front{
+        desktop, "Front", {{.area = {360, 240, 420, 320}, .colour = "#3c64e0"}}};
+};
+
+TEST_P(LumoServers, AreMetWithTheEffectOrOneClearLine) {
+    LumoProcess lumo(desktop, look.preferences(), lesser ? lesser->variables() : Environment{});
+    if (GetParam().outcome == Outcome::refused) {
+        expectRefusal(lumo);
+    } else {
+        expectToWork(lumo);
+    }
+    auto remarks = lumo.remarks();
+    // There is no service that takes the notification of the emergency stop.
+    std::erase_if(remarks, [](const std::string &line) {
+        return line.starts_with("[Lumo] Failed to send notification");
+    });
+    EXPECT_THAT(remarks, ElementsAreArray(GetParam().remarks));
+}
+
+const std::string takesClicks =
+    ", without which an overlay would take every click: Lumo does not start";
+const std::string asHotKey = ": the emergency stop is a hot key";
+
+INSTANTIATE_TEST_SUITE_P(
+    Lacking, LumoServers,
+    testing::Values(
+        LesserCase{"Nothing", {}, {}, Outcome::shown, {}},
+        LesserCase{"RandR",
+                   without({"RANDR"}),
+                   {},
+                   Outcome::shown,
+                   {"[Lumo] the X server lacks RandR 1.5: all displays count as one"}},
+        LesserCase{"NewerRandR",
+                   {},
+                   {{}, {{"RANDR", {1, 4}}}},
+                   Outcome::shown,
+                   {"[Lumo] the X server lacks RandR 1.5: all displays count as one"}},
+        LesserCase{"Resource",
+                   without({"X-Resource"}),
+                   {},
+                   Outcome::shown,
+                   {"[Lumo] the X server lacks X-Resource 1.2: windows belong to the processes "
+                    "that they name themselves"}},
+        LesserCase{"SharedMemory", without({"MIT-SHM"}), {}, Outcome::shown, {}},
+        LesserCase{"LongRequests", {}, {{"BIG-REQUESTS"}, {}}, Outcome::shown, {}},
+        LesserCase{"Input",
+                   {},
+                   {{"XInputExtension"}, {}},
+                   Outcome::shown,
+                   {"[Lumo] the X server lacks XInput 2.2: no shake is seen, and the emergency "
+                    "stop is a hot key"}},
+        LesserCase{"Keyboard",
+                   {},
+                   {{"XKEYBOARD"}, {}},
+                   Outcome::shown,
+                   {"[Lumo] the X server lacks XKEYBOARD" + asHotKey}},
+        LesserCase{"Fixes",
+                   {},
+                   {{"XFIXES"}, {}},
+                   Outcome::refused,
+                   {"[Lumo] the X server lacks XFixes 2" + takesClicks}},
+        LesserCase{"NewerFixes",
+                   {},
+                   {{}, {{"XFIXES", {1, 0}}}},
+                   Outcome::refused,
+                   {"[Lumo] the X server lacks XFixes 2" + takesClicks}},
+        LesserCase{"Shape",
+                   {},
+                   {{"SHAPE"}, {}},
+                   Outcome::refused,
+                   {"[Lumo] the X server lacks Shape 1.1" + takesClicks}}),
+    [](const auto &each) { return each.param.name; });
+
+} // namespace
+} // namespace lumo::desktop
