@@ -133,8 +133,12 @@ void LesserServer::run() {
                           ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0),
                           {},
                           false};
-            connect(client.server, address.get(), address.size);
-            clients_.push_back(std::move(client));
+            if (connect(client.server, address.get(), address.size) == 0) {
+                clients_.push_back(std::move(client));
+            } else {
+                close(client.client);
+                close(client.server);
+            }
         }
     }
 }
@@ -187,7 +191,7 @@ void LesserServer::forwardRequests(Client &client) {
         client.isGreeted = true;
         done += length;
     }
-    static_cast<void>(writeAll(client.server, bytes.data(), done)); // a lost one shows itself soon
+    writeAll(client.server, bytes.data(), done);
     client.unsent.erase(client.unsent.begin(),
                         client.unsent.begin() + static_cast<std::ptrdiff_t>(done));
 }
