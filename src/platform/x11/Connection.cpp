@@ -143,6 +143,19 @@ void Connection::negotiateExtensions() {
     });
 }
 
+const xcb_visualtype_t *Connection::visual(xcb_visualid_t id) const {
+    for (auto depths = xcb_screen_allowed_depths_iterator(screen_); depths.rem > 0;
+         xcb_depth_next(&depths)) {
+        for (auto visuals = xcb_depth_visuals_iterator(depths.data); visuals.rem > 0;
+             xcb_visualtype_next(&visuals)) {
+            if (visuals.data->visual_id == id) {
+                return visuals.data;
+            }
+        }
+    }
+    return nullptr;
+}
+
 xcb_atom_t Connection::atom(std::string_view name) {
     if (const auto known = atoms_.find(std::string(name)); known != atoms_.end()) {
         return known->second;

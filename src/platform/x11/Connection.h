@@ -70,6 +70,7 @@ class Connection {
     int screenNumber() const { return screenNumber_; }
     xcb_window_t root() const { return screen_->root; }
     const xcb_setup_t &setup() const { return *xcb_get_setup(connection_); }
+    const xcb_visualtype_t *visual(xcb_visualid_t id) const; // of the screen; null: it has none
     const Extensions &extensions() const { return extensions_; }
 
     // The atom of that name, which is made when the server has none. Waits for the server the first

@@ -161,8 +161,23 @@ void OverlayXWindow::setShape(OwnedRegion shape) {
     }
 }
 
+void OverlayXWindow::setPattern(OwnedRegion pattern) {
+    pattern_ = std::move(pattern);
+    if (!isCutAway_) {
+        applyShape();
+    }
+}
+
 void OverlayXWindow::applyShape() {
-    const auto region = isCutAway_ ? nothing_.id() : shape_.id();
+    OwnedRegion common;
+    auto region = shape_ ? shape_.id() : pattern_.id();
+    if (isCutAway_) {
+        region = nothing_.id();
+    } else if (shape_ && pattern_) {
+        common = makeEmptyRegion(connection_);
+        xcb_xfixes_intersect_region(connection_, shape_.id(), pattern_.id(), common.id());
+        region = common.id();
+    }
     xcb_xfixes_set_window_shape_region(connection_, id(), XCB_SHAPE_SK_BOUNDING, 0, 0, region);
 }
 

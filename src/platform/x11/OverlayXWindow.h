@@ -43,6 +43,9 @@ class OverlayXWindow {
     // What there is of it otherwise, from its top left; all of it when there is no region.
     void setShape(OwnedRegion shape);
 
+    // The part of that shape which is drawn; all of it when there is no region.
+    void setPattern(OwnedRegion pattern);
+
   private:
     void create();
     void describe();
@@ -60,6 +63,7 @@ class OverlayXWindow {
     OwnedWindow window_;
     OwnedRegion nothing_;
     OwnedRegion shape_;
+    OwnedRegion pattern_;
     PixelRect area_;
     bool isCutAway_ = false;
     bool isMapped_ = false;

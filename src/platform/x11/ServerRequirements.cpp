@@ -11,17 +11,8 @@ namespace lumo::x11 {
 namespace {
 
 bool hasTrueColours(const Connection &connection) {
-    const auto &screen = connection.screen();
-    for (auto depths = xcb_screen_allowed_depths_iterator(&screen); depths.rem > 0;
-         xcb_depth_next(&depths)) {
-        for (auto visuals = xcb_depth_visuals_iterator(depths.data); visuals.rem > 0;
-             xcb_visualtype_next(&visuals)) {
-            if (visuals.data->visual_id == screen.root_visual) {
-                return visuals.data->_class == XCB_VISUAL_CLASS_TRUE_COLOR;
-            }
-        }
-    }
-    return false;
+    const auto *visual = connection.visual(connection.screen().root_visual);
+    return visual != nullptr && visual->_class == XCB_VISUAL_CLASS_TRUE_COLOR;
 }
 
 // The names of what is missing, as in "A, B and C"; empty when nothing is.

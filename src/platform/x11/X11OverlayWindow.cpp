@@ -8,6 +8,7 @@
 #include "platform/x11/Connection.h"
 #include "platform/x11/FlatRenderer.h"
 #include "platform/x11/HolesPlacement.h"
+#include "platform/x11/LinesPainter.h"
 #include "platform/x11/LogOnce.h"
 #include "platform/x11/ManagedPlacement.h"
 #include "platform/x11/PlacementChoice.h"
@@ -192,7 +193,7 @@ void X11OverlayWindow::push() {
     if (wanted.alpha <= 0) {
         retired_.reset();
     }
-    if (wanted.alpha <= 0 || !painter_ || isAwaitingPlace_) {
+    if (wanted.alpha <= 0 || isAwaitingPlace_) {
         isPainting_ = false;
         hide(wanted.area, order);
     } else if (isPainting_) {
@@ -269,9 +270,7 @@ std::unique_ptr<Painter> X11OverlayWindow::makePainter(bool withBackdrop) {
         drawing.formats.opaque(window_->visual()) != XCB_NONE) {
         return makeScenePainter(std::make_unique<FlatRenderer>(drawing));
     }
-    surroundings_.log.print("[Lumo] The X server lacks Composite, Damage or Render and no "
-                            "compositing manager runs: the effect cannot be shown");
-    return nullptr;
+    return std::make_unique<LinesPainter>(connection_, *window_);
 }
 
 std::unique_ptr<Painter>
