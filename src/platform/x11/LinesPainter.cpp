@@ -125,7 +125,7 @@ std::uint32_t LinesPainter::pixelOf(const Color &color) const {
         return 0;
     }
     const auto channel = [](double value, std::uint32_t mask) {
-        const double largest = static_cast<double>(mask >> std::countr_zero(mask));
+        const auto largest = static_cast<double>(mask >> std::countr_zero(mask));
         return static_cast<std::uint32_t>(std::lround(std::clamp(value, 0.0, 1.0) * largest))
                << std::countr_zero(mask);
     };
