@@ -3,9 +3,10 @@
 #include "reference/EffectLook.h"
 #include "reference/ReferenceRenderer.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <array>
+#include <functional>
 #include <map>
 #include <ostream>
 #include <string>
@@ -192,10 +193,87 @@ TEST_P(BlurPictures, AreTheWholeStackAroundWhatStaysClear) {
     EXPECT_EQ(lines, std::vector<std::string>());
 }
 
+// Only what changes and its surroundings are drawn again.
+TEST_P(BlurPictures, FollowWhatChangesBeneath) {
+    SampleApplication application(desktop, "Beneath",
+                                  {{.area = {60, 60, 120, 90}, .colour = "#ff2010"}});
+    const std::vector<std::function<void()>> steps = {
+        [&] { application.setColour(0, "#20ff40"); },
+        [&] {
+            application.setArea(0, {480, 250, 120, 90});
+        },
+        [&] {
+            application.setArea(0, {60, 60, 300, 200});
+        },
+        [&] {
+            application.setArea(0, {60, 60, 120, 90});
+            application.setColour(0, "#ff2010");
+        },
+    };
+    const auto tree =
+        EffectLook{.effectMode = "softBlur", .intensity = 0.6, .liveBackdrop = true}.tree(
+            width, height, scale);
+    std::vector<Picture> expected;
+    for (const auto &step : steps) {
+        step();
+        expected.push_back(reference::render(session.stillPicture(), tree, scale));
+    }
+    for (const std::string renderer : renderers) {
+        useRenderer(renderer);
+        const auto overlay = overlays->makeWindow(frame());
+        overlay->commit(tree);
+        overlay->orderFront();
+        settle();
+        for (std::size_t index = 0; index < steps.size(); ++index) {
+            steps[index]();
+            std::string wrong;
+            EXPECT_TRUE(eventually([&] {
+                wrong = wrongIn(session.picture(), expected[index], displayAndEdges(), 38);
+                return wrong.empty();
+            })) << renderer
+                << " after step " << index << ": " << wrong;
+        }
+    }
+}
+
+class LostBlurPictures : public BlurPictures {};
+
+TEST_P(LostBlurPictures, GoOnByTheProcessorUntilOpenGlIsBack) {
+    const auto tree = blurTree(24);
+    const Picture expected = reference::render(beneath_, tree, scale);
+    useRenderer("gl");
+    const auto overlay = overlays->makeWindow(frame());
+    overlay->commit(tree);
+    overlay->orderFront();
+    const auto isRight = [&] {
+        return peakSignalToNoiseRatio(session.picture(), expected, wholeArea()) >= 40;
+    };
+    ASSERT_TRUE(eventually(isRight));
+    ASSERT_EQ(lines, std::vector<std::string>());
+
+    session.killLastClient(); // that of the thread that draws
+    const SampleApplication application(desktop, "New", {{.area = {60, 60, 120, 90}}});
+    EXPECT_TRUE(eventually([&] { return !lines.empty(); }));
+    session.close(application.window());
+    EXPECT_TRUE(eventually(isRight));
+    EXPECT_THAT(lines, testing::ElementsAre("[Lumo] Live blur by OpenGL does not work: going on "
+                                            "with the processor"));
+
+    // Which is tried when something like this happens.
+    desktop.startCompositor(Compositor::picomXrender);
+    EXPECT_TRUE(eventually([&] { return lines.size() > 1; }));
+    EXPECT_EQ(lines.back(), "[Lumo] Live blur by OpenGL works again");
+    EXPECT_TRUE(eventually(isRight));
+}
+
 INSTANTIATE_TEST_SUITE_P(Stages, BlurPictures,
                          testing::Values(Stage{"AtOne", 1, Compositor::none},
                                          Stage{"AtTwo", 2, Compositor::none},
                                          Stage{"UnderXrender", 1, Compositor::picomXrender}),
+                         [](const auto &stage) { return stage.param.name; });
+
+INSTANTIATE_TEST_SUITE_P(Stages, LostBlurPictures,
+                         testing::Values(Stage{"AtOne", 1, Compositor::none}),
                          [](const auto &stage) { return stage.param.name; });
 
 } // namespace

@@ -81,6 +81,7 @@ void BackdropRenderers::stepDownFrom(std::size_t way) {
     if (way == glWay) {
         failed += gl_->problem().empty() ? "" : " (" + gl_->problem() + ")";
         gl_->stop();
+        hasLostGl_ = true;
         tryGlLater();
     }
     log_.print("[Lumo] Live blur by " + failed + " does not work: " +
@@ -98,6 +99,9 @@ void BackdropRenderers::reconsider() {
 void BackdropRenderers::glStarted() {
     if (gl_->state() == GlRendering::State::ready && inUse_ > glWay) {
         inUse_ = glWay;
+        if (hasLostGl_) {
+            log_.print("[Lumo] Live blur by OpenGL works again");
+        }
         improved_.emit();
     } else if (gl_->state() == GlRendering::State::idle) {
         tryGlLater();

@@ -80,6 +80,7 @@ class BackdropRenderers {
     std::unique_ptr<GlRendering> gl_; // null when it is not wanted
     std::vector<Way> ways_;
     std::size_t inUse_;
+    bool hasLostGl_ = false;
     Signal<> improved_;
     Handle glStarts_;
     Handle nextGlStart_; // while it is to be tried again

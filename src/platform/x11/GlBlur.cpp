@@ -168,6 +168,9 @@ void GlBlur::planBlurs() {
 }
 
 bool GlBlur::draw(const GlFrame &frame) {
+    if (!device_.isConnected()) {
+        return false;
+    }
     if (!adopt(frame)) {
         device_.finish();
         return false;

@@ -1,5 +1,7 @@
 #include "platform/x11/GlDevice.h"
 
+#include <X11/Xlib-xcb.h>
+
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -215,6 +217,11 @@ bool GlDevice::isSoftware() const {
     return std::ranges::any_of(rasterizers, [&](std::string_view rasterizer) {
         return name.find(rasterizer) != std::string::npos;
     });
+}
+
+bool GlDevice::isConnected() const {
+    XEventsQueued(display_, QueuedAfterReading);
+    return xcb_connection_has_error(XGetXCBConnection(display_)) == 0;
 }
 
 GLXPixmap GlDevice::makeSource(std::uint32_t pixmap) {

@@ -33,6 +33,10 @@ class GlDevice {
     // True when the rows of a bound pixmap come from the bottom to the top.
     bool isSourceUpsideDown() const { return isSourceUpsideDown_; }
 
+    // False once the server has cut the connection, which drivers may not expect: nothing but the
+    // end makes sense then.
+    bool isConnected() const;
+
     // GLX's names for a pixmap of this depth, which the server may not have made yet on other
     // connections, but has when this is called. Given back with release().
     GLXPixmap makeSource(std::uint32_t pixmap);

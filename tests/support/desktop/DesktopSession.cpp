@@ -464,6 +464,18 @@ std::uint8_t DesktopSession::keycodeOf(Key key) {
     throw std::runtime_error("the keyboard lacks a key");
 }
 
+void DesktopSession::killLastClient() {
+    const auto reply =
+        wait(connection_, xcb_res_query_clients(connection_), xcb_res_query_clients_reply);
+    xcb_window_t last = XCB_NONE;
+    for (auto clients = xcb_res_query_clients_clients_iterator(reply.get()); clients.rem > 0;
+         xcb_res_client_next(&clients)) {
+        last = std::max(last, clients.data->resource_base);
+    }
+    xcb_kill_client(connection_, last);
+    sync();
+}
+
 void DesktopSession::setWallpaper(const Picture &picture) {
     // A connection of its own: programs that set the next wallpaper kill the one that owns this.
     xcb_connection_t *setter = xcb_connect(displayName_.c_str(), nullptr);

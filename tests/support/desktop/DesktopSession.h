@@ -119,6 +119,9 @@ class DesktopSession {
     void press(const std::vector<Key> &chord); // down in this order, up in the opposite one
     void setKey(Key key, bool down);
 
+    // Has the server cut off the connection that was opened last.
+    void killLastClient();
+
     // A wallpaper in the way that wallpaper programs set one: a pixmap that the root window shows
     // and names in a property.
     void setWallpaper(const Picture &picture);
