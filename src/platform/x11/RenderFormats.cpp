@@ -62,6 +62,11 @@ xcb_render_pictformat_t RenderFormats::opaque(xcb_visualid_t visual) const {
                                                                       : found->format;
 }
 
+bool RenderFormats::hasAlpha(xcb_visualid_t visual) const {
+    const auto found = std::ranges::find(visuals_, visual, &VisualFormat::visual);
+    return found != visuals_.end() && found->format == translucent_ && translucent_ != XCB_NONE;
+}
+
 xcb_render_pictformat_t RenderFormats::opaqueOfDepth(std::uint8_t depth) const {
     if (depth == rootDepth_) {
         return opaque(rootVisual_);

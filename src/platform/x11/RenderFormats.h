@@ -23,6 +23,9 @@ class RenderFormats {
     // Of windows of that visual, without their alpha if they have any.
     xcb_render_pictformat_t opaque(xcb_visualid_t visual) const;
 
+    // Whether windows of that visual have alpha: their format is then translucent().
+    bool hasAlpha(xcb_visualid_t visual) const;
+
     // Of pixmaps of that depth, taken as opaque.
     xcb_render_pictformat_t opaqueOfDepth(std::uint8_t depth) const;
 

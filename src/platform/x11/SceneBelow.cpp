@@ -5,15 +5,17 @@
 #include "platform/x11/WindowSurfaces.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace lumo::x11 {
 
 SceneBelow::SceneBelow(Connection &connection, WindowSurfaces &surfaces, Wallpaper &wallpaper,
-                       LowerWindows lowerWindows)
+                       Windows windows, LowerWindows lowerWindows)
     : connection_(connection)
     , surfaces_(surfaces)
     , wallpaper_(wallpaper)
+    , windows_(windows)
     , lowerWindows_(std::move(lowerWindows))
     , changes_(makeEmptyRegion(connection))
     , scratch_(makeEmptyRegion(connection))
@@ -75,7 +77,8 @@ std::vector<SceneBelow::Entry> SceneBelow::currentEntries() {
     for (const auto window : lowerWindows_()) {
         const auto *surface = surfaces_.find(window);
         if (surface != nullptr && !surface->geometry.intersection(area_).isEmpty()) {
-            entries.push_back({window, surface->geometry, surface->version});
+            entries.push_back(
+                {window, surface->geometry, surface->visible, surface->opacity, surface->version});
         }
     }
     return entries;
@@ -120,15 +123,33 @@ void SceneBelow::draw(xcb_render_picture_t onto) {
         if (surface == nullptr) {
             continue;
         }
-        xcb_xfixes_intersect_region(connection_, changes_.id(), surface->shape.id(), scratch_.id());
-        clip(onto, scratch_.id());
-        const auto &at = surface->geometry;
-        xcb_render_composite(
-            connection_, XCB_RENDER_PICT_OP_SRC, surface->picture.id(), XCB_NONE, onto, 0, 0, 0, 0,
-            static_cast<std::int16_t>(at.x - area_.x), static_cast<std::int16_t>(at.y - area_.y),
-            static_cast<std::uint16_t>(at.width), static_cast<std::uint16_t>(at.height));
+        drawWindow(*surface, onto);
     }
     clip(onto, changes_.id());
+}
+
+void SceneBelow::drawWindow(const WindowSurface &surface, xcb_render_picture_t onto) {
+    const bool isBlended = windows_ == Windows::blended;
+    xcb_xfixes_intersect_region(connection_, changes_.id(), surface.shape.id(), scratch_.id());
+    // What shows nothing is transparent where there is alpha, but black where there is none.
+    const auto &shown = isBlended && !surface.alpha ? surface.visible : surface.geometry;
+    clip(onto, scratch_.id());
+    const auto picture = isBlended && surface.alpha ? surface.alpha.id() : surface.picture.id();
+    OwnedPicture opacity;
+    if (isBlended && surface.opacity < 1) {
+        opacity = OwnedPicture(connection_);
+        const auto share = static_cast<std::uint16_t>(std::lround(surface.opacity * 0xffff));
+        xcb_render_create_solid_fill(connection_, opacity.id(), {0, 0, 0, share});
+    }
+    const auto operation =
+        opacity || (isBlended && surface.alpha) ? XCB_RENDER_PICT_OP_OVER : XCB_RENDER_PICT_OP_SRC;
+    xcb_render_composite(connection_, static_cast<std::uint8_t>(operation), picture, opacity.id(),
+                         onto, static_cast<std::int16_t>(shown.x - surface.geometry.x),
+                         static_cast<std::int16_t>(shown.y - surface.geometry.y), 0, 0,
+                         static_cast<std::int16_t>(shown.x - area_.x),
+                         static_cast<std::int16_t>(shown.y - area_.y),
+                         static_cast<std::uint16_t>(std::max(shown.width, 0)),
+                         static_cast<std::uint16_t>(std::max(shown.height, 0)));
 }
 
 void SceneBelow::settle() {

@@ -18,6 +18,7 @@ class Connection;
 class Wallpaper;
 class WindowSurfaces;
 struct SurfaceDamage;
+struct WindowSurface;
 
 // What a person would see of one part of the root window if the overlay and all above it were gone:
 // the wallpaper and the lower windows. Keeps account of what has changed there since it was last
@@ -28,8 +29,13 @@ class SceneBelow {
     // that are not mapped may be among them.
     using LowerWindows = std::function<std::vector<xcb_window_t>()>;
 
+    enum class Windows {
+        opaque,  // as a server without a compositing manager shows them
+        blended, // with their alpha and opacity, and without what of their frames shows nothing
+    };
+
     SceneBelow(Connection &connection, WindowSurfaces &surfaces, Wallpaper &wallpaper,
-               LowerWindows lowerWindows);
+               Windows windows, LowerWindows lowerWindows);
 
     // The part of the root window that is shown. All of it has changed when it is another one.
     void setArea(const PixelRect &area);
@@ -61,6 +67,8 @@ class SceneBelow {
     struct Entry {
         xcb_window_t window = XCB_NONE;
         PixelRect geometry;
+        PixelRect visible;
+        double opacity = 1;
         std::uint64_t version = 0; // of the surface
 
         bool operator==(const Entry &) const = default;
@@ -70,11 +78,13 @@ class SceneBelow {
     void addDamage(const SurfaceDamage &damage);
     void add(const std::vector<PixelRect> &rectangles);
     std::vector<Entry> currentEntries();
+    void drawWindow(const WindowSurface &surface, xcb_render_picture_t onto);
     void clip(xcb_render_picture_t picture, xcb_xfixes_region_t region);
 
     Connection &connection_;
     WindowSurfaces &surfaces_;
     Wallpaper &wallpaper_;
+    Windows windows_;
     LowerWindows lowerWindows_;
     PixelRect area_;
     std::vector<Entry> entries_; // as they were at the last update

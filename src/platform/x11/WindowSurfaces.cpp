@@ -35,7 +35,8 @@ WindowSurfaces::WindowSurfaces(Connection &connection, WindowMirror &mirror,
     , formats_(formats)
     , events_(connection.onEvent([this](const xcb_generic_event_t &event) { handleEvent(event); }))
     , mirrorChanges_(mirror_.onChange([this](const MirrorChange &change) {
-        if (users_ > 0 && (change.stacking || change.appearance)) {
+        if (users_ > 0 &&
+            (change.stacking || change.appearance || change.properties || change.currentDesktop)) {
             stale_.emit(XCB_NONE);
         }
     })) {
@@ -87,8 +88,10 @@ void WindowSurfaces::handleEvent(const xcb_generic_event_t &event) {
 
 const WindowSurface *WindowSurfaces::find(xcb_window_t window) {
     const auto *current = mirror_.find(window);
-    if (current == nullptr || !current->isMapped || current->isInputOnly ||
-        current->geometry.isEmpty() || formats_.opaque(current->visual) == XCB_NONE) {
+    // Some compositing managers keep windows mapped that nobody is to see.
+    if (current == nullptr || !current->isMapped || current->isInputOnly || current->isMinimized ||
+        !mirror_.isOnCurrentDesktop(*current) || current->geometry.isEmpty() ||
+        formats_.opaque(current->visual) == XCB_NONE) {
         surfaces_.erase(window);
         return nullptr;
     }
@@ -103,9 +106,11 @@ const WindowSurface *WindowSurfaces::find(xcb_window_t window) {
             static_cast<std::int16_t>(current->geometry.y - surface.geometry.y));
     }
     surface.geometry = current->geometry;
+    surface.visible = current->visibleArea();
+    surface.opacity = current->opacity;
     surface.borderWidth = current->borderWidth;
     if (!surface.picture) {
-        name(window, formats_.opaque(current->visual), surface);
+        name(*current, surface);
     }
     if (!surface.shape) {
         readShape(window, surface);
@@ -113,8 +118,8 @@ const WindowSurface *WindowSurfaces::find(xcb_window_t window) {
     return &surface;
 }
 
-void WindowSurfaces::name(xcb_window_t window, xcb_render_pictformat_t format,
-                          WindowSurface &surface) {
+void WindowSurfaces::name(const MirrorWindow &named, WindowSurface &surface) {
+    const auto window = named.frame;
     surface.damage = OwnedDamage(connection_);
     // What is there already is going to be drawn anyway.
     surface.followedSince = xcb_damage_create(connection_, surface.damage.id(), window,
@@ -125,7 +130,13 @@ void WindowSurfaces::name(xcb_window_t window, xcb_render_pictformat_t format,
     const OwnedPixmap pixmap(connection_);
     xcb_composite_name_window_pixmap(connection_, window, pixmap.id());
     surface.picture = OwnedPicture(connection_);
-    xcb_render_create_picture(connection_, surface.picture.id(), pixmap.id(), format, 0, nullptr);
+    xcb_render_create_picture(connection_, surface.picture.id(), pixmap.id(),
+                              formats_.opaque(named.visual), 0, nullptr);
+    if (formats_.hasAlpha(named.visual)) {
+        surface.alpha = OwnedPicture(connection_);
+        xcb_render_create_picture(connection_, surface.alpha.id(), pixmap.id(),
+                                  formats_.translucent(), 0, nullptr);
+    }
     surface.version = ++lastVersion_;
 }
 

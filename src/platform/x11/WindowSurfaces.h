@@ -16,12 +16,16 @@ namespace lumo::x11 {
 class Connection;
 class RenderFormats;
 class WindowMirror;
+struct MirrorWindow;
 
 // The pixels of one child of the root window, whatever covers it. Positions on the root window.
 struct WindowSurface {
     PixelRect geometry;   // border included
+    PixelRect visible;    // what of that a rectangle can tell to show something
+    double opacity = 1;   // that is wished for the window as a whole
     int borderWidth = 0;  // on each side
-    OwnedPicture picture; // of the geometry's size
+    OwnedPicture picture; // of the geometry's size, taken as opaque
+    OwnedPicture alpha;   // the same with its alpha, premultiplied; none where it has none
     OwnedRegion shape;    // where the window is
     OwnedDamage damage;
     std::uint64_t version = 0;       // another one after each change that damage does not tell
@@ -61,7 +65,7 @@ class WindowSurfaces {
 
   private:
     void handleEvent(const xcb_generic_event_t &event);
-    void name(xcb_window_t window, xcb_render_pictformat_t format, WindowSurface &surface);
+    void name(const MirrorWindow &named, WindowSurface &surface);
     void readShape(xcb_window_t window, WindowSurface &surface);
 
     Connection &connection_;

@@ -260,7 +260,7 @@ std::unique_ptr<Painter> X11OverlayWindow::makePainter(bool withBackdrop) {
     const auto &extensions = connection_.extensions();
     if (withBackdrop) {
         if (auto renderer = surroundings_.backdropRenderers.make()) {
-            return makeScenePainter(std::move(renderer));
+            return makeScenePainter(std::move(renderer), SceneBelow::Windows::blended);
         }
     }
     if (surroundings_.compositor.isCompositing() && window_->depth() == 32) {
@@ -268,17 +268,19 @@ std::unique_ptr<Painter> X11OverlayWindow::makePainter(bool withBackdrop) {
     }
     if (extensions.composite && extensions.damage &&
         drawing.formats.opaque(window_->visual()) != XCB_NONE) {
-        return makeScenePainter(std::make_unique<FlatRenderer>(drawing));
+        return makeScenePainter(std::make_unique<FlatRenderer>(drawing),
+                                SceneBelow::Windows::opaque);
     }
     return std::make_unique<LinesPainter>(connection_, *window_);
 }
 
 std::unique_ptr<Painter>
-X11OverlayWindow::makeScenePainter(std::unique_ptr<BackdropRenderer> renderer) {
+X11OverlayWindow::makeScenePainter(std::unique_ptr<BackdropRenderer> renderer,
+                                   SceneBelow::Windows windows) {
     const auto &drawing = surroundings_.drawing;
-    auto scene =
-        std::make_unique<SceneBelow>(connection_, surroundings_.surfaces, surroundings_.wallpaper,
-                                     [this] { return placement_->lowerWindows(wanted_.order); });
+    auto scene = std::make_unique<SceneBelow>(
+        connection_, surroundings_.surfaces, surroundings_.wallpaper, windows,
+        [this] { return placement_->lowerWindows(wanted_.order); });
     const ScenePainter::Canvas canvas{window_->id(), window_->depth(),
                                       window_->depth() == 32
                                           ? drawing.formats.translucent()

@@ -6,6 +6,7 @@
 #include "platform/x11/Painter.h"
 #include "platform/x11/Placement.h"
 #include "platform/x11/PointSpace.h"
+#include "platform/x11/SceneBelow.h"
 #include "support/Handle.h"
 #include "support/Lifetime.h"
 
@@ -92,7 +93,8 @@ class X11OverlayWindow final : public PlatformWindow {
     void place(const PixelRect &area, const Order &order);
     void preparePainter(bool withBackdrop);
     std::unique_ptr<Painter> makePainter(bool withBackdrop);
-    std::unique_ptr<Painter> makeScenePainter(std::unique_ptr<BackdropRenderer> renderer);
+    std::unique_ptr<Painter> makeScenePainter(std::unique_ptr<BackdropRenderer> renderer,
+                                              SceneBelow::Windows windows);
     void dropPainter();
     Appearance appearance() const;
     void damageWhatComesOut(const Order &order);
