@@ -57,15 +57,18 @@ bool isCandidateWindow(const Dictionary &record, std::int32_t ownProcess) {
 
 } // namespace
 
-AppController::AppController(const Platform &platform)
+AppController::AppController(const Platform &platform, UserInterface &userInterface)
     : platform_(platform)
     , settingsStore_(platform.userDefaults)
     , permissionManager_(platform, notificationCenter_)
     , rulesEngine_(settingsStore_)
     , overlayManager_(platform, settingsStore_)
     , shortcutManager_(platform, settingsStore_)
-    , mouseShakeToggleManager_(platform, settingsStore_) {
+    , mouseShakeToggleManager_(platform, settingsStore_)
+    , launchAtLoginManager_(platform)
+    , updateManager_(platform) {
     setupBindings();
+    menuBarController_ = std::make_unique<MenuBarController>(platform, userInterface, *this);
     permissionManager_.checkPermission();
     cancellables_.push_back(notificationCenter_.addObserver(
         accessibilityPermissionStatusChanged, [this] { handlePermissionStatusChanged(); }));
@@ -86,6 +89,13 @@ void AppController::setupBindings() {
     }));
     shortcutManager_.onShortcutTriggered = [this](ShortcutEvent event) { handleShortcut(event); };
     mouseShakeToggleManager_.onShakeAction = [this](auto action) { handleShake(action); };
+    cancellables_.push_back(settingsStore_.launchAtLogin.subscribe([this](const bool &launches) {
+        if (launches) {
+            launchAtLoginManager_.enable();
+        } else {
+            launchAtLoginManager_.disable();
+        }
+    }));
 }
 
 void AppController::listenToShortcuts() {
@@ -307,6 +317,14 @@ void AppController::setPrivacyCoverApp(std::optional<std::string> bundleID,
     }
     if (notify) {
         showCoverRuntimeHint(hint, hintDuration);
+    }
+}
+
+void AppController::selectCoverApp(const std::optional<CoverAppChoice> &choice) {
+    if (choice) {
+        setPrivacyCoverApp(choice->bundleID, choice->displayName, true);
+    } else {
+        setPrivacyCoverApp(std::nullopt, std::nullopt, true);
     }
 }
 

@@ -1,11 +1,16 @@
 #pragma once
 
+#include "app/LaunchAtLoginManager.h"
+#include "app/MenuBarController.h"
+#include "app/UpdateManager.h"
 #include "input/MouseShakeToggleManager.h"
 #include "input/ShortcutManager.h"
 #include "overlay/OverlayManager.h"
 #include "platform/Platform.h"
+#include "presentation/UserInterface.h"
 #include "settings/RulesEngine.h"
 #include "settings/SettingsStore.h"
+#include "settings/SettingsTab.h"
 #include "support/Handle.h"
 #include "support/Lifetime.h"
 #include "support/NotificationCenter.h"
@@ -13,6 +18,7 @@
 #include "windows/PermissionManager.h"
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -27,10 +33,10 @@ struct RunningApplication;
 // and changes of the permission. Nothing else changes the managers' state. Main thread only.
 class AppController {
   public:
-    // The pages of the settings window.
-    enum class SettingsTab { general, appearance, rules, shortcuts };
+    using SettingsTab = lumo::SettingsTab;
 
-    explicit AppController(const Platform &platform);
+    // The user interface outlives the controller.
+    AppController(const Platform &platform, UserInterface &userInterface);
     AppController(const AppController &) = delete;
     AppController &operator=(const AppController &) = delete;
 
@@ -49,6 +55,8 @@ class AppController {
     PermissionManager &permissionManager() { return permissionManager_; }
     OverlayManager &overlayManager() { return overlayManager_; }
     ShortcutManager &shortcutManager() { return shortcutManager_; }
+    LaunchAtLoginManager &launchAtLoginManager() { return launchAtLoginManager_; }
+    UpdateManager &updateManager() { return updateManager_; }
     NotificationCenter &notificationCenter() { return notificationCenter_; }
 
     // Starts what onboarding and permission allow; without the permission it only asks for the
@@ -71,6 +79,9 @@ class AppController {
     // Sets the Cover App, or clears it when there is no bundle identifier.
     void setPrivacyCoverApp(std::optional<std::string> bundleID,
                             std::optional<std::string> displayName, bool notify);
+
+    // The same for a choice of the user's, who is told.
+    void selectCoverApp(const std::optional<CoverAppChoice> &choice);
 
     // Selects the page and calls onOpenSettings in a later turn of the main loop.
     void openSettings(SettingsTab tab);
@@ -100,6 +111,8 @@ class AppController {
     OverlayManager overlayManager_;
     ShortcutManager shortcutManager_;
     MouseShakeToggleManager mouseShakeToggleManager_;
+    LaunchAtLoginManager launchAtLoginManager_;
+    UpdateManager updateManager_;
     std::vector<Subscription> cancellables_;
     Handle emergencyLocalMonitor_;
     Handle emergencyGlobalMonitor_;
@@ -109,6 +122,7 @@ class AppController {
     Handle coverRuntimeHintClearTimer_;
     std::optional<std::string> lastCoverRuntimeHintText_;
     double lastCoverRuntimeHintAt_ = 0;
+    std::unique_ptr<MenuBarController> menuBarController_;
     Lifetime lifetime_;
 };
 

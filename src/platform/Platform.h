@@ -3,13 +3,17 @@
 namespace lumo {
 
 class Accessibility;
+class Application;
 class EventMonitors;
 class HotKeyService;
 class Log;
+class LoginItem;
 class MainLoop;
 class OverlayWindows;
 class PreferenceDomains;
 class Screens;
+class StatusItem;
+class UpdateFramework;
 class UserDefaults;
 class UserNotifications;
 class WindowServer;
@@ -28,13 +32,18 @@ struct Capabilities {
 // what it refers to outlives all that uses it.
 struct Platform {
     Accessibility &accessibility;
+    Application &application;
     EventMonitors &eventMonitors;
     HotKeyService &hotKeyService;
     Log &log;
+    LoginItem &loginItem;
+    Log &loginItemLog; // the system's log, for what is wrong with the login item
     MainLoop &mainLoop;
     OverlayWindows &overlayWindows;
     PreferenceDomains &preferenceDomains;
     Screens &screens;
+    StatusItem &statusItem;
+    UpdateFramework &updateFramework;
     UserDefaults &userDefaults;
     UserNotifications &userNotifications;
     WindowServer &windowServer;

@@ -24,6 +24,14 @@ struct RunningApplication {
     bool operator==(const RunningApplication &) const = default;
 };
 
+// An application that could be started.
+struct InstalledApplication {
+    std::string bundleIdentifier;
+    std::string localizedName;
+
+    bool operator==(const InstalledApplication &) const = default;
+};
+
 // The running applications and what happens to them. References and pointers that are handed out
 // are valid until control returns to the main loop.
 class Workspace {
@@ -38,6 +46,10 @@ class Workspace {
 
     // The application of a process; null when the process is gone or is no application.
     virtual const RunningApplication *runningApplication(std::int32_t processIdentifier) const = 0;
+
+    // Every application that the desktop offers to start, in no particular order. Not for every
+    // tick: reads from disk what has changed.
+    virtual std::vector<InstalledApplication> installedApplications() const = 0;
 
     // This program itself. Always present, even while it has no window.
     virtual const RunningApplication &ownApplication() const = 0;

@@ -48,13 +48,17 @@ CoverLockPreset nearestCoverLockPreset(double seconds) {
     return nearest;
 }
 
-std::string coverLockDetail(double seconds) {
-    const auto &preset = factsOf(nearestCoverLockPreset(seconds));
+std::string millisecondsText(double seconds) {
     // Adding zero turns a negative zero into a plain one.
     const double milliseconds = std::round(seconds * 1000) + 0.0;
     std::array<char, 400> number{};
     std::snprintf(number.data(), number.size(), "%.0f", milliseconds);
-    return std::string(preset.title) + " (" + number.data() +
+    return number.data();
+}
+
+std::string coverLockDetail(double seconds) {
+    const auto &preset = factsOf(nearestCoverLockPreset(seconds));
+    return std::string(preset.title) + " (" + millisecondsText(seconds) +
            " ms): " + std::string(preset.description);
 }
 

@@ -23,6 +23,9 @@ double duration(CoverLockPreset preset);
 // are equally near.
 CoverLockPreset nearestCoverLockPreset(double seconds);
 
+// A duration in seconds as a whole number of milliseconds, without a unit.
+std::string millisecondsText(double seconds);
+
 // One line that names the nearest preset, the stored duration and what that means.
 std::string coverLockDetail(double seconds);
 

@@ -98,13 +98,18 @@ ScriptedDesktop::~ScriptedDesktop() = default;
 
 Platform ScriptedDesktop::platform() {
     return {.accessibility = *this,
+            .application = *this,
             .eventMonitors = *this,
             .hotKeyService = *this,
             .log = log_,
+            .loginItem = *this,
+            .loginItemLog = log_,
             .mainLoop = mainLoop,
             .overlayWindows = *this,
             .preferenceDomains = *this,
             .screens = *this,
+            .statusItem = *this,
+            .updateFramework = *this,
             .userDefaults = *this,
             .userNotifications = *this,
             .windowServer = *this,
@@ -219,8 +224,32 @@ bool ScriptedDesktop::activate(ProcessID process) {
     return true;
 }
 
-bool ScriptedDesktop::open(std::string_view) {
-    return false;
+bool ScriptedDesktop::open(std::string_view url) {
+    openedURLs.emplace_back(url);
+    return true;
+}
+
+Handle ScriptedDesktop::onReopen(std::function<void()> observer) {
+    return reopened_.subscribe(std::move(observer));
+}
+
+std::optional<std::string> ScriptedDesktop::registerMainApplication() {
+    isLoginItem = isLoginItem || !loginItemError;
+    return loginItemError;
+}
+
+std::optional<std::string> ScriptedDesktop::unregisterMainApplication() {
+    isLoginItem = isLoginItem && loginItemError;
+    return loginItemError;
+}
+
+Handle ScriptedDesktop::onRightMouseUp(std::function<void(const StatusItemPlace &)> observer) {
+    return statusItemClicked_.subscribe(std::move(observer));
+}
+
+void ScriptedDesktop::checkForUpdates(std::function<void(const UpdateResult &)> completion) {
+    mainLoop.post(
+        [completion = std::move(completion), result = updateResult] { completion(result); });
 }
 
 Handle ScriptedDesktop::onDidActivateApplication(std::function<void()> observer) {

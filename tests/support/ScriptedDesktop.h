@@ -2,12 +2,16 @@
 
 #include "ScriptedMainLoop.h"
 #include "platform/Accessibility.h"
+#include "platform/Application.h"
 #include "platform/EventMonitors.h"
 #include "platform/HotKeyService.h"
+#include "platform/LoginItem.h"
 #include "platform/OverlayWindows.h"
 #include "platform/Platform.h"
 #include "platform/PreferenceDomains.h"
 #include "platform/Screens.h"
+#include "platform/StatusItem.h"
+#include "platform/UpdateFramework.h"
 #include "platform/UserDefaults.h"
 #include "platform/UserNotifications.h"
 #include "platform/WindowServer.h"
@@ -53,6 +57,10 @@ class ScriptedDesktop final : private WindowServer,
                               private Screens,
                               private OverlayWindows,
                               private Accessibility,
+                              private Application,
+                              private LoginItem,
+                              private StatusItem,
+                              private UpdateFramework,
                               private PreferenceDomains,
                               private EventMonitors,
                               private HotKeyService,
@@ -93,6 +101,28 @@ class ScriptedDesktop final : private WindowServer,
     void setLumoBundleIdentifier(std::optional<std::string> identifier);
     std::vector<ProcessID> activations() const { return activations_; }
     mutable int applicationLookups = 0;
+
+    std::vector<InstalledApplication> installed;
+    std::vector<std::string> openedURLs;
+
+    // This program. Starting it once more reaches the running one.
+    std::optional<ActivationPolicy> activationPolicy;
+    int activationsOfLumo = 0;
+    bool isTerminated = false;
+    void startLumoAgain() { reopened_.emit(); }
+
+    // What the system did about logging in; what it is to refuse.
+    bool isLoginItem = false;
+    std::optional<std::string> loginItemError;
+
+    // The status area.
+    StatusTitle statusTitle;
+    std::string statusToolTip;
+    void rightClickStatusItem() { statusItemClicked_.emit(StatusItemPlace{}); }
+
+    // Updates.
+    bool isUpdaterStarted = false;
+    UpdateResult updateResult;
 
     // Windows. A new one is in front of all others of its layer.
     WindowID openWindow(ProcessID owner, const Rect &bounds, std::optional<std::string> title = {},
@@ -192,6 +222,7 @@ class ScriptedDesktop final : private WindowServer,
     const std::vector<RunningApplication> &runningApplications() const override;
     const RunningApplication *runningApplication(ProcessID process) const override;
     const RunningApplication &ownApplication() const override { return own_; }
+    std::vector<InstalledApplication> installedApplications() const override { return installed; }
     bool activate(ProcessID process) override;
     bool open(std::string_view url) override;
     Handle onDidActivateApplication(std::function<void()> observer) override;
@@ -216,6 +247,21 @@ class ScriptedDesktop final : private WindowServer,
 
     void add(const UserNotification &notification,
              std::function<void(const std::optional<std::string> &)> completion) override;
+
+    void setActivationPolicy(ActivationPolicy policy) override { activationPolicy = policy; }
+    void activateIgnoringOtherApps() override { ++activationsOfLumo; }
+    void terminate() override { isTerminated = true; }
+    Handle onReopen(std::function<void()> observer) override;
+
+    std::optional<std::string> registerMainApplication() override;
+    std::optional<std::string> unregisterMainApplication() override;
+
+    void setToolTip(const std::string &text) override { statusToolTip = text; }
+    void setTitle(const StatusTitle &title) override { statusTitle = title; }
+    Handle onRightMouseUp(std::function<void(const StatusItemPlace &)> observer) override;
+
+    void startUpdater() override { isUpdaterStarted = true; }
+    void checkForUpdates(std::function<void(const UpdateResult &)> completion) override;
 
     Handle installEventHandler(std::function<void(const HotKeyEvent &)> handler) override;
     HotKeyRegistration registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
@@ -266,6 +312,8 @@ class ScriptedDesktop final : private WindowServer,
     Signal<> screensChanged_;
     Signal<> trustChanged_;
     Signal<> focusedWindowChanged_;
+    Signal<> reopened_;
+    Signal<StatusItemPlace> statusItemClicked_;
     std::list<std::shared_ptr<Monitor>> monitors_;
 };
 

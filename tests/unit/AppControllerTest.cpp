@@ -1,6 +1,7 @@
 #include "app/AppController.h"
 
 #include "ScriptedDesktop.h"
+#include "ScriptedInterface.h"
 
 #include <gmock/gmock.h>
 
@@ -33,7 +34,7 @@ class AppControllerTest : public testing::Test {
         desktop.focusApplication(editor);
     }
 
-    void start() { controller = std::make_unique<AppController>(desktop.platform()); }
+    void start() { controller = std::make_unique<AppController>(desktop.platform(), interface); }
 
     void pressShortcut(std::uint32_t keyCode, std::uint32_t modifiers) {
         desktop.pressHotKey(keyCode, modifiers);
@@ -48,6 +49,7 @@ class AppControllerTest : public testing::Test {
     SettingsStore &settings() { return controller->settingsStore(); }
 
     ScriptedDesktop desktop;
+    test::ScriptedInterface interface;
     ScriptedDesktop::ProcessID editor = 0;
     ScriptedDesktop::WindowID editorWindow = 0;
     std::unique_ptr<AppController> controller;

@@ -1,0 +1,88 @@
+#include "app/AppDelegate.h"
+
+#include "platform/Application.h"
+#include "platform/MainLoop.h"
+#include "platform/UserDefaults.h"
+#include "presentation/SettingsTexts.h"
+
+#include <utility>
+
+namespace lumo {
+
+AppDelegate::AppDelegate(const Platform &platform, UserInterface &userInterface)
+    : platform_(platform)
+    , userInterface_(userInterface) {
+}
+
+AppDelegate::~AppDelegate() {
+    applicationWillTerminate();
+}
+
+void AppDelegate::applicationDidFinishLaunching() {
+    platform_.application.setActivationPolicy(ActivationPolicy::accessory);
+    appController_ = std::make_unique<AppController>(platform_, userInterface_);
+    appController_->onOpenSettings = lifetime_.guard([this] { openSettings(); });
+    appController_->updateManager().onResult = lifetime_.guard([this](const UpdateResult &result) {
+        userInterface_.showMessage("Software Update", updateResultText(result));
+    });
+    reopening_ = platform_.application.onReopen([this] { applicationShouldHandleReopen(); });
+    if (appController_->settingsStore().hasCompletedOnboarding.value() &&
+        appController_->permissionManager().hasAccessibilityPermission.value()) {
+        appController_->launch();
+    } else {
+        showGuidanceWindow();
+    }
+}
+
+void AppDelegate::applicationWillTerminate() {
+    if (appController_) {
+        appController_->overlayManager().stopShowing();
+    }
+}
+
+bool AppDelegate::applicationShouldHandleReopen() {
+    openSettings();
+    return false;
+}
+
+SettingsModel AppDelegate::settingsModel() {
+    return {platform_, appController_->settingsStore(), appController_->selectedSettingsTab,
+            [this] { appController_->setPrivacyCoverAppFromFrontmost(true); },
+            [this](const std::optional<CoverAppChoice> &choice) {
+                appController_->selectCoverApp(choice);
+            }};
+}
+
+void AppDelegate::openSettings() {
+    if (!appController_) {
+        return;
+    }
+    if (!settingsWindow_) {
+        settingsWindow_ = userInterface_.makeSettingsWindow(
+            settingsModel(), lifetime_.guard([this] { settingsWindow_.reset(); }));
+    }
+    settingsWindow_->makeKeyAndOrderFront();
+    platform_.application.activateIgnoringOtherApps();
+}
+
+void AppDelegate::showGuidanceWindow() {
+    if (!appController_) {
+        return;
+    }
+    guidanceWindow_ = userInterface_.makeGuidanceWindow(
+        platform_, appController_->permissionManager(),
+        lifetime_.guard([this] { handleGuidanceWindowClosed(); }));
+    guidanceWindow_->makeKeyAndOrderFront();
+}
+
+void AppDelegate::handleGuidanceWindowClosed() {
+    const auto closed = std::exchange(guidanceWindow_, nullptr);
+    if (appController_->permissionManager().hasAccessibilityPermission.value()) {
+        auto &onboarding = appController_->settingsStore().hasCompletedOnboarding;
+        onboarding.set(true);
+        platform_.userDefaults.setBool(onboarding.key(), true);
+        appController_->launch();
+    }
+}
+
+} // namespace lumo

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/Platform.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace lumo {
+
+class SettingsStore;
+
+// An application that can be made the Cover App.
+struct CoverAppChoice {
+    std::string id; // equal to bundleID
+    std::string bundleID;
+    std::string displayName;
+
+    bool operator==(const CoverAppChoice &) const = default;
+};
+
+// The running applications with a window on screen that is worth covering for, once each, and the
+// Cover App in any case; by name.
+std::vector<CoverAppChoice> coverAppChoices(const Platform &platform,
+                                            const SettingsStore &settings);
+
+} // namespace lumo

@@ -1,0 +1,177 @@
+#include "ScriptedDesktop.h"
+#include "ScriptedInterface.h"
+#include "app/AppDelegate.h"
+
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <string>
+
+namespace lumo {
+namespace {
+
+using test::ScriptedInterface;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class ShellTest : public testing::Test {
+  protected:
+    ShellTest() {
+        desktop.plugDisplay(1, {0, 0, 1920, 1080});
+        editor = desktop.launch("Editor", "org.example.Editor");
+        desktop.openWindow(editor, {100, 100, 800, 600}, "Notes");
+        desktop.focusApplication(editor);
+    }
+
+    void launch(bool hasCompletedOnboarding = true) {
+        if (hasCompletedOnboarding) {
+            desktop.defaults.insert_or_assign("hasCompletedOnboarding", Value(true));
+        }
+        delegate = std::make_unique<AppDelegate>(desktop.platform(), interface);
+        delegate->applicationDidFinishLaunching();
+        desktop.mainLoop.runPosted();
+    }
+
+    const StatusMenuActions &rows() { return interface.menu->actions(); }
+    SettingsStore &settings() { return delegate->appController()->settingsStore(); }
+    double dotBrightness() const { return desktop.statusTitle.color.red; }
+
+    test::ScriptedDesktop desktop;
+    ScriptedInterface interface;
+    test::ScriptedDesktop::ProcessID editor = 0;
+    std::unique_ptr<AppDelegate> delegate;
+};
+
+TEST_F(ShellTest, TheFirstStartGuidesFirstEvenWithThePermission) {
+    desktop.defaults.insert_or_assign("isEnabled", Value(true));
+    launch(false);
+    EXPECT_EQ(desktop.activationPolicy, ActivationPolicy::accessory);
+    ASSERT_TRUE(interface.guidanceWindow);
+    EXPECT_EQ(interface.guidanceWindow->timesBroughtToFront, 1);
+    ScriptedInterface::close(interface.guidanceWindow);
+    EXPECT_EQ(desktop.defaults.at("hasCompletedOnboarding"), Value(true));
+    EXPECT_TRUE(delegate->appController()->isReady.value());
+
+    delegate.reset();
+    EXPECT_THAT(desktop.openOverlays(), IsEmpty());
+    launch();
+    EXPECT_FALSE(interface.guidanceWindow);
+}
+
+TEST_F(ShellTest, WithoutThePermissionClosingTheGuidanceStartsNothingUntilItArrives) {
+    desktop.accessibilityTrusted = false;
+    launch(false);
+    ScriptedInterface::close(interface.guidanceWindow);
+    EXPECT_THAT(desktop.defaults, testing::Not(Contains(testing::Key("hasCompletedOnboarding"))));
+
+    launch();
+    ASSERT_TRUE(interface.guidanceWindow) << "revoked since";
+    desktop.changeAccessibilityTrust(true);
+    desktop.mainLoop.runPosted();
+    delegate->appController()->setLumoEnabled(true);
+    EXPECT_TRUE(delegate->appController()->isReady.value());
+}
+
+TEST_F(ShellTest, TheDotShowsTheStateOnceItHasSettledWhoeverChangedIt) {
+    launch();
+    EXPECT_EQ(desktop.statusTitle.text, "●");
+    EXPECT_EQ(desktop.statusTitle.pointSize, 15);
+    EXPECT_EQ(desktop.statusToolTip, "Lumo - Focus and privacy");
+    EXPECT_EQ(dotBrightness(), 1);
+    rows().onToggle();
+    EXPECT_EQ(dotBrightness(), 0.28);
+    desktop.pressHotKey(49, hotKeyModifier::control);
+    desktop.mainLoop.runPosted();
+    EXPECT_EQ(dotBrightness(), 1);
+}
+
+TEST_F(ShellTest, ClicksAndRowsOpenAndCloseThePopover) {
+    launch();
+    desktop.rightClickStatusItem();
+    EXPECT_TRUE(interface.isPopoverShown);
+    desktop.rightClickStatusItem();
+    EXPECT_FALSE(interface.isPopoverShown);
+
+    desktop.rightClickStatusItem();
+    rows().onSelectCoverApp(CoverAppChoice{"org.example.Mail", "org.example.Mail", "Mail"});
+    EXPECT_TRUE(interface.isPopoverShown) << "choosing leaves it open";
+    EXPECT_TRUE(settings().privacyCoverEnabled.value());
+    EXPECT_EQ(settings().privacyCoverRuntimeHint.value(), "Cover set: Mail");
+    settings().privacyCoverEnabled.set(false);
+    rows().onSelectCoverApp(std::nullopt);
+    EXPECT_FALSE(settings().privacyCoverEnabled.value());
+    EXPECT_FALSE(settings().privacyCoverAutoAssignOnEnable.value());
+    EXPECT_EQ(settings().privacyCoverRuntimeHint.value(), "Cover cleared");
+
+    rows().onSetCoverFromFrontmost();
+    EXPECT_FALSE(interface.isPopoverShown);
+    EXPECT_EQ(settings().privacyCoverBundleID.value(), "org.example.Editor");
+    EXPECT_TRUE(settings().privacyCoverEnabled.value());
+
+    rows().onToggle();
+    desktop.rightClickStatusItem();
+    rows().onPeek();
+    EXPECT_FALSE(interface.isPopoverShown);
+    EXPECT_TRUE(settings().isPeeking.value());
+
+    desktop.rightClickStatusItem();
+    rows().onQuit();
+    EXPECT_FALSE(interface.isPopoverShown);
+    EXPECT_TRUE(desktop.isTerminated);
+}
+
+TEST_F(ShellTest, SettingsOpenOnTheirPageOnceAndAnewAfterTheyWereClosed) {
+    launch();
+    desktop.rightClickStatusItem();
+    rows().onShortcuts();
+    EXPECT_FALSE(interface.isPopoverShown);
+    EXPECT_FALSE(interface.settingsWindow) << "only after the popover is gone";
+    desktop.mainLoop.runPosted();
+    ASSERT_TRUE(interface.settingsWindow);
+    EXPECT_EQ(delegate->appController()->selectedSettingsTab.value(), SettingsTab::shortcuts);
+    rows().onPrivacyCover();
+    desktop.mainLoop.runPosted();
+    EXPECT_EQ(delegate->appController()->selectedSettingsTab.value(), SettingsTab::rules);
+    desktop.startLumoAgain();
+    EXPECT_EQ(interface.settingsWindowsMade, 1);
+    EXPECT_EQ(interface.settingsWindow->timesBroughtToFront, 3);
+    EXPECT_EQ(desktop.activationsOfLumo, 3);
+
+    ScriptedInterface::close(interface.settingsWindow);
+    desktop.startLumoAgain();
+    EXPECT_EQ(interface.settingsWindowsMade, 2);
+}
+
+TEST_F(ShellTest, TheLoginItemFollowsItsSettingAndFailuresAreLogged) {
+    desktop.defaults.insert_or_assign("launchAtLogin", Value(true));
+    launch();
+    auto &login = delegate->appController()->launchAtLoginManager();
+    EXPECT_TRUE(desktop.isLoginItem);
+    EXPECT_TRUE(login.isEnabled.value());
+    desktop.loginItemError = "no space left";
+    settings().launchAtLogin.set(false);
+    EXPECT_TRUE(login.isEnabled.value());
+    EXPECT_THAT(desktop.logLines,
+                Contains("Failed to unregister for launch at login: no space left"));
+    desktop.loginItemError.reset();
+    settings().launchAtLogin.set(false);
+    EXPECT_FALSE(desktop.isLoginItem);
+    desktop.loginItemError = "read-only";
+    settings().launchAtLogin.set(true);
+    EXPECT_FALSE(login.isEnabled.value());
+    EXPECT_THAT(desktop.logLines, Contains("Failed to register for launch at login: read-only"));
+}
+
+TEST_F(ShellTest, WhatCameOfACheckForUpdatesIsTold) {
+    launch();
+    EXPECT_TRUE(desktop.isUpdaterStarted);
+    desktop.updateResult = {UpdateResult::Kind::newerVersion, "1.4"};
+    rows().onCheckForUpdates();
+    EXPECT_THAT(interface.messages, IsEmpty());
+    desktop.mainLoop.runPosted();
+    EXPECT_THAT(interface.messages, ElementsAre(testing::HasSubstr("1.4")));
+}
+
+} // namespace
+} // namespace lumo
