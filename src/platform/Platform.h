@@ -26,6 +26,9 @@ struct Capabilities {
 
     // Global monitors of key presses hear of them.
     bool globalKeyMonitors = true;
+
+    // The system can be asked whether there is a newer version of this program.
+    bool updates = true;
 };
 
 // Everything the program may ask of the desktop. Built once by main and handed down by reference;

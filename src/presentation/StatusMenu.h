@@ -63,6 +63,7 @@ class StatusMenu {
     bool showCoverWarning() const;
     CoverNotice coverNotice() const;
     std::string coverNoticeText() const;
+    bool canCheckForUpdates() const { return platform_.capabilities.updates; }
 
     // The rows that stay on the popover.
     void showMain() { setPage(Page::main); }

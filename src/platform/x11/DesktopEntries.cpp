@@ -64,6 +64,19 @@ const DesktopEntry *DesktopEntries::find(std::string_view className, std::string
     return firstOf([&](const DesktopEntry &each) { return matches(each.executable, executable); });
 }
 
+std::vector<const DesktopEntry *> DesktopEntries::inMenu() {
+    if (!isLoaded_) {
+        load();
+    }
+    std::vector<const DesktopEntry *> shown;
+    for (const auto &entry : entries_) {
+        if (entry.isInMenu) {
+            shown.push_back(&entry);
+        }
+    }
+    return shown;
+}
+
 void DesktopEntries::load() {
     watch();
     entries_.clear();

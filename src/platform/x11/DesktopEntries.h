@@ -28,6 +28,9 @@ class DesktopEntries {
     const DesktopEntry *find(std::string_view className, std::string_view instanceName,
                              std::string_view executable);
 
+    // Those that menus show. Valid until the next call.
+    std::vector<const DesktopEntry *> inMenu();
+
     // A number that is another one after the entries changed.
     std::uint64_t revision() const { return revision_; }
 

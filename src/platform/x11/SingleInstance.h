@@ -1,8 +1,12 @@
 #pragma once
 
+#include "support/Handle.h"
+#include "support/Signal.h"
+
 #include <xcb/xcb.h>
 
-#include <optional>
+#include <functional>
+#include <memory>
 
 namespace lumo::x11 {
 
@@ -12,18 +16,25 @@ class Connection;
 // when the program ends in whatever way. Main thread only.
 class SingleInstance {
   public:
-    // Claims the display; absent when another instance has it. Waits for the server.
-    static std::optional<SingleInstance> claim(Connection &connection);
+    // Claims the display. Null when another instance has it; that one is then told that the user
+    // wants it. Waits for the server.
+    static std::unique_ptr<SingleInstance> claim(Connection &connection);
 
     ~SingleInstance();
-    SingleInstance(SingleInstance &&other) noexcept;
-    SingleInstance &operator=(SingleInstance &&) = delete;
+    SingleInstance(const SingleInstance &) = delete;
+    SingleInstance &operator=(const SingleInstance &) = delete;
+
+    // Calls the observer when another instance was started and gave way to this one.
+    Handle onReopenRequest(std::function<void()> observer);
 
   private:
     SingleInstance(Connection &connection, xcb_window_t owner);
 
     Connection &connection_;
-    xcb_window_t owner_; // 0 once moved from
+    xcb_window_t owner_;
+    xcb_atom_t reopenRequest_;
+    Signal<> reopened_;
+    Handle events_;
 };
 
 } // namespace lumo::x11

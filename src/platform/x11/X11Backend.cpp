@@ -1,10 +1,16 @@
 #include "platform/x11/X11Backend.h"
 
 #include "platform/x11/Connection.h"
+#include "platform/x11/SystemUpdates.h"
+
+#include <string>
+#include <string_view>
+#include <utility>
 
 namespace lumo::x11 {
 
-X11Backend::X11Backend(Connection &connection, MainLoop &mainLoop, Log &log)
+X11Backend::X11Backend(Connection &connection, SingleInstance &instance, MainLoop &mainLoop,
+                       Log &log, std::function<void()> terminate)
     : mainLoop_(mainLoop)
     , log_(log)
     , userDefaults_(PropertyListUserDefaults::standardFile(), mainLoop, log)
@@ -18,24 +24,35 @@ X11Backend::X11Backend(Connection &connection, MainLoop &mainLoop, Log &log)
     , keyboardModifiers_(connection)
     , eventMonitors_(connection, keyboardModifiers_, mirror_, screens_)
     , hotKeys_(connection, keyboardModifiers_, log)
-    , userNotifications_(mainLoop) {
+    , userNotifications_(mainLoop)
+    , application_(instance, workspace_, std::move(terminate))
+    , loginItem_(AutostartLoginItem::ofThisProgram())
+    , loginItemLog_([&log](std::string_view line) { log.print("[Lumo] " + std::string(line)); })
+    , statusItem_(connection, mainLoop, [this] { return screens_.pointSpace(); })
+    , updates_(makeSystemUpdates(mainLoop)) {
 }
 
 Platform X11Backend::platform() {
     return {.accessibility = accessibility_,
+            .application = application_,
             .eventMonitors = eventMonitors_,
             .hotKeyService = hotKeys_,
             .log = log_,
+            .loginItem = loginItem_,
+            .loginItemLog = loginItemLog_,
             .mainLoop = mainLoop_,
             .overlayWindows = overlayWindows_,
             .preferenceDomains = preferenceDomains_,
             .screens = screens_,
+            .statusItem = statusItem_,
+            .updateFramework = *updates_,
             .userDefaults = userDefaults_,
             .userNotifications = userNotifications_,
             .windowServer = windowServer_,
             .workspace = workspace_,
             .capabilities = {.liveBackdrop = overlayWindows_.canDrawBackdrops(),
-                             .globalKeyMonitors = eventMonitors_.hearsKeys()}};
+                             .globalKeyMonitors = eventMonitors_.hearsKeys(),
+                             .updates = hasSystemUpdates}};
 }
 
 } // namespace lumo::x11

@@ -1,29 +1,39 @@
 #pragma once
 
 #include "platform/Platform.h"
+#include "platform/UpdateFramework.h"
+#include "platform/x11/AutostartLoginItem.h"
 #include "platform/x11/KeyboardModifiers.h"
 #include "platform/x11/NoPreferenceDomains.h"
 #include "platform/x11/PropertyListUserDefaults.h"
 #include "platform/x11/WindowMirror.h"
 #include "platform/x11/X11Accessibility.h"
+#include "platform/x11/X11Application.h"
 #include "platform/x11/X11EventMonitors.h"
 #include "platform/x11/X11HotKeys.h"
 #include "platform/x11/X11OverlayWindows.h"
 #include "platform/x11/X11Screens.h"
+#include "platform/x11/X11StatusItem.h"
 #include "platform/x11/X11UserNotifications.h"
 #include "platform/x11/X11WindowServer.h"
 #include "platform/x11/X11Workspace.h"
+#include "support/Log.h"
+
+#include <functional>
+#include <memory>
 
 namespace lumo::x11 {
 
 class Connection;
+class SingleInstance;
 
 // Every interface of the platform, on one X display. Main thread only; making it waits for the
 // server.
 class X11Backend {
   public:
-    // The arguments must outlive the backend.
-    X11Backend(Connection &connection, MainLoop &mainLoop, Log &log);
+    // The arguments must outlive the backend. The function ends the program.
+    X11Backend(Connection &connection, SingleInstance &instance, MainLoop &mainLoop, Log &log,
+               std::function<void()> terminate);
 
     // What the program is given. Valid as long as the backend.
     Platform platform();
@@ -46,6 +56,11 @@ class X11Backend {
     X11EventMonitors eventMonitors_;
     X11HotKeys hotKeys_;
     X11UserNotifications userNotifications_;
+    X11Application application_;
+    AutostartLoginItem loginItem_;
+    Log loginItemLog_;
+    X11StatusItem statusItem_;
+    std::unique_ptr<UpdateFramework> updates_;
 };
 
 } // namespace lumo::x11

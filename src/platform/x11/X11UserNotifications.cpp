@@ -1,8 +1,10 @@
 #include "platform/x11/X11UserNotifications.h"
 
+#include "platform/x11/GlibPointers.h"
+#include "platform/x11/SessionBus.h"
+
 #include <gio/gio.h>
 
-#include <filesystem>
 #include <utility>
 
 namespace lumo::x11 {
@@ -17,27 +19,6 @@ constexpr const char *defaultSound = "dialog-information"; // a name that every 
 constexpr int leaveItToTheService = -1; // how long the notification stays
 constexpr int longestCall = 10000;      // milliseconds
 
-// Where the session bus is; empty when there is none. A library would start one of its own.
-std::string sessionBusAddress() {
-    const char *address = g_getenv("DBUS_SESSION_BUS_ADDRESS");
-    if (address != nullptr && *address != '\0') {
-        return address;
-    }
-    const char *runtimeDirectory = g_getenv("XDG_RUNTIME_DIR");
-    if (runtimeDirectory == nullptr || *runtimeDirectory == '\0') {
-        return {};
-    }
-    const auto socket = std::filesystem::path(runtimeDirectory) / "bus";
-    std::error_code error;
-    if (!std::filesystem::exists(socket, error)) {
-        return {};
-    }
-    char *escaped = g_dbus_address_escape_value(socket.c_str());
-    auto result = "unix:path=" + std::string(escaped);
-    g_free(escaped);
-    return result;
-}
-
 GVariant *notifyArguments(const UserNotification &notification) {
     GVariantBuilder hints;
     g_variant_builder_init(&hints, G_VARIANT_TYPE_VARDICT);
@@ -48,18 +29,6 @@ GVariant *notifyArguments(const UserNotification &notification) {
 }
 
 } // namespace
-
-struct X11UserNotifications::Cancellation {
-    Cancellation() = default;
-    ~Cancellation() {
-        g_cancellable_cancel(cancellable);
-        g_object_unref(cancellable);
-    }
-    Cancellation(const Cancellation &) = delete;
-    Cancellation &operator=(const Cancellation &) = delete;
-
-    GCancellable *cancellable = g_cancellable_new();
-};
 
 // One notification on its way. Each step hands it to the next, by way of the bus's callbacks on the
 // main thread.
@@ -152,7 +121,7 @@ void X11UserNotifications::add(
             [guarded]() mutable { guarded(std::optional<std::string>("no session bus")); });
         return;
     }
-    Delivery::begin(notification, std::move(guarded), cancellation_->cancellable, address);
+    Delivery::begin(notification, std::move(guarded), cancellation_->get(), address);
 }
 
 } // namespace lumo::x11

@@ -8,6 +8,8 @@
 
 namespace lumo::x11 {
 
+class Cancellation;
+
 // Notifications through the desktop's notification service on the session bus. Each is sent over a
 // connection of its own, so that nothing is kept up for something this rare and a bus that comes
 // later is found. Nothing is started to get a bus.
@@ -23,7 +25,6 @@ class X11UserNotifications final : public UserNotifications {
 
   private:
     class Delivery;
-    struct Cancellation;
 
     MainLoop &mainLoop_;
     std::unique_ptr<Cancellation> cancellation_; // of whatever is under way at the end

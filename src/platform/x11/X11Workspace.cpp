@@ -168,6 +168,14 @@ void X11Workspace::handle(const MirrorChange &change) {
     }
 }
 
+std::vector<InstalledApplication> X11Workspace::installedApplications() const {
+    std::vector<InstalledApplication> applications;
+    for (const auto *entry : entries_.inMenu()) {
+        applications.push_back({entry->identifier, entry->name});
+    }
+    return applications;
+}
+
 bool X11Workspace::activate(std::int32_t processIdentifier) {
     if (!pager_.isHeard()) {
         return false;

@@ -40,6 +40,7 @@ class X11Workspace final : public Workspace {
     const RunningApplication *frontmostApplication() const override;
     const std::vector<RunningApplication> &runningApplications() const override;
     const RunningApplication *runningApplication(std::int32_t processIdentifier) const override;
+    std::vector<InstalledApplication> installedApplications() const override;
     const RunningApplication &ownApplication() const override { return own_; }
     bool activate(std::int32_t processIdentifier) override;
     bool open(std::string_view url) override;

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "platform/StatusItem.h"
+#include "support/Handle.h"
+#include "support/Signal.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+using GDBusConnection = struct _GDBusConnection;
+using GVariant = struct _GVariant;
+
+namespace lumo::x11 {
+
+class Cancellation;
+class SessionBus;
+
+// The status item as freedesktop.org's StatusNotifierItem on the session bus, drawn by a host: a
+// panel. Offers itself again whenever the bus, its watcher of such items or a host comes back. Main
+// thread only.
+class StatusNotifierItem {
+  public:
+    // The bus outlives the item.
+    explicit StatusNotifierItem(SessionBus &bus);
+    ~StatusNotifierItem();
+    StatusNotifierItem(const StatusNotifierItem &) = delete;
+    StatusNotifierItem &operator=(const StatusNotifierItem &) = delete;
+
+    void setTitle(const StatusTitle &title);
+    void setToolTip(const std::string &text);
+
+    // True while a host shows the item.
+    bool isShown() const { return isShown_; }
+
+    // Calls the observer after isShown() changed.
+    Handle onShownChange(std::function<void()> observer);
+
+    // Calls the observer when the host says that the user wants the item's menu, with the place on
+    // the root window in pixels.
+    Handle onContextMenu(std::function<void(int x, int y)> observer);
+
+  private:
+    struct Vtable;
+
+    void connect();
+    void disconnect();
+    void watcherAppeared();
+    void askForHost();
+    void setShown(bool isShown);
+    GVariant *property(const std::string &name) const;
+    void emit(const char *signal);
+
+    SessionBus &bus_;
+    StatusTitle title_;
+    std::string toolTip_;
+    bool isShown_ = false;
+    GDBusConnection *connection_ = nullptr; // while the item is exported on it
+    unsigned exported_ = 0;
+    unsigned watch_ = 0;
+    unsigned hostSignals_ = 0;
+    std::unique_ptr<Cancellation> cancellation_;
+    Signal<> shownChanged_;
+    Signal<int, int> contextMenu_;
+    Handle busChanges_;
+};
+
+} // namespace lumo::x11

@@ -1,0 +1,259 @@
+#include "platform/x11/TrayIcon.h"
+
+#include "platform/x11/Connection.h"
+#include "platform/x11/DotPicture.h"
+#include "platform/x11/PropertyWriter.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace lumo::x11 {
+
+namespace {
+
+// Of the tray protocol's messages and the embedding protocol's information.
+constexpr std::uint32_t requestDock = 0;
+constexpr std::uint32_t embeddingVersion = 0;
+constexpr std::uint32_t wantsToBeMapped = 1;
+
+constexpr std::uint8_t rightButton = 3;
+
+} // namespace
+
+TrayIcon::TrayIcon(Connection &connection, int side)
+    : connection_(connection)
+    , formats_(connection)
+    , images_(connection)
+    , side_(side)
+    , selection_(connection.atom("_NET_SYSTEM_TRAY_S" + std::to_string(connection.screenNumber())))
+    , manager_(connection.atom("MANAGER"))
+    , events_(connection.onEvent([this](const xcb_generic_event_t &event) { handle(event); })) {
+    connection_.internAtoms({"_NET_SYSTEM_TRAY_VISUAL", "_NET_SYSTEM_TRAY_OPCODE", "_XEMBED_INFO",
+                             "_NET_WM_PID", "_NET_WM_NAME", "UTF8_STRING"});
+    connection_.selectRootEvents(XCB_EVENT_MASK_STRUCTURE_NOTIFY);
+    lookForTray();
+}
+
+TrayIcon::~TrayIcon() {
+    removeWindow();
+}
+
+Handle TrayIcon::onRightMouseUp(std::function<void(const Click &)> observer) {
+    return clicked_.subscribe(std::move(observer));
+}
+
+void TrayIcon::setTitle(const StatusTitle &title) {
+    if (title != title_) {
+        title_ = title;
+        paint();
+    }
+}
+
+void TrayIcon::setToolTip(const std::string &text) {
+    toolTip_ = text;
+    if (window_ != XCB_NONE) {
+        setProperties();
+    }
+}
+
+void TrayIcon::setHidden(bool isHidden) {
+    if (isHidden == std::exchange(isHidden_, isHidden)) {
+        return;
+    }
+    if (isHidden) {
+        removeWindow();
+    } else {
+        lookForTray();
+    }
+}
+
+void TrayIcon::lookForTray() {
+    connection_.whenReplied<xcb_get_selection_owner_reply_t>(
+        xcb_get_selection_owner(connection_, selection_),
+        lifetime_.guard([this](const xcb_get_selection_owner_reply_t *reply) {
+            if (reply != nullptr && reply->owner != XCB_NONE) {
+                adoptTray(reply->owner);
+            }
+        }));
+}
+
+void TrayIcon::adoptTray(xcb_window_t tray) {
+    if (isHidden_ || (tray == tray_ && window_ != XCB_NONE)) {
+        return;
+    }
+    tray_ = tray;
+    // So that its end is heard of.
+    const std::uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    xcb_change_window_attributes(connection_, tray, XCB_CW_EVENT_MASK, &mask);
+    connection_.whenReplied<xcb_get_property_reply_t>(
+        xcb_get_property(connection_, 0, tray, connection_.atom("_NET_SYSTEM_TRAY_VISUAL"),
+                         XCB_ATOM_VISUALID, 0, 1),
+        lifetime_.guard([this, tray](const xcb_get_property_reply_t *reply) {
+            if (reply == nullptr || tray != tray_ || isHidden_) {
+                return;
+            }
+            const bool hasVisual = reply->format == 32 && reply->value_len == 1;
+            const auto translucent = formats_.translucentVisual();
+            dock(hasVisual && translucent != XCB_NONE &&
+                 *static_cast<const xcb_visualid_t *>(xcb_get_property_value(reply)) ==
+                     translucent);
+        }));
+}
+
+void TrayIcon::dock(bool isTranslucent) {
+    removeWindow();
+    makeWindow(isTranslucent);
+    xcb_client_message_event_t message{};
+    message.response_type = XCB_CLIENT_MESSAGE;
+    message.format = 32;
+    message.window = tray_;
+    message.type = connection_.atom("_NET_SYSTEM_TRAY_OPCODE");
+    message.data.data32[0] = XCB_CURRENT_TIME;
+    message.data.data32[1] = requestDock;
+    message.data.data32[2] = window_;
+    xcb_send_event(connection_, 0, tray_, XCB_EVENT_MASK_NO_EVENT,
+                   reinterpret_cast<const char *>(&message));
+}
+
+void TrayIcon::makeWindow(bool isTranslucent) {
+    isTranslucent_ = isTranslucent;
+    const auto visual =
+        isTranslucent ? formats_.translucentVisual() : connection_.screen().root_visual;
+    const auto depth = isTranslucent ? std::uint8_t{32} : connection_.screen().root_depth;
+    const auto side = static_cast<std::uint16_t>(side_);
+    width_ = height_ = side_;
+    colormap_ = OwnedColormap(connection_);
+    xcb_create_colormap(connection_, XCB_COLORMAP_ALLOC_NONE, colormap_.id(), connection_.root(),
+                        visual);
+    // Without alpha of its own it shows the tray's background around the dot.
+    xcb_create_window_value_list_t values{};
+    values.background_pixmap =
+        isTranslucent ? XCB_BACK_PIXMAP_NONE : XCB_BACK_PIXMAP_PARENT_RELATIVE;
+    values.event_mask = XCB_EVENT_MASK_EXPOSURE | XCB_EVENT_MASK_STRUCTURE_NOTIFY |
+                        XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE;
+    values.colormap = colormap_.id();
+    window_ = xcb_generate_id(connection_);
+    xcb_create_window_aux(
+        connection_, depth, window_, connection_.root(), 0, 0, side, side, 0,
+        XCB_WINDOW_CLASS_INPUT_OUTPUT, visual,
+        XCB_CW_BACK_PIXMAP | XCB_CW_BORDER_PIXEL | XCB_CW_EVENT_MASK | XCB_CW_COLORMAP, &values);
+    picture_ = OwnedPicture(connection_);
+    xcb_render_create_picture(connection_, picture_.id(), window_,
+                              isTranslucent ? formats_.translucent() : formats_.opaque(visual), 0,
+                              nullptr);
+    setProperties();
+}
+
+void TrayIcon::setProperties() {
+    setText(connection_, window_, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING,
+            std::string_view("lumo\0Lumo", sizeof "lumo\0Lumo"));
+    setText(connection_, window_, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, toolTip_);
+    setText(connection_, window_, connection_.atom("_NET_WM_NAME"), connection_.atom("UTF8_STRING"),
+            toolTip_);
+    setValues<1>(connection_, window_, "_NET_WM_PID", XCB_ATOM_CARDINAL,
+                 {static_cast<std::uint32_t>(getpid())});
+    setValues<2>(connection_, window_, "_XEMBED_INFO", connection_.atom("_XEMBED_INFO"),
+                 {embeddingVersion, wantsToBeMapped});
+}
+
+void TrayIcon::removeWindow() {
+    picture_.reset();
+    if (const auto window = std::exchange(window_, XCB_NONE); window != XCB_NONE) {
+        xcb_destroy_window(connection_, window);
+    }
+    colormap_.reset();
+}
+
+void TrayIcon::leaveTray() {
+    tray_ = XCB_NONE;
+    removeWindow();
+    lookForTray();
+}
+
+void TrayIcon::handle(const xcb_generic_event_t &event) {
+    switch (event.response_type & 0x7f) {
+    case XCB_CLIENT_MESSAGE: {
+        const auto &message = reinterpret_cast<const xcb_client_message_event_t &>(event);
+        if (message.type == manager_ && message.data.data32[1] == selection_) {
+            adoptTray(message.data.data32[2]);
+        }
+        break;
+    }
+    case XCB_DESTROY_NOTIFY: {
+        const auto window = reinterpret_cast<const xcb_destroy_notify_event_t &>(event).window;
+        if (window == window_ || window == tray_) {
+            leaveTray();
+        }
+        break;
+    }
+    case XCB_REPARENT_NOTIFY: {
+        // A tray that ends may leave its icons to the root window, where they are ordinary windows.
+        const auto &reparent = reinterpret_cast<const xcb_reparent_notify_event_t &>(event);
+        if (reparent.window == window_ && reparent.parent == connection_.root()) {
+            leaveTray();
+        }
+        break;
+    }
+    case XCB_CONFIGURE_NOTIFY: {
+        const auto &configure = reinterpret_cast<const xcb_configure_notify_event_t &>(event);
+        if (configure.window == window_) {
+            width_ = configure.width;
+            height_ = configure.height;
+            paint();
+        }
+        break;
+    }
+    case XCB_EXPOSE: {
+        const auto &expose = reinterpret_cast<const xcb_expose_event_t &>(event);
+        if (expose.window == window_ && expose.count == 0) {
+            paint();
+        }
+        break;
+    }
+    case XCB_BUTTON_RELEASE:
+        handleRelease(reinterpret_cast<const xcb_button_release_event_t &>(event));
+        break;
+    default:
+        break;
+    }
+}
+
+void TrayIcon::handleRelease(const xcb_button_release_event_t &event) {
+    const PixelRect icon{event.root_x - event.event_x, event.root_y - event.event_y, width_,
+                         height_};
+    const bool isInside = event.event_x >= 0 && event.event_y >= 0 && event.event_x < width_ &&
+                          event.event_y < height_;
+    if (event.event == window_ && event.detail == rightButton && isInside) {
+        clicked_.emit({icon, event.root_x, event.root_y});
+    }
+}
+
+void TrayIcon::paint() {
+    if (window_ == XCB_NONE || width_ < 1 || height_ < 1) {
+        return;
+    }
+    const int side = std::min(width_, height_);
+    const auto image = images_.find(std::make_shared<const Image>(dotPicture(title_, side)));
+    if (!image) {
+        return;
+    }
+    const OwnedPicture source(connection_);
+    xcb_render_create_picture(connection_, source.id(), image->pixmap.id(), formats_.translucent(),
+                              0, nullptr);
+    if (isTranslucent_) {
+        const xcb_rectangle_t all = {0, 0, static_cast<std::uint16_t>(width_),
+                                     static_cast<std::uint16_t>(height_)};
+        xcb_render_fill_rectangles(connection_, XCB_RENDER_PICT_OP_CLEAR, picture_.id(), {}, 1,
+                                   &all);
+    } else {
+        xcb_clear_area(connection_, 0, window_, 0, 0, 0, 0);
+    }
+    xcb_render_composite(connection_, XCB_RENDER_PICT_OP_OVER, source.id(), XCB_NONE, picture_.id(),
+                         0, 0, 0, 0, static_cast<std::int16_t>((width_ - side) / 2),
+                         static_cast<std::int16_t>((height_ - side) / 2),
+                         static_cast<std::uint16_t>(side), static_cast<std::uint16_t>(side));
+}
+
+} // namespace lumo::x11

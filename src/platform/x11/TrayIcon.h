@@ -1,0 +1,79 @@
+#pragma once
+
+#include "platform/StatusItem.h"
+#include "platform/x11/PixelRect.h"
+#include "platform/x11/RenderFormats.h"
+#include "platform/x11/ServerImages.h"
+#include "platform/x11/ServerResource.h"
+#include "support/Handle.h"
+#include "support/Lifetime.h"
+#include "support/Signal.h"
+
+#include <xcb/xcb.h>
+
+#include <functional>
+#include <string>
+
+namespace lumo::x11 {
+
+class Connection;
+
+// The status item as an icon in a system tray by freedesktop.org's tray protocol: a small window
+// that the tray takes into its own. There whenever a tray is and nobody hides it. Main thread only.
+class TrayIcon {
+  public:
+    struct Click {
+        PixelRect icon; // both on the root window
+        int x = 0;
+        int y = 0;
+    };
+
+    // The side of the icon is in pixels, for trays that leave it to the icon. Waits for the server.
+    TrayIcon(Connection &connection, int side);
+    ~TrayIcon();
+    TrayIcon(const TrayIcon &) = delete;
+    TrayIcon &operator=(const TrayIcon &) = delete;
+
+    void setTitle(const StatusTitle &title);
+    void setToolTip(const std::string &text);
+
+    // Where something better shows the item.
+    void setHidden(bool isHidden);
+
+    // Calls the observer when the right button was released over the icon.
+    Handle onRightMouseUp(std::function<void(const Click &)> observer);
+
+  private:
+    void handle(const xcb_generic_event_t &event);
+    void handleRelease(const xcb_button_release_event_t &event);
+    void lookForTray();
+    void adoptTray(xcb_window_t tray);
+    void leaveTray();
+    void dock(bool isTranslucent);
+    void makeWindow(bool isTranslucent);
+    void setProperties();
+    void removeWindow();
+    void paint();
+
+    Connection &connection_;
+    RenderFormats formats_;
+    ServerImages images_;
+    int side_;
+    xcb_atom_t selection_;
+    xcb_atom_t manager_;
+    StatusTitle title_;
+    std::string toolTip_;
+    bool isHidden_ = false;
+    xcb_window_t tray_ = XCB_NONE;
+    xcb_window_t window_ = XCB_NONE;
+    bool isTranslucent_ = false; // the tray blends, so that the window's alpha counts
+    OwnedColormap colormap_;
+    OwnedPicture picture_;
+    int width_ = 0;
+    int height_ = 0;
+    Signal<Click> clicked_;
+    Handle events_;
+    Lifetime lifetime_;
+};
+
+} // namespace lumo::x11

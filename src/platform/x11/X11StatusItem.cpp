@@ -1,0 +1,50 @@
+#include "platform/x11/X11StatusItem.h"
+
+#include <cmath>
+#include <utility>
+
+namespace lumo::x11 {
+
+namespace {
+
+constexpr double iconSide = 22; // points
+
+Point pointOf(const PointSpace &space, int x, int y) {
+    const auto pixel = space.screenFrame({x, y, 1, 1});
+    return {pixel.x, pixel.maxY()};
+}
+
+} // namespace
+
+X11StatusItem::X11StatusItem(Connection &connection, MainLoop &mainLoop,
+                             std::function<PointSpace()> pointSpace)
+    : pointSpace_(std::move(pointSpace))
+    , bus_(mainLoop)
+    , notifierItem_(bus_)
+    , trayIcon_(connection, static_cast<int>(std::lround(iconSide * pointSpace_().scale()))) {
+    observations_.push_back(
+        notifierItem_.onShownChange([this] { trayIcon_.setHidden(notifierItem_.isShown()); }));
+    observations_.push_back(notifierItem_.onContextMenu([this](int x, int y) {
+        clicked_.emit({std::nullopt, pointOf(pointSpace_(), x, y)});
+    }));
+    observations_.push_back(trayIcon_.onRightMouseUp([this](const TrayIcon::Click &click) {
+        const auto space = pointSpace_();
+        clicked_.emit({space.screenFrame(click.icon), pointOf(space, click.x, click.y)});
+    }));
+}
+
+void X11StatusItem::setToolTip(const std::string &text) {
+    notifierItem_.setToolTip(text);
+    trayIcon_.setToolTip(text);
+}
+
+void X11StatusItem::setTitle(const StatusTitle &title) {
+    notifierItem_.setTitle(title);
+    trayIcon_.setTitle(title);
+}
+
+Handle X11StatusItem::onRightMouseUp(std::function<void(const StatusItemPlace &)> observer) {
+    return clicked_.subscribe(std::move(observer));
+}
+
+} // namespace lumo::x11

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "platform/MainLoop.h"
+#include "platform/StatusItem.h"
+#include "platform/x11/PixelRect.h"
+#include "platform/x11/PointSpace.h"
+#include "platform/x11/SessionBus.h"
+#include "platform/x11/StatusNotifierItem.h"
+#include "platform/x11/TrayIcon.h"
+#include "support/Handle.h"
+#include "support/Signal.h"
+
+#include <functional>
+#include <vector>
+
+namespace lumo::x11 {
+
+class Connection;
+
+// The status item on the session bus where a panel listens there, in the system tray otherwise.
+class X11StatusItem final : public StatusItem {
+  public:
+    // The point space is asked for whenever one is needed. Waits for the server.
+    X11StatusItem(Connection &connection, MainLoop &mainLoop,
+                  std::function<PointSpace()> pointSpace);
+
+    void setToolTip(const std::string &text) override;
+    void setTitle(const StatusTitle &title) override;
+    Handle onRightMouseUp(std::function<void(const StatusItemPlace &)> observer) override;
+
+  private:
+    std::function<PointSpace()> pointSpace_;
+    SessionBus bus_;
+    StatusNotifierItem notifierItem_;
+    TrayIcon trayIcon_;
+    Signal<StatusItemPlace> clicked_;
+    std::vector<Handle> observations_;
+};
+
+} // namespace lumo::x11
