@@ -1,26 +1,34 @@
-#include "app/AppController.h"
+#include "app/AppDelegate.h"
 #include "platform/x11/Connection.h"
 #include "platform/x11/GlibMainLoop.h"
 #include "platform/x11/ServerRequirements.h"
 #include "platform/x11/SingleInstance.h"
 #include "platform/x11/X11Backend.h"
 #include "support/Log.h"
+#include "ui/QtInterface.h"
 
 #include <csignal>
 
 namespace {
 
-// Runs the controller until a signal or the loss of the display ends it; gives the exit status.
-int runController(lumo::x11::GlibMainLoop &loop, lumo::x11::Connection &connection,
-                  const lumo::Platform &platform) {
+// Runs the program until it is quit, or a signal or the loss of the display ends it; gives the exit
+// status.
+int runDelegate(lumo::x11::GlibMainLoop &loop, lumo::x11::Connection &connection,
+                lumo::x11::X11Backend &backend) {
+    const auto platform = backend.platform();
     const auto connectionWatch = loop.watch(connection, [&] {
         platform.log.print("[Lumo] the connection to the X server was lost");
         loop.quit(1);
     });
-    const lumo::AppController controller(platform);
     const auto interrupt = loop.onUnixSignal(SIGINT, [&] { loop.quit(0); });
     const auto terminate = loop.onUnixSignal(SIGTERM, [&] { loop.quit(0); });
     const auto hangUp = loop.onUnixSignal(SIGHUP, [&] { loop.quit(0); });
+    lumo::QtInterface userInterface([&backend](const void *event) {
+        return backend.eventMonitors().handleLocal(
+            *static_cast<const xcb_generic_event_t *>(event));
+    });
+    lumo::AppDelegate delegate(platform, userInterface);
+    delegate.applicationDidFinishLaunching();
     return loop.run();
 }
 
@@ -46,6 +54,6 @@ int main() {
     for (const auto &line : lumo::x11::limitations(*connection)) {
         log.print(line);
     }
-    lumo::x11::X11Backend backend(*connection, loop, log);
-    return runController(loop, *connection, backend.platform());
+    lumo::x11::X11Backend backend(*connection, *instance, loop, log, [&loop] { loop.quit(0); });
+    return runDelegate(loop, *connection, backend);
 }

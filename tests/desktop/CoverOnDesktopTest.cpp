@@ -1,8 +1,10 @@
 #include "app/AppController.h"
+#include "ScriptedInterface.h"
 #include "desktop/PrivateDesktop.h"
 #include "desktop/SampleApplication.h"
 #include "platform/x11/Connection.h"
 #include "platform/x11/GlibMainLoop.h"
+#include "platform/x11/SingleInstance.h"
 #include "platform/x11/X11Backend.h"
 #include "support/Log.h"
 
@@ -33,9 +35,10 @@ class CoverOnDesktop : public testing::Test {
         // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread runs
         setenv("XDG_CONFIG_HOME", desktop_.configDirectory().c_str(), 1);
         connection_ = Connection::open(desktop_.displayName().c_str());
-        backend_ = std::make_unique<X11Backend>(*connection_, loop(), log_);
+        instance_ = SingleInstance::claim(*connection_);
+        backend_ = std::make_unique<X11Backend>(*connection_, *instance_, loop(), log_, [] {});
         watch_ = loop().watch(*connection_, [] { FAIL() << "the server is gone"; });
-        controller_ = std::make_unique<AppController>(backend_->platform());
+        controller_ = std::make_unique<AppController>(backend_->platform(), interface_);
         settings().effectMode.set(EffectMode::dim);
         settings().privacyCoverEnabled.set(true);
         settings().privacyCoverBundleID.set("Cover");
@@ -120,7 +123,9 @@ class CoverOnDesktop : public testing::Test {
     std::vector<std::string> lines_;
     Log log_{[this](std::string_view line) { lines_.emplace_back(line); }};
     std::unique_ptr<Connection> connection_;
+    std::unique_ptr<SingleInstance> instance_;
     std::unique_ptr<X11Backend> backend_;
+    test::ScriptedInterface interface_;
     Handle watch_;
     std::unique_ptr<AppController> controller_;
     SampleApplication cover_{

@@ -2,6 +2,7 @@
 
 #include "desktop/PrivateDesktop.h"
 #include "desktop/TemporaryDirectory.h"
+#include "desktop/Variable.h"
 #include "platform/x11/GlibMainLoop.h"
 
 #include <gmock/gmock.h>
@@ -11,7 +12,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <memory>
@@ -22,38 +22,12 @@ namespace lumo::x11 {
 namespace {
 
 using desktop::PrivateDesktop;
+using desktop::Variable;
 using desktop::WindowManager;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 using testing::Optional;
-
-// NOLINTBEGIN(concurrency-mt-unsafe): no other thread runs that reads the environment
-
-// Sets a variable of this process, and puts it back as it was.
-class Variable {
-  public:
-    Variable(const char *name, const std::optional<std::string> &value)
-        : name_(name) {
-        if (const char *before = std::getenv(name)) {
-            before_ = before;
-        }
-        set(value);
-    }
-    ~Variable() { set(before_); }
-    Variable(const Variable &) = delete;
-    Variable &operator=(const Variable &) = delete;
-
-  private:
-    void set(const std::optional<std::string> &value) const {
-        value ? setenv(name_, value->c_str(), 1) : unsetenv(name_);
-    }
-
-    const char *name_;
-    std::optional<std::string> before_;
-};
-
-// NOLINTEND(concurrency-mt-unsafe)
 
 // What became of a notification: the error, empty for none; absent when nothing was heard.
 std::optional<std::string> send() {

@@ -5,6 +5,7 @@
 #include "platform/x11/PropertyWriter.h"
 
 #include <unistd.h>
+#include <xcb/xcb_icccm.h>
 
 #include <algorithm>
 #include <utility>
@@ -154,6 +155,10 @@ void TrayIcon::setProperties() {
             toolTip_);
     setValues<1>(connection_, window_, "_NET_WM_PID", XCB_ATOM_CARDINAL,
                  {static_cast<std::uint32_t>(getpid())});
+    // Trays that do not force a size take this one.
+    xcb_size_hints_t hints{};
+    xcb_icccm_size_hints_set_min_size(&hints, side_, side_);
+    xcb_icccm_set_wm_normal_hints(connection_, window_, &hints);
     setValues<2>(connection_, window_, "_XEMBED_INFO", connection_.atom("_XEMBED_INFO"),
                  {embeddingVersion, wantsToBeMapped});
 }

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdlib>
+#include <optional>
+#include <string>
+
+namespace lumo::desktop {
+
+// NOLINTBEGIN(concurrency-mt-unsafe): no other thread runs that reads the environment
+
+// Sets a variable of this process, and puts it back as it was.
+class Variable {
+  public:
+    Variable(const char *name, const std::optional<std::string> &value)
+        : name_(name) {
+        if (const char *before = std::getenv(name)) {
+            before_ = before;
+        }
+        set(value);
+    }
+    ~Variable() { set(before_); }
+    Variable(const Variable &) = delete;
+    Variable &operator=(const Variable &) = delete;
+
+  private:
+    void set(const std::optional<std::string> &value) const {
+        value ? setenv(name_, value->c_str(), 1) : unsetenv(name_);
+    }
+
+    const char *name_;
+    std::optional<std::string> before_;
+};
+
+// NOLINTEND(concurrency-mt-unsafe)
+
+} // namespace lumo::desktop
