@@ -1,6 +1,8 @@
 #include "app/AppDelegate.h"
+#include "platform/x11/CompositorWatch.h"
 #include "platform/x11/Connection.h"
 #include "platform/x11/GlibMainLoop.h"
+#include "platform/x11/PortalAppearance.h"
 #include "platform/x11/ServerRequirements.h"
 #include "platform/x11/SingleInstance.h"
 #include "platform/x11/X11Backend.h"
@@ -23,10 +25,17 @@ int runDelegate(lumo::x11::GlibMainLoop &loop, lumo::x11::Connection &connection
     const auto interrupt = loop.onUnixSignal(SIGINT, [&] { loop.quit(0); });
     const auto terminate = loop.onUnixSignal(SIGTERM, [&] { loop.quit(0); });
     const auto hangUp = loop.onUnixSignal(SIGHUP, [&] { loop.quit(0); });
-    lumo::QtInterface userInterface([&backend](const void *event) {
-        return backend.eventMonitors().handleLocal(
-            *static_cast<const xcb_generic_event_t *>(event));
-    });
+    const lumo::x11::CompositorWatch compositor(connection, loop);
+    lumo::x11::PortalAppearance appearance(loop);
+    lumo::QtInterface userInterface(
+        platform, {.windowSystem = "xcb",
+                   .handleNativeEvent =
+                       [&backend](const void *event) {
+                           return backend.eventMonitors().handleLocal(
+                               *static_cast<const xcb_generic_event_t *>(event));
+                       },
+                   .blendsWindows = [&compositor] { return compositor.isCompositing(); },
+                   .appearance = &appearance});
     lumo::AppDelegate delegate(platform, userInterface);
     delegate.applicationDidFinishLaunching();
     return loop.run();

@@ -1,0 +1,30 @@
+#include "ui/GeneralSettingsView.h"
+
+#include "ui/Labels.h"
+#include "ui/SettingControls.h"
+#include "ui/Theme.h"
+
+namespace lumo {
+
+GeneralSettingsView::GeneralSettingsView(const SettingsModel &model)
+    : SettingsPage(title(SettingsTab::general))
+    , bindings_(model.settings, model.platform.mainLoop) {
+    auto &settings = model.settings;
+    auto *start = addCard();
+    start->addRow(makeToggleRow("Launch at login", settings.launchAtLogin, bindings_));
+    start->addRow(makeToggleRow("Pause in fullscreen apps", settings.pauseInFullscreen, bindings_));
+    addCard()->addRow(makeSliderRow("Peek Duration", settings.peekDuration, bindings_,
+                                    peekDurationRange, secondsText));
+
+    auto *footer = new QWidget;
+    auto *lines = new QVBoxLayout(footer);
+    lines->setSpacing(spacing::tight);
+    for (const auto *line : {"Version " LUMO_VERSION, "Focus and privacy for your Mac"}) {
+        auto *label = makeLabel(line, TextStyle::caption, role::secondaryText);
+        label->setAlignment(Qt::AlignCenter);
+        lines->addWidget(label);
+    }
+    addFooter(footer);
+}
+
+} // namespace lumo

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QStyledItemDelegate>
+
+namespace lumo {
+
+// Draws a row of a list: a rounded highlight and one line of text, with the symbol that the item
+// names under symbolRole before it, and a check mark at its end while the item is the chosen one.
+// What does not fit ends in an ellipsis, and the whole of it is told in a tool tip.
+class ListRow : public QStyledItemDelegate {
+  public:
+    // What an item may hold besides its text. The symbol's name is a QByteArray.
+    static constexpr int symbolRole = Qt::UserRole + 1;
+    static constexpr int chosenRole = Qt::UserRole + 2;
+    // A second line, below the text.
+    static constexpr int detailRole = Qt::UserRole + 3;
+
+    explicit ListRow(QObject *parent)
+        : QStyledItemDelegate(parent) {}
+
+    // In points.
+    void setRowHeight(int height) { rowHeight_ = height; }
+    // The selected row is filled with the accent colour; a plain highlight otherwise.
+    void setSelectionProminent(bool isProminent) { isProminent_ = isProminent; }
+
+    QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override;
+    void paint(QPainter *painter, const QStyleOptionViewItem &option,
+               const QModelIndex &index) const override;
+    bool helpEvent(QHelpEvent *event, QAbstractItemView *view, const QStyleOptionViewItem &option,
+                   const QModelIndex &index) override;
+
+  protected:
+    // The highlight and the ring of the row. True when the row's text stands on the accent colour.
+    bool paintHighlight(QPainter &painter, const QStyleOptionViewItem &option) const;
+
+    // The text, over the detail where there is one, within the area.
+    void paintTexts(QPainter &painter, const QRect &area, const QStyleOptionViewItem &option,
+                    const QModelIndex &index, bool isOnAccent) const;
+
+    // Where the texts stand.
+    virtual QRect textArea(const QStyleOptionViewItem &option, const QModelIndex &index) const;
+
+  private:
+    int rowHeight_ = 30;
+    bool isProminent_ = false;
+};
+
+} // namespace lumo

@@ -1,0 +1,98 @@
+#include "ui/MenuItemView.h"
+
+#include "ui/MenuRow.h"
+#include "ui/Text.h"
+#include "ui/Theme.h"
+
+#include <QKeyEvent>
+#include <QPainter>
+#include <QStyle>
+#include <utility>
+
+namespace lumo {
+
+MenuItemView::MenuItemView(std::string_view title, std::function<void()> action)
+    : QPushButton(toQString(title)) {
+    setFocusPolicy(Qt::StrongFocus);
+    setAttribute(Qt::WA_Hover);
+    setAutoDefault(true); // Return presses the row that has the focus
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    QObject::connect(this, &QPushButton::clicked, this, [action = std::move(action)] { action(); });
+}
+
+void MenuItemView::setTitle(const std::string &title) {
+    setText(toQString(title));
+    textsChanged();
+}
+
+void MenuItemView::setSubtitle(const std::optional<std::string> &subtitle) {
+    subtitle_ = toQString(subtitle.value_or(""));
+    textsChanged();
+}
+
+void MenuItemView::setShortcut(const std::optional<std::string> &shortcut) {
+    shortcut_ = toQString(shortcut.value_or(""));
+    textsChanged();
+}
+
+void MenuItemView::textsChanged() {
+    setAccessibleName(text());
+    setAccessibleDescription(shortcut_.isEmpty() ? subtitle_
+                                                 : subtitle_ + QLatin1Char(' ') + shortcut_);
+    const bool fits = menuRow::textsFit(textWidth(), text(), subtitle_);
+    setToolTip(fits                  ? QString()
+               : subtitle_.isEmpty() ? text()
+                                     : text() + QLatin1Char('\n') + subtitle_);
+    updateGeometry();
+    update();
+}
+
+void MenuItemView::resizeEvent(QResizeEvent *event) {
+    QPushButton::resizeEvent(event);
+    textsChanged();
+}
+
+int MenuItemView::textWidth() const {
+    const int whole = width() - 2 * menuRow::horizontalPadding;
+    if (shortcut_.isEmpty()) {
+        return whole;
+    }
+    return whole - spacing::medium -
+           QFontMetrics(fontOf(TextStyle::note)).horizontalAdvance(shortcut_);
+}
+
+QSize MenuItemView::sizeHint() const {
+    return {2 * menuRow::horizontalPadding, menuRow::height(!subtitle_.isEmpty())};
+}
+
+QSize MenuItemView::minimumSizeHint() const {
+    return sizeHint();
+}
+
+// Which row comes next is the menu's affair.
+void MenuItemView::keyPressEvent(QKeyEvent *event) {
+    if (menuRow::movesBetweenRows(*event)) {
+        event->ignore();
+    } else {
+        QPushButton::keyPressEvent(event);
+    }
+}
+
+void MenuItemView::paintEvent(QPaintEvent * /*event*/) {
+    QPainter painter(this);
+    menuRow::paintHighlight(painter, *this, isDown());
+    menuRow::paintTexts(painter, *this, textWidth(), text(), subtitle_);
+    if (!shortcut_.isEmpty()) {
+        painter.setFont(fontOf(TextStyle::note));
+        painter.setPen(palette().color(QPalette::Active, role::secondaryText));
+        const auto area =
+            rect().adjusted(menuRow::horizontalPadding, 0, -menuRow::horizontalPadding, 0);
+        painter.drawText(
+            area,
+            static_cast<int>(QStyle::visualAlignment(layoutDirection(), Qt::AlignRight)) |
+                Qt::AlignVCenter | Qt::TextSingleLine,
+            shortcut_);
+    }
+}
+
+} // namespace lumo

@@ -1,0 +1,43 @@
+#include "ui/Painting.h"
+
+#include "ui/Theme.h"
+
+#include <QPainter>
+#include <QPalette>
+#include <QWidget>
+
+namespace lumo {
+
+bool showsFocus(const QWidget &widget) {
+    return widget.hasFocus() && widget.window()->testAttribute(Qt::WA_KeyboardFocusChange);
+}
+
+void paintFocusRing(QPainter &painter, const QRectF &area, double radius, const QPalette &palette) {
+    constexpr double width = 2;
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(palette.color(QPalette::Active, role::accentText), width));
+    painter.setBrush(Qt::NoBrush);
+    const double inset = width / 2;
+    painter.drawRoundedRect(area.adjusted(inset, inset, -inset, -inset), radius, radius);
+    painter.restore();
+}
+
+void paintRounded(QPainter &painter, const QRectF &area, double radius, const QColor &fill,
+                  const QColor &border) {
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setBrush(fill);
+    if (border.alpha() == 0) {
+        painter.setPen(Qt::NoPen);
+        painter.drawRoundedRect(area, radius, radius);
+    } else {
+        constexpr double inset = 0.5;
+        painter.setPen(QPen(border, 1));
+        painter.drawRoundedRect(area.adjusted(inset, inset, -inset, -inset), radius - inset,
+                                radius - inset);
+    }
+    painter.restore();
+}
+
+} // namespace lumo

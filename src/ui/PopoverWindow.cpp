@@ -1,0 +1,82 @@
+#include "ui/PopoverWindow.h"
+
+#include "platform/MainLoop.h"
+#include "platform/Screens.h"
+#include "platform/Workspace.h"
+
+#include <QCloseEvent>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QWindow>
+
+namespace lumo {
+
+PopoverWindow::PopoverWindow(const Platform &platform, StatusMenu &menu, bool isRounded)
+    : QWidget(nullptr, Qt::Popup | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint)
+    , platform_(platform)
+    , view_(new StatusMenuView(menu, platform.mainLoop)) {
+    setAttribute(Qt::WA_TranslucentBackground, isRounded);
+    setWindowTitle(QStringLiteral("Lumo"));
+    setFixedSize(StatusMenuView::size);
+    view_->setParent(this);
+    view_->setRounded(isRounded);
+    view_->move(0, 0);
+    activations_ =
+        platform.workspace.onDidActivateApplication([this] { dismissUnlessJustOpened(); });
+    screenChanges_ = platform.screens.onScreenParametersDidChange([this] { onDismiss(); });
+}
+
+void PopoverWindow::open(const QRect &area) {
+    move(area.topLeft());
+    openedAt_ = platform_.mainLoop.now();
+    show();
+    view_->setFocus(Qt::PopupFocusReason);
+    grabInput();
+}
+
+// Input is somebody else's as long as a panel holds the button that opened the popover.
+void PopoverWindow::grabInput() {
+    constexpr double interval = 0.05;
+    auto *handle = windowHandle();
+    if (handle == nullptr ||
+        (handle->setMouseGrabEnabled(true) && handle->setKeyboardGrabEnabled(true))) {
+        grabbing_.reset();
+    } else {
+        grabbing_ = platform_.mainLoop.after(interval, [this] { grabInput(); });
+    }
+}
+
+// A panel that takes the focus for the click that opens the popover is no reason to close it.
+void PopoverWindow::dismissUnlessJustOpened() {
+    constexpr double justOpened = 0.25; // seconds
+    if (platform_.mainLoop.now() - openedAt_ > justOpened) {
+        onDismiss();
+    }
+}
+
+// A click outside dismisses the popover when it ends, so that nobody else gets one half of it: the
+// click on the item that opened the popover would open it again.
+void PopoverWindow::mousePressEvent(QMouseEvent *event) {
+    isPressedOutside_ = !rect().contains(event->position().toPoint());
+}
+
+void PopoverWindow::mouseReleaseEvent(QMouseEvent *event) {
+    if (isPressedOutside_ && event->buttons() == Qt::NoButton) {
+        onDismiss();
+    }
+}
+
+void PopoverWindow::keyPressEvent(QKeyEvent *event) {
+    if (event->key() == Qt::Key_Escape) {
+        onDismiss();
+    } else {
+        QWidget::keyPressEvent(event);
+    }
+}
+
+void PopoverWindow::closeEvent(QCloseEvent *event) {
+    QWidget::closeEvent(event);
+    onDismiss();
+}
+
+} // namespace lumo

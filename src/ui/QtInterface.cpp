@@ -1,0 +1,209 @@
+#include "ui/QtInterface.h"
+
+#include "platform/Appearance.h"
+#include "platform/MainLoop.h"
+#include "platform/Screens.h"
+#include "ui/GuidedAccessView.h"
+#include "ui/LumoStyle.h"
+#include "ui/MessageView.h"
+#include "ui/PopoverWindow.h"
+#include "ui/ScreenPlaces.h"
+#include "ui/SettingsView.h"
+#include "ui/Text.h"
+#include "ui/Theme.h"
+#include "ui/WindowFrame.h"
+
+#include <QAbstractNativeEventFilter>
+#include <QApplication>
+#include <QCursor>
+#include <QLocale>
+#include <QScreen>
+#include <array>
+#include <clocale>
+#include <utility>
+
+namespace lumo {
+
+// The toolkit from its start to its end.
+class QtInterface::Toolkit final : private QAbstractNativeEventFilter {
+  public:
+    explicit Toolkit(const ToolkitHooks &hooks)
+        : hooks_(hooks)
+        , windowSystem_(hooks.windowSystem)
+        , arguments_{name_.data(), option_.data(), windowSystem_.data()}
+        , argumentCount_(windowSystem_.empty() ? 1 : 3)
+        , application_(argumentCount_, arguments_.data())
+        , toolkitScheme_(schemeOf(QApplication::palette())) {
+        // The toolkit puts the user's locale in force, which must not change how numbers are
+        // written to files.
+        std::setlocale(LC_NUMERIC, "C"); // NOLINT(concurrency-mt-unsafe): before any formatting
+        QApplication::setQuitOnLastWindowClosed(false);
+        QApplication::setApplicationName(QStringLiteral("lumo"));
+        QApplication::setApplicationDisplayName(QString());
+        QApplication::setDesktopFileName(QStringLiteral("app.lumo.Lumo"));
+        QApplication::setLayoutDirection(QLocale::system().textDirection());
+        QApplication::setStyle(new LumoStyle);
+        if (hooks_.handleNativeEvent) {
+            application_.installNativeEventFilter(this);
+        }
+        if (hooks_.appearance != nullptr) {
+            appearanceChanges_ = hooks_.appearance->onChange([this] { applyScheme(); });
+        }
+        applyScheme();
+    }
+
+  private:
+    bool nativeEventFilter(const QByteArray & /*type*/, void *event,
+                           qintptr * /*result*/) override {
+        return hooks_.handleNativeEvent(event);
+    }
+
+    void applyScheme() {
+        const auto prefersDark =
+            hooks_.appearance != nullptr ? hooks_.appearance->prefersDark() : std::nullopt;
+        const auto scheme = !prefersDark   ? toolkitScheme_
+                            : *prefersDark ? ColorScheme::dark
+                                           : ColorScheme::light;
+        QApplication::setPalette(makePalette(scheme));
+    }
+
+    const ToolkitHooks &hooks_;
+    std::string name_ = "lumo";
+    std::string option_ = "-platform";
+    std::string windowSystem_;
+    std::array<char *, 4> arguments_;
+    int argumentCount_;
+    QApplication application_;
+    ColorScheme toolkitScheme_;
+    Handle appearanceChanges_;
+};
+
+class QtInterface::Window final : public InterfaceWindow {
+  public:
+    Window(QtInterface &interface, std::unique_ptr<WindowFrame> frame)
+        : interface_(interface)
+        , frame_(std::move(frame)) {}
+
+    ~Window() override {
+        frame_->onWillClose = nullptr;
+        interface_.discard(std::move(frame_));
+    }
+    Window(const Window &) = delete;
+    Window &operator=(const Window &) = delete;
+
+    void makeKeyAndOrderFront() override { frame_->makeKeyAndOrderFront(); }
+
+  private:
+    QtInterface &interface_;
+    std::unique_ptr<WindowFrame> frame_;
+};
+
+class QtInterface::StatusPopover final : public Popover {
+  public:
+    StatusPopover(QtInterface &interface, StatusMenu &menu)
+        : interface_(interface)
+        , menu_(menu) {}
+
+    ~StatusPopover() override { close(); }
+    StatusPopover(const StatusPopover &) = delete;
+    StatusPopover &operator=(const StatusPopover &) = delete;
+
+    bool isShown() const override { return window_ != nullptr; }
+
+    void show(const StatusItemPlace &place) override {
+        close();
+        interface_.startToolkit();
+        menu_.prepareToShow();
+        const auto &hooks = interface_.hooks_;
+        window_ = std::make_unique<PopoverWindow>(interface_.platform_, menu_,
+                                                  hooks.blendsWindows && hooks.blendsWindows());
+        window_->onDismiss = [this] { close(); };
+        window_->open(popoverArea(anchorOf(place), StatusMenuView::size));
+    }
+
+    void close() override {
+        if (window_) {
+            window_->onDismiss = [] {};
+            interface_.discard(std::move(window_));
+        }
+    }
+
+  private:
+    ToolkitPlace anchorOf(const StatusItemPlace &place) const {
+        std::vector<ToolkitScreen> toolkitScreens;
+        for (const auto *screen : QGuiApplication::screens()) {
+            toolkitScreens.push_back({screen->geometry(), screen->devicePixelRatio()});
+        }
+        const auto &screens = interface_.platform_.screens.screens();
+        if (screens.empty() || toolkitScreens.empty()) {
+            return {QRect(QCursor::pos(), QSize()), QRect(QPoint(), StatusMenuView::size)};
+        }
+        return toolkitPlace(place, screens, toolkitScreens);
+    }
+
+    QtInterface &interface_;
+    StatusMenu &menu_;
+    std::unique_ptr<PopoverWindow> window_;
+};
+
+QtInterface::QtInterface(const Platform &platform, ToolkitHooks hooks)
+    : platform_(platform)
+    , hooks_(std::move(hooks)) {
+}
+
+QtInterface::~QtInterface() {
+    message_.reset();
+    discarded_.clear();
+}
+
+void QtInterface::startToolkit() {
+    if (!toolkit_) {
+        toolkit_ = std::make_unique<Toolkit>(hooks_);
+    }
+}
+
+void QtInterface::discard(std::unique_ptr<QWidget> window) {
+    window->hide();
+    discarded_.push_back(std::move(window));
+    platform_.mainLoop.post(lifetime_.guard([this] {
+        discarded_.clear();
+        // What the toolkit itself wants deleted later waits for a loop of its own, which never
+        // runs.
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }));
+}
+
+std::unique_ptr<Popover> QtInterface::makePopover(StatusMenu &menu) {
+    return std::make_unique<StatusPopover>(*this, menu);
+}
+
+std::unique_ptr<InterfaceWindow> QtInterface::makeWindow(const char *title, QWidget *view,
+                                                         bool isMiniaturizable,
+                                                         std::function<void()> onWillClose) {
+    auto frame = std::make_unique<WindowFrame>(QString::fromUtf8(title), view, isMiniaturizable);
+    frame->onWillClose = std::move(onWillClose);
+    return std::make_unique<Window>(*this, std::move(frame));
+}
+
+std::unique_ptr<InterfaceWindow>
+QtInterface::makeSettingsWindow(const SettingsModel &model, std::function<void()> onWillClose) {
+    startToolkit();
+    return makeWindow("Lumo Settings", new SettingsView(model), true, std::move(onWillClose));
+}
+
+std::unique_ptr<InterfaceWindow>
+QtInterface::makeGuidanceWindow(const Platform &platform, PermissionManager &permissionManager,
+                                std::function<void()> onWillClose) {
+    startToolkit();
+    return makeWindow("Lumo", new GuidedAccessView(platform, permissionManager), false,
+                      std::move(onWillClose));
+}
+
+void QtInterface::showMessage(const std::string &title, const std::string &text) {
+    startToolkit();
+    const auto dismiss = [this] { message_.reset(); };
+    message_ = makeWindow("Lumo", new MessageView(title, text, dismiss), false, dismiss);
+    message_->makeKeyAndOrderFront();
+}
+
+} // namespace lumo

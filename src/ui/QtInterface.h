@@ -1,0 +1,69 @@
+#pragma once
+
+#include "platform/Platform.h"
+#include "presentation/UserInterface.h"
+#include "support/Lifetime.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+class QWidget;
+
+namespace lumo {
+
+class Appearance;
+
+// What the toolkit needs of the desktop beyond the platform's interfaces. Everything may be left
+// out.
+struct ToolkitHooks {
+    // The toolkit's name for the window system, as "xcb"; its own choice when empty.
+    std::string windowSystem;
+    // Sees each native event before the toolkit does; true drops the event.
+    std::function<bool(const void *nativeEvent)> handleNativeEvent;
+    // Whether the desktop blends windows, so that a window may be translucent.
+    std::function<bool()> blendsWindows;
+    Appearance *appearance = nullptr; // outlives the interface
+};
+
+// The interface in Qt's widgets. The toolkit is started when something is first shown, and turns
+// with the main loop that the program runs; its windows are made when they are shown and freed when
+// they are closed.
+class QtInterface final : public UserInterface {
+  public:
+    explicit QtInterface(const Platform &platform, ToolkitHooks hooks = {});
+    ~QtInterface() override;
+    QtInterface(const QtInterface &) = delete;
+    QtInterface &operator=(const QtInterface &) = delete;
+
+    std::unique_ptr<Popover> makePopover(StatusMenu &menu) override;
+    std::unique_ptr<InterfaceWindow> makeSettingsWindow(const SettingsModel &model,
+                                                        std::function<void()> onWillClose) override;
+    std::unique_ptr<InterfaceWindow> makeGuidanceWindow(const Platform &platform,
+                                                        PermissionManager &permissionManager,
+                                                        std::function<void()> onWillClose) override;
+    void showMessage(const std::string &title, const std::string &text) override;
+
+  private:
+    class Toolkit;
+    class Window;
+    class StatusPopover;
+
+    void startToolkit();
+    std::unique_ptr<InterfaceWindow> makeWindow(const char *title, QWidget *view,
+                                                bool isMiniaturizable,
+                                                std::function<void()> onWillClose);
+
+    // Hides the window now and destroys it in a later turn: it may be what calls.
+    void discard(std::unique_ptr<QWidget> window);
+
+    Platform platform_;
+    ToolkitHooks hooks_;
+    std::unique_ptr<Toolkit> toolkit_; // null until something is shown
+    std::vector<std::unique_ptr<QWidget>> discarded_;
+    std::unique_ptr<InterfaceWindow> message_;
+    Lifetime lifetime_;
+};
+
+} // namespace lumo

@@ -1,0 +1,148 @@
+#include "ui/RuleListView.h"
+
+#include "ui/AppChooserView.h"
+#include "ui/Button.h"
+#include "ui/Labels.h"
+#include "ui/RuleRowView.h"
+#include "ui/SearchField.h"
+#include "ui/Symbols.h"
+#include "ui/Text.h"
+#include "ui/Theme.h"
+
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QListView>
+#include <QScrollBar>
+#include <QStandardItemModel>
+#include <QVBoxLayout>
+
+namespace lumo {
+
+namespace {
+
+constexpr int listHeight = 288;
+constexpr int idRole = Qt::UserRole + 10;
+
+} // namespace
+
+// The list, in which the key Delete removes a rule.
+class RuleListView::List final : public QListView {
+  public:
+    explicit List(RuleListView &owner)
+        : owner_(owner) {}
+
+  protected:
+    void keyPressEvent(QKeyEvent *event) override {
+        if (event->key() == Qt::Key_Delete || event->key() == Qt::Key_Backspace) {
+            owner_.removeCurrent();
+        } else {
+            QListView::keyPressEvent(event);
+        }
+    }
+
+  private:
+    RuleListView &owner_;
+};
+
+RuleListView::RuleListView(const Platform &platform, SettingsStore &settings)
+    : platform_(platform)
+    , settings_(settings)
+    , search_(new SearchField("Search apps..."))
+    , list_(new List(*this))
+    , items_(new QStandardItemModel(this))
+    , emptyNote_(makeNote("No rules to show."))
+    , bindings_(settings, platform.mainLoop) {
+    auto *rows = new RuleRowView(list_);
+    rows->onToggle = [this](const QModelIndex &index) { toggle(index); };
+    rows->onRemove = [this](const QModelIndex &index) { remove(index); };
+    list_->setAccessibleName(QStringLiteral("App rules"));
+    list_->setFrameShape(QFrame::NoFrame);
+    list_->setItemDelegate(rows);
+    list_->setModel(items_);
+    list_->setUniformItemSizes(true);
+    list_->setMouseTracking(true);
+    list_->setFixedHeight(listHeight);
+    list_->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    list_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    list_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    list_->viewport()->setAutoFillBackground(false);
+
+    auto *add = new Button("Add App...", Button::Kind::bordered, symbol::add);
+    QObject::connect(add, &QPushButton::clicked, this, [this] { chooseApp(); });
+    auto *top = new QHBoxLayout;
+    top->setContentsMargins(8, 0, 8, 0);
+    top->setSpacing(spacing::medium);
+    top->addWidget(search_, 1);
+    top->addWidget(add);
+    emptyNote_->setAlignment(Qt::AlignCenter);
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(8, 12, 4, 8);
+    column->setSpacing(spacing::medium);
+    column->addLayout(top);
+    column->addWidget(emptyNote_);
+    column->addWidget(list_);
+    QObject::connect(search_, &QLineEdit::textChanged, this, [this] { refresh(); });
+    bindings_.whenSettled([this] { refresh(); });
+}
+
+RuleListView::~RuleListView() {
+    delete chooser_;
+}
+
+void RuleListView::refresh() {
+    showRules(RuleList(rulesInForce(settings_)).matching(toUtf8(search_->text())));
+}
+
+// Rows stay in place where the same rules are shown, so that switching one neither scrolls the list
+// nor moves its current row.
+void RuleListView::showRules(const std::vector<AppRule> &rules) {
+    const int count = static_cast<int>(rules.size());
+    const int position = list_->verticalScrollBar()->value();
+    if (items_->rowCount() > count) {
+        items_->removeRows(count, items_->rowCount() - count);
+    }
+    for (int row = 0; row < count; ++row) {
+        const auto &rule = rules[static_cast<std::size_t>(row)];
+        if (row == items_->rowCount()) {
+            items_->appendRow(new QStandardItem);
+        }
+        auto *item = items_->item(row);
+        item->setText(toQString(rule.displayName));
+        item->setData(toQString(rule.bundleID), ListRow::detailRole);
+        item->setAccessibleDescription(toQString(rule.bundleID));
+        item->setData(toQString(rule.id), idRole);
+        item->setCheckable(true);
+        item->setCheckState(rule.isEnabled ? Qt::Checked : Qt::Unchecked);
+    }
+    list_->verticalScrollBar()->setValue(position);
+    emptyNote_->setVisible(count == 0);
+    list_->setVisible(count > 0);
+}
+
+void RuleListView::toggle(const QModelIndex &index) {
+    const auto id = toUtf8(index.data(idRole).toString());
+    const bool isOn = index.data(Qt::CheckStateRole).toInt() == Qt::Checked;
+    RuleList(rulesInForce(settings_)).setEnabled(id, !isOn);
+}
+
+void RuleListView::remove(const QModelIndex &index) {
+    RuleList(rulesInForce(settings_)).remove(toUtf8(index.data(idRole).toString()));
+}
+
+void RuleListView::removeCurrent() {
+    if (list_->currentIndex().isValid()) {
+        remove(list_->currentIndex());
+    }
+}
+
+void RuleListView::chooseApp() {
+    if (chooser_ == nullptr) {
+        chooser_ = new AppChooserView(window());
+        chooser_->onChosen = [this](const std::string &bundleID, const std::string &name) {
+            RuleList(rulesInForce(settings_)).add(bundleID, name);
+        };
+    }
+    chooser_->open(ruleCandidates(platform_.workspace, rulesInForce(settings_).value()));
+}
+
+} // namespace lumo

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "platform/Platform.h"
+#include "presentation/RuleList.h"
+#include "support/Handle.h"
+#include "ui/Binding.h"
+
+#include <QPointer>
+#include <QWidget>
+#include <vector>
+
+class QLabel;
+class QLineEdit;
+class QListView;
+class QStandardItemModel;
+
+namespace lumo {
+
+class AppChooserView;
+
+// The rules of the list in force: searched, switched, added to and removed from.
+class RuleListView final : public QWidget {
+  public:
+    RuleListView(const Platform &platform, SettingsStore &settings);
+    ~RuleListView() override;
+
+  private:
+    class List;
+
+    void refresh();
+    void showRules(const std::vector<AppRule> &rules);
+    void toggle(const QModelIndex &index);
+    void remove(const QModelIndex &index);
+    void removeCurrent();
+    void chooseApp();
+
+    Platform platform_;
+    SettingsStore &settings_;
+    QLineEdit *search_;
+    List *list_;
+    QStandardItemModel *items_;
+    QLabel *emptyNote_;
+    QPointer<AppChooserView> chooser_;
+    Bindings bindings_;
+    Lifetime lifetime_;
+};
+
+} // namespace lumo

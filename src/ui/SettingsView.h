@@ -1,0 +1,39 @@
+#pragma once
+
+#include "presentation/UserInterface.h"
+#include "support/Handle.h"
+
+#include <QWidget>
+#include <array>
+
+class QListWidget;
+class QStackedWidget;
+
+namespace lumo {
+
+// The content of the settings window: the sidebar of pages and the page that it selects. A page is
+// made when it is first selected.
+class SettingsView final : public QWidget {
+  public:
+    static constexpr QSize size{800, 540};
+    static constexpr int sidebarWidth = 170;
+
+    explicit SettingsView(const SettingsModel &model);
+
+  protected:
+    void paintEvent(QPaintEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+
+  private:
+    QWidget *makeSidebar();
+    void select(SettingsTab tab);
+    QWidget *makePage(SettingsTab tab);
+
+    SettingsModel model_;
+    QListWidget *sidebar_;
+    QStackedWidget *pages_;
+    std::array<QWidget *, allSettingsTabs.size()> made_{}; // null until selected
+    Subscription selection_;
+};
+
+} // namespace lumo

@@ -1,0 +1,100 @@
+#include "ui/ShortcutsSettingsView.h"
+
+#include "ui/Button.h"
+#include "ui/Labels.h"
+#include "ui/Picker.h"
+#include "ui/SettingControls.h"
+#include "ui/ShortcutRecorderView.h"
+#include "ui/Text.h"
+#include "ui/Theme.h"
+
+namespace lumo {
+
+namespace {
+
+// A switch and the recorder of the shortcut that it turns on.
+struct ShortcutRow {
+    std::string_view title;
+    Setting<bool> &isEnabled;
+    Setting<std::int64_t> &keyCode;
+    Setting<std::int64_t> &modifiers;
+    std::string_view note = {};
+};
+
+SettingsRow *makeShortcutRow(const ShortcutRow &row, const Platform &platform, Bindings &bindings) {
+    auto *toggle = new Switch;
+    toggle->setAccessibleName(toQString(row.title));
+    toggle->setAccessibleDescription(toQString(row.note));
+    bindings.bind(*toggle, row.isEnabled);
+    auto *controls = new QWidget;
+    auto *layout = new QHBoxLayout(controls);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(spacing::large);
+    layout->addWidget(new ShortcutRecorderView(platform, row.title, row.keyCode, row.modifiers));
+    layout->addWidget(toggle);
+    return new SettingsRow(row.title, row.note, controls);
+}
+
+SettingsRow *makeModifierRow(std::string_view title, Setting<std::string> &setting,
+                             Bindings &bindings) {
+    auto *picker = new Picker(title);
+    const std::vector<std::string> names(shakeModifierNames.begin(), shakeModifierNames.end());
+    bindings.follow<std::string>(setting, [picker, names](const std::string &name) {
+        // What is none of these matches always, as "None" does.
+        const auto found = std::ranges::find(names, name);
+        picker->setChoices(names,
+                           found == names.end() ? 0 : static_cast<int>(found - names.begin()));
+    });
+    picker->onChosen = [&setting, names](std::size_t index) { setting.set(names.at(index)); };
+    return new SettingsRow(title, {}, picker);
+}
+
+} // namespace
+
+ShortcutsSettingsView::ShortcutsSettingsView(const SettingsModel &model)
+    : SettingsPage(title(SettingsTab::shortcuts))
+    , bindings_(model.settings, model.platform.mainLoop) {
+    auto &settings = model.settings;
+    auto *keys = addCard();
+    for (const auto &row :
+         {ShortcutRow{"Enable Toggle Shortcut", settings.toggleShortcutEnabled,
+                      settings.toggleShortcutKey, settings.toggleShortcutModifiers},
+          ShortcutRow{"Enable Peek Shortcut", settings.peekShortcutEnabled,
+                      settings.peekShortcutKey, settings.peekShortcutModifiers,
+                      "Peek is temporary and does not turn Lumo off."},
+          ShortcutRow{"Enable Set Cover Shortcut", settings.coverSetShortcutEnabled,
+                      settings.coverSetShortcutKey, settings.coverSetShortcutModifiers}}) {
+        keys->addRow(makeShortcutRow(row, model.platform, bindings_));
+    }
+    auto *shake = addCard();
+    shake->addRow(makeToggleRow(
+        "Toggle Lumo with 4 quick mouse swipes", settings.mouseShakeToggleEnabled, bindings_,
+        "Quickly move the mouse left and right four times to turn Lumo on or off."));
+    shake->addRow(
+        makeToggleRow("Shake Action: Toggle", settings.shakeToggleActionEnabled, bindings_));
+    shake->addRow(
+        makeModifierRow("Shake Toggle Modifier", settings.shakeToggleModifier, bindings_));
+    shake->addRow(makeToggleRow("Shake Action: Peek", settings.shakeToReveal, bindings_));
+    shake->addRow(makeModifierRow("Shake Peek Modifier", settings.shakePeekModifier, bindings_));
+    shake->addRow(makeSliderRow("Shake Sensitivity", settings.shakeSensitivity, bindings_,
+                                shakeSensitivityRange, percentText));
+
+    auto *help = new QWidget;
+    auto *lines = new QVBoxLayout(help);
+    lines->setContentsMargins(spacing::small, 0, spacing::small, 0);
+    lines->setSpacing(spacing::small);
+    for (const auto *line :
+         {"Click a shortcut field, then press the key combination you want to use.",
+          "Command, Option, Control, and Shift combinations are supported.",
+          "Set Cover shortcut uses current frontmost app and enables Privacy Cover.",
+          "Peek only reveals temporarily; use Toggle to turn Lumo on or off."}) {
+        lines->addWidget(makeNote(line));
+    }
+    add(help);
+    auto *reset = new Button("Reset to Defaults");
+    QObject::connect(reset, &QPushButton::clicked, this,
+                     [&settings] { resetShortcutsToDefaults(settings); });
+    add(makeRow({reset}));
+}
+
+} // namespace lumo

@@ -1,0 +1,357 @@
+#include "ui/StatusMenuView.h"
+
+#include "ui/Button.h"
+#include "ui/Labels.h"
+#include "ui/ListRow.h"
+#include "ui/MenuItemView.h"
+#include "ui/MenuRow.h"
+#include "ui/Painting.h"
+#include "ui/Symbols.h"
+#include "ui/Text.h"
+#include "ui/Theme.h"
+#include "ui/ToggleRowView.h"
+
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QListView>
+#include <QPainter>
+#include <QScrollArea>
+#include <QStackedWidget>
+#include <QStandardItemModel>
+#include <QVBoxLayout>
+
+namespace lumo {
+
+namespace {
+
+constexpr int headerHeight = 26;
+constexpr int backHeaderHeight = 36;
+constexpr int coverAppsHeight = 260; // at most
+constexpr int appRowHeight = 30;
+
+// A line between rows, from edge to edge of their texts.
+class Divider final : public QWidget {
+  public:
+    Divider() { setFixedHeight(spacing::hairline); }
+
+  protected:
+    void paintEvent(QPaintEvent * /*event*/) override {
+        QPainter painter(this);
+        painter.fillRect(
+            rect().adjusted(menuRow::horizontalPadding, 0, -menuRow::horizontalPadding, 0),
+            palette().color(role::separator));
+    }
+};
+
+QVBoxLayout *makeColumn(QWidget *widget) {
+    auto *column = new QVBoxLayout(widget);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    return column;
+}
+
+// Rows with lines between them, which scroll where they do not fit.
+QWidget *makeRows(const std::vector<QWidget *> &rows) {
+    auto *content = new QWidget;
+    auto *column = makeColumn(content);
+    for (auto *row : rows) {
+        if (column->count() > 0) {
+            column->addWidget(new Divider);
+        }
+        column->addWidget(row);
+    }
+    column->addStretch();
+    auto *area = new QScrollArea;
+    area->setFrameShape(QFrame::NoFrame);
+    area->setWidgetResizable(true);
+    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    area->setFocusPolicy(Qt::NoFocus);
+    area->setWidget(content);
+    content->setAutoFillBackground(false);
+    area->viewport()->setAutoFillBackground(false);
+    return area;
+}
+
+} // namespace
+
+class StatusMenuView::StateDot final : public QWidget {
+  public:
+    StateDot() { setFixedSize(8, 8); }
+
+    void setOn(bool isOn) {
+        isOn_ = isOn;
+        update();
+    }
+
+  protected:
+    void paintEvent(QPaintEvent * /*event*/) override {
+        QPainter painter(this);
+        paintRounded(painter, rect(), width() / 2.0, isOn_ ? dotWhenOn : dotWhenOff);
+    }
+
+  private:
+    bool isOn_ = false;
+};
+
+StatusMenuView::StatusMenuView(StatusMenu &menu, MainLoop &mainLoop)
+    : menu_(menu)
+    , bindings_(menu.settings(), mainLoop) {
+    setFixedSize(size);
+    setAccessibleName(QStringLiteral("Lumo"));
+    setFocusPolicy(Qt::StrongFocus);
+    auto *column = makeColumn(this);
+    column->setContentsMargins(1, 1, 1, 1);
+    pages_ = new QStackedWidget;
+    pages_->addWidget(makeMainPage());
+    pages_->addWidget(makeSettingsPage());
+    pages_->addWidget(makeCoverAppsPage());
+    column->addWidget(pages_);
+    changes_ = menu_.onChange([this] { refresh(); });
+    refresh();
+    setFocus();
+}
+
+QWidget *StatusMenuView::makeHeader(std::string_view title) {
+    auto *header = new QWidget;
+    header->setFixedHeight(backHeaderHeight);
+    auto *row = new QHBoxLayout(header);
+    row->setContentsMargins(6, 0, menuRow::horizontalPadding, 0);
+    row->setSpacing(spacing::small);
+    auto *back = new Button({}, Button::Kind::borderless, symbol::back);
+    back->setAccessibleName(QStringLiteral("Back"));
+    back->setFont(fontOf(TextStyle::note));
+    QObject::connect(back, &QPushButton::clicked, this, [this] { menu_.showMain(); });
+    row->addWidget(back);
+    row->addWidget(makeLabel(title, TextStyle::bodyMedium), 1);
+    return header;
+}
+
+QWidget *StatusMenuView::makeNotice() {
+    notice_ = new QWidget;
+    auto *row = new QHBoxLayout(notice_);
+    row->setContentsMargins(menuRow::horizontalPadding, spacing::small, spacing::small,
+                            spacing::small);
+    row->setSpacing(6);
+    noticeSymbol_ = new SymbolView(symbol::warning, 14, role::warningText);
+    noticeText_ = new ElidedLabel(TextStyle::caption);
+    auto *fix = new Button("Fix Now", Button::Kind::borderless);
+    QFont font = fontOf(TextStyle::caption);
+    font.setWeight(QFont::Medium);
+    fix->setFont(font);
+    QObject::connect(fix, &QPushButton::clicked, this, [this] { menu_.fixCover(); });
+    row->addWidget(noticeSymbol_);
+    row->addWidget(noticeText_, 1);
+    row->addWidget(fix);
+    return notice_;
+}
+
+QWidget *StatusMenuView::makeMainPage() {
+    auto *page = new QWidget;
+    auto *column = makeColumn(page);
+    auto *header = new QWidget;
+    header->setFixedHeight(headerHeight);
+    auto *headerRow = new QHBoxLayout(header);
+    headerRow->setContentsMargins(menuRow::horizontalPadding, spacing::small,
+                                  menuRow::horizontalPadding, 0);
+    dot_ = new StateDot;
+    header_ = makeLabel({}, TextStyle::bodyMedium);
+    headerRow->setSpacing(7);
+    headerRow->addWidget(dot_);
+    headerRow->addWidget(header_, 1);
+    column->addWidget(header);
+    column->addWidget(makeNotice());
+
+    // Each action may close the popover, and this view goes with it a turn later.
+    const auto row = [this](std::string_view title,
+                            std::function<void()> StatusMenuActions::*action) {
+        return new MenuItemView(title, [this, action] { (menu_.actions().*action)(); });
+    };
+    toggle_ = row({}, &StatusMenuActions::onToggle);
+    auto *peek = row("Peek Mode", &StatusMenuActions::onPeek);
+    peek->setSubtitle("Temporary reveal (does not turn Lumo off)");
+    setCover_ = row("Set Cover to Frontmost", &StatusMenuActions::onSetCoverFromFrontmost);
+    chooseCover_ = new MenuItemView("Choose Cover App", [this] { menu_.chooseCoverApp(); });
+    std::vector<QWidget *> rows{toggle_, peek, setCover_, chooseCover_};
+    if (menu_.canCheckForUpdates()) {
+        rows.push_back(row("Check for Updates", &StatusMenuActions::onCheckForUpdates));
+    }
+    rows.push_back(new MenuItemView("Settings", [this] { menu_.showSettings(); }));
+    rows.push_back(row("Quit Lumo", &StatusMenuActions::onQuit));
+    column->addWidget(makeRows(rows), 1);
+    return page;
+}
+
+QWidget *StatusMenuView::makeSettingsPage() {
+    auto *page = new QWidget;
+    auto *column = makeColumn(page);
+    column->addWidget(makeHeader("Settings"));
+    column->addWidget(new Divider);
+    privacyCover_ = new ToggleRowView("Privacy Cover");
+    bindings_.bind(*privacyCover_, menu_.settings().privacyCoverEnabled);
+    auto *shake = new ToggleRowView("Shake to Toggle");
+    shake->setSubtitle("Move the mouse left and right four times");
+    bindings_.bind(*shake, menu_.settings().mouseShakeToggleEnabled);
+    shortcuts_ = new MenuItemView("Keyboard Shortcuts", [this] { menu_.actions().onShortcuts(); });
+    column->addWidget(makeRows({privacyCover_, shake, shortcuts_,
+                                new MenuItemView("Open Full Settings...",
+                                                 [this] { menu_.actions().onSettings(); })}),
+                      1);
+    return page;
+}
+
+QWidget *StatusMenuView::makeCoverAppsPage() {
+    auto *page = new QWidget;
+    auto *column = makeColumn(page);
+    column->addWidget(makeHeader("Choose Cover App"));
+    column->addWidget(new Divider);
+    column->addWidget(new MenuItemView("Clear selected cover app",
+                                       [this] { menu_.selectCoverApp(std::nullopt); }));
+    column->addWidget(new Divider);
+    coverAppItems_ = new QStandardItemModel(page);
+    coverApps_ = new QListView;
+    coverApps_->setAccessibleName(QStringLiteral("Running apps"));
+    coverApps_->setFrameShape(QFrame::NoFrame);
+    coverApps_->setUniformItemSizes(true);
+    coverApps_->setMouseTracking(true);
+    coverApps_->setMaximumHeight(coverAppsHeight);
+    coverApps_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    coverApps_->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    coverApps_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    coverApps_->setContentsMargins(0, 0, 0, 0);
+    coverApps_->viewport()->setAutoFillBackground(false);
+    auto *rows = new ListRow(coverApps_);
+    rows->setRowHeight(appRowHeight);
+    coverApps_->setItemDelegate(rows);
+    coverApps_->setModel(coverAppItems_);
+    QObject::connect(coverApps_, &QListView::activated, this,
+                     [this](const QModelIndex &index) { chooseCoverApp(index.row()); });
+    column->addWidget(coverApps_, 1);
+    return page;
+}
+
+void StatusMenuView::refresh() {
+    dot_->setOn(menu_.isOn());
+    header_->setText(toQString(menu_.header()));
+    toggle_->setTitle(menu_.toggleTitle());
+    setCover_->setSubtitle(menu_.setCoverSubtitle());
+    setCover_->setShortcut(menu_.setCoverShortcutLabel());
+    chooseCover_->setSubtitle(menu_.chooseCoverSubtitle());
+    privacyCover_->setSubtitle(menu_.privacyCoverSummary());
+    shortcuts_->setSubtitle(menu_.shortcutSummary());
+    refreshNotice();
+    refreshCoverApps();
+    showPage();
+}
+
+void StatusMenuView::refreshNotice() {
+    const auto notice = menu_.coverNotice();
+    const bool isWarning = notice == StatusMenu::CoverNotice::warning;
+    notice_->setVisible(notice != StatusMenu::CoverNotice::none);
+    noticeSymbol_->setSymbol(isWarning ? symbol::warning : symbol::info,
+                             isWarning ? role::warningText : role::accentText);
+    noticeText_->setFullText(toQString(menu_.coverNoticeText()));
+}
+
+// The list is made anew only when it differs, so that it neither scrolls nor loses its current row
+// under the user.
+void StatusMenuView::refreshCoverApps() {
+    const auto &apps = menu_.runningApps();
+    if (coverAppItems_->rowCount() == 0 || apps != shownApps_) {
+        shownApps_ = apps;
+        coverAppItems_->clear();
+        coverAppItems_->appendRow(new QStandardItem(QStringLiteral("None")));
+        for (const auto &app : apps) {
+            coverAppItems_->appendRow(new QStandardItem(toQString(app.displayName)));
+        }
+    }
+    bool hasCover = false;
+    for (int row = 1; row < coverAppItems_->rowCount(); ++row) {
+        const bool isCover = menu_.isCoverApp(shownApps_[static_cast<std::size_t>(row) - 1]);
+        coverAppItems_->item(row)->setData(isCover, ListRow::chosenRole);
+        hasCover = hasCover || isCover;
+    }
+    coverAppItems_->item(0)->setData(!hasCover, ListRow::chosenRole);
+}
+
+void StatusMenuView::chooseCoverApp(int row) {
+    if (row <= 0) {
+        menu_.selectCoverApp(std::nullopt);
+    } else {
+        menu_.selectCoverApp(shownApps_.at(static_cast<std::size_t>(row) - 1));
+    }
+}
+
+void StatusMenuView::showPage() {
+    const int page = static_cast<int>(menu_.page());
+    if (page == pages_->currentIndex()) {
+        return;
+    }
+    const bool hasKeyboard = window()->testAttribute(Qt::WA_KeyboardFocusChange);
+    pages_->setCurrentIndex(page);
+    if (menu_.page() == StatusMenu::Page::coverApps) {
+        coverApps_->scrollToTop();
+        coverApps_->setCurrentIndex({});
+    }
+    setFocus(Qt::OtherFocusReason);
+    if (hasKeyboard) {
+        moveFocus(1);
+    }
+}
+
+void StatusMenuView::setRounded(bool isRounded) {
+    isRounded_ = isRounded;
+    update();
+}
+
+void StatusMenuView::paintEvent(QPaintEvent * /*event*/) {
+    QPainter painter(this);
+    paintRounded(painter, rect(), isRounded_ ? corner::card : 0, palette().color(role::card),
+                 palette().color(role::controlBorder));
+}
+
+// The rows of the page one can go to, from top to bottom; from none, forwards to the first and
+// backwards to the last.
+void StatusMenuView::moveFocus(int step) {
+    QList<QWidget *> rows;
+    for (auto *widget : pages_->currentWidget()->findChildren<QWidget *>()) {
+        if ((widget->focusPolicy() & Qt::TabFocus) != 0 && widget->isEnabled() &&
+            widget->isVisibleTo(this)) {
+            rows.append(widget);
+        }
+    }
+    std::ranges::stable_sort(
+        rows, {}, [this](const QWidget *row) { return row->mapTo(this, QPoint(0, 0)).y(); });
+    if (rows.isEmpty()) {
+        return;
+    }
+    const auto current = rows.indexOf(focusWidget());
+    const auto count = rows.size();
+    const auto next = current < 0 ? (step > 0 ? 0 : count - 1) : (current + step + count) % count;
+    focusRow(*rows.at(next));
+}
+
+void StatusMenuView::focusRow(QWidget &row) {
+    row.setFocus(Qt::TabFocusReason);
+    if (&row == coverApps_ && !coverApps_->currentIndex().isValid()) {
+        coverApps_->setCurrentIndex(coverAppItems_->index(0, 0));
+    }
+    for (auto *ancestor = row.parentWidget(); ancestor != nullptr && ancestor != this;
+         ancestor = ancestor->parentWidget()) {
+        if (auto *area = qobject_cast<QScrollArea *>(ancestor)) {
+            area->ensureWidgetVisible(&row, 0, spacing::small);
+        }
+    }
+}
+
+void StatusMenuView::keyPressEvent(QKeyEvent *event) {
+    const int backKey = isRightToLeft() ? Qt::Key_Right : Qt::Key_Left;
+    if (event->key() == Qt::Key_Down || event->key() == Qt::Key_Up) {
+        moveFocus(event->key() == Qt::Key_Down ? 1 : -1);
+    } else if (event->key() == backKey && menu_.page() != StatusMenu::Page::main) {
+        menu_.showMain();
+    } else {
+        QWidget::keyPressEvent(event);
+    }
+}
+
+} // namespace lumo

@@ -1,0 +1,102 @@
+#include "ui/ValueSlider.h"
+
+#include "ui/Labels.h"
+#include "ui/Painting.h"
+#include "ui/Text.h"
+#include "ui/Theme.h"
+
+#include <QHBoxLayout>
+#include <QPainter>
+#include <QSignalBlocker>
+#include <QStyle>
+#include <QStyleOptionSlider>
+#include <QWheelEvent>
+#include <algorithm>
+#include <cmath>
+
+namespace lumo {
+
+namespace {
+
+constexpr int sliderWidth = 200;
+constexpr int valueWidth = 52;
+constexpr int knobSize = 18;
+constexpr int grooveHeight = 4;
+
+} // namespace
+
+class ValueSlider::Slider final : public QSlider {
+  public:
+    Slider()
+        : QSlider(Qt::Horizontal) {
+        setFocusPolicy(Qt::StrongFocus);
+        setFixedSize(sliderWidth, knobSize + 4);
+    }
+
+  protected:
+    void wheelEvent(QWheelEvent *event) override { event->ignore(); }
+
+    void paintEvent(QPaintEvent * /*event*/) override {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        const double reach = width() - knobSize;
+        double share =
+            static_cast<double>(value() - minimum()) / std::max(1, maximum() - minimum());
+        if (isRightToLeft()) {
+            share = 1 - share;
+        }
+        const QRectF knob(reach * share, (height() - knobSize) / 2.0, knobSize, knobSize);
+        const QRectF groove(2, (height() - grooveHeight) / 2.0, width() - 4, grooveHeight);
+        const auto group = isEnabled() ? QPalette::Active : QPalette::Disabled;
+        paintRounded(painter, groove, grooveHeight / 2.0, palette().color(role::controlBorder));
+        QRectF filled = groove;
+        isRightToLeft() ? filled.setLeft(knob.center().x()) : filled.setRight(knob.center().x());
+        paintRounded(painter, filled, grooveHeight / 2.0, palette().color(group, role::accent));
+        painter.setPen(QPen(palette().color(role::switchedOff), 1));
+        painter.setBrush(isSliderDown() ? palette().color(role::pressed) : QColor(Qt::white));
+        painter.drawEllipse(knob.adjusted(0.5, 0.5, -0.5, -0.5));
+        if (showsFocus(*this)) {
+            paintFocusRing(painter, knob, knobSize / 2.0, palette());
+        }
+    }
+};
+
+ValueSlider::ValueSlider(std::string_view name, const SliderRange &range,
+                         std::function<std::string(double)> text)
+    : range_(range)
+    , text_(std::move(text))
+    , slider_(new Slider)
+    , label_(makeLabel({}, TextStyle::body, role::secondaryText)) {
+    slider_->setAccessibleName(toQString(name));
+    slider_->setRange(0,
+                      static_cast<int>(std::lround((range.maximum - range.minimum) / range.step)));
+    slider_->setPageStep(std::max(1, slider_->maximum() / 10));
+    label_->setMinimumWidth(valueWidth);
+    label_->setAlignment(Qt::AlignTrailing | Qt::AlignVCenter);
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(spacing::medium);
+    row->addWidget(slider_);
+    row->addWidget(label_);
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    QObject::connect(slider_, &QSlider::valueChanged, this, [this](int step) {
+        // The last step is the end itself, not what the steps add up to.
+        const double value =
+            step == slider_->maximum() ? range_.maximum : range_.minimum + step * range_.step;
+        if (onMoved) {
+            onMoved(value);
+        }
+    });
+}
+
+void ValueSlider::setValue(double value) {
+    const QSignalBlocker quiet(slider_);
+    const double inside = std::clamp(value, range_.minimum, range_.maximum);
+    slider_->setValue(static_cast<int>(std::lround((inside - range_.minimum) / range_.step)));
+    const auto words = toQString(text_(value));
+    label_->setText(words);
+    slider_->setAccessibleDescription(words);
+    slider_->update();
+}
+
+} // namespace lumo

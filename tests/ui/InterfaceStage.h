@@ -1,0 +1,32 @@
+#pragma once
+
+#include "ScriptedDesktop.h"
+#include "presentation/UserInterface.h"
+#include "settings/SettingsStore.h"
+#include "support/NotificationCenter.h"
+#include "windows/PermissionManager.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace lumo::test {
+
+// What the views are given, on a scripted desktop with a few applications, and what they asked for.
+struct InterfaceStage {
+    InterfaceStage();
+
+    SettingsModel settingsModel();
+
+    ScriptedDesktop desktop;
+    SettingsStore settings{desktop.platform().userDefaults};
+    NotificationCenter notifications;
+    PermissionManager permission{desktop.platform(), notifications};
+    Published<SettingsTab> selectedTab{SettingsTab::general};
+    std::vector<std::string> actions; // of the popover's rows and the Rules page, by their names
+    std::vector<std::optional<CoverAppChoice>> chosenCovers;
+    std::unique_ptr<StatusMenu> menu;
+};
+
+} // namespace lumo::test
