@@ -6,6 +6,7 @@
 #include "input/MouseShakeToggleManager.h"
 #include "platform/x11/Connection.h"
 #include "platform/x11/GlibMainLoop.h"
+#include "platform/x11/SingleInstance.h"
 #include "platform/x11/X11Backend.h"
 #include "settings/SettingsStore.h"
 #include "support/Log.h"
@@ -73,7 +74,8 @@ void measureEvents() {
     x11::GlibMainLoop loop;
     Log log([](std::string_view) {});
     const auto connection = x11::Connection::open(desktop.displayName().c_str());
-    x11::X11Backend backend(*connection, loop, log);
+    const auto instance = x11::SingleInstance::claim(*connection);
+    x11::X11Backend backend(*connection, *instance, loop, log, [] {});
     SettingsStore settings(backend.platform().userDefaults);
     MouseShakeToggleManager shake(backend.platform(), settings);
     int shakes = 0;

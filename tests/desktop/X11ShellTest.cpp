@@ -135,7 +135,7 @@ class StatusItemTest : public testing::Test {
     GlibMainLoop loop;
     std::unique_ptr<Connection> connection = Connection::open(desktop.displayName().c_str());
     Handle watch = loop.watch(*connection, [] { FAIL() << "the server is gone"; });
-    X11Screens screens{*connection};
+    X11Screens screens{*connection, loop};
     std::unique_ptr<X11StatusItem> item;
     Handle clicks;
     std::vector<StatusItemPlace> places;
