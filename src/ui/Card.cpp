@@ -21,6 +21,7 @@ Card::Card()
     : rows_(new QVBoxLayout(this)) {
     rows_->setContentsMargins(0, 0, 0, 0);
     rows_->setSpacing(0);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
 }
 
 void Card::addRow(QWidget *row) {
@@ -50,6 +51,7 @@ SettingsRow::SettingsRow(std::string_view title, std::string_view note, QWidget 
     , lines_(new QVBoxLayout(this)) {
     lines_->setContentsMargins(rowMargin, rowPadding, rowMargin, rowPadding);
     lines_->setSpacing(spacing::small);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
     auto *texts = new QVBoxLayout;
     texts->setSpacing(3);
     auto *titleLabel = makeLabel(title, TextStyle::body);

@@ -55,7 +55,7 @@ GuidedAccessView::GuidedAccessView(const Platform &platform, PermissionManager &
     , permissionManager_(permissionManager)
     , recheck_(new Button("I Granted Access, Continue", Button::Kind::bordered, symbol::reload))
     , state_(centred(makeNote({}))) {
-    resize(size);
+    resize(contentSize);
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(spacing::page, spacing::page, spacing::page, spacing::section);
     column->setSpacing(spacing::medium);

@@ -24,7 +24,7 @@ struct PermissionRow {
 // closes its window.
 class GuidedAccessView final : public QWidget {
   public:
-    static constexpr QSize size{400, 480};
+    static constexpr QSize contentSize{400, 480};
 
     // The manager outlives the view.
     GuidedAccessView(const Platform &platform, PermissionManager &permissionManager);

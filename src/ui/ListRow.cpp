@@ -15,7 +15,7 @@ namespace lumo {
 
 namespace {
 
-constexpr int margin = 10;
+constexpr int margin = 12;
 constexpr int symbolSize = 17;
 constexpr int checkSize = 13;
 

@@ -39,7 +39,9 @@ void MenuItemView::textsChanged() {
     setAccessibleName(text());
     setAccessibleDescription(shortcut_.isEmpty() ? subtitle_
                                                  : subtitle_ + QLatin1Char(' ') + shortcut_);
-    const bool fits = menuRow::textsFit(textWidth(), text(), subtitle_);
+    const bool fits =
+        QFontMetrics(fontOf(TextStyle::body)).horizontalAdvance(text()) <= titleWidth() &&
+        QFontMetrics(fontOf(TextStyle::caption)).horizontalAdvance(subtitle_) <= subtitleWidth();
     setToolTip(fits                  ? QString()
                : subtitle_.isEmpty() ? text()
                                      : text() + QLatin1Char('\n') + subtitle_);
@@ -52,17 +54,23 @@ void MenuItemView::resizeEvent(QResizeEvent *event) {
     textsChanged();
 }
 
-int MenuItemView::textWidth() const {
+int MenuItemView::titleWidth() const {
     const int whole = width() - 2 * menuRow::horizontalPadding;
-    if (shortcut_.isEmpty()) {
-        return whole;
-    }
-    return whole - spacing::medium -
-           QFontMetrics(fontOf(TextStyle::note)).horizontalAdvance(shortcut_);
+    return shortcut_.isEmpty()
+               ? whole
+               : whole - spacing::medium -
+                     QFontMetrics(fontOf(TextStyle::note)).horizontalAdvance(shortcut_);
+}
+
+// The shortcut stands in the middle of the row's end, unless a long subtitle needs the room: then
+// on the title's line.
+int MenuItemView::subtitleWidth() const {
+    const int wanted = QFontMetrics(fontOf(TextStyle::caption)).horizontalAdvance(subtitle_);
+    return wanted <= titleWidth() ? titleWidth() : width() - 2 * menuRow::horizontalPadding;
 }
 
 QSize MenuItemView::sizeHint() const {
-    return {2 * menuRow::horizontalPadding, menuRow::height(!subtitle_.isEmpty())};
+    return {2 * menuRow::horizontalPadding, menuRow::height(subtitle_.isEmpty() ? 0 : 1)};
 }
 
 QSize MenuItemView::minimumSizeHint() const {
@@ -81,12 +89,16 @@ void MenuItemView::keyPressEvent(QKeyEvent *event) {
 void MenuItemView::paintEvent(QPaintEvent * /*event*/) {
     QPainter painter(this);
     menuRow::paintHighlight(painter, *this, isDown());
-    menuRow::paintTexts(painter, *this, textWidth(), text(), subtitle_);
+    menuRow::paintTexts(painter, *this, titleWidth(), text(),
+                        subtitle_.isEmpty() ? QStringList() : QStringList(subtitle_),
+                        subtitleWidth());
     if (!shortcut_.isEmpty()) {
         painter.setFont(fontOf(TextStyle::note));
         painter.setPen(palette().color(QPalette::Active, role::secondaryText));
-        const auto area =
-            rect().adjusted(menuRow::horizontalPadding, 0, -menuRow::horizontalPadding, 0);
+        QRect area = rect().adjusted(menuRow::horizontalPadding, 0, -menuRow::horizontalPadding, 0);
+        if (subtitleWidth() > titleWidth()) {
+            area.setHeight(menuRow::height(0));
+        }
         painter.drawText(
             area,
             static_cast<int>(QStyle::visualAlignment(layoutDirection(), Qt::AlignRight)) |

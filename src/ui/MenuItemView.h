@@ -28,7 +28,8 @@ class MenuItemView final : public QPushButton {
 
   private:
     void textsChanged();
-    int textWidth() const;
+    int titleWidth() const;
+    int subtitleWidth() const;
 
     QString subtitle_;
     QString shortcut_;

@@ -21,9 +21,9 @@ int lineHeight(TextStyle style) {
 
 } // namespace
 
-int height(bool hasSubtitle) {
-    const int title = lineHeight(TextStyle::body);
-    return 2 * verticalPadding + title + (hasSubtitle ? lineHeight(TextStyle::caption) : 0);
+int height(int subtitleLines) {
+    return 2 * verticalPadding + lineHeight(TextStyle::body) +
+           subtitleLines * lineHeight(TextStyle::caption);
 }
 
 void paintHighlight(QPainter &painter, const QWidget &row, bool isDown) {
@@ -41,35 +41,28 @@ void paintHighlight(QPainter &painter, const QWidget &row, bool isDown) {
     }
 }
 
-void paintTexts(QPainter &painter, const QWidget &row, int width, const QString &title,
-                const QString &subtitle) {
-    // The row says itself how it looks when disabled.
-    const auto color = [&row](QPalette::ColorRole role) {
-        return row.palette().color(QPalette::Active, role);
-    };
-    const auto line = [&](const QString &text, TextStyle style, int top, const QColor &textColor) {
+void paintTexts(QPainter &painter, const QWidget &row, int titleWidth, const QString &title,
+                const QStringList &subtitle, int subtitleWidth) {
+    int top = (row.height() - height(static_cast<int>(subtitle.size()))) / 2 + verticalPadding;
+    const auto line = [&](const QString &text, TextStyle style, int width,
+                          QPalette::ColorRole color) {
         const QFont font = fontOf(style);
         const QFontMetrics metrics(font);
         painter.setFont(font);
-        painter.setPen(textColor);
+        // The row says itself how it looks when disabled.
+        painter.setPen(row.palette().color(QPalette::Active, color));
         const QRect area(horizontalPadding, top, width, metrics.height());
         painter.drawText(
             QStyle::visualRect(row.layoutDirection(), row.rect(), area),
             static_cast<int>(QStyle::visualAlignment(row.layoutDirection(), Qt::AlignLeft)) |
                 Qt::AlignTop | Qt::TextSingleLine,
             metrics.elidedText(text, Qt::ElideRight, width));
+        top += metrics.height();
     };
-    const int top = (row.height() - height(!subtitle.isEmpty())) / 2 + verticalPadding;
-    line(title, TextStyle::body, top, color(role::text));
-    if (!subtitle.isEmpty()) {
-        line(subtitle, TextStyle::caption, top + lineHeight(TextStyle::body),
-             color(role::secondaryText));
+    line(title, TextStyle::body, titleWidth, role::text);
+    for (const auto &part : subtitle) {
+        line(part, TextStyle::caption, subtitleWidth, role::secondaryText);
     }
-}
-
-bool textsFit(int width, const QString &title, const QString &subtitle) {
-    return QFontMetrics(fontOf(TextStyle::body)).horizontalAdvance(title) <= width &&
-           QFontMetrics(fontOf(TextStyle::caption)).horizontalAdvance(subtitle) <= width;
 }
 
 bool movesBetweenRows(const QKeyEvent &event) {

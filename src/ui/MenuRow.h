@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 class QPainter;
 class QKeyEvent;
@@ -15,18 +16,15 @@ namespace menuRow {
 inline constexpr int horizontalPadding = 12;
 inline constexpr int verticalPadding = 8;
 
-// In points, of a row with or without a subtitle.
-int height(bool hasSubtitle);
+// In points, of a row with this many lines below its title.
+int height(int subtitleLines);
 
 void paintHighlight(QPainter &painter, const QWidget &row, bool isDown);
 
-// The title over the subtitle, if any, in an area that starts at the row's first padding and has
-// this width.
-void paintTexts(QPainter &painter, const QWidget &row, int width, const QString &title,
-                const QString &subtitle);
-
-// Whether both texts fit this width.
-bool textsFit(int width, const QString &title, const QString &subtitle);
+// The title over the lines of the subtitle, from the row's first padding on. What is wider than it
+// may be ends in an ellipsis.
+void paintTexts(QPainter &painter, const QWidget &row, int titleWidth, const QString &title,
+                const QStringList &subtitle, int subtitleWidth);
 
 // Keys by which one goes from row to row; they are the menu's, not the row's.
 bool movesBetweenRows(const QKeyEvent &event);

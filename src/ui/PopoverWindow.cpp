@@ -8,6 +8,7 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QWindow>
+#include <utility>
 
 namespace lumo {
 
@@ -17,7 +18,7 @@ PopoverWindow::PopoverWindow(const Platform &platform, StatusMenu &menu, bool is
     , view_(new StatusMenuView(menu, platform.mainLoop)) {
     setAttribute(Qt::WA_TranslucentBackground, isRounded);
     setWindowTitle(QStringLiteral("Lumo"));
-    setFixedSize(StatusMenuView::size);
+    setFixedSize(StatusMenuView::contentSize);
     view_->setParent(this);
     view_->setRounded(isRounded);
     view_->move(0, 0);
@@ -61,7 +62,7 @@ void PopoverWindow::mousePressEvent(QMouseEvent *event) {
 }
 
 void PopoverWindow::mouseReleaseEvent(QMouseEvent *event) {
-    if (isPressedOutside_ && event->buttons() == Qt::NoButton) {
+    if (event->buttons() == Qt::NoButton && std::exchange(isPressedOutside_, false)) {
         onDismiss();
     }
 }

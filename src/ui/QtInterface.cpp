@@ -118,7 +118,7 @@ class QtInterface::StatusPopover final : public Popover {
         window_ = std::make_unique<PopoverWindow>(interface_.platform_, menu_,
                                                   hooks.blendsWindows && hooks.blendsWindows());
         window_->onDismiss = [this] { close(); };
-        window_->open(popoverArea(anchorOf(place), StatusMenuView::size));
+        window_->open(popoverArea(anchorOf(place), StatusMenuView::contentSize));
     }
 
     void close() override {
@@ -136,7 +136,7 @@ class QtInterface::StatusPopover final : public Popover {
         }
         const auto &screens = interface_.platform_.screens.screens();
         if (screens.empty() || toolkitScreens.empty()) {
-            return {QRect(QCursor::pos(), QSize()), QRect(QPoint(), StatusMenuView::size)};
+            return {QRect(QCursor::pos(), QSize()), QRect(QPoint(), StatusMenuView::contentSize)};
         }
         return toolkitPlace(place, screens, toolkitScreens);
     }

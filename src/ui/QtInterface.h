@@ -19,11 +19,11 @@ class Appearance;
 // out.
 struct ToolkitHooks {
     // The toolkit's name for the window system, as "xcb"; its own choice when empty.
-    std::string windowSystem;
+    std::string windowSystem = {};
     // Sees each native event before the toolkit does; true drops the event.
-    std::function<bool(const void *nativeEvent)> handleNativeEvent;
+    std::function<bool(const void *nativeEvent)> handleNativeEvent = {};
     // Whether the desktop blends windows, so that a window may be translucent.
-    std::function<bool()> blendsWindows;
+    std::function<bool()> blendsWindows = {};
     Appearance *appearance = nullptr; // outlives the interface
 };
 

@@ -70,7 +70,7 @@ RuleListView::RuleListView(const Platform &platform, SettingsStore &settings)
     auto *add = new Button("Add App...", Button::Kind::bordered, symbol::add);
     QObject::connect(add, &QPushButton::clicked, this, [this] { chooseApp(); });
     auto *top = new QHBoxLayout;
-    top->setContentsMargins(8, 0, 8, 0);
+    top->setContentsMargins(8, 0, 12, 0);
     top->setSpacing(spacing::medium);
     top->addWidget(search_, 1);
     top->addWidget(add);

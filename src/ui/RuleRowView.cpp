@@ -39,12 +39,13 @@ QRect RuleRowView::removeArea(const QStyleOptionViewItem &option) {
 }
 
 QRect RuleRowView::switchArea(const QStyleOptionViewItem &option) {
-    return placed(option, spacing::medium + removeSize + spacing::medium, Switch::size);
+    return placed(option, spacing::medium + removeSize + spacing::medium, Switch::trackSize);
 }
 
 QRect RuleRowView::textArea(const QStyleOptionViewItem &option,
                             const QModelIndex & /*index*/) const {
-    const int controls = 2 * spacing::medium + removeSize + Switch::size.width() + spacing::large;
+    const int controls =
+        2 * spacing::medium + removeSize + Switch::trackSize.width() + spacing::large;
     return QStyle::visualRect(option.direction, option.rect,
                               option.rect.adjusted(margin, 0, -controls, 0));
 }

@@ -107,7 +107,9 @@ QWidget *RulesSettingsView::makeCoverAppButtons() {
         refreshAvailableApps();
         showCoverApp();
     });
-    return makeRow({useFrontmost, refresh});
+    auto *buttons = makeRow({useFrontmost, refresh});
+    buttons->layout()->setContentsMargins(0, 6, 0, 2);
+    return buttons;
 }
 
 QWidget *RulesSettingsView::makeConflictHint() {

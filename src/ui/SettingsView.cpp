@@ -42,7 +42,7 @@ SettingsView::SettingsView(const SettingsModel &model)
     : model_(model)
     , sidebar_(new QListWidget)
     , pages_(new QStackedWidget) {
-    resize(size);
+    resize(contentSize);
     auto *row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(0);

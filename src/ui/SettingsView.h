@@ -15,7 +15,7 @@ namespace lumo {
 // made when it is first selected.
 class SettingsView final : public QWidget {
   public:
-    static constexpr QSize size{800, 540};
+    static constexpr QSize contentSize{800, 540};
     static constexpr int sidebarWidth = 170;
 
     explicit SettingsView(const SettingsModel &model);

@@ -50,6 +50,12 @@ QVBoxLayout *makeColumn(QWidget *widget) {
     return column;
 }
 
+// Leaves the arrow keys to the menu, which goes from row to row with them.
+class RowsArea final : public QScrollArea {
+  protected:
+    void keyPressEvent(QKeyEvent *event) override { event->ignore(); }
+};
+
 // Rows with lines between them, which scroll where they do not fit.
 QWidget *makeRows(const std::vector<QWidget *> &rows) {
     auto *content = new QWidget;
@@ -61,7 +67,7 @@ QWidget *makeRows(const std::vector<QWidget *> &rows) {
         column->addWidget(row);
     }
     column->addStretch();
-    auto *area = new QScrollArea;
+    auto *area = new RowsArea;
     area->setFrameShape(QFrame::NoFrame);
     area->setWidgetResizable(true);
     area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -96,9 +102,9 @@ class StatusMenuView::StateDot final : public QWidget {
 StatusMenuView::StatusMenuView(StatusMenu &menu, MainLoop &mainLoop)
     : menu_(menu)
     , bindings_(menu.settings(), mainLoop) {
-    setFixedSize(size);
+    setFixedSize(contentSize);
     setAccessibleName(QStringLiteral("Lumo"));
-    setFocusPolicy(Qt::StrongFocus);
+    setFocusPolicy(Qt::ClickFocus); // has the focus until the user goes to a row
     auto *column = makeColumn(this);
     column->setContentsMargins(1, 1, 1, 1);
     pages_ = new QStackedWidget;

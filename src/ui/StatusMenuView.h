@@ -20,7 +20,7 @@ class ToggleRowView;
 // What the popover shows: three pages, of which one is there at a time. Follows the menu.
 class StatusMenuView final : public QWidget {
   public:
-    static constexpr QSize size{260, 300};
+    static constexpr QSize contentSize{260, 300};
 
     // The menu and the main loop outlive the view.
     StatusMenuView(StatusMenu &menu, MainLoop &mainLoop);

@@ -84,7 +84,7 @@ void Switch::keyPressEvent(QKeyEvent *event) {
 
 void Switch::paintEvent(QPaintEvent * /*event*/) {
     QPainter painter(this);
-    const QRectF area = QStyle::alignedRect(layoutDirection(), Qt::AlignCenter, size, rect());
+    const QRectF area = QStyle::alignedRect(layoutDirection(), Qt::AlignCenter, trackSize, rect());
     const double onness = knob_.currentValue().toDouble();
     const double position = isRightToLeft() ? 1 - onness : onness;
     paintSwitch(painter, area, position, onness, palette(), isEnabled());

@@ -17,12 +17,12 @@ void paintSwitch(QPainter &painter, const QRectF &area, double position, double 
 // A switch, without a text beside it: give it an accessible name.
 class Switch final : public QCheckBox {
   public:
-    static constexpr QSize size{38, 22};
+    static constexpr QSize trackSize{38, 22};
 
     Switch();
 
-    QSize sizeHint() const override { return size; }
-    QSize minimumSizeHint() const override { return size; }
+    QSize sizeHint() const override { return trackSize; }
+    QSize minimumSizeHint() const override { return trackSize; }
 
   protected:
     void paintEvent(QPaintEvent *event) override;

@@ -150,12 +150,14 @@ Shape raisedHand() {
 }
 
 Shape pointingHand() {
-    const auto upright = fingers(
-        {{6.4, 1.2, 3.3, 14}, {10, 9.2, 2.9, 6}, {13.2, 9.6, 2.9, 6}, {16.3, 10.4, 2.7, 6}});
+    const auto upright =
+        fingers({{6, -4.4, 3.4, 19}, {9.9, 7.6, 2.8, 7}, {13.1, 8.1, 2.8, 7}, {16.3, 9, 2.7, 7}});
+    constexpr double share = 0.9; // of the size of the raised hand
     QTransform turn;
-    turn.translate(12, 12);
+    turn.translate(12.6, 12.6);
     turn.rotate(-40);
-    turn.translate(-11.4, -11.4);
+    turn.scale(share, share);
+    turn.translate(-10.6, -9.6);
     return {.filled = turn.map(upright.united(palm()).united(thumb())), .stroked = {}};
 }
 

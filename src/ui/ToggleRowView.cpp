@@ -8,15 +8,28 @@
 #include <QKeyEvent>
 #include <QPainter>
 #include <QStyle>
+#include <QTextLayout>
 
 namespace lumo {
+
+namespace {
+
+constexpr int mostLines = 2;
+
+int textWidthOf(int width) {
+    return width - 2 * menuRow::horizontalPadding - Switch::trackSize.width() - spacing::medium;
+}
+
+} // namespace
 
 ToggleRowView::ToggleRowView(std::string_view title)
     : QCheckBox(toQString(title)) {
     setAccessibleName(text());
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_Hover);
-    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    policy.setHeightForWidth(true);
+    setSizePolicy(policy);
 }
 
 void ToggleRowView::setSubtitle(const std::optional<std::string> &subtitle) {
@@ -27,10 +40,30 @@ void ToggleRowView::setSubtitle(const std::optional<std::string> &subtitle) {
     update();
 }
 
+// The subtitle as it is shown at this width; the last line ends in an ellipsis where it does not
+// fit.
+QStringList ToggleRowView::subtitleLines(int width) const {
+    const QFont font = fontOf(TextStyle::caption);
+    QTextLayout layout(subtitle_, font);
+    QStringList lines;
+    layout.beginLayout();
+    for (auto line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+        line.setLineWidth(textWidthOf(width));
+        if (lines.size() == mostLines - 1) {
+            lines.append(QFontMetrics(font).elidedText(subtitle_.mid(line.textStart()),
+                                                       Qt::ElideRight, textWidthOf(width)));
+            break;
+        }
+        lines.append(subtitle_.mid(line.textStart(), line.textLength()).trimmed());
+    }
+    layout.endLayout();
+    return lines;
+}
+
 void ToggleRowView::updateToolTip() {
-    setToolTip(menuRow::textsFit(textWidth(), text(), subtitle_)
-                   ? QString()
-                   : text() + QLatin1Char('\n') + subtitle_);
+    const auto lines = subtitleLines(width());
+    const bool fits = lines.isEmpty() || subtitle_.endsWith(lines.last());
+    setToolTip(fits ? QString() : subtitle_);
 }
 
 void ToggleRowView::resizeEvent(QResizeEvent *event) {
@@ -38,13 +71,12 @@ void ToggleRowView::resizeEvent(QResizeEvent *event) {
     updateToolTip();
 }
 
-int ToggleRowView::textWidth() const {
-    return width() - 2 * menuRow::horizontalPadding - Switch::size.width() - spacing::medium;
+int ToggleRowView::heightForWidth(int width) const {
+    return menuRow::height(static_cast<int>(subtitleLines(width).size()));
 }
 
 QSize ToggleRowView::sizeHint() const {
-    return {2 * menuRow::horizontalPadding + Switch::size.width(),
-            menuRow::height(!subtitle_.isEmpty())};
+    return {2 * menuRow::horizontalPadding + Switch::trackSize.width(), heightForWidth(width())};
 }
 
 QSize ToggleRowView::minimumSizeHint() const {
@@ -64,10 +96,11 @@ void ToggleRowView::keyPressEvent(QKeyEvent *event) {
 void ToggleRowView::paintEvent(QPaintEvent * /*event*/) {
     QPainter painter(this);
     menuRow::paintHighlight(painter, *this, isDown());
-    menuRow::paintTexts(painter, *this, textWidth(), text(), subtitle_);
-    const QRect area(width() - menuRow::horizontalPadding - Switch::size.width(),
-                     (height() - Switch::size.height()) / 2, Switch::size.width(),
-                     Switch::size.height());
+    menuRow::paintTexts(painter, *this, textWidthOf(width()), text(), subtitleLines(width()),
+                        textWidthOf(width()));
+    const QRect area(width() - menuRow::horizontalPadding - Switch::trackSize.width(),
+                     (height() - Switch::trackSize.height()) / 2, Switch::trackSize.width(),
+                     Switch::trackSize.height());
     const double onness = isChecked() ? 1 : 0;
     paintSwitch(painter, QStyle::visualRect(layoutDirection(), rect(), area),
                 isRightToLeft() ? 1 - onness : onness, onness, palette(), isEnabled());

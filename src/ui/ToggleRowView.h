@@ -7,8 +7,8 @@
 
 namespace lumo {
 
-// One row of the popover with a switch at its end: a title and maybe a subtitle. All of the row
-// turns the switch.
+// One row of the popover with a switch at its end: a title and maybe a subtitle of up to two lines.
+// All of the row turns the switch.
 class ToggleRowView final : public QCheckBox {
   public:
     explicit ToggleRowView(std::string_view title);
@@ -17,6 +17,8 @@ class ToggleRowView final : public QCheckBox {
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
+    bool hasHeightForWidth() const override { return true; }
+    int heightForWidth(int width) const override;
 
   protected:
     void paintEvent(QPaintEvent *event) override;
@@ -25,7 +27,7 @@ class ToggleRowView final : public QCheckBox {
     bool hitButton(const QPoint &position) const override { return rect().contains(position); }
 
   private:
-    int textWidth() const;
+    QStringList subtitleLines(int width) const;
     void updateToolTip();
 
     QString subtitle_;

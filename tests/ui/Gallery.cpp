@@ -41,16 +41,16 @@ std::unique_ptr<QWidget> makeSettings(InterfaceStage &stage, SettingsTab tab) {
     auto view = std::make_unique<SettingsView>(stage.settingsModel());
     stage.desktop.mainLoop.runPosted();
     view->ensurePolished();
-    int height = SettingsView::size.height();
+    int height = SettingsView::contentSize.height();
     for (auto *page : view->findChildren<QScrollArea *>()) {
         if (page->widget() != nullptr) {
-            const int width = SettingsView::size.width() - SettingsView::sidebarWidth;
+            const int width = SettingsView::contentSize.width() - SettingsView::sidebarWidth;
             height = std::max(height, page->widget()->layout()->hasHeightForWidth()
                                           ? page->widget()->layout()->heightForWidth(width)
                                           : page->widget()->sizeHint().height());
         }
     }
-    view->resize(SettingsView::size.width(), height);
+    view->resize(SettingsView::contentSize.width(), height);
     return view;
 }
 

@@ -1,0 +1,331 @@
+#include "InterfaceStage.h"
+#include "Looking.h"
+#include "RunningInterface.h"
+#include "ui/GuidedAccessView.h"
+#include "ui/MenuItemView.h"
+#include "ui/PopoverWindow.h"
+#include "ui/ScreenPlaces.h"
+#include "ui/StatusMenuView.h"
+#include "ui/Symbols.h"
+#include "ui/Theme.h"
+#include "ui/ToggleRowView.h"
+
+#include <gmock/gmock.h>
+
+#include <QApplication>
+#include <QImage>
+#include <QListView>
+#include <QPushButton>
+#include <QTest>
+#include <clocale>
+#include <cmath>
+#include <memory>
+
+namespace lumo {
+namespace {
+
+using test::control;
+using test::readControls;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class PopoverTest : public testing::Test {
+  protected:
+    PopoverTest() {
+        stage.menu->prepareToShow();
+        window = std::make_unique<PopoverWindow>(stage.desktop.platform(), *stage.menu, true);
+        window->onDismiss = [this] { ++dismissals; };
+        window->setAttribute(Qt::WA_DontShowOnScreen);
+        window->open({0, 0, 260, 300});
+        settle();
+    }
+    void settle() {
+        stage.desktop.mainLoop.runPosted();
+        QApplication::processEvents();
+    }
+    void press(std::initializer_list<Qt::Key> keys) {
+        for (const auto key : keys) {
+            QTest::keyClick(window->focusWidget(), key);
+            settle();
+        }
+    }
+    std::string focused() const {
+        const auto *widget = window->focusWidget();
+        return widget->accessibleName().toStdString();
+    }
+
+    test::InterfaceStage stage;
+    std::unique_ptr<PopoverWindow> window;
+    int dismissals = 0;
+};
+
+TEST_F(PopoverTest, OffersItsRowsInOrderAndFollowsTheSettings) {
+    EXPECT_EQ(window->size(), QSize(260, 300));
+    EXPECT_THAT(readControls(*window),
+                ElementsAre("Turn Lumo On", "Peek Mode", "Set Cover to Frontmost",
+                            "Choose Cover App", "Check for Updates", "Settings", "Quit Lumo"));
+    stage.settings.isEnabled.set(true);
+    stage.settings.privacyCoverEnabled.set(true);
+    stage.settings.privacyCoverRuntimeStatus.set("No Cover App selected");
+    settle();
+    EXPECT_THAT(test::readTexts(*window), ElementsAre("Lumo is On", "No Cover App selected"));
+    EXPECT_EQ(control<MenuItemView>(*window, "Peek Mode").accessibleDescription(),
+              "Temporary reveal (does not turn Lumo off)");
+    EXPECT_EQ(control<MenuItemView>(*window, "Set Cover to Frontmost").accessibleDescription(),
+              "Enable Privacy Cover with current app ⌘⌥C");
+
+    control<QPushButton>(*window, "Fix Now").click();
+    settle();
+    EXPECT_THAT(readControls(*window),
+                ElementsAre("Back", "Clear selected cover app", "Running apps"));
+}
+
+TEST_F(PopoverTest, IsWorkedByTheKeyboardAlone) {
+    press({Qt::Key_Down, Qt::Key_Return});
+    press({Qt::Key_Down, Qt::Key_Space, Qt::Key_Tab, Qt::Key_Return, Qt::Key_Up, Qt::Key_Up,
+           Qt::Key_Up, Qt::Key_Return});
+    EXPECT_THAT(stage.actions, ElementsAre("toggle", "peek", "setCover", "quit"));
+
+    press({Qt::Key_Up, Qt::Key_Return});
+    EXPECT_EQ(focused(), "Back") << "on the settings page";
+    press({Qt::Key_Down, Qt::Key_Return, Qt::Key_Down, Qt::Key_Return});
+    EXPECT_TRUE(stage.settings.privacyCoverEnabled.value());
+    EXPECT_FALSE(stage.settings.mouseShakeToggleEnabled.value());
+    stage.actions.clear();
+    press({Qt::Key_Down, Qt::Key_Return, Qt::Key_Down, Qt::Key_Return});
+    EXPECT_THAT(stage.actions, ElementsAre("shortcuts", "settings"));
+    press({Qt::Key_Left});
+    EXPECT_EQ(stage.menu->page(), StatusMenu::Page::main);
+
+    stage.menu->chooseCoverApp();
+    settle();
+    control<QListView>(*window, "Running apps").setFocus();
+    press({Qt::Key_Home, Qt::Key_Down, Qt::Key_Down, Qt::Key_Return});
+    ASSERT_EQ(stage.chosenCovers.size(), 1);
+    EXPECT_EQ(stage.chosenCovers[0]->displayName, "Calendar") << "after None and Browser";
+    EXPECT_EQ(stage.menu->page(), StatusMenu::Page::main);
+    EXPECT_EQ(dismissals, 0);
+    press({Qt::Key_Escape});
+    EXPECT_EQ(dismissals, 1);
+}
+
+TEST_F(PopoverTest, NoneStandsFirstAndTheCoverAppIsMarkedAmongThreeHundred) {
+    for (int number = 0; number < 300; ++number) {
+        const auto process = stage.desktop.launch("Zed " + std::to_string(number),
+                                                  "org.example.Zed" + std::to_string(number));
+        stage.desktop.openWindow(process, {0, 0, 200, 200});
+    }
+    const auto before = window->findChildren<QWidget *>().size();
+    stage.settings.privacyCoverBundleID.set("org.example.Editor");
+    control<QPushButton>(*window, "Choose Cover App").click();
+    settle();
+    auto &list = control<QListView>(*window, "Running apps");
+    EXPECT_LE(list.height(), 260);
+    EXPECT_EQ(list.model()->rowCount(), 308);
+    EXPECT_EQ(window->findChildren<QWidget *>().size(), before);
+    EXPECT_EQ(list.model()->index(0, 0).data(), "None");
+    QTest::mouseClick(list.viewport(), Qt::LeftButton, {},
+                      list.visualRect(list.model()->index(0, 0)).center());
+    ASSERT_EQ(stage.chosenCovers.size(), 1);
+    EXPECT_FALSE(stage.chosenCovers[0]);
+}
+
+TEST_F(PopoverTest, GoesWhenTheUserActsElsewhere) {
+    // Only with the release, so that the item's owner never sees half a click.
+    QTest::mousePress(window.get(), Qt::RightButton, {}, {400, 100});
+    EXPECT_EQ(dismissals, 0);
+    QTest::mouseRelease(window.get(), Qt::RightButton, {}, {400, 100});
+    EXPECT_EQ(dismissals, 1);
+    QTest::mouseRelease(window.get(), Qt::RightButton, {}, {400, 100});
+    EXPECT_EQ(dismissals, 1) << "the release of the click that opened it";
+
+    const auto other = stage.desktop.launch("Other", "org.example.Other");
+    stage.desktop.focusApplication(other);
+    EXPECT_EQ(dismissals, 1) << "a panel that was clicked on";
+    stage.desktop.advance(1);
+    stage.desktop.focusApplication(std::nullopt);
+    EXPECT_EQ(dismissals, 2);
+}
+
+TEST_F(PopoverTest, NoTextIsClippedAtAnyScale) {
+    stage.settings.privacyCoverEnabled.set(true);
+    stage.settings.privacyCoverRuntimeStatus.set("The Cover App is unavailable");
+    for (const double scale : {1.0, 1.25, 1.5, 2.0}) {
+        EXPECT_THAT(test::clippedTexts(*window, scale), IsEmpty());
+    }
+    stage.menu->showSettings();
+    settle();
+    for (const auto *row : window->findChildren<ToggleRowView *>()) {
+        EXPECT_TRUE(row->toolTip().isEmpty()) << row->text().toStdString() << " is shown whole";
+    }
+}
+
+TEST(PopoverPlacement, IsWhollyOnTheScreenOfTheItem) {
+    // Two screens side by side, the right one main and lower by 200 pixels, at one and a half
+    // pixels a point.
+    const std::vector<Screen> screens{{1, {1280, 0, 1280, 720}, 1.5},
+                                      {2, {0, 200 / 1.5, 1280, 720}, 1.5}};
+    const std::vector<ToolkitScreen> toolkit{{{0, 0, 1280, 720}, 1.5},
+                                             {{1920, 200, 1280, 720}, 1.5}};
+    struct Case {
+        const char *name;
+        StatusItemPlace place;
+        QRect expected;
+    };
+    const auto at = [](double x, double y) { return StatusItemPlace{{}, {x, y}}; };
+    const auto item = [](double x, double y) {
+        return StatusItemPlace{Rect{x, y, 20, 20}, {x, y}};
+    };
+    for (const auto &[name, place, expected] : {
+             Case{"below an item of a panel at the top",
+                  item(1580, 700),
+                  {1920 + 300 + 10 - 130, 200 + 20 + 4, 260, 300}},
+             Case{"above an item of a panel at the bottom",
+                  item(1680, 0),
+                  {1920 + 400 + 10 - 130, 200 + 700 - 4 - 300, 260, 300}},
+             Case{"pushed in from the right edge",
+                  item(2540, 700),
+                  {1920 + 1280 - 260, 224, 260, 300}},
+             Case{"on the left screen", at(100, 720 + 200 / 1.5), {0, 4, 260, 300}},
+             Case{"at a pointer in the corner", at(1280, 0), {1920, 200 + 720 - 4 - 300, 260, 300}},
+         }) {
+        EXPECT_EQ(popoverArea(toolkitPlace(place, screens, toolkit), {260, 300}), expected) << name;
+    }
+    const ToolkitPlace tiny{{10, 10, 4, 4}, {0, 0, 200, 200}};
+    EXPECT_EQ(popoverArea(tiny, {260, 300}).topLeft(), QPoint(0, 0));
+}
+
+// The contrast of two colours by the W3C's accessibility guidelines.
+double contrast(const QColor &one, const QColor &other) {
+    const auto luminance = [](const QColor &color) {
+        const auto linear = [](double part) {
+            return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+        };
+        return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
+               0.0722 * linear(color.blueF());
+    };
+    const auto [dark, light] = std::minmax(luminance(one), luminance(other));
+    return (light + 0.05) / (dark + 0.05);
+}
+
+TEST(Theme, TextStandsOutFromWhatItStandsOn) {
+    const auto surfaces = {role::window,  role::sidebar, role::card,
+                           role::control, role::hovered, role::pressed};
+    for (const auto scheme : {ColorScheme::light, ColorScheme::dark}) {
+        const auto palette = makePalette(scheme);
+        for (const auto text : {role::text, role::secondaryText, role::accentText}) {
+            for (const auto surface : surfaces) {
+                EXPECT_GE(contrast(palette.color(text), palette.color(surface)), 4.5)
+                    << static_cast<int>(scheme) << ' ' << text << " on " << surface;
+            }
+        }
+        for (const auto text : {role::warningText, role::recording}) {
+            EXPECT_GE(contrast(palette.color(text), palette.color(role::card)), 4.5) << text;
+        }
+        EXPECT_GE(contrast(palette.color(role::textOnAccent), palette.color(role::accent)), 4.5);
+        EXPECT_GE(contrast(palette.color(role::switchedOff), palette.color(role::card)), 3)
+            << "a control against its surroundings";
+        EXPECT_GE(contrast(Qt::white, palette.color(role::switchedOff)), 3) << "its knob";
+        EXPECT_EQ(schemeOf(palette), scheme);
+    }
+}
+
+TEST(Symbols, AllAreDrawnWithinTheirArea) {
+    for (const auto name : symbol::all) {
+        for (const double scale : {1.0, 1.25, 1.5, 2.0}) {
+            QImage image(static_cast<int>(40 * scale), static_cast<int>(40 * scale),
+                         QImage::Format_ARGB32_Premultiplied);
+            image.setDevicePixelRatio(scale);
+            image.fill(Qt::transparent);
+            QPainter painter(&image);
+            paintSymbol(painter, name, {10, 10, 20, 20}, Qt::black);
+            painter.end();
+            int inside = 0;
+            int outside = 0;
+            for (int y = 0; y < image.height(); ++y) {
+                for (int x = 0; x < image.width(); ++x) {
+                    const bool isIn =
+                        QRectF(9.5, 9.5, 21, 21).contains(QPointF(x + 0.5, y + 0.5) / scale);
+                    (isIn ? inside : outside) += qAlpha(image.pixel(x, y)) > 0 ? 1 : 0;
+                }
+            }
+            EXPECT_GT(inside, 20) << name;
+            EXPECT_EQ(outside, 0) << name << " at " << scale;
+        }
+    }
+}
+
+TEST(GuidedAccess, LeadsToThePermissionAndChecksItAgain) {
+    test::InterfaceStage stage;
+    stage.desktop.accessibilityTrusted = false;
+    stage.permission.checkPermission();
+    stage.permission.isShowingGuidance.set(true);
+    GuidedAccessView view(stage.desktop.platform(), stage.permission);
+    EXPECT_EQ(view.size(), QSize(400, 480));
+    test::layOut(view);
+    EXPECT_THAT(
+        test::readTexts(view),
+        ElementsAre("Welcome to Lumo", "Focus and privacy for your Mac",
+                    "Lumo needs the following permission to work:", "Accessibility Permission",
+                    "Used to detect the active window and apply the focus effect correctly."));
+    EXPECT_THAT(readControls(view),
+                ElementsAre("Open System Settings", "I Granted Access, Continue"));
+    EXPECT_THAT(test::clippedTexts(view, 1.25), IsEmpty());
+    control<QPushButton>(view, "Open System Settings").click();
+    EXPECT_THAT(stage.desktop.openedURLs,
+                ElementsAre("x-apple.systempreferences:com.apple.preference.security"
+                            "?Privacy_Accessibility"));
+    control<QPushButton>(view, "I Granted Access, Continue").click();
+    EXPECT_TRUE(stage.permission.isShowingGuidance.value());
+    stage.desktop.accessibilityTrusted = true;
+    control<QPushButton>(view, "I Granted Access, Continue").click();
+    EXPECT_TRUE(stage.permission.hasAccessibilityPermission.value());
+    EXPECT_FALSE(stage.permission.isShowingGuidance.value());
+    EXPECT_TRUE(view.isVisible());
+}
+
+TEST(QtInterface, WindowsComeAndGoWithinTheirOwnCallbacks) {
+    auto &running = test::RunningInterface::instance();
+    auto &loop = running.stage.desktop.mainLoop;
+    EXPECT_STREQ(std::setlocale(LC_NUMERIC, nullptr), "C") << "numbers in files stay as they are";
+    const auto windows = [&loop] {
+        loop.runPosted();
+        QApplication::processEvents();
+        return QApplication::topLevelWidgets().size();
+    };
+    const auto before = windows();
+
+    auto popover = running.interface.makePopover(*running.stage.menu);
+    EXPECT_EQ(windows(), before) << "made when shown";
+    popover->show({});
+    EXPECT_TRUE(popover->isShown());
+    auto *row = QApplication::activePopupWidget()->findChild<MenuItemView *>();
+    QObject::connect(row, &QPushButton::clicked, row, [&popover] { popover->close(); });
+    row->click();
+    EXPECT_FALSE(popover->isShown());
+    EXPECT_EQ(windows(), before);
+    popover->show({});
+    popover.reset();
+    EXPECT_EQ(windows(), before);
+
+    std::unique_ptr<InterfaceWindow> settings;
+    int closings = 0;
+    for (int round = 0; round < 2; ++round) {
+        settings = running.interface.makeSettingsWindow(running.stage.settingsModel(), [&] {
+            ++closings;
+            settings.reset();
+        });
+        settings->makeKeyAndOrderFront();
+        for (auto *window : QApplication::topLevelWidgets()) {
+            if (window->windowTitle() == "Lumo Settings") {
+                EXPECT_EQ(window->size(), QSize(800, 540));
+                window->close();
+            }
+        }
+        EXPECT_EQ(closings, round + 1);
+        EXPECT_EQ(windows(), before);
+    }
+}
+
+} // namespace
+} // namespace lumo
