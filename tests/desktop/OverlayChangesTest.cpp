@@ -4,10 +4,7 @@
 
 #include <gtest/gtest.h>
 #include <xcb/damage.h>
-#include <xcb/shape.h>
 
-#include <array>
-#include <random>
 #include <utility>
 #include <vector>
 
@@ -155,65 +152,6 @@ TEST_F(OverlayChanges, OfSizePlaceOrderAndPresenceBeneathAreFollowed) {
         change();
         EXPECT_EQ(lastingDifference(*overlay_, covered, below(app.window(2))), "") << name;
     }
-}
-
-TEST_F(OverlayChanges, FasterThanAnyoneCanFollowEndInTheRightPicture) {
-    // Above these windows, too, which no manager handles.
-    overlay_->setLevel(1);
-    overlay_->orderFront();
-    settle();
-    auto *hasty = session.connection();
-    std::mt19937 random(static_cast<unsigned>(testing::UnitTest::GetInstance()->random_seed()));
-    const auto number = [&](unsigned from, unsigned to) {
-        return std::uniform_int_distribution<std::uint32_t>(from, to)(random);
-    };
-    std::vector<xcb_window_t> windows;
-    for (int step = 0; step < 2000; ++step) {
-        const auto which =
-            windows.empty() ? 0 : number(0, static_cast<unsigned>(windows.size()) - 1);
-        if (windows.size() < 12 || number(0, 3) == 0) {
-            windows.push_back(xcb_generate_id(hasty));
-            const std::array<std::uint32_t, 3> attributes = {number(0, 0xffffff), 0, 1};
-            xcb_create_window(hasty, XCB_COPY_FROM_PARENT, windows.back(), session.root(), 0, 0,
-                              200, 200, static_cast<std::uint16_t>(number(0, 4)),
-                              XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
-                              XCB_CW_BACK_PIXEL | XCB_CW_BORDER_PIXEL | XCB_CW_OVERRIDE_REDIRECT,
-                              attributes.data());
-            const std::uint32_t below = XCB_STACK_MODE_BELOW;
-            xcb_configure_window(hasty, windows.back(), XCB_CONFIG_WINDOW_STACK_MODE, &below);
-            xcb_map_window(hasty, windows.back());
-        } else if (number(0, 2) == 0) {
-            xcb_destroy_window(hasty, windows[which]);
-            windows.erase(windows.begin() + which);
-        } else if (number(0, 3) == 0) {
-            xcb_unmap_window(hasty, windows[which]);
-        } else if (number(0, 2) == 0) {
-            const std::array<xcb_rectangle_t, 2> parts = {{{0, 0, 90, 40}, {60, 20, 300, 150}}};
-            xcb_shape_rectangles(hasty, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING,
-                                 XCB_CLIP_ORDERING_UNSORTED, windows[which], 5, 5, parts.size(),
-                                 parts.data());
-        } else {
-            const std::array<std::uint32_t, 4> place = {number(0, 700), number(0, 500),
-                                                        number(1, 400), number(1, 300)};
-            xcb_configure_window(hasty, windows[which],
-                                 XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y |
-                                     XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
-                                 place.data());
-            xcb_map_window(hasty, windows[which]);
-        }
-        if (number(0, 4) == 0) {
-            xcb_flush(hasty);
-            overlay_->orderFront();
-            bytesOfTurn();
-        }
-    }
-    xcb_flush(hasty);
-    EXPECT_EQ(lastingDifference(*overlay_, wholeArea(), inFront()), "");
-    EXPECT_FALSE(connection->isLost());
-    for (const auto window : windows) {
-        xcb_destroy_window(hasty, window);
-    }
-    xcb_flush(hasty);
 }
 
 TEST_F(OverlayChanges, OfTheCompositorAtRunTimeShowTheSame) {

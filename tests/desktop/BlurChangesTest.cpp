@@ -1,0 +1,204 @@
+#include "OverlayDesktop.h"
+#include "desktop/SampleApplication.h"
+#include "reference/EffectLook.h"
+#include "reference/ReferenceRenderer.h"
+
+#include <gtest/gtest.h>
+#include <xcb/damage.h>
+#include <xcb/shape.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <vector>
+
+namespace lumo::x11 {
+namespace {
+
+using desktop::Area;
+using desktop::Colour;
+using desktop::Picture;
+using desktop::SampleApplication;
+using reference::EffectLook;
+
+class BlurChanges : public testing::Test, protected OverlayDesktop {
+  protected:
+    BlurChanges()
+        : OverlayDesktop({.width = 800, .height = 600}) {
+        Picture wallpaper(width, height);
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < width; ++x) {
+                wallpaper.at(x, y) =
+                    x / 50 % 2 == y / 50 % 2 ? Colour{30, 60, 200} : Colour{240, 230, 120};
+            }
+        }
+        session.setWallpaper(wallpaper);
+        overlay_ = overlays->makeWindow(frame());
+        overlay_->commit(tree_);
+    }
+
+    // A window that nobody manages, at the bottom of the stack, with that colour in its visual's
+    // own format.
+    xcb_window_t open(const Area &area, std::uint32_t colour, bool hasAlpha) {
+        auto *server = session.connection();
+        const auto window = xcb_generate_id(server);
+        const auto visual = hasAlpha ? RenderFormats(*connection).translucentVisual()
+                                     : connection->screen().root_visual;
+        const auto colormap = xcb_generate_id(server);
+        xcb_create_colormap(server, XCB_COLORMAP_ALLOC_NONE, colormap, session.root(), visual);
+        const std::array<std::uint32_t, 4> attributes = {colour, 0, 1, colormap};
+        xcb_create_window(
+            server, hasAlpha ? 32 : XCB_COPY_FROM_PARENT, window, session.root(),
+            static_cast<std::int16_t>(area.x), static_cast<std::int16_t>(area.y),
+            static_cast<std::uint16_t>(area.width), static_cast<std::uint16_t>(area.height), 0,
+            XCB_WINDOW_CLASS_INPUT_OUTPUT, visual,
+            XCB_CW_BACK_PIXEL | XCB_CW_BORDER_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_COLORMAP,
+            attributes.data());
+        const std::uint32_t below = XCB_STACK_MODE_BELOW;
+        xcb_configure_window(server, window, XCB_CONFIG_WINDOW_STACK_MODE, &below);
+        xcb_map_window(server, window);
+        xcb_flush(server);
+        EXPECT_TRUE(session.eventually([&] { return session.isViewable(window); }));
+        return window;
+    }
+
+    void setOpacity(xcb_window_t window, double opacity) {
+        const auto value = static_cast<std::uint32_t>(opacity * 0xffffffff);
+        xcb_change_property(session.connection(), XCB_PROP_MODE_REPLACE, window,
+                            session.atom("_NET_WM_WINDOW_OPACITY"), XCB_ATOM_CARDINAL, 32, 1,
+                            &value);
+        xcb_flush(session.connection());
+    }
+
+    // Whether the blur comes to be that of the scene.
+    testing::AssertionResult comesToShow(const Picture &scene) {
+        const Picture expected = reference::render(scene, tree_, 1);
+        double ratio = 0;
+        const bool isRight = eventually([&] {
+            ratio = peakSignalToNoiseRatio(session.picture(), expected, wholeArea());
+            return ratio >= 38;
+        });
+        return (isRight ? testing::AssertionSuccess() : testing::AssertionFailure())
+               << ratio << " dB";
+    }
+
+    static void fill(Picture &picture, const Area &area, Colour colour, double opacity = 1) {
+        const auto mixed = [opacity](std::uint8_t below, std::uint8_t above) {
+            return static_cast<std::uint8_t>(std::lround(below + (above - below) * opacity));
+        };
+        for (int y = area.y; y < area.bottom(); ++y) {
+            for (int x = area.x; x < area.right(); ++x) {
+                auto &at = picture.at(x, y);
+                at = {mixed(at.red, colour.red), mixed(at.green, colour.green),
+                      mixed(at.blue, colour.blue)};
+            }
+        }
+    }
+
+    LayerTree tree_ =
+        EffectLook{.effectMode = "softBlur", .intensity = 0, .liveBackdrop = true}.tree(800, 600,
+                                                                                        1);
+    std::unique_ptr<PlatformWindow> overlay_;
+};
+
+// Windows beneath count as a compositing manager would show them; those that are not to be seen do
+// not count, and each change is followed.
+TEST_F(BlurChanges, OfShapeAlphaOpacityAndPresenceBeneathAreFollowed) {
+    const Picture bare = session.stillPicture();
+    SampleApplication app(desktop, "Sample", {{.area = {500, 60, 200, 150}, .colour = "#00ff00"}});
+    const auto sample = session.frameAreaOf(app.window());
+    const Picture withSample = session.stillPicture();
+    overlay_->setLevel(1);
+    overlay_->orderFront();
+    EXPECT_TRUE(comesToShow(withSample));
+    session.minimise(app.window());
+    EXPECT_TRUE(comesToShow(bare));
+
+    Picture scene = bare;
+    const Area red{40, 40, 300, 200};
+    const auto solid = open(red, 0xff0000, false);
+    setOpacity(solid, 0.4);
+    fill(scene, red, {255, 0, 0}, 0.4);
+    EXPECT_TRUE(comesToShow(scene)) << "opacity";
+
+    const Area green{60, 300, 300, 200};
+    open(green, 0x80008000, true);
+    fill(scene, green, {0, 255, 0}, 0.5);
+    EXPECT_TRUE(comesToShow(scene)) << "alpha";
+
+    const auto shaped = open({420, 260, 300, 300}, 0x000000, false);
+    const xcb_rectangle_t part{150, 0, 150, 150};
+    xcb_shape_rectangles(session.connection(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING,
+                         XCB_CLIP_ORDERING_UNSORTED, shaped, 0, 0, 1, &part);
+    xcb_flush(session.connection());
+    fill(scene, {570, 260, 150, 150}, {0, 0, 0});
+    EXPECT_TRUE(comesToShow(scene)) << "shape";
+
+    setOpacity(solid, 1);
+    fill(scene, red, {255, 0, 0});
+    EXPECT_TRUE(comesToShow(scene)) << "opacity again";
+    session.restore(app.window());
+    Picture restored = scene;
+    restored.paste(withSample.part(sample), {sample.x, sample.y});
+    EXPECT_TRUE(comesToShow(restored)) << "restored";
+    session.close(app.window());
+    EXPECT_TRUE(comesToShow(scene)) << "closed";
+}
+
+// The time from a window's drawing to that of the overlay above it; and silence when nothing moves.
+TEST_F(BlurChanges, AreDrawnWithinTwoRefreshesAndNothingElseIs) {
+    SampleApplication app(desktop, "Sample", {{.area = {200, 200, 200, 150}, .colour = "#c83232"}});
+    overlay_->setLevel(1);
+    overlay_->orderFront();
+    settle();
+    const auto eyes = Connection::open(desktop.displayName().c_str());
+    const auto overlay = static_cast<xcb_window_t>(overlay_->windowNumber());
+    for (const auto window : {app.window(), overlay}) {
+        xcb_damage_create(*eyes, xcb_generate_id(*eyes), window,
+                          XCB_DAMAGE_REPORT_LEVEL_RAW_RECTANGLES);
+    }
+    double changedAt = 0;
+    std::vector<double> delays;
+    int draws = 0;
+    const auto events = eyes->onEvent([&](const xcb_generic_event_t &event) {
+        if ((event.response_type & 0x7f) != eyes->extensions().damageFirstEvent) {
+            return;
+        }
+        const auto &damage = reinterpret_cast<const xcb_damage_notify_event_t &>(event);
+        if (damage.drawable != overlay) {
+            changedAt = changedAt == 0 ? loop.now() : changedAt;
+            return;
+        }
+        ++draws;
+        if (changedAt != 0) {
+            delays.push_back(loop.now() - changedAt);
+            changedAt = 0;
+        }
+    });
+    const auto watch = loop.watch(*eyes, [] {});
+    app.animate(0, true);
+    ASSERT_TRUE(eventually([&] { return delays.size() >= 31; }));
+    app.animate(0, false);
+    std::ranges::sort(delays);
+    EXPECT_LE(delays[delays.size() / 2], 2.0 / 60);
+
+    settle();
+    draws = 0;
+    std::uint64_t bytes = 0;
+    for (int turn = 0; turn < 200; ++turn) {
+        bytes += bytesOfTurn();
+    }
+    EXPECT_EQ(bytes, 0);
+    EXPECT_EQ(draws, 0);
+
+    // A change of the appearance alone is drawn once.
+    tree_ = EffectLook{.effectMode = "softBlur", .intensity = 1, .liveBackdrop = true}.tree(
+        width, height, 1);
+    overlay_->commit(tree_);
+    EXPECT_TRUE(eventually([&] { return draws > 0; }));
+    settle();
+    EXPECT_EQ(draws, 1);
+}
+
+} // namespace
+} // namespace lumo::x11
