@@ -46,6 +46,21 @@ Picture wallpaper(const Area &area) {
     return picture;
 }
 
+// The picture with every colour so much nearer to the other.
+Picture faded(Picture picture, Colour other, double share) {
+    const auto mix = [share](std::uint8_t from, std::uint8_t to) {
+        return static_cast<std::uint8_t>(std::lround(from + (to - from) * share));
+    };
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
+            Colour &pixel = picture.at(x, y);
+            pixel = {mix(pixel.red, other.red), mix(pixel.green, other.green),
+                     mix(pixel.blue, other.blue)};
+        }
+    }
+    return picture;
+}
+
 class Demo {
   public:
     explicit Demo(fs::path folder)
@@ -63,12 +78,13 @@ class Demo {
         showFocus();
         for (const auto &[mode, what] :
              {std::pair{"dim", "dim: the rest is darkened"},
-              std::pair{"softBlur", "soft blur: the rest recedes behind fine grain and, where live "
-                                    "blur is available, blurs"},
+              std::pair{"softBlur", "soft blur: the rest blurs behind fine grain"},
               std::pair{"tint", "tint: the rest turns blue"}}) {
             showMode(mode, what);
         }
         showPeek();
+        showOn("light", Colour{255, 255, 255});
+        showOn("dark", Colour{6, 8, 12});
     }
 
   private:
@@ -137,10 +153,10 @@ class Demo {
     }
 
     void showFocus() {
-        LumoProcess lumo(desktop_, shownEffect("dim", 0.6));
+        LumoProcess lumo(desktop_, shownEffect("softBlur", 0.6));
         for (std::size_t index = 0; index < applications_.size(); ++index) {
             bringForward(applications_[index]);
-            save(pictureWithClear(lumo, index, "dim"), "focus-" + std::to_string(index + 1),
+            save(pictureWithClear(lumo, index, "softBlur"), "focus-" + std::to_string(index + 1),
                  names_[index] + " has the focus and stays clear");
         }
         stop(lumo);
@@ -149,6 +165,16 @@ class Demo {
     void showMode(const std::string &mode, const std::string &what) {
         LumoProcess lumo(desktop_, shownEffect(mode, 0.6));
         save(pictureWithClear(lumo, 2, mode), "mode-" + mode, what);
+        stop(lumo);
+    }
+
+    // Soft blur over a wallpaper that is nearly of that colour.
+    void showOn(const std::string &name, Colour colour) {
+        session_.setWallpaper(faded(wallpaper(session_.screenArea()), colour, 0.8));
+        plain_[2] = session_.stillPicture();
+        LumoProcess lumo(desktop_, shownEffect("softBlur", 0.6));
+        save(pictureWithClear(lumo, 2, "softBlur"), "softBlur-" + name,
+             "soft blur on a " + name + " wallpaper");
         stop(lumo);
     }
 
