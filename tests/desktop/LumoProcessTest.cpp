@@ -201,5 +201,22 @@ TEST_F(LumoProgram, StaysRightWhileACompositingManagerComesAndGoes) {
     EXPECT_LT(watch.longestDarkness(), 1);
 }
 
+// OpenGL's drivers are many times the program's size. This X server has no graphics hardware.
+TEST_F(LumoProgram, LoadsDriversOnlyToDrawWithThem) {
+    const Look blur{{"softBlur", 0.6}};
+    const Spot inBack = {100, 200};
+    for (const Environment &variables : {Environment(), Environment{{"LUMO_RENDERER", "gl"}}}) {
+        LumoProcess lumo(desktop, blur.preferences(), variables);
+        lumo.waitForOverlays();
+        EXPECT_TRUE(session.eventually([&] {
+            return session.pixel(inBack) != Colour{0xd8, 0x3c, 0x30};
+        })) << lumo.process().report();
+        std::ifstream file("/proc/" + std::to_string(lumo.processIdentifier()) + "/maps");
+        const std::string maps(std::istreambuf_iterator<char>(file), {});
+        EXPECT_EQ(maps.find("_dri.so") != std::string::npos, !variables.empty());
+        EXPECT_EQ(lumo.stop(), 0);
+    }
+}
+
 } // namespace
 } // namespace lumo::desktop
