@@ -134,9 +134,10 @@ void measureIdle(CrowdedDesktop &crowd, LumoProcess &lumo) {
         elapsed, own * 60 / elapsed, own * 100 / elapsed, server * 60 / elapsed, turns / elapsed);
 }
 
-void measureCrowd(Compositor compositor) {
+void measureCrowd(Compositor compositor, const std::string &mode) {
+    std::printf("  %s\n", mode.c_str());
     CrowdedDesktop crowd(compositor);
-    LumoProcess lumo(crowd.desktop, shownEffect("dim", 0.6));
+    LumoProcess lumo(crowd.desktop, shownEffect(mode, 0.6));
     const xcb_window_t overlay = lumo.waitForOverlays().front().window;
     measureFocus(crowd, overlay);
     crowd.session.stillPicture();
@@ -158,7 +159,8 @@ int main() {
               std::pair{Compositor::picomXrender, "openbox, 1920x1080, picom with xrender"}}) {
             std::printf("%s\n", name);
             lumo::desktop::measureStart(compositor);
-            lumo::desktop::measureCrowd(compositor);
+            lumo::desktop::measureCrowd(compositor, "dim");
+            lumo::desktop::measureCrowd(compositor, "softBlur");
         }
         return 0;
     } catch (const std::exception &problem) {

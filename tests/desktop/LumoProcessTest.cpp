@@ -103,6 +103,16 @@ TEST_F(LumoProgram, AsksTheServerNothingWhileNothingChanges) {
         << "a change of focus must be seen in the count";
 }
 
+TEST_F(LumoProgram, BlursInSilenceWhileNothingChanges) {
+    LumoProcess lumo(desktop, Look{{"softBlur", 0.6}}.preferences());
+    lumo.waitForOverlays();
+    session.stillPicture();
+    RequestCounter requests(desktop.displayName(), lumo.processIdentifier());
+    const long end = lumo.process().voluntarySwitches() + 120;
+    ASSERT_TRUE(session.eventually([&] { return lumo.process().voluntarySwitches() >= end; }));
+    EXPECT_EQ(requests.count(), 0) << requests.describe();
+}
+
 TEST_F(LumoProgram, SetsGarbageAsideAndStaysOff) {
     fs::create_directories(preferencesFile(desktop).parent_path());
     std::ofstream(preferencesFile(desktop)) << "garbage {]";
