@@ -1,5 +1,5 @@
-#include "app/AppController.h"
 #include "ScriptedInterface.h"
+#include "app/AppController.h"
 #include "desktop/PrivateDesktop.h"
 #include "desktop/SampleApplication.h"
 #include "platform/x11/Connection.h"

@@ -76,9 +76,9 @@ TEST_P(LumoPictures, AreWhatTheLayersSayAtEveryPixel) {
     const Area clearFrame = session.frameAreaOf(clear.window());
     ASSERT_GT(clearFrame.height, 320) << "the window has a frame, which must stay clear with it";
 
-    for (const Look &look : {Look{{"dim", 0}}, Look{{"dim", 0.6}}, Look{{"dim", 1}},
-                             Look{{"tint", 0.25}}, Look{{"tint", 1}},
-                             Look{{"softBlur", 0.6, true}}}) {
+    for (const Look &look :
+         {Look{{"dim", 0}}, Look{{"dim", 0.6}}, Look{{"dim", 1}}, Look{{"tint", 0.25}},
+          Look{{"tint", 1}}, Look{{"softBlur", 0.6, true}}}) {
         const Picture expected = underEffect(plain, clearFrame, look);
         LumoProcess lumo(desktop, look.preferences());
         lumo.waitForOverlays(1);
