@@ -26,6 +26,7 @@ struct LesserCase {
     ServerLacks lacks; // as far as no argument takes it away
     Outcome outcome = Outcome::shown;
     std::vector<std::string> remarks;
+    int depth = 24;
 
     friend std::ostream &operator<<(std::ostream &stream, const LesserCase &each) {
         return stream << each.name;
@@ -85,7 +86,8 @@ class LumoServers : public testing::TestWithParam<LesserCase> {
         constexpr std::uint8_t meanGrain = 128;
         const Colour expected = shown == Shown::plain ? colour : look.over(colour, meanGrain);
         const Picture::Mean mean = picture.mean(whole);
-        const double allowed = shown == Shown::plain ? 0 : 3;
+        const double quantum = GetParam().depth == 16 ? 8 : 0;
+        const double allowed = quantum + (shown == Shown::plain ? 0 : 3);
         return std::abs(mean.red - expected.red) <= allowed &&
                        std::abs(mean.green - expected.green) <= allowed &&
                        std::abs(mean.blue - expected.blue) <= allowed
@@ -111,8 +113,10 @@ class LumoServers : public testing::TestWithParam<LesserCase> {
     }
 
     const Look look{"dim", 0.6};
-    PrivateDesktop desktop{
-        {.width = 900, .height = 700, .serverArguments = GetParam().serverArguments}};
+    PrivateDesktop desktop{{.width = 900,
+                            .height = 700,
+                            .serverArguments = GetParam().serverArguments,
+                            .depth = GetParam().depth}};
     DesktopSession &session = desktop.session();
     std::optional<LesserServer> lesser;
     SampleApplication back{desktop, "Back", {{.area = {60, 80, 420, 320}, .colour = "#d83c30"}}};
@@ -213,7 +217,19 @@ INSTANTIATE_TEST_SUITE_P(
                    {},
                    {{"SHAPE"}, {}},
                    Outcome::refused,
-                   {"[Lumo] the X server lacks Shape 1.1" + takesClicks}}),
+                   {"[Lumo] the X server lacks Shape 1.1" + takesClicks}},
+        LesserCase{"TrueColours",
+                   {},
+                   {},
+                   Outcome::refused,
+                   {"[Lumo] the display has no true colours (its depth is 8): Lumo does not start"},
+                   8},
+        LesserCase{"RenderDepth16",
+                   without({"RENDER"}),
+                   {},
+                   Outcome::shownAsLines,
+                   {"[Lumo] the X server lacks Render 0.10" + asLines},
+                   16}),
     [](const auto &each) { return each.param.name; });
 
 } // namespace

@@ -50,17 +50,15 @@ xcb_pixmap_t pixmapOf(xcb_connection_t *connection, const xcb_screen_t &screen,
                       static_cast<std::uint16_t>(picture.height()));
     const xcb_gcontext_t context = xcb_generate_id(connection);
     xcb_create_gc(connection, context, pixmap, 0, nullptr);
-    std::vector<std::uint32_t> row(width);
+    const auto layout = PixelLayout::of(connection, screen);
+    std::vector<std::uint8_t> row(layout.rowBytes(width));
     for (int y = 0; y < picture.height(); ++y) {
         for (int x = 0; x < picture.width(); ++x) {
-            const Colour colour = picture.at(x, y);
-            row[static_cast<std::size_t>(x)] =
-                static_cast<std::uint32_t>(colour.red << 16 | colour.green << 8 | colour.blue);
+            layout.write(row.data(), x, picture.at(x, y));
         }
         xcb_put_image(connection, XCB_IMAGE_FORMAT_Z_PIXMAP, pixmap, context, width, 1, 0,
                       static_cast<std::int16_t>(y), 0, screen.root_depth,
-                      static_cast<std::uint32_t>(row.size() * 4),
-                      reinterpret_cast<const std::uint8_t *>(row.data()));
+                      static_cast<std::uint32_t>(row.size()), row.data());
     }
     xcb_free_gc(connection, context);
     return pixmap;
@@ -76,6 +74,7 @@ DesktopSession::DesktopSession(const std::string &displayName)
         throw std::runtime_error("cannot connect to the X server " + displayName);
     }
     screen_ = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data;
+    layout_ = PixelLayout::of(connection_, *screen_);
     const std::uint32_t events =
         XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;
     xcb_change_window_attributes(connection_, root(), XCB_CW_EVENT_MASK, &events);
@@ -319,9 +318,9 @@ Picture DesktopSession::picture(const Area &part) {
     }
     const std::uint8_t *bytes = xcb_get_image_data(image.get());
     Picture picture(part.width, part.height);
-    for (int y = 0; y < part.height; ++y) {
-        for (int x = 0; x < part.width; ++x, bytes += 4) {
-            picture.at(x, y) = {bytes[2], bytes[1], bytes[0]};
+    for (int y = 0; y < part.height; ++y, bytes += layout_.rowBytes(part.width)) {
+        for (int x = 0; x < part.width; ++x) {
+            picture.at(x, y) = layout_.read(bytes, x);
         }
     }
     return picture;

@@ -2,6 +2,7 @@
 
 #include "desktop/ChildProcess.h"
 #include "desktop/Picture.h"
+#include "desktop/PixelLayout.h"
 
 #include <xcb/xcb.h>
 
@@ -142,6 +143,7 @@ class DesktopSession {
     std::string displayName_;
     xcb_connection_t *connection_;
     xcb_screen_t *screen_ = nullptr;
+    PixelLayout layout_;
     std::map<std::string, xcb_atom_t, std::less<>> atoms_;
     std::vector<OrderChange> orderChanges_;
     xcb_atom_t activeWindowAtom_ = XCB_NONE;

@@ -2,6 +2,7 @@
 // standard input, and prints each window it opened and each click it got. Ends with its input.
 
 #include "desktop/Picture.h"
+#include "desktop/PixelLayout.h"
 
 #include <poll.h>
 #include <unistd.h>
@@ -33,10 +34,6 @@ struct OpenWindow {
     bool isAnimated = false;
 };
 
-std::uint32_t pixelOf(Colour colour) {
-    return static_cast<std::uint32_t>(colour.red << 16 | colour.green << 8 | colour.blue);
-}
-
 Colour mixed(Colour a, Colour b, int percentOfA) {
     const auto mix = [&](int first, int second) {
         return static_cast<std::uint8_t>((first * percentOfA + second * (100 - percentOfA)) / 100);
@@ -53,6 +50,7 @@ class Application {
             throw std::runtime_error("there is no X server");
         }
         screen_ = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data;
+        layout_ = PixelLayout::of(connection_, *screen_);
         context_ = xcb_generate_id(connection_);
         xcb_create_gc(connection_, context_, screen_->root, 0, nullptr);
     }
@@ -114,7 +112,7 @@ class Application {
 
         const xcb_window_t window = xcb_generate_id(connection_);
         const std::array<std::uint32_t, 3> values = {
-            pixelOf(Colour::parse(colour)), overrideRedirect ? 1U : 0U,
+            layout_.pixelOf(Colour::parse(colour)), overrideRedirect ? 1U : 0U,
             XCB_EVENT_MASK_EXPOSURE | XCB_EVENT_MASK_BUTTON_PRESS |
                 XCB_EVENT_MASK_STRUCTURE_NOTIFY};
         xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window, screen_->root,
@@ -180,13 +178,13 @@ class Application {
     }
 
     void show(const OpenWindow &window) {
-        const std::uint32_t background = pixelOf(window.colour);
+        const std::uint32_t background = layout_.pixelOf(window.colour);
         xcb_change_window_attributes(connection_, window.window, XCB_CW_BACK_PIXEL, &background);
         xcb_clear_area(connection_, 1, window.window, 0, 0, 0, 0);
     }
 
     void fill(xcb_window_t window, Colour colour, const Area &area) {
-        const std::uint32_t foreground = pixelOf(colour);
+        const std::uint32_t foreground = layout_.pixelOf(colour);
         xcb_change_gc(connection_, context_, XCB_GC_FOREGROUND, &foreground);
         const xcb_rectangle_t rectangle = {
             static_cast<std::int16_t>(area.x), static_cast<std::int16_t>(area.y),
@@ -318,6 +316,7 @@ class Application {
     std::string className_;
     xcb_connection_t *connection_;
     xcb_screen_t *screen_ = nullptr;
+    PixelLayout layout_;
     xcb_gcontext_t context_ = XCB_NONE;
     std::vector<OpenWindow> windows_;
     std::string input_;
