@@ -145,7 +145,7 @@ std::vector<xcb_window_t> HolesPlacement::lowerWindows(const Order &order) const
     const auto &stacking = mirror_.stacking();
     for (std::size_t i = 0; i < stacking.size(); ++i) {
         const auto &window = *mirror_.find(stacking[i]);
-        if (!window.isOwn && !staysClear(window, i, rule)) {
+        if (window.canBeSeen() && !staysClear(window, i, rule)) {
             windows.push_back(window.frame);
         }
     }

@@ -31,6 +31,9 @@ OverlayXWindow::OverlayXWindow(Connection &connection, const RenderFormats &form
     const auto &extensions = connection_.extensions();
     if (extensions.xfixes && extensions.shape) {
         nothing_ = makeEmptyRegion(connection_);
+        const xcb_rectangle_t outside = {-1, -1, 1, 1};
+        outside_ = OwnedRegion(connection_);
+        xcb_xfixes_create_region(connection_, outside_.id(), 1, &outside);
         xcb_xfixes_set_window_shape_region(connection_, id(), XCB_SHAPE_SK_INPUT, 0, 0,
                                            nothing_.id());
     }
@@ -169,16 +172,19 @@ void OverlayXWindow::setPattern(OwnedRegion pattern) {
 }
 
 void OverlayXWindow::applyShape() {
-    OwnedRegion common;
-    auto region = shape_ ? shape_.id() : pattern_.id();
-    if (isCutAway_) {
-        region = nothing_.id();
-    } else if (shape_ && pattern_) {
-        common = makeEmptyRegion(connection_);
-        xcb_xfixes_intersect_region(connection_, shape_.id(), pattern_.id(), common.id());
-        region = common.id();
+    if (!isCutAway_ && !shape_ && !pattern_) {
+        xcb_xfixes_set_window_shape_region(connection_, id(), XCB_SHAPE_SK_BOUNDING, 0, 0,
+                                           XCB_NONE);
+        return;
     }
-    xcb_xfixes_set_window_shape_region(connection_, id(), XCB_SHAPE_SK_BOUNDING, 0, 0, region);
+    const auto region = makeEmptyRegion(connection_);
+    if (!isCutAway_ && shape_ && pattern_) {
+        xcb_xfixes_intersect_region(connection_, shape_.id(), pattern_.id(), region.id());
+    } else if (!isCutAway_) {
+        xcb_xfixes_copy_region(connection_, shape_ ? shape_.id() : pattern_.id(), region.id());
+    }
+    xcb_xfixes_union_region(connection_, region.id(), outside_.id(), region.id());
+    xcb_xfixes_set_window_shape_region(connection_, id(), XCB_SHAPE_SK_BOUNDING, 0, 0, region.id());
 }
 
 } // namespace lumo::x11

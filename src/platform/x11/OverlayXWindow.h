@@ -62,6 +62,7 @@ class OverlayXWindow {
     OwnedColormap colormap_;
     OwnedWindow window_;
     OwnedRegion nothing_;
+    OwnedRegion outside_; // a pixel; some compositing managers take an empty shape for none at all
     OwnedRegion shape_;
     OwnedRegion pattern_;
     PixelRect area_;

@@ -39,6 +39,7 @@ void PlacementChoice::choose() {
         return;
     }
     raiseIsDue_.reset();
+    missedRaiseOf_.reset();
     set(habitsOf(name));
 }
 
@@ -50,6 +51,7 @@ void PlacementChoice::watchActivation() {
     }
     auto above = ordinaryWindowsAbove(*active);
     if (above.empty()) {
+        missedRaiseOf_.reset();
         return;
     }
     raiseIsDue_ = mainLoop_.after(patience, [this, active, above = std::move(above)] {
@@ -58,11 +60,21 @@ void PlacementChoice::watchActivation() {
             return std::ranges::find(stillAbove, window) != stillAbove.end();
         });
         if (hasStayed && mirror_.activeWindow() == active) {
-            log_.print("[Lumo] Focus does not raise windows under " + managerInWords() +
-                       "; overlays lie on top, with holes for what stays clear");
-            set({PlacementKind::holes, false});
+            missedRaise(*active);
+        } else {
+            missedRaiseOf_.reset();
         }
     });
+}
+
+// Once may be chance, as when a manager takes over from another.
+void PlacementChoice::missedRaise(xcb_window_t active) {
+    if (std::exchange(missedRaiseOf_, active).value_or(active) == active) {
+        return;
+    }
+    log_.print("[Lumo] Focus does not raise windows under " + managerInWords() +
+               "; overlays lie on top, with holes for what stays clear");
+    set({PlacementKind::holes, false});
 }
 
 // Those of other programs that could be seen to lie above it.

@@ -7,6 +7,7 @@
 #include <xcb/xcb.h>
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -42,6 +43,7 @@ class PlacementChoice {
     void handle(const MirrorChange &change);
     void choose();
     void watchActivation();
+    void missedRaise(xcb_window_t active);
     std::vector<xcb_window_t> ordinaryWindowsAbove(xcb_window_t client) const;
     void set(const ManagerHabits &habits);
     std::string managerInWords() const;
@@ -54,6 +56,8 @@ class PlacementChoice {
     Signal<> changed_;
     Handle mirrorChanges_;
     Handle raiseIsDue_;
+    std::optional<xcb_window_t>
+        missedRaiseOf_; // the last window that got the focus and stayed below
 };
 
 } // namespace lumo::x11

@@ -95,7 +95,8 @@ std::vector<xcb_window_t> StackedPlacement::lowerWindows(const Order &order) con
                                  : stacking.size();
     std::vector<xcb_window_t> windows(stacking.begin(),
                                       stacking.begin() + static_cast<std::ptrdiff_t>(count));
-    std::erase_if(windows, [this](xcb_window_t window) { return mirror_.find(window)->isOwn; });
+    std::erase_if(windows,
+                  [this](xcb_window_t window) { return !mirror_.find(window)->canBeSeen(); });
     return windows;
 }
 

@@ -441,7 +441,10 @@ void WindowMirror::describe(xcb_window_t window) {
     // The mark stays on windows that a killed manager leaves behind.
     next.isManaged =
         facts.isManaged() && (next.client != next.frame || root_.isWindowManagerRunning());
-    next.isMinimized = facts.isHidden || facts.managerState == XCB_ICCCM_WM_STATE_ICONIC;
+    // One of the two alone may also stand for a window of which the title bar is left.
+    const bool isIconic = facts.managerState == XCB_ICCCM_WM_STATE_ICONIC;
+    next.isMinimized = facts.isHidden || isIconic;
+    next.isPutAway = facts.isHidden && isIconic;
     next.isDock = facts.type == WindowFacts::Type::dock;
     next.invisibleEdges = invisibleEdgesOf(*top, client, next.invisibleEdges);
     next.skipsTaskbar = facts.skipsTaskbar;

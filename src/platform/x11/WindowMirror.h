@@ -33,6 +33,7 @@ struct MirrorWindow {
     bool isDescribed = false; // all that is below has been read; false for an instant at first
     bool isManaged = false;   // a window manager handles the client
     bool isMinimized = false;
+    bool isPutAway = false; // minimised for certain; some managers leave such a window mapped
     bool isDock = false;
     bool skipsTaskbar = false;
     bool isOwn = false;            // one that was made on this connection, or a frame around it
@@ -53,7 +54,7 @@ struct MirrorWindow {
     PixelRect visibleArea() const;
 
     // Mapped with pixels, and somebody else's.
-    bool canBeSeen() const { return isMapped && !isInputOnly && !isOwn; }
+    bool canBeSeen() const { return isMapped && !isInputOnly && !isOwn && !isPutAway; }
 
     bool operator==(const MirrorWindow &) const = default;
 };
