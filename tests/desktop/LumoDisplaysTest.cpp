@@ -7,7 +7,6 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -15,15 +14,6 @@ namespace lumo::desktop {
 namespace {
 
 using testing::Values;
-
-struct Stage {
-    std::string name;
-    Compositor compositor;
-
-    friend std::ostream &operator<<(std::ostream &stream, const Stage &stage) {
-        return stream << stage.name;
-    }
-};
 
 class LumoDisplays : public testing::TestWithParam<Stage> {};
 
@@ -219,13 +209,15 @@ TEST_P(LumoOutputs, ComeRightAfterAStorm) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Compositors, LumoDisplays,
-                         Values(Stage{"none", Compositor::none},
-                                Stage{"picomXrender", Compositor::picomXrender}),
+                         Values(Stage{"none", WindowManager::openbox, Compositor::none},
+                                Stage{"picomXrender", WindowManager::openbox,
+                                      Compositor::picomXrender}),
                          [](const auto &stage) { return stage.param.name; });
 
 INSTANTIATE_TEST_SUITE_P(Compositors, LumoOutputs,
-                         Values(Stage{"none", Compositor::none},
-                                Stage{"picomXrender", Compositor::picomXrender}),
+                         Values(Stage{"none", WindowManager::openbox, Compositor::none},
+                                Stage{"picomXrender", WindowManager::openbox,
+                                      Compositor::picomXrender}),
                          [](const auto &stage) { return stage.param.name; });
 
 } // namespace

@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <chrono>
 #include <optional>
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -18,16 +17,6 @@ namespace {
 using testing::Contains;
 using testing::Not;
 using testing::Values;
-
-struct Manager {
-    std::string name;
-    WindowManager windowManager;
-    Compositor compositor = Compositor::none;
-
-    friend std::ostream &operator<<(std::ostream &stream, const Manager &manager) {
-        return stream << manager.name;
-    }
-};
 
 const Look look{{"dim", 1}};
 const Colour wallpaperColour = {0x58, 0x90, 0x70};
@@ -44,7 +33,7 @@ Picture plainWallpaper(const Area &area) {
 
 // Three applications whose windows overlap in a row, each with a place that none of the others
 // covers, seen and used through the effect.
-class LumoFocus : public testing::TestWithParam<Manager> {
+class LumoFocus : public testing::TestWithParam<Stage> {
   protected:
     LumoFocus() {
         session.setWallpaper(plainWallpaper(session.screenArea()));
@@ -345,10 +334,10 @@ TEST_P(LumoFocus, KeepsOneWindowClearPerDisplayOrOneInAll) {
 
 INSTANTIATE_TEST_SUITE_P(
     Managers, LumoFocus,
-    Values(Manager{"openbox", WindowManager::openbox},
-           Manager{"openboxPicom", WindowManager::openbox, Compositor::picomXrender},
-           Manager{"fluxbox", WindowManager::fluxbox}, Manager{"xfwm4", WindowManager::xfwm4},
-           Manager{"xfwm4Compositing", WindowManager::xfwm4Compositing}),
+    Values(Stage{"openbox", WindowManager::openbox},
+           Stage{"openboxPicom", WindowManager::openbox, Compositor::picomXrender},
+           Stage{"fluxbox", WindowManager::fluxbox}, Stage{"xfwm4", WindowManager::xfwm4},
+           Stage{"xfwm4Compositing", WindowManager::xfwm4Compositing}),
     [](const auto &manager) { return manager.param.name; });
 
 } // namespace

@@ -1,4 +1,4 @@
-#include "Look.h"
+#include "Scene.h"
 #include "desktop/LumoProcess.h"
 #include "desktop/PrivateDesktop.h"
 #include "desktop/SampleApplication.h"
@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <ostream>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -17,18 +16,10 @@ namespace {
 
 using testing::Values;
 
-struct Stage {
-    std::string name;
-    Compositor compositor;
-    int depth = 24;
-
-    // Depth 16 has steps of eight, and servers cut off what lies between.
-    int allowed() const { return depth == 16 ? 10 : tolerance; }
-
-    friend std::ostream &operator<<(std::ostream &stream, const Stage &stage) {
-        return stream << stage.name;
-    }
-};
+// Depth 16 has steps of eight, and servers cut off what lies between.
+int allowedIn(const Stage &stage) {
+    return stage.depth == 16 ? 10 : tolerance;
+}
 
 Picture slopes(const Area &area) {
     Picture picture(area.width, area.height);
@@ -95,7 +86,7 @@ TEST_P(LumoPictures, AreWhatTheLayersSayAtEveryPixel) {
         lumo.waitForOverlays(1);
         std::string wrong;
         const bool isRight = session.eventually([&] {
-            wrong = differences(session.picture(), expected, clearFrame, GetParam().allowed());
+            wrong = differences(session.picture(), expected, clearFrame, allowedIn(GetParam()));
             return wrong.empty();
         });
         EXPECT_TRUE(isRight) << look.describe() << ": " << wrong << "\n" << lumo.process().report();
@@ -107,15 +98,15 @@ TEST_P(LumoPictures, AreWhatTheLayersSayAtEveryPixel) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Compositors, LumoPictures,
-                         Values(Stage{"none", Compositor::none},
-                                Stage{"picomXrender", Compositor::picomXrender},
-                                Stage{"picomGlx", Compositor::picomGlx},
-                                Stage{"noneDepth16", Compositor::none, 16},
-                                Stage{"picomXrenderDepth16", Compositor::picomXrender, 16},
-                                Stage{"noneDepth30", Compositor::none, 30},
-                                Stage{"picomXrenderDepth30", Compositor::picomXrender, 30}),
-                         [](const auto &stage) { return stage.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    Compositors, LumoPictures,
+    Values(Stage{"none"}, Stage{"picomXrender", WindowManager::openbox, Compositor::picomXrender},
+           Stage{"picomGlx", WindowManager::openbox, Compositor::picomGlx},
+           Stage{"noneDepth16", WindowManager::openbox, Compositor::none, 16},
+           Stage{"picomXrenderDepth16", WindowManager::openbox, Compositor::picomXrender, 16},
+           Stage{"noneDepth30", WindowManager::openbox, Compositor::none, 30},
+           Stage{"picomXrenderDepth30", WindowManager::openbox, Compositor::picomXrender, 30}),
+    [](const auto &stage) { return stage.param.name; });
 
 } // namespace
 } // namespace lumo::desktop

@@ -22,6 +22,21 @@ looks at the pixels. The clear window must be exactly as painted, the others exa
 
 )";
 
+// To a quarter of the width and height.
+Picture reduced(const Picture &picture) {
+    constexpr int factor = 4;
+    Picture small(picture.width() / factor, picture.height() / factor);
+    for (int y = 0; y < small.height(); ++y) {
+        for (int x = 0; x < small.width(); ++x) {
+            const auto mean = picture.mean({x * factor, y * factor, factor, factor});
+            small.at(x, y) = {static_cast<std::uint8_t>(mean.red),
+                              static_cast<std::uint8_t>(mean.green),
+                              static_cast<std::uint8_t>(mean.blue)};
+        }
+    }
+    return small;
+}
+
 } // namespace
 
 ManagersTable::ManagersTable() {
@@ -39,15 +54,20 @@ ManagersTable &ManagersTable::shared() {
 
 const std::vector<std::string> &ManagersTable::columns() {
     static const std::vector<std::string> names = {
-        "placement",     "focus by click", "clicks through", "focus by keyboard",
-        "closing",       "minimising",     "full screen",    "kept above",
-        "dock",          "menu",           "dialog",         "corrections",
-        "idle requests", "picture"};
+        "placement",  "focus by click", "clicks through", "focus by keyboard", "closing",
+        "minimising", "Peek",           "full screen",    "kept above",        "dock",
+        "menu",       "dialog",         "corrections",    "idle requests",     "picture"};
     return names;
 }
 
-std::filesystem::path ManagersTable::pictureFile(const std::string &row) const {
-    return file_.parent_path() / "images" / "window-managers" / (row + ".png");
+std::string ManagersTable::keepPicture(const std::string &row, const Picture &picture) const {
+    const std::filesystem::path name =
+        std::filesystem::path("images") / "window-managers" / (row + ".png");
+    if (!file_.empty()) {
+        std::filesystem::create_directories((file_.parent_path() / name).parent_path());
+        reduced(picture).savePng(file_.parent_path() / name);
+    }
+    return "![" + row + "](" + name.string() + ")";
 }
 
 void ManagersTable::set(const std::string &row, const std::string &column,
@@ -59,7 +79,7 @@ void ManagersTable::set(const std::string &row, const std::string &column,
 }
 
 void ManagersTable::write() const {
-    if (!isWanted()) {
+    if (file_.empty()) {
         return;
     }
     std::ofstream stream(file_);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "desktop/Picture.h"
+
 #include <filesystem>
 #include <map>
 #include <string>
@@ -16,10 +18,9 @@ class ManagersTable {
     // The columns in their order.
     static const std::vector<std::string> &columns();
 
-    bool isWanted() const { return !file_.empty(); }
-
-    // Where the picture of that row belongs.
-    std::filesystem::path pictureFile(const std::string &row) const;
+    // Puts a small copy of the picture beside the file, if one is wanted, and gives the cell that
+    // shows it.
+    std::string keepPicture(const std::string &row, const Picture &picture) const;
 
     void set(const std::string &row, const std::string &column, const std::string &cell);
 

@@ -4,10 +4,23 @@
 #include "desktop/LumoProcess.h"
 #include "desktop/PrivateDesktop.h"
 
+#include <ostream>
 #include <string>
 #include <vector>
 
 namespace lumo::desktop {
+
+// A desktop that a test is run on.
+struct Stage {
+    std::string name;
+    WindowManager windowManager = WindowManager::openbox;
+    Compositor compositor = Compositor::none;
+    int depth = 24;
+
+    friend std::ostream &operator<<(std::ostream &stream, const Stage &stage) {
+        return stream << stage.name;
+    }
+};
 
 enum class Shown { plain, underEffect };
 

@@ -175,6 +175,12 @@ bool DesktopSession::isViewable(xcb_window_t window) {
     return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
 }
 
+bool DesktopSession::isDrawn(xcb_window_t window) {
+    const auto attributes = wait(connection_, xcb_get_window_attributes(connection_, window),
+                                 xcb_get_window_attributes_reply);
+    return attributes && attributes->_class == XCB_WINDOW_CLASS_INPUT_OUTPUT;
+}
+
 bool DesktopSession::isOverrideRedirect(xcb_window_t window) {
     const auto attributes = wait(connection_, xcb_get_window_attributes(connection_, window),
                                  xcb_get_window_attributes_reply);

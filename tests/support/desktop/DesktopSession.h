@@ -25,6 +25,7 @@ enum class Key : std::uint32_t {
     space = 0x0020,
     c = 0x0063,
     d = 0x0064,
+    j = 0x006a,
     n = 0x006e,
     v = 0x0076,
     shift = 0xffe1,
@@ -67,6 +68,7 @@ class DesktopSession {
     xcb_window_t frameOf(xcb_window_t window);
     bool isAbove(xcb_window_t upper, xcb_window_t lower);
     bool isViewable(xcb_window_t window);
+    bool isDrawn(xcb_window_t window); // and not there for its input alone
     bool isOverrideRedirect(xcb_window_t window);
     Area areaOf(xcb_window_t window);      // without its border
     Area frameAreaOf(xcb_window_t window); // of its frame, border included

@@ -1,0 +1,149 @@
+#include "ThreeWindows.h"
+
+#include <gtest/gtest.h>
+#include <xcb/shape.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
+#include <set>
+
+namespace lumo::desktop {
+
+void ThreeWindows::show() {
+    bringForward(red);
+    lumo.emplace(desktop, look_.preferences());
+    lumo->waitForOverlays(1);
+    EXPECT_EQ(wrongWith({red.subject}, {green.subject, blue.subject}), "");
+}
+
+void ThreeWindows::bringForward(const SubjectApplication &application) {
+    const xcb_window_t window = application.subject.window;
+    if (session.windowManagerName()) {
+        session.activate(window);
+        EXPECT_TRUE(session.eventually([&] { return session.activeWindow() == window; }));
+    } else {
+        const std::uint32_t above = XCB_STACK_MODE_ABOVE;
+        xcb_configure_window(session.connection(), window, XCB_CONFIG_WINDOW_STACK_MODE, &above);
+    }
+}
+
+bool ThreeWindows::isSupported(std::string_view hint) {
+    const auto supported = session.numbers(session.root(), "_NET_SUPPORTED");
+    return session.windowManagerName() &&
+           std::ranges::find(supported, session.atom(hint)) != supported.end();
+}
+
+std::vector<Spot> ThreeWindows::spotsIn(xcb_window_t window) {
+    std::set<xcb_window_t> ours;
+    for (const auto &overlay : lumo->overlays()) {
+        ours.insert(session.frameOf(overlay.window));
+    }
+    std::vector<Area> above;
+    const auto order = session.stacking();
+    auto place = std::ranges::find(order, session.frameOf(window));
+    while (place != order.end() && ++place != order.end()) {
+        if (!ours.contains(*place) && session.isViewable(*place) && session.isDrawn(*place)) {
+            constexpr int shadow = 30; // as compositing managers draw around windows
+            const Area frame = session.frameAreaOf(*place);
+            above.push_back({frame.x - shadow, frame.y - shadow, frame.width + 2 * shadow,
+                             frame.height + 2 * shadow});
+        }
+    }
+    const Area area = session.areaOf(window);
+    std::vector<Spot> spots;
+    constexpr int steps = 9;
+    for (int row = 1; row < steps; ++row) {
+        for (int column = 1; column < steps; ++column) {
+            const Spot spot = {area.x + area.width * column / steps,
+                               area.y + area.height * row / steps};
+            const auto hides = [&](const Area &other) { return other.contains(spot.x, spot.y); };
+            if (hides(session.screenArea()) && std::ranges::none_of(above, hides)) {
+                spots.push_back(spot);
+            }
+        }
+    }
+    return spots;
+}
+
+std::string ThreeWindows::wrongIn(const Subject &subject, bool isClear) {
+    const auto spots = spotsIn(subject.window);
+    if (spots.empty()) {
+        return "a window is hidden";
+    }
+    for (const Spot &spot : {spots.front(), spots[spots.size() / 2], spots.back()}) {
+        const Colour pixel = session.pixel(spot);
+        const Colour expected =
+            isClear ? subject.colour
+                    : look_.over(subject.colour, grainAt(session.screenArea().width, spot));
+        if (distance(pixel, expected) > (isClear ? 0 : tolerance)) {
+            return "at " + std::to_string(spot.x) + "," + std::to_string(spot.y) + " " +
+                   pixel.describe() + " instead of " + expected.describe();
+        }
+    }
+    return {};
+}
+
+std::string ThreeWindows::wrongNow(const std::vector<Subject> &clear,
+                                   const std::vector<Subject> &covered) {
+    for (const bool isClear : {true, false}) {
+        for (const auto &subject : isClear ? clear : covered) {
+            if (const auto wrong = wrongIn(subject, isClear); !wrong.empty()) {
+                return wrong;
+            }
+        }
+    }
+    for (const auto &overlay : lumo->overlays()) {
+        if (session.focusedWindow() == overlay.window || session.activeWindow() == overlay.window) {
+            return "an overlay has the focus";
+        }
+    }
+    return {};
+}
+
+std::string ThreeWindows::wrongWith(const std::vector<Subject> &clear,
+                                    const std::vector<Subject> &covered) {
+    std::string wrong;
+    const bool isRight = session.eventually([&] {
+        wrong = wrongNow(clear, covered);
+        return wrong.empty();
+    });
+    return isRight ? std::string() : wrong + "\n" + lumo->process().report();
+}
+
+std::string ThreeWindows::wrongWithFrontmostClear() {
+    std::string wrong;
+    const bool isRight = session.eventually([&] {
+        std::vector<Subject> upwards = {red.subject, green.subject, blue.subject};
+        const auto order = session.stacking();
+        std::ranges::sort(upwards, {}, [&](const Subject &subject) {
+            return std::ranges::find(order, session.frameOf(subject.window)) - order.begin();
+        });
+        auto front = std::ranges::find(upwards, session.activeWindow(), &Subject::window);
+        if (front == upwards.end() || !session.windowManagerName()) {
+            front = upwards.end() - 1;
+        }
+        wrong = wrongNow({*front}, {upwards.begin(), front});
+        return wrong.empty();
+    });
+    return isRight ? std::string() : wrong + "\n" + lumo->process().report();
+}
+
+std::string ThreeWindows::placementSeen() {
+    const auto overlays = lumo->overlays();
+    if (overlays.empty()) {
+        return {};
+    }
+    const xcb_window_t overlay = overlays.front().window;
+    if (!session.isOverrideRedirect(overlay)) {
+        return "managed";
+    }
+    auto *connection = session.connection();
+    const std::unique_ptr<xcb_shape_query_extents_reply_t, decltype(&std::free)> extents(
+        xcb_shape_query_extents_reply(connection, xcb_shape_query_extents(connection, overlay),
+                                      nullptr),
+        &std::free);
+    return extents && extents->bounding_shaped != 0 ? "holes" : "below";
+}
+
+} // namespace lumo::desktop
