@@ -174,7 +174,7 @@ void RootState::readManager() {
     const auto isConfirmed = std::make_shared<bool>(false);
     replies_.add<xcb_get_property_reply_t>(xcb_get_property(connection_, 0, candidate,
                                                             atoms_[supportingCheckIndex],
-                                                            XCB_ATOM_WINDOW, 0, 1),
+                                                            XCB_GET_PROPERTY_TYPE_ANY, 0, 1),
                                            [candidate, isConfirmed](const auto *reply) {
                                                *isConfirmed = value32(reply) == candidate;
                                            });
