@@ -167,6 +167,53 @@ void setNumbers(desktop::DesktopSession &session, xcb_window_t window, const cha
     xcb_flush(session.connection());
 }
 
+// The property that names the manager's window may outlive both.
+TEST(WindowMirror, BelievesAManagerOnlyWhoseWindowConfirmsIt) {
+    MirroredDesktop mirrored({.windowManager = WindowManager::none});
+    auto &session = mirrored.session;
+    SampleApplication application(mirrored.desktop, "Sample", {{}, {}});
+    const auto living = application.window(0);
+    const auto dead = application.window(1);
+    setText(session, living, "_NET_WM_NAME", "UTF8_STRING", "Openbox");
+    const auto nameWith = [&](xcb_window_t named, xcb_window_t confirmed) {
+        setNumbers(session, living, "_NET_SUPPORTING_WM_CHECK", {confirmed});
+        setNumbers(session, session.root(), "_NET_SUPPORTING_WM_CHECK", {named});
+        mirrored.catchUp();
+        return mirrored.mirror->windowManagerName();
+    };
+    EXPECT_EQ(nameWith(living, XCB_NONE), "") << "a window that stands for no manager";
+    EXPECT_EQ(nameWith(living, dead), "");
+    application.closeWindow(1);
+    EXPECT_EQ(nameWith(dead, living), "") << "a window that is gone";
+    EXPECT_EQ(nameWith(living, living), "Openbox");
+}
+
+// The borders that some managers make wider than what they draw are no part of what is seen.
+TEST(WindowMirror, KnowsWhatOfAFrameIsSeen) {
+    for (const auto manager :
+         {WindowManager::mutter, WindowManager::openbox, WindowManager::metacity}) {
+        MirroredDesktop mirrored({.windowManager = manager});
+        auto &session = mirrored.session;
+        const SampleApplication application(mirrored.desktop, "Sample", {{}});
+        const auto client = application.window();
+        mirrored.catchUp();
+        for (const int width : {400, 330, 500}) {
+            session.resize(client, width, 300);
+            const bool isRight = mirrored.eventually([&] {
+                const auto area = session.areaOf(client);
+                const auto borders = session.numbers(client, "_NET_FRAME_EXTENTS");
+                return area.width == width && borders.size() == 4 &&
+                       mirrored.window(client).visibleArea() ==
+                           PixelRect{area.x - static_cast<int>(borders[0]),
+                                     area.y - static_cast<int>(borders[2]),
+                                     area.width + static_cast<int>(borders[0] + borders[1]),
+                                     area.height + static_cast<int>(borders[2] + borders[3])};
+            });
+            EXPECT_TRUE(isRight) << *session.windowManagerName() << " at " << width;
+        }
+    }
+}
+
 TEST(WindowMirror, KnowsWhatEachWindowIs) {
     MirroredDesktop mirrored({});
     auto &session = mirrored.session;
