@@ -115,13 +115,13 @@ class LumoOutputs : public testing::TestWithParam<Stage> {
         session.move(left.window(), 160, 150);
         session.move(rightBack.window(), 880, 80);
         session.move(right.window(), 960, 150);
-        const Sight sights[] = {
+        std::vector<Sight> sights = {
             {"left", left.window(), {300, 300}, {0x3c, 0x64, 0xe0}, Shown::plain},
             {"left back", leftBack.window(), {100, 120}, {0xd8, 0x3c, 0x30}, Shown::underEffect},
             {"right", right.window(), {1100, 300}, {0x30, 0xb0, 0x50}, Shown::plain},
             {"right back", rightBack.window(), {900, 120}, {0xe0, 0xc0, 0x30}, Shown::underEffect}};
-        return scene.wrongWith(hasRight ? std::vector<Sight>(sights, sights + 4)
-                                        : std::vector<Sight>(sights, sights + 2));
+        sights.resize(hasRight ? 4 : 2);
+        return scene.wrongWith(sights);
     }
 
     void expectStep(const Step &step) {
