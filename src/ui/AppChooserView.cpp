@@ -18,7 +18,7 @@ namespace lumo {
 
 namespace {
 
-constexpr QSize chooserSize{420, 460};
+constexpr QSize chooserSize{440, 460};
 constexpr int rowHeight = 44;
 constexpr int searchRole = Qt::UserRole + 10;
 
@@ -28,7 +28,7 @@ AppChooserView::AppChooserView(QWidget *window)
     : QDialog(window)
     , search_(new SearchField("Search apps..."))
     , list_(new QListView)
-    , identifier_(makeTextField("App identifier, such as org.example.App"))
+    , identifier_(makeTextField("Or type an app identifier"))
     , add_(new Button("Add"))
     , items_(new QStandardItemModel(this))
     , found_(new QSortFilterProxyModel(this)) {

@@ -3,6 +3,7 @@
 #include "ui/Painting.h"
 #include "ui/Theme.h"
 
+#include <QFrame>
 #include <QPainter>
 #include <QStyleOption>
 
@@ -52,6 +53,19 @@ void LumoStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *opti
     default:
         QProxyStyle::drawPrimitive(element, option, painter, widget);
     }
+}
+
+void LumoStyle::drawControl(ControlElement element, const QStyleOption *option, QPainter *painter,
+                            const QWidget *widget) const {
+    const auto *frame = qstyleoption_cast<const QStyleOptionFrame *>(option);
+    if (element == CE_ShapedFrame && frame != nullptr && frame->frameShape == QFrame::StyledPanel) {
+        painter->fillRect(option->rect, option->palette.color(role::card));
+        painter->setPen(option->palette.color(role::controlBorder));
+        painter->setBrush(Qt::NoBrush);
+        painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
+        return;
+    }
+    QProxyStyle::drawControl(element, option, painter, widget);
 }
 
 void LumoStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex *option,

@@ -317,7 +317,7 @@ TEST_F(SettingsWindowTest, RulesAreSearchedSwitchedAddedAndRemoved) {
     QTest::mouseClick(apps.viewport(), Qt::LeftButton, {},
                       apps.visualRect(apps.model()->index(0, 0)).center());
     EXPECT_EQ(shownRules().back(), "Photos");
-    auto &typed = control<QLineEdit>(chooser(), "App identifier, such as org.example.App");
+    auto &typed = control<QLineEdit>(chooser(), "Or type an app identifier");
     QTest::keyClicks(&typed, " org.example.Typed ");
     QTest::keyClick(&typed, Qt::Key_Return);
     EXPECT_EQ(settings.blacklist.value().back().bundleID, "org.example.Typed");

@@ -43,7 +43,8 @@ std::unique_ptr<SingleInstance> SingleInstance::claim(Connection &connection) {
         }
     }
     xcb_ungrab_server(connection);
-    connection.flush();
+    // Until the server has taken all of it: what a program has sent before it goes may be lost.
+    connection.wait(xcb_get_input_focus(connection), xcb_get_input_focus_reply);
     return instance;
 }
 
