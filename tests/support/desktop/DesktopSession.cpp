@@ -143,7 +143,14 @@ bool DesktopSession::remains(const std::function<bool()> &condition, Seconds dur
 }
 
 std::vector<xcb_window_t> DesktopSession::stacking() {
-    const auto tree = wait(connection_, xcb_query_tree(connection_, root()), xcb_query_tree_reply);
+    return childrenOf(root());
+}
+
+std::vector<xcb_window_t> DesktopSession::childrenOf(xcb_window_t window) {
+    const auto tree = wait(connection_, xcb_query_tree(connection_, window), xcb_query_tree_reply);
+    if (!tree) {
+        return {};
+    }
     const xcb_window_t *children = xcb_query_tree_children(tree.get());
     return {children, children + xcb_query_tree_children_length(tree.get())};
 }
@@ -209,16 +216,23 @@ Area DesktopSession::frameAreaOf(xcb_window_t window) {
     return {geometry->x, geometry->y, geometry->width + borders, geometry->height + borders};
 }
 
-std::string DesktopSession::classOf(xcb_window_t window) {
-    const auto reply =
-        wait(connection_,
-             xcb_get_property(connection_, 0, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 0, 256),
-             xcb_get_property_reply);
+std::string DesktopSession::textOf(xcb_window_t window, xcb_atom_t property) {
+    const auto reply = wait(
+        connection_, xcb_get_property(connection_, 0, window, property, XCB_ATOM_STRING, 0, 256),
+        xcb_get_property_reply);
     if (!reply) {
         return {};
     }
-    const std::string both(static_cast<const char *>(xcb_get_property_value(reply.get())),
-                           static_cast<std::size_t>(xcb_get_property_value_length(reply.get())));
+    return {static_cast<const char *>(xcb_get_property_value(reply.get())),
+            static_cast<std::size_t>(xcb_get_property_value_length(reply.get()))};
+}
+
+std::string DesktopSession::titleOf(xcb_window_t window) {
+    return textOf(window, XCB_ATOM_WM_NAME);
+}
+
+std::string DesktopSession::classOf(xcb_window_t window) {
+    const std::string both = textOf(window, XCB_ATOM_WM_CLASS);
     const std::size_t instanceEnd = both.find('\0');
     return instanceEnd == std::string::npos ? std::string()
                                             : std::string(both.c_str() + instanceEnd + 1);

@@ -19,7 +19,9 @@ namespace lumo::desktop {
 // Keys by the symbol on them.
 enum class Key : std::uint32_t {
     tab = 0xff09,
+    enter = 0xff0d,
     escape = 0xff1b,
+    down = 0xff54,
     numLock = 0xff7f,
     capsLock = 0xffe5,
     space = 0x0020,
@@ -70,9 +72,11 @@ class DesktopSession {
     bool isViewable(xcb_window_t window);
     bool isDrawn(xcb_window_t window); // and not there for its input alone
     bool isOverrideRedirect(xcb_window_t window);
-    Area areaOf(xcb_window_t window);      // without its border
-    Area frameAreaOf(xcb_window_t window); // of its frame, border included
+    Area areaOf(xcb_window_t window);                          // without its border
+    Area frameAreaOf(xcb_window_t window);                     // of its frame, border included
+    std::vector<xcb_window_t> childrenOf(xcb_window_t window); // bottom to top
     std::string classOf(xcb_window_t window);
+    std::string titleOf(xcb_window_t window); // WM_NAME
     std::vector<std::uint32_t> numbers(xcb_window_t window, std::string_view property);
     xcb_window_t activeWindow(); // as the window manager says; none when it names none
     xcb_window_t focusedWindow();
@@ -138,6 +142,7 @@ class DesktopSession {
     void waitForEvents(Seconds atMost);
     void askWindowManager(xcb_window_t window, std::string_view type,
                           const std::vector<std::uint32_t> &data);
+    std::string textOf(xcb_window_t window, xcb_atom_t property);
     std::uint8_t keycodeOf(Key key);
     void fakeInput(std::uint8_t type, std::uint8_t detail, int x, int y);
     void sync();

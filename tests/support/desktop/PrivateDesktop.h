@@ -82,6 +82,7 @@ class PrivateDesktop {
     // Gives the programs that are started from now on a session bus, which starts no services by
     // itself.
     void startSessionBus();
+    void stopSessionBus() { messageBus_.reset(); }
 
     // The desktop's notification service, which prints what it is given. Needs a session bus, on
     // which it appears a little later.
