@@ -79,7 +79,7 @@ AppChooserView::AppChooserView(QWidget *window)
     add_->setAutoDefault(false);
 }
 
-void AppChooserView::open(const std::vector<InstalledApplication> &applications) {
+void AppChooserView::offer(const std::vector<InstalledApplication> &applications) {
     items_->clear();
     for (const auto &application : applications) {
         auto *item = new QStandardItem(toQString(application.localizedName));
@@ -93,7 +93,7 @@ void AppChooserView::open(const std::vector<InstalledApplication> &applications)
     identifier_->clear();
     list_->scrollToTop();
     search_->setFocus();
-    QDialog::open();
+    open();
 }
 
 void AppChooserView::choose(const QModelIndex &index) {

@@ -23,7 +23,7 @@ class AppChooserView final : public QDialog {
     // The user has chosen. The name is empty for an identifier that was typed.
     std::function<void(const std::string &bundleID, const std::string &name)> onChosen;
 
-    void open(const std::vector<InstalledApplication> &applications);
+    void offer(const std::vector<InstalledApplication> &applications);
 
   protected:
     void paintEvent(QPaintEvent *event) override;

@@ -110,8 +110,8 @@ void Button::paintEvent(QPaintEvent * /*event*/) {
                          height());
     painter.setPen(textColor());
     painter.setFont(font());
-    painter.drawText(QStyle::visualRect(layoutDirection(), content, textArea),
-                     Qt::AlignVCenter | Qt::AlignHCenter | Qt::TextSingleLine, line);
+    paintLine(painter, QStyle::visualRect(layoutDirection(), content, textArea), Qt::AlignCenter,
+              layoutDirection(), line);
     if (showsFocus(*this)) {
         const bool isFilled = kind_ == Kind::prominent;
         paintFocusRing(painter, rect(), corner::control, palette());

@@ -1,8 +1,10 @@
 #include "ui/Labels.h"
 
+#include "ui/Painting.h"
 #include "ui/Symbols.h"
 #include "ui/Text.h"
 
+#include <QApplication>
 #include <QPainter>
 #include <QStyle>
 
@@ -13,6 +15,10 @@ QLabel *makeLabel(std::string_view text, TextStyle style, QPalette::ColorRole co
     label->setTextFormat(Qt::PlainText);
     label->setFont(fontOf(style));
     label->setForegroundRole(color);
+    // On the side where lines begin in this language, whichever way the text itself runs.
+    label->setAlignment(
+        QStyle::visualAlignment(QApplication::layoutDirection(), Qt::AlignLeft | Qt::AlignVCenter) |
+        Qt::AlignAbsolute);
     return label;
 }
 
@@ -50,10 +56,9 @@ void ElidedLabel::resizeEvent(QResizeEvent *event) {
 
 void ElidedLabel::paintEvent(QPaintEvent * /*event*/) {
     QPainter painter(this);
-    const auto line = fontMetrics().elidedText(text(), Qt::ElideRight, contentsRect().width());
-    const auto flags = QStyle::visualAlignment(layoutDirection(), alignment());
-    style()->drawItemText(&painter, contentsRect(), static_cast<int>(flags), palette(), isEnabled(),
-                          line, foregroundRole());
+    painter.setFont(font());
+    painter.setPen(palette().color(foregroundRole()));
+    paintLine(painter, contentsRect(), alignment(), layoutDirection(), text());
 }
 
 SymbolView::SymbolView(std::string_view name, int size, QPalette::ColorRole color)

@@ -60,14 +60,11 @@ QRect ListRow::textArea(const QStyleOptionViewItem &option, const QModelIndex &i
 
 void ListRow::paintTexts(QPainter &painter, const QRect &area, const QStyleOptionViewItem &option,
                          const QModelIndex &index, bool isOnAccent) const {
-    const auto flags = static_cast<int>(QStyle::visualAlignment(option.direction, Qt::AlignLeft)) |
-                       Qt::TextSingleLine;
     const auto line = [&](const QString &text, const QFont &font, const QRect &place,
-                          QPalette::ColorRole color, int vertical) {
+                          QPalette::ColorRole color, Qt::Alignment vertical) {
         painter.setFont(font);
         painter.setPen(option.palette.color(isOnAccent ? role::textOnAccent : color));
-        painter.drawText(place, flags | vertical,
-                         QFontMetrics(font).elidedText(text, Qt::ElideRight, place.width()));
+        paintLine(painter, place, Qt::AlignLeft | vertical, option.direction, text);
     };
     const auto title = index.data(Qt::DisplayRole).toString();
     const auto detail = index.data(detailRole).toString();

@@ -1,6 +1,7 @@
 #include "ui/MenuItemView.h"
 
 #include "ui/MenuRow.h"
+#include "ui/Painting.h"
 #include "ui/Text.h"
 #include "ui/Theme.h"
 
@@ -99,11 +100,7 @@ void MenuItemView::paintEvent(QPaintEvent * /*event*/) {
         if (subtitleWidth() > titleWidth()) {
             area.setHeight(menuRow::height(0));
         }
-        painter.drawText(
-            area,
-            static_cast<int>(QStyle::visualAlignment(layoutDirection(), Qt::AlignRight)) |
-                Qt::AlignVCenter | Qt::TextSingleLine,
-            shortcut_);
+        paintLine(painter, area, Qt::AlignRight | Qt::AlignVCenter, layoutDirection(), shortcut_);
     }
 }
 

@@ -52,11 +52,8 @@ void paintTexts(QPainter &painter, const QWidget &row, int titleWidth, const QSt
         // The row says itself how it looks when disabled.
         painter.setPen(row.palette().color(QPalette::Active, color));
         const QRect area(horizontalPadding, top, width, metrics.height());
-        painter.drawText(
-            QStyle::visualRect(row.layoutDirection(), row.rect(), area),
-            static_cast<int>(QStyle::visualAlignment(row.layoutDirection(), Qt::AlignLeft)) |
-                Qt::AlignTop | Qt::TextSingleLine,
-            metrics.elidedText(text, Qt::ElideRight, width));
+        paintLine(painter, QStyle::visualRect(row.layoutDirection(), row.rect(), area),
+                  Qt::AlignLeft | Qt::AlignTop, row.layoutDirection(), text);
         top += metrics.height();
     };
     line(title, TextStyle::body, titleWidth, role::text);

@@ -4,6 +4,8 @@
 
 #include <QPainter>
 #include <QPalette>
+#include <QString>
+#include <QStyle>
 #include <QWidget>
 
 namespace lumo {
@@ -38,6 +40,14 @@ void paintRounded(QPainter &painter, const QRectF &area, double radius, const QC
                                 radius - inset);
     }
     painter.restore();
+}
+
+void paintLine(QPainter &painter, const QRect &area, Qt::Alignment alignment,
+               Qt::LayoutDirection direction, const QString &text) {
+    painter.setLayoutDirection(text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
+    const auto flags = QStyle::visualAlignment(direction, alignment) | Qt::AlignAbsolute;
+    painter.drawText(area, static_cast<int>(flags) | Qt::TextSingleLine,
+                     painter.fontMetrics().elidedText(text, Qt::ElideRight, area.width()));
 }
 
 } // namespace lumo

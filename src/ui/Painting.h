@@ -1,10 +1,14 @@
 #pragma once
 
 #include <QColor>
+#include <QFlags>
 #include <QRectF>
+#include <Qt>
 
 class QPainter;
 class QPalette;
+class QRect;
+class QString;
 class QWidget;
 
 namespace lumo {
@@ -18,5 +22,11 @@ void paintFocusRing(QPainter &painter, const QRectF &area, double radius, const 
 // A filled shape with round corners and a hairline of one device pixel or more inside its edge.
 void paintRounded(QPainter &painter, const QRectF &area, double radius, const QColor &fill,
                   const QColor &border = Qt::transparent);
+
+// One line of text in the painter's font and pen, with an ellipsis where it does not fit. The
+// alignment is that of a layout from left to right and is mirrored for the other direction; the
+// text itself runs as its script does.
+void paintLine(QPainter &painter, const QRect &area, Qt::Alignment alignment,
+               Qt::LayoutDirection direction, const QString &text);
 
 } // namespace lumo

@@ -77,11 +77,7 @@ void Picker::paintEvent(QPaintEvent * /*event*/) {
     painter.setPen(palette().color(role::text));
     painter.setFont(font());
     const auto line = fontMetrics().elidedText(currentText(), Qt::ElideRight, area.width());
-    painter.drawText(area,
-                     static_cast<int>(QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft) |
-                                      Qt::AlignVCenter) |
-                         Qt::TextSingleLine,
-                     line);
+    paintLine(painter, area, Qt::AlignLeft | Qt::AlignVCenter, layoutDirection(), currentText());
     setToolTip(line == currentText() ? QString() : currentText());
     if (showsFocus(*this)) {
         paintFocusRing(painter, rect(), corner::control, palette());

@@ -142,7 +142,7 @@ void RuleListView::chooseApp() {
             RuleList(rulesInForce(settings_)).add(bundleID, name);
         };
     }
-    chooser_->open(ruleCandidates(platform_.workspace, rulesInForce(settings_).value()));
+    chooser_->offer(ruleCandidates(platform_.workspace, rulesInForce(settings_).value()));
 }
 
 } // namespace lumo

@@ -39,7 +39,7 @@ class SegmentedPicker::Segment final : public QRadioButton {
         }
         painter.setPen(palette().color(group, isChecked() ? role::textOnAccent : role::text));
         painter.setFont(font());
-        painter.drawText(rect(), Qt::AlignCenter | Qt::TextSingleLine, text());
+        paintLine(painter, rect(), Qt::AlignCenter, layoutDirection(), text());
         if (showsFocus(*this)) {
             paintFocusRing(painter, rect(), corner::control - 2, palette());
             paintRounded(painter, QRectF(rect()).adjusted(2, 2, -2, -2), corner::control - 3,

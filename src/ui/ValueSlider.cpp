@@ -72,7 +72,9 @@ ValueSlider::ValueSlider(std::string_view name, const SliderRange &range,
                       static_cast<int>(std::lround((range.maximum - range.minimum) / range.step)));
     slider_->setPageStep(std::max(1, slider_->maximum() / 10));
     label_->setMinimumWidth(valueWidth);
-    label_->setAlignment(Qt::AlignTrailing | Qt::AlignVCenter);
+    label_->setAlignment(
+        QStyle::visualAlignment(layoutDirection(), Qt::AlignRight | Qt::AlignVCenter) |
+        Qt::AlignAbsolute);
     auto *row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(spacing::medium);

@@ -284,6 +284,18 @@ TEST(GuidedAccess, LeadsToThePermissionAndChecksItAgain) {
     EXPECT_TRUE(view.isVisible());
 }
 
+TEST(QtInterface, FollowsTheDesktopIntoTheDarkAndBack) {
+    auto &appearance = test::RunningInterface::instance().appearance;
+    const auto initial = schemeOf(QApplication::palette());
+    for (const bool isDark : {true, false}) {
+        appearance.prefer(isDark);
+        EXPECT_EQ(QApplication::palette().color(role::card),
+                  makePalette(isDark ? ColorScheme::dark : ColorScheme::light).color(role::card));
+    }
+    appearance.prefer(std::nullopt);
+    EXPECT_EQ(schemeOf(QApplication::palette()), initial);
+}
+
 TEST(QtInterface, WindowsComeAndGoWithinTheirOwnCallbacks) {
     auto &running = test::RunningInterface::instance();
     auto &loop = running.stage.desktop.mainLoop;

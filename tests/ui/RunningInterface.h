@@ -1,9 +1,28 @@
 #pragma once
 
 #include "InterfaceStage.h"
+#include "platform/Appearance.h"
+#include "support/Signal.h"
 #include "ui/QtInterface.h"
 
 namespace lumo::test {
+
+class ScriptedAppearance final : public Appearance {
+  public:
+    void prefer(std::optional<bool> dark) {
+        dark_ = dark;
+        changed_.emit();
+    }
+
+    std::optional<bool> prefersDark() const override { return dark_; }
+    Handle onChange(std::function<void()> observer) override {
+        return changed_.subscribe(std::move(observer));
+    }
+
+  private:
+    std::optional<bool> dark_;
+    Signal<> changed_;
+};
 
 // The toolkit without a display, as the program starts it. One for the whole test program: the
 // toolkit can't be started twice.
@@ -17,6 +36,7 @@ class RunningInterface {
     static RunningInterface &instance();
 
     InterfaceStage stage;
+    ScriptedAppearance appearance;
     QtInterface interface {
         stage.desktop.platform(), { .windowSystem = "offscreen" }
     };

@@ -9,7 +9,7 @@
 #include <memory>
 #include <optional>
 
-using GVariant = struct _GVariant;
+using GVariant = struct _GVariant; // NOLINT(bugprone-reserved-identifier,cert-dcl*): its own name
 
 namespace lumo::x11 {
 
