@@ -38,7 +38,7 @@ class RunningInterface {
     InterfaceStage stage;
     ScriptedAppearance appearance;
     QtInterface interface {
-        stage.desktop.platform(), { .windowSystem = "offscreen" }
+        stage.desktop.platform(), { .windowSystem = "offscreen", .appearance = &appearance }
     };
 };
 
