@@ -216,6 +216,19 @@ Area DesktopSession::frameAreaOf(xcb_window_t window) {
     return {geometry->x, geometry->y, geometry->width + borders, geometry->height + borders};
 }
 
+bool DesktopSession::isKeyboardGrabbed() {
+    const auto reply = wait(connection_,
+                            xcb_grab_keyboard(connection_, 0, root(), XCB_CURRENT_TIME,
+                                              XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
+                            xcb_grab_keyboard_reply);
+    if (reply && reply->status == XCB_GRAB_STATUS_SUCCESS) {
+        xcb_ungrab_keyboard(connection_, XCB_CURRENT_TIME);
+        sync();
+        return false;
+    }
+    return true;
+}
+
 std::string DesktopSession::textOf(xcb_window_t window, xcb_atom_t property) {
     const auto reply = wait(
         connection_, xcb_get_property(connection_, 0, window, property, XCB_ATOM_STRING, 0, 256),

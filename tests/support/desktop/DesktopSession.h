@@ -21,6 +21,7 @@ enum class Key : std::uint32_t {
     tab = 0xff09,
     enter = 0xff0d,
     escape = 0xff1b,
+    up = 0xff52,
     down = 0xff54,
     numLock = 0xff7f,
     capsLock = 0xffe5,
@@ -80,6 +81,7 @@ class DesktopSession {
     std::vector<std::uint32_t> numbers(xcb_window_t window, std::string_view property);
     xcb_window_t activeWindow(); // as the window manager says; none when it names none
     xcb_window_t focusedWindow();
+    bool isKeyboardGrabbed(); // by another client
     xcb_window_t selectionOwner(std::string_view selection);
     std::size_t passiveGrabs(xcb_window_t window); // of the client that made the window
 
