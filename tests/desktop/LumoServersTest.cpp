@@ -139,6 +139,10 @@ TEST_P(LumoServers, AreMetWithTheEffectOrOneClearLine) {
     EXPECT_THAT(remarks, ElementsAreArray(GetParam().remarks));
 }
 
+const std::string noShake =
+    "[Lumo] the X server lacks XInput 2.2: no shake is seen, and the emergency stop is a hot key";
+const std::string namedProcesses = "[Lumo] the X server lacks X-Resource 1.2: windows belong to "
+                                   "the processes that they name themselves";
 const std::string asLines = ": the effect is drawn as lines, without grain and blur";
 const std::string takesClicks =
     ", without which an overlay would take every click: Lumo does not start";
@@ -168,12 +172,8 @@ INSTANTIATE_TEST_SUITE_P(
                    {{"XInputExtension", "XKEYBOARD", "BIG-REQUESTS"}, {}},
                    Outcome::shownAsLines,
                    {"[Lumo] the X server lacks Composite 0.4, Damage and Render 0.10" + asLines,
-                    "[Lumo] the X server lacks RandR 1.5: all displays count as one",
-                    "[Lumo] the X server lacks XInput 2.2: no shake is seen, and the emergency "
-                    "stop is a hot key",
-                    "[Lumo] the X server lacks XKEYBOARD" + asHotKey,
-                    "[Lumo] the X server lacks X-Resource 1.2: windows belong to the processes "
-                    "that they name themselves"}},
+                    "[Lumo] the X server lacks RandR 1.5: all displays count as one", noShake,
+                    "[Lumo] the X server lacks XKEYBOARD" + asHotKey, namedProcesses}},
         LesserCase{"RandR",
                    without({"RANDR"}),
                    {},
@@ -184,20 +184,10 @@ INSTANTIATE_TEST_SUITE_P(
                    {{}, {{"RANDR", {1, 4}}}},
                    Outcome::shown,
                    {"[Lumo] the X server lacks RandR 1.5: all displays count as one"}},
-        LesserCase{"Resource",
-                   without({"X-Resource"}),
-                   {},
-                   Outcome::shown,
-                   {"[Lumo] the X server lacks X-Resource 1.2: windows belong to the processes "
-                    "that they name themselves"}},
+        LesserCase{"Resource", without({"X-Resource"}), {}, Outcome::shown, {namedProcesses}},
         LesserCase{"SharedMemory", without({"MIT-SHM"}), {}, Outcome::shown, {}},
         LesserCase{"LongRequests", {}, {{"BIG-REQUESTS"}, {}}, Outcome::shown, {}},
-        LesserCase{"Input",
-                   {},
-                   {{"XInputExtension"}, {}},
-                   Outcome::shown,
-                   {"[Lumo] the X server lacks XInput 2.2: no shake is seen, and the emergency "
-                    "stop is a hot key"}},
+        LesserCase{"Input", {}, {{"XInputExtension"}, {}}, Outcome::shown, {noShake}},
         LesserCase{"Keyboard",
                    {},
                    {{"XKEYBOARD"}, {}},

@@ -199,6 +199,7 @@ TEST(MonitorsApart, HaveNoPixelInCommon) {
     };
     for (const auto &[name, given, expected] : cases) {
         std::vector<Monitor> monitors;
+        monitors.reserve(given.size());
         for (const auto &area : given) {
             monitors.push_back({area, false, std::to_string(monitors.size()), {}});
         }
