@@ -17,6 +17,7 @@
 #include <QListView>
 #include <QPushButton>
 #include <QTest>
+#include <algorithm>
 #include <clocale>
 #include <cmath>
 #include <memory>
@@ -204,7 +205,7 @@ double contrast(const QColor &one, const QColor &other) {
         return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
                0.0722 * linear(color.blueF());
     };
-    const auto [dark, light] = std::minmax(luminance(one), luminance(other));
+    const auto [dark, light] = std::minmax({luminance(one), luminance(other)});
     return (light + 0.05) / (dark + 0.05);
 }
 
