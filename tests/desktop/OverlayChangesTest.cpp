@@ -240,26 +240,5 @@ TEST(DesktopSettings, GiveColoursInEveryLengthAndNothingForOtherText) {
     }
 }
 
-TEST(OverlayWithout, WhatItNeedsIsNotShownAndSaysSoOnce) {
-    for (const char *extension : {"Composite", "DAMAGE", "XFIXES", "RENDER"}) {
-        auto options = smallDesktop;
-        options.windowManager = desktop::WindowManager::none;
-        options.serverArguments = {"-extension", extension};
-        OverlayDesktop desktop(options);
-        const auto plain = desktop.session.picture();
-        const auto first = desktop.overlays->makeWindow(desktop.frame());
-        const auto second = desktop.overlays->makeWindow(desktop.frame());
-        for (auto *overlay : {first.get(), second.get()}) {
-            overlay->commit(desktop.tree(desktop.frame()));
-            overlay->orderFront();
-        }
-        desktop.settle();
-        EXPECT_EQ(desktop.lines.size(), 1) << extension;
-        EXPECT_EQ(desktop.session.picture().firstDifference(plain, desktop.wholeArea()),
-                  std::nullopt)
-            << extension;
-    }
-}
-
 } // namespace
 } // namespace lumo::x11
