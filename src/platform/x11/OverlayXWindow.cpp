@@ -172,19 +172,24 @@ void OverlayXWindow::setPattern(OwnedRegion pattern) {
 }
 
 void OverlayXWindow::applyShape() {
-    if (!isCutAway_ && !shape_ && !pattern_) {
-        xcb_xfixes_set_window_shape_region(connection_, id(), XCB_SHAPE_SK_BOUNDING, 0, 0,
-                                           XCB_NONE);
-        return;
+    if (isCutAway_) {
+        useShape(outside_.id());
+    } else if (!shape_ && !pattern_) {
+        useShape(XCB_NONE);
+    } else {
+        const auto region = makeEmptyRegion(connection_);
+        if (shape_ && pattern_) {
+            xcb_xfixes_intersect_region(connection_, shape_.id(), pattern_.id(), region.id());
+        } else {
+            xcb_xfixes_copy_region(connection_, shape_ ? shape_.id() : pattern_.id(), region.id());
+        }
+        xcb_xfixes_union_region(connection_, region.id(), outside_.id(), region.id());
+        useShape(region.id());
     }
-    const auto region = makeEmptyRegion(connection_);
-    if (!isCutAway_ && shape_ && pattern_) {
-        xcb_xfixes_intersect_region(connection_, shape_.id(), pattern_.id(), region.id());
-    } else if (!isCutAway_) {
-        xcb_xfixes_copy_region(connection_, shape_ ? shape_.id() : pattern_.id(), region.id());
-    }
-    xcb_xfixes_union_region(connection_, region.id(), outside_.id(), region.id());
-    xcb_xfixes_set_window_shape_region(connection_, id(), XCB_SHAPE_SK_BOUNDING, 0, 0, region.id());
+}
+
+void OverlayXWindow::useShape(xcb_xfixes_region_t shape) {
+    xcb_xfixes_set_window_shape_region(connection_, id(), XCB_SHAPE_SK_BOUNDING, 0, 0, shape);
 }
 
 } // namespace lumo::x11

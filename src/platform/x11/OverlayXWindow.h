@@ -54,6 +54,7 @@ class OverlayXWindow {
     void setValues(std::string_view property, xcb_atom_t type,
                    std::initializer_list<std::uint32_t> values);
     void applyShape();
+    void useShape(xcb_xfixes_region_t shape); // none: all of the window
 
     Connection &connection_;
     Care care_;
