@@ -4,6 +4,7 @@
 #include "platform/MainLoop.h"
 #include "platform/Screens.h"
 #include "ui/GuidedAccessView.h"
+#include "ui/HostedFrames.h"
 #include "ui/LumoStyle.h"
 #include "ui/MessageView.h"
 #include "ui/PopoverWindow.h"
@@ -174,13 +175,30 @@ void QtInterface::discard(std::unique_ptr<QWidget> window) {
 }
 
 std::unique_ptr<Popover> QtInterface::makePopover(StatusMenu &menu) {
-    return std::make_unique<StatusPopover>(*this, menu);
+    if (hooks_.viewHost == nullptr) {
+        return std::make_unique<StatusPopover>(*this, menu);
+    }
+    const auto makeView = [this, &menu] {
+        startToolkit();
+        menu.prepareToShow();
+        auto view = std::make_unique<StatusMenuView>(menu, platform_.mainLoop);
+        view->resize(StatusMenuView::contentSize);
+        return view;
+    };
+    return makeHostedPopover(*hooks_.viewHost, makeView,
+                             [this](std::unique_ptr<QWidget> view) { discard(std::move(view)); });
 }
 
 std::unique_ptr<InterfaceWindow> QtInterface::makeWindow(const char *title, QWidget *view,
-                                                         bool isMiniaturizable,
+                                                         HostedWindowKind kind,
                                                          std::function<void()> onWillClose) {
-    auto frame = std::make_unique<WindowFrame>(QString::fromUtf8(title), view, isMiniaturizable);
+    if (hooks_.viewHost != nullptr) {
+        return makeHostedWindow(
+            *hooks_.viewHost, kind, title, std::unique_ptr<QWidget>(view), std::move(onWillClose),
+            [this](std::unique_ptr<QWidget> done) { discard(std::move(done)); });
+    }
+    auto frame = std::make_unique<WindowFrame>(QString::fromUtf8(title), view,
+                                               kind == HostedWindowKind::settings);
     frame->onWillClose = std::move(onWillClose);
     return std::make_unique<Window>(*this, std::move(frame));
 }
@@ -188,21 +206,23 @@ std::unique_ptr<InterfaceWindow> QtInterface::makeWindow(const char *title, QWid
 std::unique_ptr<InterfaceWindow>
 QtInterface::makeSettingsWindow(const SettingsModel &model, std::function<void()> onWillClose) {
     startToolkit();
-    return makeWindow("Lumo Settings", new SettingsView(model), true, std::move(onWillClose));
+    return makeWindow("Lumo Settings", new SettingsView(model), HostedWindowKind::settings,
+                      std::move(onWillClose));
 }
 
 std::unique_ptr<InterfaceWindow>
 QtInterface::makeGuidanceWindow(const Platform &platform, PermissionManager &permissionManager,
                                 std::function<void()> onWillClose) {
     startToolkit();
-    return makeWindow("Lumo", new GuidedAccessView(platform, permissionManager), false,
-                      std::move(onWillClose));
+    return makeWindow("Lumo", new GuidedAccessView(platform, permissionManager),
+                      HostedWindowKind::guidance, std::move(onWillClose));
 }
 
 void QtInterface::showMessage(const std::string &title, const std::string &text) {
     startToolkit();
     const auto dismiss = [this] { message_.reset(); };
-    message_ = makeWindow("Lumo", new MessageView(title, text, dismiss), false, dismiss);
+    message_ = makeWindow("Lumo", new MessageView(title, text, dismiss), HostedWindowKind::guidance,
+                          dismiss);
     message_->makeKeyAndOrderFront();
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Platform.h"
+#include "platform/ViewHost.h"
 #include "presentation/UserInterface.h"
 #include "support/Lifetime.h"
 
@@ -25,6 +26,8 @@ struct ToolkitHooks {
     // Whether the desktop blends windows, so that a window may be translucent.
     std::function<bool()> blendsWindows = {};
     Appearance *appearance = nullptr; // outlives the interface
+    // Draws what is around the popover's and the windows' views; outlives the interface.
+    ViewHost *viewHost = nullptr;
 };
 
 // The interface in Qt's widgets. The toolkit is started when something is first shown, and turns
@@ -52,7 +55,7 @@ class QtInterface final : public UserInterface {
 
     void startToolkit();
     std::unique_ptr<InterfaceWindow> makeWindow(const char *title, QWidget *view,
-                                                bool isMiniaturizable,
+                                                HostedWindowKind kind,
                                                 std::function<void()> onWillClose);
 
     // Hides the window now and destroys it in a later turn: it may be what calls.

@@ -1,0 +1,121 @@
+#include "ui/HostedFrames.h"
+
+#include <gmock/gmock.h>
+
+#include <QWidget>
+#include <utility>
+
+namespace lumo {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// A desktop that draws the frames, and what it was asked for.
+class ScriptedViewHost final : public ViewHost {
+  public:
+    std::unique_ptr<HostedPopover> makePopover(const HostedView &view,
+                                               std::function<void()> onDidClose) override {
+        hosted = view;
+        userClosesPopover = std::move(onDidClose);
+        return std::make_unique<PopoverFrame>(*this);
+    }
+    std::unique_ptr<HostedWindow> makeWindow(HostedWindowKind /*kind*/, const std::string &title,
+                                             const HostedView &view,
+                                             std::function<void()> onWillClose) override {
+        hosted = view;
+        events.push_back(title);
+        userClosesWindow = std::move(onWillClose);
+        return std::make_unique<WindowFrame>(*this);
+    }
+
+    HostedView hosted;
+    std::vector<std::string> events;
+    std::function<void()> userClosesPopover;
+    std::function<void()> userClosesWindow;
+
+  private:
+    class PopoverFrame final : public HostedPopover {
+      public:
+        explicit PopoverFrame(ScriptedViewHost &host)
+            : host_(host) {}
+        ~PopoverFrame() override { host_.events.emplace_back("gone"); }
+        PopoverFrame(const PopoverFrame &) = delete;
+        PopoverFrame &operator=(const PopoverFrame &) = delete;
+
+        bool isShown() const override { return isShown_; }
+        void show() override {
+            isShown_ = true;
+            host_.events.emplace_back("shown");
+        }
+        void close() override { isShown_ = false; }
+
+      private:
+        ScriptedViewHost &host_;
+        bool isShown_ = false;
+    };
+
+    class WindowFrame final : public HostedWindow {
+      public:
+        explicit WindowFrame(ScriptedViewHost &host)
+            : host_(host) {}
+        ~WindowFrame() override { host_.events.emplace_back("gone"); }
+        WindowFrame(const WindowFrame &) = delete;
+        WindowFrame &operator=(const WindowFrame &) = delete;
+
+        void makeKeyAndOrderFront() override { host_.events.emplace_back("shown"); }
+
+      private:
+        ScriptedViewHost &host_;
+    };
+};
+
+class HostedFramesTest : public testing::Test {
+  protected:
+    static std::unique_ptr<QWidget> makeView() {
+        auto view = std::make_unique<QWidget>();
+        view->resize(260, 300);
+        return view;
+    }
+    // The view's frame must be gone by then.
+    DiscardView discarding() {
+        return [this](std::unique_ptr<QWidget> view) {
+            EXPECT_TRUE(view);
+            host.events.emplace_back("discarded");
+        };
+    }
+
+    ScriptedViewHost host;
+};
+
+TEST_F(HostedFramesTest, APopoverHasAViewForAsLongAsItIsShown) {
+    const auto popover = makeHostedPopover(host, makeView, discarding());
+    EXPECT_THAT(host.events, IsEmpty());
+    popover->show({});
+    EXPECT_TRUE(popover->isShown());
+    EXPECT_NE(host.hosted.nativeView, nullptr);
+    EXPECT_EQ(host.hosted.size, (Size{260, 300}));
+    host.userClosesPopover();
+    EXPECT_FALSE(popover->isShown());
+    EXPECT_THAT(std::exchange(host.events, {}), ElementsAre("shown", "gone", "discarded"));
+    popover->show({});
+    popover->close();
+    popover->close();
+    EXPECT_THAT(host.events, ElementsAre("shown", "gone", "discarded"));
+}
+
+TEST_F(HostedFramesTest, AWindowMayBeDestroyedByItsOwnClosing) {
+    std::unique_ptr<InterfaceWindow> window;
+    window = makeHostedWindow(
+        host, HostedWindowKind::settings, "Lumo Settings", makeView(), [&] { window.reset(); },
+        discarding());
+    window->makeKeyAndOrderFront();
+    EXPECT_EQ(host.hosted.size, (Size{260, 300}));
+    const auto close = host.userClosesWindow;
+    close();
+    EXPECT_EQ(window, nullptr);
+    EXPECT_THAT(host.events, ElementsAre("Lumo Settings", "shown", "gone", "discarded"));
+}
+
+} // namespace
+} // namespace lumo
