@@ -1,0 +1,89 @@
+#include "platform/macos/logic/LayerDifference.h"
+
+#include <algorithm>
+
+namespace lumo::macos {
+
+namespace {
+
+std::vector<std::size_t> changedOptions(const Dictionary *before, const Dictionary &after) {
+    std::vector<std::size_t> changed;
+    for (std::size_t index = 0; index < after.entries().size(); ++index) {
+        const auto &[key, value] = after.entries()[index];
+        const Value *old = before != nullptr ? before->find(key) : nullptr;
+        if (old == nullptr || *old != value) {
+            changed.push_back(index);
+        }
+    }
+    return changed;
+}
+
+LayerChange newLayer(const Layer &layer) {
+    return {.isNew = true,
+            .frame = true,
+            .opacity = true,
+            .backgroundColor = true,
+            .masksToBounds = true,
+            .contents = true,
+            .contentsScale = true,
+            .samplingFilters = true,
+            .compositingFilter = true,
+            .filters = !layer.filters.empty(),
+            .options = changedOptions(nullptr, layer.options)};
+}
+
+LayerChange layerDifference(const Layer &before, const Layer &after) {
+    if (before.kind != after.kind) {
+        return newLayer(after);
+    }
+    return {.isNew = false,
+            .frame = before.frame != after.frame,
+            .opacity = before.opacity != after.opacity,
+            .backgroundColor = before.backgroundColor != after.backgroundColor,
+            .masksToBounds = before.masksToBounds != after.masksToBounds,
+            .contents = before.contents != after.contents,
+            .contentsScale = before.contentsScale != after.contentsScale,
+            .samplingFilters = before.minificationFilter != after.minificationFilter ||
+                               before.magnificationFilter != after.magnificationFilter,
+            .compositingFilter = before.compositingFilter != after.compositingFilter,
+            .filters = !after.filters.empty() && before.filters != after.filters,
+            .options = changedOptions(&before.options, after.options)};
+}
+
+MaskChange maskDifference(const LayerTree *before, const LayerTree &after) {
+    const bool hadMask = before != nullptr && before->mask.has_value();
+    if (!after.mask) {
+        return hadMask ? MaskChange::remove : MaskChange::none;
+    }
+    return hadMask && before->mask == after.mask ? MaskChange::none : MaskChange::set;
+}
+
+} // namespace
+
+bool LayerChange::any() const {
+    return *this != LayerChange{};
+}
+
+bool LayerTreeChange::any() const {
+    return bounds || viewAlpha || mask != MaskChange::none || removesLayers ||
+           std::ranges::any_of(layers, &LayerChange::any);
+}
+
+LayerTreeChange difference(const LayerTree *before, const LayerTree &after) {
+    LayerTreeChange change{.bounds = before == nullptr || before->bounds != after.bounds,
+                           .viewAlpha = before == nullptr || before->viewAlpha != after.viewAlpha,
+                           .mask = maskDifference(before, after),
+                           .layers = {},
+                           .removesLayers =
+                               before != nullptr && before->layers.size() > after.layers.size()};
+    change.layers.reserve(after.layers.size());
+    for (std::size_t index = 0; index < after.layers.size(); ++index) {
+        const bool isKnown = before != nullptr && index < before->layers.size();
+        change.layers.push_back(isKnown
+                                    ? layerDifference(before->layers[index], after.layers[index])
+                                    : newLayer(after.layers[index]));
+    }
+    return change;
+}
+
+} // namespace lumo::macos

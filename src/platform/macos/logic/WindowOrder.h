@@ -1,0 +1,20 @@
+#pragma once
+
+#include "platform/WindowServer.h"
+
+#include <cstdint>
+#include <set>
+
+namespace lumo::macos {
+
+// Whether the window of this number already lies directly below the target, with nothing but
+// overlays between, in the records from front to back. True as well when the target is not on
+// screen: there is nothing to be ordered below then.
+bool liesBelow(const WindowRecords &records, const std::set<std::uint32_t> &overlays,
+               std::uint32_t number, std::uint32_t target);
+
+// Whether the window of this number already lies above all ordinary windows but other overlays.
+bool liesInFront(const WindowRecords &records, const std::set<std::uint32_t> &overlays,
+                 std::uint32_t number);
+
+} // namespace lumo::macos
