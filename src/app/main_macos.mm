@@ -1,0 +1,34 @@
+#include "app/AppDelegate.h"
+#import "platform/macos/MacBackend.h"
+#include "support/Log.h"
+#include "ui/QtInterface.h"
+
+#include <QCoreApplication>
+#include <csignal>
+#include <optional>
+
+int main() {
+    auto log = lumo::Log::standardOutput();
+    lumo::macos::MacBackend backend(log);
+    const auto platform = backend.platform();
+    // The toolkit turns with the application object's loop and leaves its delegate and menus alone.
+    QCoreApplication::setAttribute(Qt::AA_PluginApplication);
+    lumo::QtInterface userInterface(platform, {.viewHost = &backend.viewHost()});
+    std::optional<lumo::AppDelegate> delegate;
+    auto &application = backend.application();
+    auto &mainLoop = backend.mainLoop();
+    const auto interrupt = mainLoop.onUnixSignal(SIGINT, [&] { application.terminate(); });
+    const auto terminate = mainLoop.onUnixSignal(SIGTERM, [&] { application.terminate(); });
+    const auto hangUp = mainLoop.onUnixSignal(SIGHUP, [&] { application.terminate(); });
+    application.run(
+        [&] {
+            delegate.emplace(platform, userInterface);
+            delegate->applicationDidFinishLaunching();
+        },
+        [&] {
+            if (delegate) {
+                delegate->applicationWillTerminate();
+            }
+        });
+    return 0;
+}

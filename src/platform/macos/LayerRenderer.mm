@@ -1,0 +1,188 @@
+#import "platform/macos/LayerRenderer.h"
+
+#import "platform/macos/CFReference.h"
+#import "platform/macos/NativeValues.h"
+#include "platform/macos/logic/FilterTable.h"
+#include "platform/macos/logic/LayerDifference.h"
+#include "platform/macos/logic/WindowFlags.h"
+
+#import <CoreGraphics/CoreGraphics.h>
+#import <objc/runtime.h>
+
+#include <memory>
+
+namespace lumo::macos {
+
+static_assert(premultipliedLast == kCGImageAlphaPremultipliedLast);
+
+namespace {
+
+Class backdropClass() {
+    Class found = NSClassFromString(nativeString(backdropLayerClass));
+    return [found isSubclassOfClass:[CALayer class]] ? found : Nil;
+}
+
+// Nil when the class is missing.
+CALayer *makeLayer(Layer::Kind kind) {
+    return kind == Layer::Kind::plain ? [[CALayer alloc] init] : [[backdropClass() alloc] init];
+}
+
+// Nil when the class, its factory or the filter is missing.
+id makeFilter(const Filter &filter) {
+    Class found = NSClassFromString(nativeString(filterClass));
+    SEL factory = NSSelectorFromString(nativeString(filterFactory));
+    Method method = found != Nil ? class_getClassMethod(found, factory) : nullptr;
+    if (method == nullptr) {
+        return nil;
+    }
+    using Factory = id (*)(Class, SEL, NSString *);
+    const auto make = reinterpret_cast<Factory>(method_getImplementation(method));
+    id made = make(found, factory, nativeString(filter.type));
+    for (const auto &[key, value] : filter.values.entries()) {
+        [made setValue:nativeObject(value) forKey:nativeString(key)];
+    }
+    return made;
+}
+
+// Filters that can't be made are left out; when none can, the layer keeps those that it has.
+void applyFilters(CALayer *layer, const std::vector<Filter> &filters) {
+    NSMutableArray *made = [NSMutableArray arrayWithCapacity:filters.size()];
+    for (const auto &filter : knownFilters(filters)) {
+        if (id one = makeFilter(filter)) {
+            [made addObject:one];
+        }
+    }
+    if (made.count > 0) {
+        [layer setValue:made forKey:@"filters"];
+    }
+}
+
+// The image shares its pixels with the value, which lives as long as it is drawn.
+id nativeImage(const std::shared_ptr<const Image> &image) {
+    if (!image) {
+        return nil;
+    }
+    const auto width = static_cast<std::size_t>(image->width);
+    const auto height = static_cast<std::size_t>(image->height);
+    NSData *pixels =
+        [[NSData alloc] initWithBytesNoCopy:const_cast<std::uint8_t *>(image->pixels.data())
+                                     length:image->pixels.size()
+                                deallocator:^(void *, NSUInteger) {
+                                    // Keeps the value alive until here.
+                                    (void)image;
+                                }];
+    const CFReference<CGDataProviderRef> provider(
+        CGDataProviderCreateWithCFData((__bridge CFDataRef)pixels));
+    if (!provider) {
+        return nil;
+    }
+    const CFReference<CGColorSpaceRef> colors(CGColorSpaceCreateDeviceRGB());
+    return CFBridgingRelease(CGImageCreate(width, height, 8, 32, 4 * width, colors.get(),
+                                           premultipliedLast, provider.get(), nullptr, false,
+                                           kCGRenderingIntentDefault));
+}
+
+CALayerContentsFilter nativeSampling(Sampling sampling) {
+    return sampling == Sampling::nearest ? kCAFilterNearest : kCAFilterLinear;
+}
+
+void apply(CALayer *target, const Layer &layer, const LayerChange &change) {
+    if (change.masksToBounds) {
+        target.masksToBounds = layer.masksToBounds;
+    }
+    if (change.backgroundColor) {
+        target.backgroundColor = nativeColor(layer.backgroundColor).CGColor;
+    }
+    for (const auto option : change.options) {
+        const auto &[key, value] = layer.options.entries()[option];
+        [target setValue:nativeObject(value) forKey:nativeString(key)];
+    }
+    if (change.opacity) {
+        target.opacity = layer.opacity;
+    }
+    if (change.compositingFilter) {
+        const auto &name = layer.compositingFilter;
+        target.compositingFilter = isCompositingFilter(name) ? nativeString(name) : nil;
+    }
+    if (change.samplingFilters) {
+        target.minificationFilter = nativeSampling(layer.minificationFilter);
+        target.magnificationFilter = nativeSampling(layer.magnificationFilter);
+    }
+    if (change.filters) {
+        applyFilters(target, layer.filters);
+    }
+    if (change.frame) {
+        target.frame = nativeRect(layer.frame);
+    }
+    if (change.contentsScale) {
+        target.contentsScale = layer.contentsScale;
+    }
+    if (change.contents) {
+        target.contents = nativeImage(layer.contents);
+    }
+}
+
+void setMask(CAShapeLayer *shape, const EvenOddMask &mask) {
+    const CFReference<CGMutablePathRef> path(CGPathCreateMutable());
+    for (const auto &rectangle : mask.rectangles) {
+        CGPathAddRect(path.get(), nullptr, nativeRect(rectangle));
+    }
+    shape.frame = nativeRect(mask.frame);
+    shape.path = path.get();
+    shape.fillRule = kCAFillRuleEvenOdd;
+    shape.fillColor = [NSColor whiteColor].CGColor;
+}
+
+} // namespace
+
+bool hasBackdropLayers() {
+    return backdropClass() != Nil;
+}
+
+LayerRenderer::LayerRenderer(NSView *view)
+    : view_(view)
+    , exclusionMaskLayer_([[CAShapeLayer alloc] init]) {
+    view_.wantsLayer = YES;
+    view_.layer.masksToBounds = YES;
+    view_.layer.backgroundColor = [NSColor clearColor].CGColor;
+}
+
+void LayerRenderer::show(const LayerTree &tree) {
+    const auto change = difference(shown_ ? &*shown_ : nullptr, tree);
+    if (!change.any()) {
+        return;
+    }
+    [CATransaction begin];
+    [CATransaction setDisableActions:YES];
+    CALayer *root = view_.layer;
+    if (change.viewAlpha) {
+        view_.alphaValue = tree.viewAlpha;
+    }
+    for (std::size_t index = tree.layers.size(); index < layers_.size(); ++index) {
+        [layers_[index] removeFromSuperlayer];
+    }
+    layers_.resize(tree.layers.size());
+    for (std::size_t index = 0; index < tree.layers.size(); ++index) {
+        const auto &layer = tree.layers[index];
+        if (change.layers[index].isNew) {
+            [layers_[index] removeFromSuperlayer];
+            layers_[index] = makeLayer(layer.kind);
+            if (layers_[index] != nil) {
+                // By height, since a layer below may be missing or made later.
+                layers_[index].zPosition = static_cast<CGFloat>(index);
+                [root addSublayer:layers_[index]];
+            }
+        }
+        apply(layers_[index], layer, change.layers[index]);
+    }
+    if (change.mask == MaskChange::set) {
+        setMask(exclusionMaskLayer_, *tree.mask);
+        root.mask = exclusionMaskLayer_;
+    } else if (change.mask == MaskChange::remove) {
+        root.mask = nil;
+    }
+    [CATransaction commit];
+    shown_ = tree;
+}
+
+} // namespace lumo::macos

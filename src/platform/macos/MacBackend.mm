@@ -1,0 +1,45 @@
+#import "platform/macos/MacBackend.h"
+
+#import "platform/macos/LayerRenderer.h"
+#import "platform/macos/OverrideChecks.h"
+#import "platform/macos/UnifiedLog.h"
+
+namespace lumo::macos {
+
+MacBackend::MacBackend(Log &log)
+    : log_(log)
+    , application_(mainLoop_)
+    , accessibility_(workspace_)
+    , overlayWindows_(windowServer_)
+    , userNotifications_(mainLoop_)
+    , loginItemLog_(unifiedLog("LaunchAtLogin"))
+    , viewHost_(statusItem_)
+    , updateFramework_(mainLoop_) {
+#ifndef NDEBUG
+    checkOverrides();
+#endif
+}
+
+Platform MacBackend::platform() {
+    return {.accessibility = accessibility_,
+            .application = application_,
+            .eventMonitors = eventMonitors_,
+            .hotKeyService = hotKeys_,
+            .log = log_,
+            .loginItem = loginItem_,
+            .loginItemLog = loginItemLog_,
+            .mainLoop = mainLoop_,
+            .overlayWindows = overlayWindows_,
+            .preferenceDomains = preferenceDomains_,
+            .screens = screens_,
+            .statusItem = statusItem_,
+            .updateFramework = updateFramework_,
+            .userDefaults = userDefaults_,
+            .userNotifications = userNotifications_,
+            .windowServer = windowServer_,
+            .workspace = workspace_,
+            .capabilities = {.liveBackdrop = hasBackdropLayers(),
+                             .updates = MacUpdateFramework::isAvailable()}};
+}
+
+} // namespace lumo::macos

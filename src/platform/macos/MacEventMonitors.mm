@@ -1,0 +1,93 @@
+#import "platform/macos/MacEventMonitors.h"
+
+#import <AppKit/AppKit.h>
+
+#include <memory>
+#include <optional>
+#include <utility>
+
+namespace lumo::macos {
+
+static_assert(eventMask(EventType::keyDown) == NSEventMaskKeyDown);
+static_assert(eventMask(EventType::flagsChanged) == NSEventMaskFlagsChanged);
+static_assert(pointerMotionMask == (NSEventMaskMouseMoved | NSEventMaskLeftMouseDragged |
+                                    NSEventMaskRightMouseDragged | NSEventMaskOtherMouseDragged));
+static_assert(modifierFlag::capsLock == NSEventModifierFlagCapsLock);
+static_assert(modifierFlag::shift == NSEventModifierFlagShift);
+static_assert(modifierFlag::control == NSEventModifierFlagControl);
+static_assert(modifierFlag::option == NSEventModifierFlagOption);
+static_assert(modifierFlag::command == NSEventModifierFlagCommand);
+static_assert(modifierFlag::deviceIndependent == NSEventModifierFlagDeviceIndependentFlagsMask);
+
+namespace {
+
+// Absent for the kinds that nobody monitors. Key events have no deltas and pointer events no key
+// code: asking for them raises an exception.
+std::optional<InputEvent> inputEvent(NSEvent *event) {
+    InputEvent input;
+    input.type = static_cast<EventType>(event.type);
+    input.modifierFlags = static_cast<std::uint32_t>(event.modifierFlags);
+    switch (input.type) {
+    case EventType::mouseMoved:
+    case EventType::leftMouseDragged:
+    case EventType::rightMouseDragged:
+    case EventType::otherMouseDragged:
+        input.deltaX = event.deltaX;
+        input.deltaY = event.deltaY;
+        return input;
+    case EventType::keyDown:
+    case EventType::flagsChanged:
+        input.keyCode = event.keyCode;
+        return input;
+    }
+    return std::nullopt;
+}
+
+template <class Result>
+using Handler = std::function<Result(const InputEvent &)>;
+
+// Ends the monitor and the calls of a handler that may be running right now.
+template <class Result>
+Handle removal(id monitor, std::shared_ptr<Handler<Result>> live) {
+    if (monitor == nil) {
+        return {};
+    }
+    return Handle([monitor, live]() mutable {
+        [NSEvent removeMonitor:monitor];
+        live.reset();
+    });
+}
+
+} // namespace
+
+Handle MacEventMonitors::addGlobalMonitor(EventMask mask,
+                                          std::function<void(const InputEvent &)> handler) {
+    auto live = std::make_shared<Handler<void>>(std::move(handler));
+    const std::weak_ptr<Handler<void>> target = live;
+    id monitor = [NSEvent addGlobalMonitorForEventsMatchingMask:mask
+                                                        handler:^(NSEvent *event) {
+                                                            const auto call = target.lock();
+                                                            const auto input = inputEvent(event);
+                                                            if (call && input) {
+                                                                (*call)(*input);
+                                                            }
+                                                        }];
+    return removal(monitor, std::move(live));
+}
+
+Handle MacEventMonitors::addLocalMonitor(EventMask mask,
+                                         std::function<bool(const InputEvent &)> handler) {
+    auto live = std::make_shared<Handler<bool>>(std::move(handler));
+    const std::weak_ptr<Handler<bool>> target = live;
+    id monitor = [NSEvent addLocalMonitorForEventsMatchingMask:mask
+                                                       handler:^NSEvent *(NSEvent *event) {
+                                                           const auto call = target.lock();
+                                                           const auto input = inputEvent(event);
+                                                           const bool swallows =
+                                                               call && input && (*call)(*input);
+                                                           return swallows ? nil : event;
+                                                       }];
+    return removal(monitor, std::move(live));
+}
+
+} // namespace lumo::macos
