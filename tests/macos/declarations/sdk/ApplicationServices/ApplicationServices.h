@@ -1,0 +1,32 @@
+// What Lumo uses of the accessibility interface.
+#pragma once
+
+#import <CoreFoundation/CoreFoundation.h>
+#include <sys/types.h>
+
+typedef unsigned char Boolean;
+typedef const struct LUMO_BRIDGED(id) __AXUIElement *AXUIElementRef;
+typedef struct LUMO_BRIDGED(id) __AXObserver *AXObserverRef;
+
+enum AXError : int32_t {
+    kAXErrorSuccess = 0,
+    kAXErrorFailure = -25200,
+    kAXErrorCannotComplete = -25204,
+};
+
+typedef void (*AXObserverCallback)(AXObserverRef observer, AXUIElementRef element,
+                                   CFStringRef notification, void *refcon);
+
+extern "C" {
+Boolean AXIsProcessTrusted(void) LUMO_SINCE(10.4);
+CFTypeID AXUIElementGetTypeID(void);
+AXUIElementRef AXUIElementCreateApplication(pid_t process) __attribute__((cf_returns_retained));
+AXError AXUIElementCopyAttributeValue(AXUIElementRef element, CFStringRef attribute,
+                                      CFTypeRef *value __attribute__((cf_returns_retained)));
+AXError AXUIElementPerformAction(AXUIElementRef element, CFStringRef action);
+AXError AXObserverCreate(pid_t process, AXObserverCallback callback,
+                         AXObserverRef *observer __attribute__((cf_returns_retained)));
+AXError AXObserverAddNotification(AXObserverRef observer, AXUIElementRef element,
+                                  CFStringRef notification, void *refcon);
+CFRunLoopSourceRef AXObserverGetRunLoopSource(AXObserverRef observer);
+}

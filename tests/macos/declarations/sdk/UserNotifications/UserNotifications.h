@@ -1,0 +1,52 @@
+// What Lumo uses of the notification centre.
+#pragma once
+
+#import <Foundation/Foundation.h>
+
+NS_ASSUME_NONNULL_BEGIN
+
+typedef NSUInteger UNAuthorizationOptions;
+enum : UNAuthorizationOptions {
+    UNAuthorizationOptionBadge = 1 << 0,
+    UNAuthorizationOptionSound = 1 << 1,
+    UNAuthorizationOptionAlert = 1 << 2,
+};
+
+LUMO_SINCE(10.14)
+@interface UNNotificationSound : NSObject
+@property(class, readonly, copy) UNNotificationSound *defaultSound;
+@end
+
+LUMO_SINCE(10.14)
+@interface UNNotificationContent : NSObject
+@end
+
+LUMO_SINCE(10.14)
+@interface UNMutableNotificationContent : UNNotificationContent
+@property(copy) NSString *title;
+@property(copy) NSString *body;
+@property(nullable, copy) UNNotificationSound *sound;
+@end
+
+LUMO_SINCE(10.14)
+@interface UNNotificationTrigger : NSObject
+@end
+
+LUMO_SINCE(10.14)
+@interface UNNotificationRequest : NSObject
++ (instancetype)requestWithIdentifier:(NSString *)identifier
+                              content:(UNNotificationContent *)content
+                              trigger:(nullable UNNotificationTrigger *)trigger;
+@end
+
+LUMO_SINCE(10.14)
+@interface UNUserNotificationCenter : NSObject
++ (UNUserNotificationCenter *)currentNotificationCenter;
+- (void)requestAuthorizationWithOptions:(UNAuthorizationOptions)options
+                      completionHandler:
+                          (void (^)(BOOL granted, NSError *_Nullable error))completionHandler;
+- (void)addNotificationRequest:(UNNotificationRequest *)request
+         withCompletionHandler:(nullable void (^)(NSError *_Nullable error))completionHandler;
+@end
+
+NS_ASSUME_NONNULL_END
