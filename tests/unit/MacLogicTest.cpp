@@ -18,15 +18,14 @@ namespace lumo::macos {
 namespace {
 
 using testing::ElementsAre;
-using testing::Eq;
 using testing::IsEmpty;
 using testing::Optional;
 
 TEST(NativeNumberTest, NumbersAreReadWithTheTypeTheyAreKeptUnder) {
     struct Case {
-        const char *encoding;
-        bool isBoolean;
-        Value expected;
+        const char *encoding = "";
+        bool isBoolean = false;
+        Value expected = 0;
     };
     NativeNumber number{.signedInteger = 1, .unsignedInteger = 1, .floatingPoint = 1};
     for (const auto &[encoding, isBoolean, expected] : {
@@ -148,7 +147,7 @@ TEST_F(LayerDifferenceTest, EachChangeIsToldAloneAndOnItsOwnLayer) {
         std::function<void(Layer &)> change;
         LayerChange expected;
     };
-    for (const auto &[change, expected] : {
+    for (const auto &example : {
              Case{[](Layer &layer) { layer.frame.x = 1; }, {.frame = true}},
              Case{[](Layer &layer) { layer.opacity = 0; }, {.opacity = true}},
              Case{[](Layer &layer) { layer.backgroundColor = Color::black(); },
@@ -167,8 +166,8 @@ TEST_F(LayerDifferenceTest, EachChangeIsToldAloneAndOnItsOwnLayer) {
                   {.filters = true}},
              Case{[](Layer &layer) { layer.options.set("scale", 1.0); }, {.options = {1}}},
          }) {
-        const auto changed = after([&](LayerTree &next) { change(next.layers[0]); });
-        EXPECT_EQ(changed.layers[0], expected);
+        const auto changed = after([&](LayerTree &next) { example.change(next.layers[0]); });
+        EXPECT_EQ(changed.layers[0], example.expected);
         EXPECT_FALSE(changed.layers[1].any() || changed.bounds || changed.viewAlpha);
         EXPECT_TRUE(changed.any());
     }
