@@ -74,6 +74,7 @@ class HostedFramesTest : public testing::Test {
   protected:
     static std::unique_ptr<QWidget> makeView() {
         auto view = std::make_unique<QWidget>();
+        view->setAttribute(Qt::WA_DontShowOnScreen);
         view->resize(260, 300);
         return view;
     }
