@@ -116,6 +116,7 @@ void WindowMirror::handle(const xcb_generic_event_t &event) {
     case XCB_DESTROY_NOTIFY:
         root_.handle(as<xcb_destroy_notify_event_t>(event));
         forget(as<xcb_destroy_notify_event_t>(event).window);
+        claimed_.erase(as<xcb_destroy_notify_event_t>(event).window);
         break;
     case XCB_MAP_NOTIFY:
         if (const auto &map = as<xcb_map_notify_event_t>(event); map.event == root) {
@@ -385,7 +386,7 @@ xcb_window_t WindowMirror::clientOf(const TopLevel &top) const {
     xcb_window_t latest = top.window.frame;
     bool isStill = false;
     for (const auto window : top.inside) {
-        if (connection_.isOwn(window)) {
+        if (claimed_.contains(window)) {
             return window;
         }
         if (!nodes_.at(window).facts.isManaged()) {
@@ -437,7 +438,7 @@ void WindowMirror::describe(xcb_window_t window) {
     const auto &client = nodes_.at(next.client);
     const auto &facts = client.facts;
     next.isDescribed = isDescribed(*top, frame, client);
-    next.isOwn = connection_.isOwn(next.client);
+    next.isOwn = connection_.isOwn(next.frame) || claimed_.contains(next.client);
     // The mark stays on windows that a killed manager leaves behind.
     next.isManaged =
         facts.isManaged() && (next.client != next.frame || root_.isWindowManagerRunning());

@@ -15,6 +15,7 @@
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace lumo::x11 {
@@ -36,7 +37,7 @@ struct MirrorWindow {
     bool isPutAway = false; // minimised for certain; some managers leave such a window mapped
     bool isDock = false;
     bool skipsTaskbar = false;
-    bool isOwn = false;            // one that was made on this connection, or a frame around it
+    bool isOwn = false;            // made on this connection, or a frame around an overlay
     Edges invisibleEdges;          // parts of the frame that show nothing
     std::uint64_t shapeSerial = 0; // 0 while it is a rectangle, else another one after each change
     std::optional<xcb_window_t> transientFor; // as WindowFacts::transientFor
@@ -86,6 +87,10 @@ class WindowMirror {
 
     // Whether a window is on the current desktop, on all of them, or on none that anyone names.
     bool isOnCurrentDesktop(const MirrorWindow &window) const;
+
+    // Has the frame that a manager makes around that window of ours count as ours as well, until
+    // the window is destroyed. Others of ours may lie in windows that are somebody else's.
+    void claimFrameOf(xcb_window_t window) { claimed_.insert(window); }
 
     // A number that is another one after each change.
     std::uint64_t revision() const { return revision_; }
@@ -172,6 +177,7 @@ class WindowMirror {
     std::vector<xcb_window_t> stacking_;
     std::unordered_map<xcb_window_t, TopLevel> topLevels_;
     std::unordered_map<xcb_window_t, Node> nodes_;
+    std::unordered_set<xcb_window_t> claimed_;
     std::vector<xcb_window_t> unread_; // those with something to be asked for
     std::uint64_t lastSerial_ = 0;
     bool treeIsUnread_ = true;

@@ -58,9 +58,13 @@ X11OverlayWindow::X11OverlayWindow(OverlaySurroundings &surroundings, const Rect
 
 std::unique_ptr<OverlayXWindow> X11OverlayWindow::makeWindow() const {
     const bool isManaged = surroundings_.placementChoice.kind() == PlacementKind::managed;
-    return std::make_unique<OverlayXWindow>(
+    auto window = std::make_unique<OverlayXWindow>(
         connection_, surroundings_.drawing.formats,
         isManaged ? OverlayXWindow::Care::manager : OverlayXWindow::Care::none, appearance().area);
+    if (isManaged) {
+        surroundings_.mirror.claimFrameOf(window->id());
+    }
+    return window;
 }
 
 std::unique_ptr<Placement> X11OverlayWindow::makePlacement() {
