@@ -47,7 +47,7 @@ class Races : public testing::TestWithParam<Place>, protected ThreeWindows {
     // anything. Returns when the manager has had its turn with all of them.
     void storm(int count) {
         auto *connection = session.connection();
-        std::mt19937 random(7);
+        std::mt19937 random(static_cast<unsigned>(count));
         const auto number = [&](unsigned from, unsigned to) {
             return static_cast<std::uint32_t>(from + random() % (to - from));
         };
@@ -154,6 +154,37 @@ TEST_P(Races, OfCompositingManagersAreNoticedAndAnswered) {
     }
     EXPECT_EQ(placementSeen(), GetParam().placement);
     EXPECT_EQ(lumo->stop(), 0) << lumo->process().report();
+}
+
+// Red, green and blue lie from the bottom to the top, each over a part of the one before; the
+// pointer goes from one to the other.
+TEST(FocusThatDoesNotRaise, IsNoticed) {
+    ThreeWindows windows(WindowManager::openboxSloppy);
+    auto &session = windows.session;
+    windows.lumo.emplace(windows.desktop, shownEffect("dim", 1));
+    windows.lumo->waitForOverlays(1);
+    const auto goTo = [&](const SubjectApplication &application, Spot spot) {
+        session.movePointerTo(spot.x, spot.y);
+        EXPECT_TRUE(session.eventually(
+            [&] { return session.activeWindow() == application.subject.window; }));
+    };
+    const Spot inRed = {100, 150};
+    const Spot inGreen = {400, 500};
+    for (int round = 0; round < 4 && windows.placementSeen() != "holes"; ++round) {
+        round % 2 == 0 ? goTo(windows.red, inRed) : goTo(windows.green, inGreen);
+        session.eventually([&] { return windows.placementSeen() == "holes"; }, Seconds(1));
+    }
+    EXPECT_EQ(windows.placementSeen(), "holes");
+    EXPECT_THAT(windows.lumo->process().report(), HasSubstr("Focus does not raise windows under"));
+    goTo(windows.red, inRed);
+    // Green hides a part of red, and blue nothing.
+    EXPECT_EQ(
+        windows.wrongWith({windows.red.subject, windows.green.subject}, {windows.blue.subject}),
+        "");
+    goTo(windows.green, inGreen);
+    EXPECT_EQ(
+        windows.wrongWith({windows.green.subject, windows.blue.subject}, {windows.red.subject}),
+        "");
 }
 
 INSTANTIATE_TEST_SUITE_P(

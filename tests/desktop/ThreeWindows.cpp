@@ -88,7 +88,7 @@ std::string ThreeWindows::wrongNow(const std::vector<Subject> &clear,
                                    const std::vector<Subject> &covered) {
     for (const bool isClear : {true, false}) {
         for (const auto &subject : isClear ? clear : covered) {
-            if (const auto wrong = wrongIn(subject, isClear); !wrong.empty()) {
+            if (auto wrong = wrongIn(subject, isClear); !wrong.empty()) {
                 return wrong;
             }
         }

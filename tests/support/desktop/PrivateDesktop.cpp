@@ -178,6 +178,12 @@ std::vector<std::string> PrivateDesktop::prepareWindowManager(WindowManager wind
         return {};
     case WindowManager::openbox:
         return {"openbox", "--replace"};
+    case WindowManager::openboxSloppy:
+        writeFile("config/openbox/rc.xml",
+                  "<openbox_config xmlns=\"http://openbox.org/3.4/rc\"><focus>"
+                  "<followMouse>yes</followMouse><focusDelay>0</focusDelay>"
+                  "<raiseOnFocus>no</raiseOnFocus></focus></openbox_config>");
+        return {"openbox", "--replace"};
     case WindowManager::fluxbox:
         // Its style would paint the root window some time after the manager has started.
         writeFile("home/.fluxbox/overlay", "background: none\n");

@@ -15,6 +15,7 @@ namespace lumo::desktop {
 enum class WindowManager {
     none,
     openbox,
+    openboxSloppy, // the pointer focuses, and nothing raises
     fluxbox,
     xfwm4,
     xfwm4Compositing,
