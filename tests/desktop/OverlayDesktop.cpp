@@ -13,7 +13,9 @@ namespace lumo::x11 {
 
 namespace {
 
-constexpr double deadline = 10; // seconds
+// Seconds. OpenGL in software takes most of a minute for its first picture where its cache of shaders
+// is empty and the machine is busy.
+constexpr double deadline = 60;
 constexpr int tolerance = 2;
 
 } // namespace
