@@ -13,8 +13,8 @@ namespace lumo::x11 {
 
 namespace {
 
-// Seconds. OpenGL in software takes most of a minute for its first picture where its cache of shaders
-// is empty and the machine is busy.
+// Seconds. OpenGL in software takes most of a minute for its first picture where its cache of
+// shaders is empty and the machine is busy.
 constexpr double deadline = 60;
 constexpr int tolerance = 2;
 
