@@ -9,6 +9,7 @@
 #include "platform/Workspace.h"
 #include "settings/AppRule.h"
 #include "support/Log.h"
+#include "windows/OrdinaryWindow.h"
 
 namespace lumo {
 
@@ -26,33 +27,6 @@ bool areEmergencyKeys(const InputEvent &event) {
         modifierFlag::control | modifierFlag::option | modifierFlag::command;
     return (event.modifierFlags & modifierFlag::deviceIndependent) == modifiers &&
            event.keyCode == keyD;
-}
-
-// Whether the window may be that of the application which the user works in.
-bool isCandidateWindow(const Dictionary &record, std::int32_t ownProcess) {
-    const auto *owner = record.find(windowKey::ownerPID);
-    const auto process = owner != nullptr ? owner->integer32() : std::nullopt;
-    if (!process || *process == ownProcess) {
-        return false;
-    }
-    if (const auto *layer = record.find(windowKey::layer);
-        layer != nullptr && layer->integer() != 0) {
-        return false;
-    }
-    if (const auto *alpha = record.find(windowKey::alpha);
-        alpha != nullptr && alpha->number().value_or(0) <= 0) {
-        return false;
-    }
-    const auto *boundsValue = record.find(windowKey::bounds);
-    const auto *bounds = boundsValue != nullptr ? boundsValue->dictionary() : nullptr;
-    if (bounds == nullptr) {
-        return false;
-    }
-    const auto isLargeEnough = [bounds](std::string_view side) {
-        const auto *length = bounds->find(side);
-        return length != nullptr && length->number().value_or(0) >= smallestCandidate;
-    };
-    return isLargeEnough(boundsKey::width) && isLargeEnough(boundsKey::height);
 }
 
 } // namespace
@@ -280,9 +254,9 @@ const RunningApplication *AppController::resolvedCoverCandidateApplication() con
         return nullptr;
     }
     for (const auto &record : *records) {
-        if (isCandidateWindow(record, own.processIdentifier)) {
-            const auto process = *record.find(windowKey::ownerPID)->integer32();
-            if (const auto *application = workspace.runningApplication(process)) {
+        const auto process = ownerOfOrdinaryWindow(record, smallestCandidate);
+        if (process && *process != own.processIdentifier) {
+            if (const auto *application = workspace.runningApplication(*process)) {
                 return application;
             }
         }
