@@ -5,6 +5,7 @@
 #include "platform/x11/LogOnce.h"
 #include "platform/x11/OverlayXWindow.h"
 #include "platform/x11/PlacementChoice.h"
+#include "platform/x11/ProtocolRectangle.h"
 #include "platform/x11/ServerResource.h"
 #include "platform/x11/WindowMirror.h"
 
@@ -20,11 +21,6 @@ constexpr double longestPause = 64; // seconds
 
 bool overlap(const PixelRect &a, const PixelRect &b) {
     return !a.intersection(b).isEmpty();
-}
-
-xcb_rectangle_t toProtocol(const PixelRect &area) {
-    return {static_cast<std::int16_t>(area.x), static_cast<std::int16_t>(area.y),
-            static_cast<std::uint16_t>(area.width), static_cast<std::uint16_t>(area.height)};
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "platform/x11/LayerGroup.h"
 
+#include "platform/x11/ProtocolRectangle.h"
 #include "platform/x11/RenderFormats.h"
 
 #include <algorithm>
@@ -19,11 +20,6 @@ xcb_render_color_t premultiplied(const Color &color, double opacity) {
     const double alpha = color.alpha * opacity;
     return {channel(color.red * alpha), channel(color.green * alpha), channel(color.blue * alpha),
             channel(alpha)};
-}
-
-xcb_rectangle_t toRectangle(const PixelRect &rect) {
-    return {static_cast<std::int16_t>(rect.x), static_cast<std::int16_t>(rect.y),
-            static_cast<std::uint16_t>(rect.width), static_cast<std::uint16_t>(rect.height)};
 }
 
 xcb_render_fixed_t fixed(double value) {
@@ -72,7 +68,7 @@ class GroupDrawing {
 
   private:
     xcb_rectangle_t canvasRectangle() const {
-        return toRectangle({0, 0, appearance_.area.width, appearance_.area.height});
+        return toProtocol({0, 0, appearance_.area.width, appearance_.area.height});
     }
 
     void makeCanvas(OwnedPixmap &pixmap, OwnedPicture &picture) {
@@ -120,7 +116,7 @@ class GroupDrawing {
 
     void drawColor(const Layer &layer, const PixelRect &frame, std::uint8_t blend, double opacity,
                    xcb_render_picture_t onto) {
-        const auto rectangle = toRectangle(frame);
+        const auto rectangle = toProtocol(frame);
         xcb_render_fill_rectangles(connection_, blend, onto,
                                    premultiplied(layer.backgroundColor, opacity), 1, &rectangle);
     }
@@ -172,7 +168,7 @@ class GroupDrawing {
             mask = OwnedPicture(connection_);
             xcb_render_create_solid_fill(connection_, mask.id(), {0, 0, 0, channel(opacity)});
         }
-        const auto to = toRectangle(frame);
+        const auto to = toProtocol(frame);
         xcb_render_composite(connection_, blend, source, mask.id(), onto,
                              static_cast<std::int16_t>(sourceX), static_cast<std::int16_t>(sourceY),
                              0, 0, to.x, to.y, to.width, to.height);
@@ -181,7 +177,7 @@ class GroupDrawing {
     void applyMask() {
         std::vector<xcb_rectangle_t> hidden;
         for (const auto &part : hiddenParts(appearance_)) {
-            hidden.push_back(toRectangle(part));
+            hidden.push_back(toProtocol(part));
         }
         if (!hidden.empty()) {
             xcb_render_fill_rectangles(connection_, XCB_RENDER_PICT_OP_CLEAR, canvas_, {},

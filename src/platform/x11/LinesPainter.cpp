@@ -2,6 +2,7 @@
 
 #include "platform/x11/LayerGroup.h"
 #include "platform/x11/OverlayXWindow.h"
+#include "platform/x11/ProtocolRectangle.h"
 
 #include <algorithm>
 #include <bit>
@@ -58,11 +59,6 @@ Color meanOf(const LayerTree &tree) {
     return mean;
 }
 
-xcb_rectangle_t toRectangle(const PixelRect &rect) {
-    return {static_cast<std::int16_t>(rect.x), static_cast<std::int16_t>(rect.y),
-            static_cast<std::uint16_t>(rect.width), static_cast<std::uint16_t>(rect.height)};
-}
-
 OwnedRegion makeRegion(Connection &connection, const std::vector<xcb_rectangle_t> &rectangles) {
     OwnedRegion region(connection);
     xcb_xfixes_create_region(connection, region.id(), static_cast<std::uint32_t>(rectangles.size()),
@@ -106,12 +102,12 @@ OwnedRegion LinesPainter::linesOf(const Appearance &appearance, double opacity) 
     std::vector<xcb_rectangle_t> lines;
     for (int row = 0; row < area.height; ++row) {
         if (std::floor((row + 1) * opacity) > std::floor(row * opacity)) {
-            lines.push_back(toRectangle({0, row, area.width, 1}));
+            lines.push_back(toProtocol({0, row, area.width, 1}));
         }
     }
     auto region = makeRegion(connection_, lines);
     std::vector<xcb_rectangle_t> hidden;
-    std::ranges::transform(hiddenParts(appearance), std::back_inserter(hidden), toRectangle);
+    std::ranges::transform(hiddenParts(appearance), std::back_inserter(hidden), toProtocol);
     if (!hidden.empty()) {
         const auto taken = makeRegion(connection_, hidden);
         xcb_xfixes_subtract_region(connection_, region.id(), taken.id(), region.id());

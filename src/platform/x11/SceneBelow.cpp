@@ -1,6 +1,7 @@
 #include "platform/x11/SceneBelow.h"
 
 #include "platform/x11/Connection.h"
+#include "platform/x11/ProtocolRectangle.h"
 #include "platform/x11/Wallpaper.h"
 #include "platform/x11/WindowSurfaces.h"
 
@@ -59,9 +60,7 @@ void SceneBelow::add(const std::vector<PixelRect> &rectangles) {
     for (const auto &rectangle : rectangles) {
         const auto part = rectangle.intersection(area_);
         if (!part.isEmpty()) {
-            visible.push_back({static_cast<std::int16_t>(part.x), static_cast<std::int16_t>(part.y),
-                               static_cast<std::uint16_t>(part.width),
-                               static_cast<std::uint16_t>(part.height)});
+            visible.push_back(toProtocol(part));
             changedParts_.add(part);
         }
     }

@@ -1,6 +1,7 @@
 #include "platform/x11/ScenePainter.h"
 
 #include "platform/x11/Connection.h"
+#include "platform/x11/ProtocolRectangle.h"
 
 #include <algorithm>
 #include <utility>
@@ -110,8 +111,7 @@ void ScenePainter::clipToParts() {
     std::vector<xcb_rectangle_t> rectangles;
     for (const auto &part : parts_.rectangles()) {
         rectangles.push_back(
-            {static_cast<std::int16_t>(area.x + part.x), static_cast<std::int16_t>(area.y + part.y),
-             static_cast<std::uint16_t>(part.width), static_cast<std::uint16_t>(part.height)});
+            toProtocol({area.x + part.x, area.y + part.y, part.width, part.height}));
     }
     xcb_xfixes_set_region(connection_, scratch_.id(), static_cast<std::uint32_t>(rectangles.size()),
                           rectangles.data());

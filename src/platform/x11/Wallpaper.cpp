@@ -3,6 +3,7 @@
 #include "platform/x11/CompositorWatch.h"
 #include "platform/x11/Connection.h"
 #include "platform/x11/DesktopSettings.h"
+#include "platform/x11/ProtocolRectangle.h"
 #include "platform/x11/RenderFormats.h"
 #include "platform/x11/WindowMirror.h"
 
@@ -126,8 +127,7 @@ void Wallpaper::drawOnto(xcb_render_picture_t picture, const PixelRect &area) {
         captureRootBackground();
     }
     if (!picture_) {
-        const xcb_rectangle_t all{0, 0, static_cast<std::uint16_t>(area.width),
-                                  static_cast<std::uint16_t>(area.height)};
+        const auto all = toProtocol({0, 0, area.width, area.height});
         xcb_render_fill_rectangles(connection_, XCB_RENDER_PICT_OP_SRC, picture, settingsColor(), 1,
                                    &all);
         return;

@@ -12,6 +12,7 @@
 #include "platform/x11/LogOnce.h"
 #include "platform/x11/ManagedPlacement.h"
 #include "platform/x11/PlacementChoice.h"
+#include "platform/x11/ProtocolRectangle.h"
 #include "platform/x11/Redirection.h"
 #include "platform/x11/RenderFormats.h"
 #include "platform/x11/ScenePainter.h"
@@ -324,8 +325,7 @@ void X11OverlayWindow::damageWhatComesOut(const Order &order) {
         }
         const auto *found = surroundings_.mirror.find(window);
         if (found->canBeSeen() && std::ranges::find(staysBeneath, window) == staysBeneath.end()) {
-            const xcb_rectangle_t whole = {0, 0, static_cast<std::uint16_t>(found->geometry.width),
-                                           static_cast<std::uint16_t>(found->geometry.height)};
+            const auto whole = toProtocol({0, 0, found->geometry.width, found->geometry.height});
             const OwnedRegion region(connection_);
             xcb_xfixes_create_region(connection_, region.id(), 1, &whole);
             xcb_damage_add(connection_, window, region.id());
