@@ -1,6 +1,7 @@
 #include "platform/x11/ManagedPlacement.h"
 
 #include "platform/MainLoop.h"
+#include "platform/x11/ClientMessage.h"
 #include "platform/x11/Connection.h"
 #include "platform/x11/PlacementChoice.h"
 #include "platform/x11/WindowMirror.h"
@@ -69,18 +70,11 @@ void ManagedPlacement::enforce(const Order &order) {
 
 void ManagedPlacement::ask(const Target &wanted) {
     constexpr std::uint32_t sourcePager = 2;
-    xcb_client_message_event_t message{};
-    message.response_type = XCB_CLIENT_MESSAGE;
-    message.format = 32;
-    message.window = overlay_;
-    message.type = connection_.atom("_NET_RESTACK_WINDOW");
-    message.data.data32[0] = sourcePager;
-    message.data.data32[1] =
-        wanted.sibling != nullptr ? wanted.sibling->client : static_cast<xcb_window_t>(XCB_NONE);
-    message.data.data32[2] = wanted.stackMode;
-    xcb_send_event(connection_, 0, connection_.root(),
-                   XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
-                   reinterpret_cast<const char *>(&message));
+    askWindowManager(
+        connection_, overlay_, connection_.atom("_NET_RESTACK_WINDOW"),
+        {sourcePager,
+         wanted.sibling != nullptr ? wanted.sibling->client : static_cast<xcb_window_t>(XCB_NONE),
+         wanted.stackMode});
 }
 
 } // namespace lumo::x11

@@ -2,8 +2,6 @@
 
 #include <xcb/xcb.h>
 
-#include <cstdint>
-
 namespace lumo::x11 {
 
 class Connection;
@@ -26,9 +24,6 @@ class Pager {
     void raise(const MirrorWindow &window);
 
   private:
-    void ask(xcb_window_t window, xcb_atom_t request, std::uint32_t first, std::uint32_t second,
-             std::uint32_t third);
-
     Connection &connection_;
     const WindowMirror &mirror_;
     xcb_atom_t activeWindow_;

@@ -1,5 +1,6 @@
 #include "platform/x11/SingleInstance.h"
 
+#include "platform/x11/ClientMessage.h"
 #include "platform/x11/Connection.h"
 
 #include <string>
@@ -12,13 +13,8 @@ namespace {
 constexpr const char *reopenRequestName = "_LUMO_REOPEN";
 
 void requestReopening(Connection &connection, xcb_window_t owner) {
-    xcb_client_message_event_t message{};
-    message.response_type = XCB_CLIENT_MESSAGE;
-    message.format = 32;
-    message.window = owner;
-    message.type = connection.atom(reopenRequestName);
-    xcb_send_event(connection, 0, owner, XCB_EVENT_MASK_NO_EVENT,
-                   reinterpret_cast<const char *>(&message));
+    sendClientMessage(connection, owner, XCB_EVENT_MASK_NO_EVENT, owner,
+                      connection.atom(reopenRequestName), {});
 }
 
 } // namespace
