@@ -1,10 +1,10 @@
 #include "platform/x11/OverlayXWindow.h"
 
 #include "platform/x11/Connection.h"
+#include "platform/x11/PropertyWriter.h"
 #include "platform/x11/RenderFormats.h"
 
 #include <sys/utsname.h>
-#include <unistd.h>
 #include <xcb/shape.h>
 
 #include <array>
@@ -57,51 +57,37 @@ void OverlayXWindow::create() {
         attributes.data());
 }
 
-void OverlayXWindow::setText(xcb_atom_t property, xcb_atom_t type, std::string_view text) {
-    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, id(), property, type, 8,
-                        static_cast<std::uint32_t>(text.size()), text.data());
-}
-
-void OverlayXWindow::setValues(std::string_view property, xcb_atom_t type,
-                               std::initializer_list<std::uint32_t> values) {
-    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, id(), connection_.atom(property), type,
-                        32, static_cast<std::uint32_t>(values.size()), values.begin());
-}
-
 void OverlayXWindow::describe() {
-    setText(XCB_ATOM_WM_CLASS, XCB_ATOM_STRING,
-            std::string_view("lumo\0Lumo", sizeof "lumo\0Lumo"));
-    setText(XCB_ATOM_WM_NAME, XCB_ATOM_STRING, "Lumo");
-    setText(connection_.atom("_NET_WM_NAME"), connection_.atom("UTF8_STRING"), "Lumo");
+    setIdentity(connection_, id(), "Lumo");
     utsname machine{};
     if (uname(&machine) == 0) {
-        setText(XCB_ATOM_WM_CLIENT_MACHINE, XCB_ATOM_STRING, machine.nodename);
+        setText(connection_, id(), XCB_ATOM_WM_CLIENT_MACHINE, XCB_ATOM_STRING, machine.nodename);
     }
-    setValues("_NET_WM_PID", XCB_ATOM_CARDINAL, {static_cast<std::uint32_t>(getpid())});
     // Managers hide a managed utility window while another application is active.
-    setValues("_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM,
+    setValues(connection_, id(), "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM,
               {connection_.atom(care_ == Care::none ? "_NET_WM_WINDOW_TYPE_UTILITY"
                                                     : "_NET_WM_WINDOW_TYPE_NORMAL")});
-    setValues("_NET_WM_STATE", XCB_ATOM_ATOM,
+    setValues(connection_, id(), "_NET_WM_STATE", XCB_ATOM_ATOM,
               {connection_.atom("_NET_WM_STATE_SKIP_TASKBAR"),
                connection_.atom("_NET_WM_STATE_SKIP_PAGER"),
                connection_.atom("_KDE_NET_WM_STATE_SKIP_SWITCHER"),
                connection_.atom("_NET_WM_STATE_STICKY")});
     constexpr std::uint32_t allDesktops = 0xffffffff;
-    setValues("_NET_WM_DESKTOP", XCB_ATOM_CARDINAL, {allDesktops});
+    setValues(connection_, id(), "_NET_WM_DESKTOP", XCB_ATOM_CARDINAL, {allDesktops});
     // A compositing manager must not step aside for it because it covers a whole screen.
     constexpr std::uint32_t neverBypass = 2;
-    setValues("_NET_WM_BYPASS_COMPOSITOR", XCB_ATOM_CARDINAL, {neverBypass});
-    setValues("_COMPTON_SHADOW", XCB_ATOM_CARDINAL, {0});
+    setValues(connection_, id(), "_NET_WM_BYPASS_COMPOSITOR", XCB_ATOM_CARDINAL, {neverBypass});
+    setValues(connection_, id(), "_COMPTON_SHADOW", XCB_ATOM_CARDINAL, {0});
     // WM_HINTS with nothing but "wants no input", from the Inter-Client Communication Conventions.
-    setValues("WM_HINTS", XCB_ATOM_WM_HINTS, {1, 0, 0, 0, 0, 0, 0, 0, 0});
+    setValues(connection_, id(), "WM_HINTS", XCB_ATOM_WM_HINTS, {1, 0, 0, 0, 0, 0, 0, 0, 0});
 }
 
 void OverlayXWindow::describeToManager() {
     // Flags for functions and decorations, and none of either.
-    setValues("_MOTIF_WM_HINTS", connection_.atom("_MOTIF_WM_HINTS"), {3, 0, 0, 0, 0});
+    setValues(connection_, id(), "_MOTIF_WM_HINTS", connection_.atom("_MOTIF_WM_HINTS"),
+              {3, 0, 0, 0, 0});
     // Never active, not even when it comes up.
-    setValues("_NET_WM_USER_TIME", XCB_ATOM_CARDINAL, {0});
+    setValues(connection_, id(), "_NET_WM_USER_TIME", XCB_ATOM_CARDINAL, {0});
     constexpr std::uint32_t userPosition = 1;
     constexpr std::uint32_t userSize = 2;
     constexpr std::uint32_t smallest = 16;
@@ -111,7 +97,7 @@ void OverlayXWindow::describeToManager() {
     const auto y = static_cast<std::uint32_t>(area_.y);
     const auto width = static_cast<std::uint32_t>(area_.width);
     const auto height = static_cast<std::uint32_t>(area_.height);
-    setValues("WM_NORMAL_HINTS", XCB_ATOM_WM_SIZE_HINTS,
+    setValues(connection_, id(), "WM_NORMAL_HINTS", XCB_ATOM_WM_SIZE_HINTS,
               {userPosition | userSize | smallest | largest | gravity, x, y, width, height, width,
                height, width, height, 0, 0, 0, 0, 0, 0, 0, 0, XCB_GRAVITY_STATIC});
 }

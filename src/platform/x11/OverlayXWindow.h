@@ -6,7 +6,6 @@
 #include <xcb/xcb.h>
 
 #include <cstdint>
-#include <string_view>
 
 namespace lumo::x11 {
 
@@ -50,9 +49,6 @@ class OverlayXWindow {
     void create();
     void describe();
     void describeToManager();
-    void setText(xcb_atom_t property, xcb_atom_t type, std::string_view text);
-    void setValues(std::string_view property, xcb_atom_t type,
-                   std::initializer_list<std::uint32_t> values);
     void applyShape();
     void useShape(xcb_xfixes_region_t shape); // none: all of the window
 
