@@ -1,5 +1,4 @@
 #include "app/AppDelegate.h"
-#include "platform/x11/CompositorWatch.h"
 #include "platform/x11/Connection.h"
 #include "platform/x11/GlibMainLoop.h"
 #include "platform/x11/PortalAppearance.h"
@@ -25,8 +24,7 @@ int runDelegate(lumo::x11::GlibMainLoop &loop, lumo::x11::Connection &connection
     const auto interrupt = loop.onUnixSignal(SIGINT, [&] { loop.quit(0); });
     const auto terminate = loop.onUnixSignal(SIGTERM, [&] { loop.quit(0); });
     const auto hangUp = loop.onUnixSignal(SIGHUP, [&] { loop.quit(0); });
-    const lumo::x11::CompositorWatch compositor(connection, loop);
-    lumo::x11::PortalAppearance appearance(loop);
+    lumo::x11::PortalAppearance appearance(backend.sessionBus());
     lumo::QtInterface userInterface(
         platform, {.windowSystem = "xcb",
                    .handleNativeEvent =
@@ -34,7 +32,7 @@ int runDelegate(lumo::x11::GlibMainLoop &loop, lumo::x11::Connection &connection
                            return backend.eventMonitors().handleLocal(
                                *static_cast<const xcb_generic_event_t *>(event));
                        },
-                   .blendsWindows = [&compositor] { return compositor.isCompositing(); },
+                   .blendsWindows = [&backend] { return backend.isCompositing(); },
                    .appearance = &appearance});
     lumo::AppDelegate delegate(platform, userInterface);
     delegate.applicationDidFinishLaunching();

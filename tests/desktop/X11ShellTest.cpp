@@ -6,6 +6,8 @@
 #include "platform/x11/GlibMainLoop.h"
 #include "platform/x11/GlibPointers.h"
 #include "platform/x11/PackageKitUpdates.h"
+#include "platform/x11/RenderFormats.h"
+#include "platform/x11/SessionBus.h"
 #include "platform/x11/SingleInstance.h"
 #include "platform/x11/X11Screens.h"
 #include "platform/x11/X11StatusItem.h"
@@ -92,7 +94,8 @@ TEST(SingleInstanceTest, TheSecondAsksTheFirstToOpenAndGivesWay) {
 class StatusItemTest : public testing::Test {
   protected:
     void makeItem() {
-        item = std::make_unique<X11StatusItem>(*connection, loop,
+        bus = std::make_unique<SessionBus>(loop);
+        item = std::make_unique<X11StatusItem>(*connection, formats, *bus,
                                                [this] { return screens.pointSpace(); });
         clicks =
             item->onRightMouseUp([this](const StatusItemPlace &place) { places.push_back(place); });
@@ -136,6 +139,8 @@ class StatusItemTest : public testing::Test {
     std::unique_ptr<Connection> connection = Connection::open(desktop.displayName().c_str());
     Handle watch = loop.watch(*connection, [] { FAIL() << "the server is gone"; });
     X11Screens screens{*connection, loop};
+    const RenderFormats formats{*connection};
+    std::unique_ptr<SessionBus> bus; // made with the item, when the environment is set
     std::unique_ptr<X11StatusItem> item;
     Handle clicks;
     std::vector<StatusItemPlace> places;
@@ -187,15 +192,19 @@ TEST_F(StatusItemTest, AppearsInATrayThatComesLaterAndHearsTheRightButtonsReleas
     }
 }
 
+GlibPointer<GDBusConnection> connectTo(const std::string &address) {
+    return GlibPointer<GDBusConnection>(g_dbus_connection_new_for_address_sync(
+        address.c_str(),
+        static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                          G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
+        nullptr, nullptr, nullptr));
+}
+
 // What panels put on the session bus, as far as an item needs it.
 class FakeHost {
   public:
-    explicit FakeHost(const std::string &address) {
-        bus_.reset(g_dbus_connection_new_for_address_sync(
-            address.c_str(),
-            static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                              G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
-            nullptr, nullptr, nullptr));
+    explicit FakeHost(const std::string &address)
+        : bus_(connectTo(address)) {
         static const GlibPointer<GDBusNodeInfo> node(g_dbus_node_info_new_for_xml(
             "<node><interface name='org.kde.StatusNotifierWatcher'>"
             "<method name='RegisterStatusNotifierItem'><arg type='s' direction='in'/></method>"
@@ -269,7 +278,7 @@ class FakeHost {
 TEST_F(StatusItemTest, MovesFromTheTrayToAPanelOnTheSessionBusAndBack) {
     desktop.startSessionBus();
     const auto address = desktop.environment().at("DBUS_SESSION_BUS_ADDRESS");
-    const Variable bus("DBUS_SESSION_BUS_ADDRESS", address);
+    const Variable busAddress("DBUS_SESSION_BUS_ADDRESS", address);
     makeItem();
     const auto tray = desktop.start({"trayer", "--edge", "top"});
     ASSERT_TRUE(dotAppears(255, 0, 0));
@@ -306,12 +315,8 @@ TEST_F(StatusItemTest, MovesFromTheTrayToAPanelOnTheSessionBusAndBack) {
 // called on it.
 class FakePackageService {
   public:
-    explicit FakePackageService(const std::string &address) {
-        bus_.reset(g_dbus_connection_new_for_address_sync(
-            address.c_str(),
-            static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                              G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
-            nullptr, nullptr, nullptr));
+    explicit FakePackageService(const std::string &address)
+        : bus_(connectTo(address)) {
         static const GlibPointer<GDBusNodeInfo> node(g_dbus_node_info_new_for_xml(
             "<node><interface name='org.freedesktop.PackageKit'><method name='CreateTransaction'>"
             "<arg type='o' direction='out'/></method></interface>"

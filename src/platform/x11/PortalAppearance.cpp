@@ -1,6 +1,7 @@
 #include "platform/x11/PortalAppearance.h"
 
 #include "platform/x11/GlibPointers.h"
+#include "platform/x11/SessionBus.h"
 
 #include <string_view>
 #include <utility>
@@ -23,17 +24,16 @@ constexpr int longestCall = 10000; // milliseconds
 
 } // namespace
 
-PortalAppearance::PortalAppearance(MainLoop &mainLoop)
-    : mainLoop_(mainLoop)
+PortalAppearance::PortalAppearance(SessionBus &bus)
+    : bus_(bus)
     , cancellation_(std::make_unique<Cancellation>()) {
 }
 
 PortalAppearance::~PortalAppearance() = default;
 
 Handle PortalAppearance::onChange(std::function<void()> observer) {
-    if (!bus_) {
-        bus_ = std::make_unique<SessionBus>(mainLoop_);
-        busChanges_ = bus_->onChange([this] { listen(); });
+    if (!busChanges_) {
+        busChanges_ = bus_.onChange([this] { listen(); });
         listen();
     }
     return changed_.subscribe(std::move(observer));
@@ -41,7 +41,7 @@ Handle PortalAppearance::onChange(std::function<void()> observer) {
 
 // To the announcements first, so that no change falls between the question and them.
 void PortalAppearance::listen() {
-    auto *connection = bus_->connection();
+    auto *connection = bus_.connection();
     if (connection == nullptr) {
         announcements_.reset();
         return;
@@ -78,7 +78,7 @@ void PortalAppearance::ask() {
             watched->first->take(value.get());
         }
     };
-    g_dbus_connection_call(bus_->connection(), serviceName, objectPath, settingsInterface, "Read",
+    g_dbus_connection_call(bus_.connection(), serviceName, objectPath, settingsInterface, "Read",
                            g_variant_new("(ss)", appearanceNamespace, colorSchemeKey),
                            G_VARIANT_TYPE("(v)"), G_DBUS_CALL_FLAGS_NONE, longestCall,
                            cancellation_->get(), answered, new Watched(this, lifetime_.watch()));

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "platform/Appearance.h"
-#include "platform/MainLoop.h"
-#include "platform/x11/SessionBus.h"
+#include "support/Handle.h"
 #include "support/Lifetime.h"
 #include "support/Signal.h"
 
@@ -14,13 +13,14 @@ using GVariant = struct _GVariant; // NOLINT(bugprone-reserved-identifier,cert-d
 namespace lumo::x11 {
 
 class Cancellation;
+class SessionBus;
 
 // The preference as the desktop's portal tells it on the session bus. Nothing is asked before
 // somebody subscribes.
 class PortalAppearance final : public Appearance {
   public:
-    // The main loop outlives the object.
-    explicit PortalAppearance(MainLoop &mainLoop);
+    // The bus outlives the object.
+    explicit PortalAppearance(SessionBus &bus);
     ~PortalAppearance() override;
     PortalAppearance(const PortalAppearance &) = delete;
     PortalAppearance &operator=(const PortalAppearance &) = delete;
@@ -33,12 +33,11 @@ class PortalAppearance final : public Appearance {
     void ask();
     void take(GVariant *colorScheme);
 
-    MainLoop &mainLoop_;
+    SessionBus &bus_;
     std::unique_ptr<Cancellation> cancellation_;
     std::optional<bool> prefersDark_;
     Signal<> changed_;
-    std::unique_ptr<SessionBus> bus_; // null until somebody subscribes
-    Handle busChanges_;
+    Handle busChanges_; // none until somebody subscribes
     Handle announcements_;
     Lifetime lifetime_;
 };

@@ -1,10 +1,12 @@
 #include "platform/x11/TrayIcon.h"
 
+#include "platform/x11/ClientMessage.h"
 #include "platform/x11/Connection.h"
 #include "platform/x11/DotPicture.h"
 #include "platform/x11/PropertyWriter.h"
+#include "platform/x11/ProtocolRectangle.h"
+#include "platform/x11/RenderFormats.h"
 
-#include <unistd.h>
 #include <xcb/xcb_icccm.h>
 
 #include <algorithm>
@@ -23,9 +25,9 @@ constexpr std::uint8_t rightButton = 3;
 
 } // namespace
 
-TrayIcon::TrayIcon(Connection &connection, int side)
+TrayIcon::TrayIcon(Connection &connection, const RenderFormats &formats, int side)
     : connection_(connection)
-    , formats_(connection)
+    , formats_(formats)
     , images_(connection)
     , side_(side)
     , selection_(connection.atom("_NET_SYSTEM_TRAY_S" + std::to_string(connection.screenNumber())))
@@ -106,16 +108,9 @@ void TrayIcon::adoptTray(xcb_window_t tray) {
 void TrayIcon::dock(bool isTranslucent) {
     removeWindow();
     makeWindow(isTranslucent);
-    xcb_client_message_event_t message{};
-    message.response_type = XCB_CLIENT_MESSAGE;
-    message.format = 32;
-    message.window = tray_;
-    message.type = connection_.atom("_NET_SYSTEM_TRAY_OPCODE");
-    message.data.data32[0] = XCB_CURRENT_TIME;
-    message.data.data32[1] = requestDock;
-    message.data.data32[2] = window_;
-    xcb_send_event(connection_, 0, tray_, XCB_EVENT_MASK_NO_EVENT,
-                   reinterpret_cast<const char *>(&message));
+    sendClientMessage(connection_, tray_, XCB_EVENT_MASK_NO_EVENT, tray_,
+                      connection_.atom("_NET_SYSTEM_TRAY_OPCODE"),
+                      {XCB_CURRENT_TIME, requestDock, window_});
 }
 
 void TrayIcon::makeWindow(bool isTranslucent) {
@@ -148,19 +143,13 @@ void TrayIcon::makeWindow(bool isTranslucent) {
 }
 
 void TrayIcon::setProperties() {
-    setText(connection_, window_, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING,
-            std::string_view("lumo\0Lumo", sizeof "lumo\0Lumo"));
-    setText(connection_, window_, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, toolTip_);
-    setText(connection_, window_, connection_.atom("_NET_WM_NAME"), connection_.atom("UTF8_STRING"),
-            toolTip_);
-    setValues<1>(connection_, window_, "_NET_WM_PID", XCB_ATOM_CARDINAL,
-                 {static_cast<std::uint32_t>(getpid())});
+    setIdentity(connection_, window_, toolTip_);
     // Trays that do not force a size take this one.
     xcb_size_hints_t hints{};
     xcb_icccm_size_hints_set_min_size(&hints, side_, side_);
     xcb_icccm_set_wm_normal_hints(connection_, window_, &hints);
-    setValues<2>(connection_, window_, "_XEMBED_INFO", connection_.atom("_XEMBED_INFO"),
-                 {embeddingVersion, wantsToBeMapped});
+    setValues(connection_, window_, "_XEMBED_INFO", connection_.atom("_XEMBED_INFO"),
+              {embeddingVersion, wantsToBeMapped});
 }
 
 void TrayIcon::removeWindow() {
@@ -248,8 +237,7 @@ void TrayIcon::paint() {
     xcb_render_create_picture(connection_, source.id(), image->pixmap.id(), formats_.translucent(),
                               0, nullptr);
     if (isTranslucent_) {
-        const xcb_rectangle_t all = {0, 0, static_cast<std::uint16_t>(width_),
-                                     static_cast<std::uint16_t>(height_)};
+        const auto all = toProtocol({0, 0, width_, height_});
         xcb_render_fill_rectangles(connection_, XCB_RENDER_PICT_OP_CLEAR, picture_.id(), {}, 1,
                                    &all);
     } else {

@@ -2,7 +2,6 @@
 
 #include "platform/StatusItem.h"
 #include "platform/x11/PixelRect.h"
-#include "platform/x11/RenderFormats.h"
 #include "platform/x11/ServerImages.h"
 #include "platform/x11/ServerResource.h"
 #include "support/Handle.h"
@@ -17,6 +16,7 @@
 namespace lumo::x11 {
 
 class Connection;
+class RenderFormats;
 
 // The status item as an icon in a system tray by freedesktop.org's tray protocol: a small window
 // that the tray takes into its own. There whenever a tray is and nobody hides it. Main thread only.
@@ -28,8 +28,9 @@ class TrayIcon {
         int y = 0;
     };
 
-    // The side of the icon is in pixels, for trays that leave it to the icon. Waits for the server.
-    TrayIcon(Connection &connection, int side);
+    // The side of the icon is in pixels, for trays that leave it to the icon. The other arguments
+    // outlive the object. Waits for the server.
+    TrayIcon(Connection &connection, const RenderFormats &formats, int side);
     ~TrayIcon();
     TrayIcon(const TrayIcon &) = delete;
     TrayIcon &operator=(const TrayIcon &) = delete;
@@ -56,7 +57,7 @@ class TrayIcon {
     void paint();
 
     Connection &connection_;
-    RenderFormats formats_;
+    const RenderFormats &formats_;
     ServerImages images_;
     int side_;
     xcb_atom_t selection_;

@@ -28,7 +28,9 @@ X11Backend::X11Backend(Connection &connection, SingleInstance &instance, MainLoo
     , application_(instance, workspace_, std::move(terminate))
     , loginItem_(AutostartLoginItem::ofThisProgram())
     , loginItemLog_([&log](std::string_view line) { log.print("[Lumo] " + std::string(line)); })
-    , statusItem_(connection, mainLoop, [this] { return screens_.pointSpace(); })
+    , sessionBus_(mainLoop)
+    , statusItem_(connection, overlayWindows_.formats(), sessionBus_,
+                  [this] { return screens_.pointSpace(); })
     , updates_(makeSystemUpdates(mainLoop)) {
 }
 

@@ -6,6 +6,7 @@
 #include "platform/x11/KeyboardModifiers.h"
 #include "platform/x11/NoPreferenceDomains.h"
 #include "platform/x11/PropertyListUserDefaults.h"
+#include "platform/x11/SessionBus.h"
 #include "platform/x11/WindowMirror.h"
 #include "platform/x11/X11Accessibility.h"
 #include "platform/x11/X11Application.h"
@@ -41,6 +42,11 @@ class X11Backend {
     // For the toolkit, see X11EventMonitors::handleLocal().
     const X11EventMonitors &eventMonitors() const { return eventMonitors_; }
 
+    // Whether a compositing manager does the blending at the moment.
+    bool isCompositing() const { return overlayWindows_.isCompositing(); }
+
+    SessionBus &sessionBus() { return sessionBus_; }
+
   private:
     MainLoop &mainLoop_;
     Log &log_;
@@ -59,6 +65,7 @@ class X11Backend {
     X11Application application_;
     AutostartLoginItem loginItem_;
     Log loginItemLog_;
+    SessionBus sessionBus_;
     X11StatusItem statusItem_;
     std::unique_ptr<UpdateFramework> updates_;
 };

@@ -27,6 +27,9 @@ class X11OverlayWindows final : public OverlayWindows {
     // Whether a compositing manager does the blending at the moment.
     bool isCompositing() const { return compositor_.isCompositing(); }
 
+    // In which all that is drawn here is drawn.
+    const RenderFormats &formats() const { return formats_; }
+
     // Whether backdrop layers can be drawn on this server.
     bool canDrawBackdrops() const { return backdropRenderers_.isPossible(); }
 

@@ -16,12 +16,12 @@ Point pointOf(const PointSpace &space, int x, int y) {
 
 } // namespace
 
-X11StatusItem::X11StatusItem(Connection &connection, MainLoop &mainLoop,
+X11StatusItem::X11StatusItem(Connection &connection, const RenderFormats &formats, SessionBus &bus,
                              std::function<PointSpace()> pointSpace)
     : pointSpace_(std::move(pointSpace))
-    , bus_(mainLoop)
-    , notifierItem_(bus_)
-    , trayIcon_(connection, static_cast<int>(std::lround(iconSide * pointSpace_().scale()))) {
+    , notifierItem_(bus)
+    , trayIcon_(connection, formats,
+                static_cast<int>(std::lround(iconSide * pointSpace_().scale()))) {
     observations_.push_back(
         notifierItem_.onShownChange([this] { trayIcon_.setHidden(notifierItem_.isShown()); }));
     observations_.push_back(notifierItem_.onContextMenu([this](int x, int y) {

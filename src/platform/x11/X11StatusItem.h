@@ -1,10 +1,8 @@
 #pragma once
 
-#include "platform/MainLoop.h"
 #include "platform/StatusItem.h"
 #include "platform/x11/PixelRect.h"
 #include "platform/x11/PointSpace.h"
-#include "platform/x11/SessionBus.h"
 #include "platform/x11/StatusNotifierItem.h"
 #include "platform/x11/TrayIcon.h"
 #include "support/Handle.h"
@@ -16,12 +14,15 @@
 namespace lumo::x11 {
 
 class Connection;
+class RenderFormats;
+class SessionBus;
 
 // The status item on the session bus where a panel listens there, in the system tray otherwise.
 class X11StatusItem final : public StatusItem {
   public:
-    // The point space is asked for whenever one is needed. Waits for the server.
-    X11StatusItem(Connection &connection, MainLoop &mainLoop,
+    // The point space is asked for whenever one is needed. The other arguments outlive the object.
+    // Waits for the server.
+    X11StatusItem(Connection &connection, const RenderFormats &formats, SessionBus &bus,
                   std::function<PointSpace()> pointSpace);
 
     void setToolTip(const std::string &text) override;
@@ -30,7 +31,6 @@ class X11StatusItem final : public StatusItem {
 
   private:
     std::function<PointSpace()> pointSpace_;
-    SessionBus bus_;
     StatusNotifierItem notifierItem_;
     TrayIcon trayIcon_;
     Signal<StatusItemPlace> clicked_;
