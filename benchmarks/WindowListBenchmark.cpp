@@ -38,7 +38,8 @@ struct Backend {
     WindowMirror mirror{*connection};
     GlibMainLoop loop;
     X11Screens screens{*connection, loop};
-    X11Workspace workspace{*connection, mirror};
+    Log log{[](std::string_view) {}};
+    X11Workspace workspace{*connection, mirror, log};
     X11WindowServer server{mirror, screens, workspace};
 
     // Moves a window and dispatches what comes of it.

@@ -32,6 +32,9 @@ struct InstalledApplication {
     bool operator==(const InstalledApplication &) const = default;
 };
 
+// The scheme of URLs that name a page of the system's settings.
+inline constexpr std::string_view systemSettingsScheme = "x-apple.systempreferences";
+
 // The running applications and what happens to them. References and pointers that are handed out
 // are valid until control returns to the main loop.
 class Workspace {
@@ -58,7 +61,8 @@ class Workspace {
     // the system refused; true does not promise that it has happened yet.
     virtual bool activate(std::int32_t processIdentifier) = 0;
 
-    // Opens the URL with whatever program is meant for it. False when there is none.
+    // Opens the URL with whatever program is meant for it, without waiting for that program. False
+    // when there is none.
     virtual bool open(std::string_view url) = 0;
 
     // Calls the observer on the main thread after an application became frontmost, after one

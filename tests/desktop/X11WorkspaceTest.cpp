@@ -3,6 +3,7 @@
 #include "MirroredDesktop.h"
 #include "desktop/SampleApplication.h"
 #include "desktop/TemporaryDirectory.h"
+#include "desktop/Variable.h"
 #include "platform/x11/GlibMainLoop.h"
 #include "platform/x11/X11Accessibility.h"
 #include "platform/x11/X11Screens.h"
@@ -16,7 +17,11 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <map>
+#include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 namespace lumo::x11 {
 namespace {
@@ -97,7 +102,9 @@ class WorkspaceTest : public testing::Test {
     desktop::DesktopSession &session_ = mirrored_.session;
     GlibMainLoop loop_;
     X11Screens screens_{*mirrored_.connection, loop_};
-    X11Workspace workspace_{*mirrored_.connection, *mirrored_.mirror};
+    std::vector<std::string> lines_;
+    Log log_{[this](std::string_view line) { lines_.emplace_back(line); }};
+    X11Workspace workspace_{*mirrored_.connection, *mirrored_.mirror, log_};
     X11WindowServer server_{*mirrored_.mirror, screens_, workspace_};
     X11Accessibility accessibility_{*mirrored_.connection, *mirrored_.mirror};
 };
@@ -300,6 +307,42 @@ TEST_F(WorkspaceTest, OpensUrlsWithWhateverProgramIsMeantForThem) {
         return text == "lumotest:page";
     }));
     EXPECT_FALSE(workspace_.open("lumounknown:page"));
+    EXPECT_FALSE(workspace_.open("no URL"));
+}
+
+TEST_F(WorkspaceTest, OpensTheSettingsOfTheDesktopThatRuns) {
+    const auto opened = folder / "opened-settings";
+    for (const char *entry : {"org.gnome.Settings", "kdesystemsettings", "cinnamon-settings"}) {
+        const auto program = folder / entry;
+        writeFile(entry, "#!/bin/sh\necho \"$# ${0##*/}\" > " + opened.string() + "\n");
+        std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+        writeEntry(entry, "Name=Settings\nExec=" + program.string() + " %u\n");
+    }
+    writeEntry("matecc", "Name=Control Center\nPath=/nowhere\nExec=true\n");
+    const auto page = std::string(systemSettingsScheme) + ":page";
+    for (const auto &[desktop, program] :
+         std::map<std::string, std::string>{{"ubuntu:GNOME", "org.gnome.Settings"},
+                                            {"KDE", "kdesystemsettings"},
+                                            {"XFCE:X-Cinnamon:", "cinnamon-settings"},
+                                            {"XFCE", ""},
+                                            {"", ""},
+                                            {":", ""},
+                                            {"gnome", ""}}) {
+        const desktop::Variable current("XDG_CURRENT_DESKTOP", desktop);
+        std::filesystem::remove(opened);
+        EXPECT_TRUE(eventually([&] { return workspace_.open(page) == !program.empty(); }))
+            << desktop;
+        EXPECT_TRUE(program.empty() || eventually([&] {
+                        std::string text;
+                        std::getline(std::ifstream(opened), text);
+                        return text == "0 " + program;
+                    }))
+            << desktop;
+    }
+    const desktop::Variable current("XDG_CURRENT_DESKTOP", "MATE");
+    EXPECT_TRUE(workspace_.open(page));
+    EXPECT_TRUE(eventually([&] { return !lines_.empty(); })) << "a start that fails is told";
+    EXPECT_THAT(lines_, ElementsAre(testing::StartsWith("[Lumo] could not start Control Center")));
 }
 
 } // namespace

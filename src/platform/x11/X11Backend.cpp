@@ -16,7 +16,7 @@ X11Backend::X11Backend(Connection &connection, SingleInstance &instance, MainLoo
     , userDefaults_(PropertyListUserDefaults::standardFile(), mainLoop, log)
     , mirror_(connection)
     , screens_(connection, mainLoop)
-    , workspace_(connection, mirror_)
+    , workspace_(connection, mirror_, log)
     , windowServer_(mirror_, screens_, workspace_)
     , accessibility_(connection, mirror_)
     , overlayWindows_(

@@ -3,7 +3,6 @@
 #include "platform/x11/Connection.h"
 #include "platform/x11/WindowMirror.h"
 
-#include <gio/gio.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -40,9 +39,10 @@ bool tellsMore(const MirrorWindow &a, const MirrorWindow &b) {
 
 } // namespace
 
-X11Workspace::X11Workspace(Connection &connection, WindowMirror &mirror)
+X11Workspace::X11Workspace(Connection &connection, WindowMirror &mirror, const Log &log)
     : mirror_(mirror)
     , pager_(connection, mirror)
+    , opener_(log)
     , own_{getpid(), ownBundleIdentifier, ownName, ActivationPolicy::accessory} {
     handle({});
     changes_ = mirror.onChange([this](const auto &change) { handle(change); });
@@ -217,9 +217,4 @@ bool X11Workspace::activate(std::int32_t processIdentifier) {
     pager_.activate(*front);
     return true;
 }
-
-bool X11Workspace::open(std::string_view url) {
-    return g_app_info_launch_default_for_uri(std::string(url).c_str(), nullptr, nullptr) != FALSE;
-}
-
 } // namespace lumo::x11

@@ -3,6 +3,7 @@
 #include "platform/Workspace.h"
 #include "platform/x11/DesktopEntries.h"
 #include "platform/x11/Pager.h"
+#include "platform/x11/UrlOpener.h"
 #include "support/Handle.h"
 #include "support/Signal.h"
 
@@ -35,7 +36,8 @@ class X11Workspace final : public Workspace {
     static constexpr const char *ownBundleIdentifier = "app.lumo.Lumo";
     static constexpr const char *ownName = "Lumo";
 
-    X11Workspace(Connection &connection, WindowMirror &mirror);
+    // All arguments outlive the object.
+    X11Workspace(Connection &connection, WindowMirror &mirror, const Log &log);
 
     const RunningApplication *frontmostApplication() const override;
     const std::vector<RunningApplication> &runningApplications() const override;
@@ -43,7 +45,7 @@ class X11Workspace final : public Workspace {
     std::vector<InstalledApplication> installedApplications() const override;
     const RunningApplication &ownApplication() const override { return own_; }
     bool activate(std::int32_t processIdentifier) override;
-    bool open(std::string_view url) override;
+    bool open(std::string_view url) override { return opener_.open(url); }
     Handle onDidActivateApplication(std::function<void()> observer) override;
     Handle onDidTerminateApplication(std::function<void()> observer) override;
     Handle onActiveSpaceDidChange(std::function<void()> observer) override;
@@ -66,6 +68,7 @@ class X11Workspace final : public Workspace {
 
     WindowMirror &mirror_;
     Pager pager_;
+    UrlOpener opener_;
     RunningApplication own_;
 
     // Derived from the mirror and the entries as they were at these revisions.
