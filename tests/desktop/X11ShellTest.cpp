@@ -265,6 +265,13 @@ class FakeHost {
                                G_DBUS_CALL_FLAGS_NONE, -1, nullptr, answered, this);
     }
 
+    std::string propertiesText() const {
+        char *printed = g_variant_print(properties.get(), FALSE);
+        const std::string text = printed;
+        g_free(printed);
+        return text;
+    }
+
     bool isHost = false;
     std::vector<std::string> items;
     GlibPointer<GVariant> properties;
@@ -299,9 +306,8 @@ TEST_F(StatusItemTest, MovesFromTheTrayToAPanelOnTheSessionBusAndBack) {
 
         host->askForProperties();
         ASSERT_TRUE(eventually([&] { return host->properties != nullptr; }));
-        char *printed = g_variant_print(host->properties.get(), FALSE);
-        const std::string text = printed;
-        g_free(printed);
+        const auto text = host->propertiesText();
+        EXPECT_THAT(text, testing::Not(testing::HasSubstr("'Menu'"))) << "some would show that";
         EXPECT_THAT(text, testing::HasSubstr("'Lumo - Focus and privacy'"));
         EXPECT_THAT(text, testing::HasSubstr("'IconPixmap': <[(16, 16, [byte"));
         EXPECT_THAT(text, testing::HasSubstr("0xff, 0xff, 0x00, 0x00")) << "an opaque red pixel";
@@ -309,6 +315,56 @@ TEST_F(StatusItemTest, MovesFromTheTrayToAPanelOnTheSessionBusAndBack) {
         host.reset();
         ASSERT_TRUE(dotAppears(255, 0, 0)) << "the tray has it again";
     }
+}
+
+// Some panels offer both and keep the right button to themselves on the bus.
+TEST_F(StatusItemTest, TakesTheTrayOfAPanelThatOffersBoth) {
+    desktop.startSessionBus();
+    const auto address = desktop.environment().at("DBUS_SESSION_BUS_ADDRESS");
+    const Variable busAddress("DBUS_SESSION_BUS_ADDRESS", address);
+    FakeHost panel(address);
+    panel.becomeHost();
+    makeItem();
+    auto &session = desktop.session();
+    const auto isInTray = [&] {
+        return std::ranges::any_of(session.stacking(), [&](auto window) {
+            return session.titleOf(window) == "Lumo - Focus and privacy";
+        });
+    };
+    const auto statusBecomes = [&](const std::string &status) {
+        return eventually([&] { return !panel.items.empty(); }) && eventually([&] {
+                   panel.properties.reset();
+                   panel.askForProperties();
+                   return eventually([&] { return panel.properties != nullptr; }) &&
+                          panel.propertiesText().find("'Status': <'" + status) != std::string::npos;
+               });
+    };
+    EXPECT_TRUE(statusBecomes("Active"));
+    EXPECT_FALSE(isInTray());
+
+    auto *server = session.connection();
+    const auto tray = xcb_generate_id(server);
+    xcb_create_window(server, XCB_COPY_FROM_PARENT, tray, session.root(), 0, 0, 1, 1, 0,
+                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
+    const auto selection = session.atom("_NET_SYSTEM_TRAY_S0");
+    xcb_set_selection_owner(server, tray, selection, XCB_CURRENT_TIME);
+    xcb_client_message_event_t announcement{};
+    announcement.response_type = XCB_CLIENT_MESSAGE;
+    announcement.format = 32;
+    announcement.window = session.root();
+    announcement.type = session.atom("MANAGER");
+    announcement.data.data32[1] = selection;
+    announcement.data.data32[2] = tray;
+    xcb_send_event(server, 0, session.root(), XCB_EVENT_MASK_STRUCTURE_NOTIFY,
+                   reinterpret_cast<const char *>(&announcement));
+    xcb_flush(server);
+    EXPECT_TRUE(eventually(isInTray));
+    EXPECT_TRUE(statusBecomes("Passive"));
+
+    xcb_destroy_window(server, tray);
+    xcb_flush(server);
+    EXPECT_TRUE(statusBecomes("Active"));
+    EXPECT_FALSE(isInTray());
 }
 
 // A package service whose answers are scripted: signals of a transaction by the method that is

@@ -31,6 +31,7 @@ constexpr const char *introspection = R"xml(<node>
     <property name="Status" type="s" access="read"/>
     <property name="WindowId" type="i" access="read"/>
     <property name="IconName" type="s" access="read"/>
+    <property name="IconThemePath" type="s" access="read"/>
     <property name="IconPixmap" type="a(iiay)" access="read"/>
     <property name="OverlayIconName" type="s" access="read"/>
     <property name="OverlayIconPixmap" type="a(iiay)" access="read"/>
@@ -38,7 +39,6 @@ constexpr const char *introspection = R"xml(<node>
     <property name="AttentionIconPixmap" type="a(iiay)" access="read"/>
     <property name="ToolTip" type="(sa(iiay)ss)" access="read"/>
     <property name="ItemIsMenu" type="b" access="read"/>
-    <property name="Menu" type="o" access="read"/>
     <method name="ContextMenu">
       <arg name="x" type="i" direction="in"/>
       <arg name="y" type="i" direction="in"/>
@@ -89,6 +89,10 @@ GVariant *pictures(const StatusTitle &title) {
     return g_variant_builder_end(&list);
 }
 
+const char *statusText(bool isHidden) {
+    return isHidden ? "Passive" : "Active";
+}
+
 GDBusInterfaceInfo *interfaceInfo() {
     static const GlibPointer<GDBusNodeInfo> node(
         g_dbus_node_info_new_for_xml(introspection, nullptr));
@@ -136,8 +140,8 @@ StatusNotifierItem::~StatusNotifierItem() {
     disconnect();
 }
 
-Handle StatusNotifierItem::onShownChange(std::function<void()> observer) {
-    return shownChanged_.subscribe(std::move(observer));
+Handle StatusNotifierItem::onHostChange(std::function<void()> observer) {
+    return hostChanged_.subscribe(std::move(observer));
 }
 
 Handle StatusNotifierItem::onContextMenu(std::function<void(int x, int y)> observer) {
@@ -148,6 +152,12 @@ void StatusNotifierItem::setTitle(const StatusTitle &title) {
     if (title != title_) {
         title_ = title;
         emit("NewIcon");
+    }
+}
+
+void StatusNotifierItem::setHidden(bool isHidden) {
+    if (isHidden != std::exchange(isHidden_, isHidden)) {
+        emit("NewStatus", g_variant_new("(s)", statusText(isHidden)));
     }
 }
 
@@ -169,7 +179,7 @@ void StatusNotifierItem::connect() {
         static_cast<StatusNotifierItem *>(self)->watcherAppeared();
     };
     const auto vanished = +[](GDBusConnection *, const char *, gpointer self) {
-        static_cast<StatusNotifierItem *>(self)->setShown(false);
+        static_cast<StatusNotifierItem *>(self)->setHost(false, 0);
     };
     watch_ = g_bus_watch_name_on_connection(connection_, watcherName, G_BUS_NAME_WATCHER_FLAGS_NONE,
                                             appeared, vanished, this, nullptr);
@@ -191,7 +201,7 @@ void StatusNotifierItem::disconnect() {
     g_dbus_connection_signal_unsubscribe(connection, hostSignals_);
     g_dbus_connection_unregister_object(connection, exported_);
     g_object_unref(connection);
-    setShown(false);
+    setHost(false, 0);
 }
 
 void StatusNotifierItem::watcherAppeared() {
@@ -200,7 +210,27 @@ void StatusNotifierItem::watcherAppeared() {
         connection_, watcherName, watcherPath, watcherName, "RegisterStatusNotifierItem",
         g_variant_new("(s)", g_dbus_connection_get_unique_name(connection_)), nullptr,
         G_DBUS_CALL_FLAGS_NO_AUTO_START, longestCall, cancellation_->get(), nullptr, nullptr);
+    askForProcess();
     askForHost();
+}
+
+void StatusNotifierItem::askForProcess() {
+    const auto answered = +[](GObject *source, GAsyncResult *result, gpointer self) {
+        GError *raw = nullptr;
+        const GlibPointer<GVariant> reply(
+            g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, &raw));
+        const GlibPointer<GError> error(raw);
+        if (reply) {
+            std::uint32_t process = 0;
+            g_variant_get(reply.get(), "(u)", &process);
+            auto &item = *static_cast<StatusNotifierItem *>(self);
+            item.setHost(item.hasHost_, static_cast<std::int32_t>(process));
+        }
+    };
+    g_dbus_connection_call(
+        connection_, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+        "GetConnectionUnixProcessID", g_variant_new("(s)", watcherName), G_VARIANT_TYPE("(u)"),
+        G_DBUS_CALL_FLAGS_NO_AUTO_START, longestCall, cancellation_->get(), answered, this);
 }
 
 // A watcher alone shows nothing.
@@ -221,7 +251,8 @@ void StatusNotifierItem::askForHost() {
             hasHost = g_variant_is_of_type(value.get(), G_VARIANT_TYPE_BOOLEAN) != FALSE &&
                       g_variant_get_boolean(value.get()) != FALSE;
         }
-        static_cast<StatusNotifierItem *>(self)->setShown(hasHost);
+        auto &item = *static_cast<StatusNotifierItem *>(self);
+        item.setHost(hasHost, item.watcherProcess_);
     };
     g_dbus_connection_call(
         connection_, watcherName, watcherPath, "org.freedesktop.DBus.Properties", "Get",
@@ -229,9 +260,12 @@ void StatusNotifierItem::askForHost() {
         G_DBUS_CALL_FLAGS_NO_AUTO_START, longestCall, cancellation_->get(), answered, this);
 }
 
-void StatusNotifierItem::setShown(bool isShown) {
-    if (isShown != std::exchange(isShown_, isShown)) {
-        shownChanged_.emit();
+void StatusNotifierItem::setHost(bool hasHost, std::int32_t watcherProcess) {
+    const bool isNews = hasHost != hasHost_ || watcherProcess != watcherProcess_;
+    hasHost_ = hasHost;
+    watcherProcess_ = watcherProcess;
+    if (isNews) {
+        hostChanged_.emit();
     }
 }
 
@@ -246,7 +280,7 @@ GVariant *StatusNotifierItem::property(const std::string &name) const {
         return g_variant_new_string(X11Workspace::ownName);
     }
     if (name == "Status") {
-        return g_variant_new_string("Active");
+        return g_variant_new_string(statusText(isHidden_));
     }
     if (name == "WindowId") {
         return g_variant_new_int32(0);
@@ -263,17 +297,15 @@ GVariant *StatusNotifierItem::property(const std::string &name) const {
     if (name == "ItemIsMenu") {
         return g_variant_new_boolean(FALSE);
     }
-    if (name == "Menu") {
-        // What hosts know as "this item has none, ask it to show one itself".
-        return g_variant_new_object_path("/NO_DBUSMENU");
-    }
     return g_variant_new_string("");
 }
 
-void StatusNotifierItem::emit(const char *signal) {
+void StatusNotifierItem::emit(const char *signal, GVariant *arguments) {
     if (connection_ != nullptr) {
         g_dbus_connection_emit_signal(connection_, nullptr, itemPath, itemInterface, signal,
-                                      nullptr, nullptr);
+                                      arguments, nullptr);
+    } else if (arguments != nullptr) {
+        g_variant_unref(g_variant_ref_sink(arguments));
     }
 }
 

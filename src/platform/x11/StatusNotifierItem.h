@@ -4,6 +4,7 @@
 #include "support/Handle.h"
 #include "support/Signal.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -30,11 +31,18 @@ class StatusNotifierItem {
     void setTitle(const StatusTitle &title);
     void setToolTip(const std::string &text);
 
-    // True while a host shows the item.
-    bool isShown() const { return isShown_; }
+    // Where something better shows the item, so that no host has to.
+    void setHidden(bool isHidden);
 
-    // Calls the observer after isShown() changed.
-    Handle onShownChange(std::function<void()> observer);
+    // True while there is a host, which shows the item unless it is hidden.
+    bool hasHost() const { return hasHost_; }
+
+    // The process that keeps the list of items, and that nearly always is the host's; 0 when
+    // unknown.
+    std::int32_t watcherProcess() const { return watcherProcess_; }
+
+    // Calls the observer after hasHost() or watcherProcess() changed.
+    Handle onHostChange(std::function<void()> observer);
 
     // Calls the observer when the host says that the user wants the item's menu, with the place on
     // the root window in pixels.
@@ -47,20 +55,23 @@ class StatusNotifierItem {
     void disconnect();
     void watcherAppeared();
     void askForHost();
-    void setShown(bool isShown);
+    void askForProcess();
+    void setHost(bool hasHost, std::int32_t watcherProcess);
     GVariant *property(const std::string &name) const;
-    void emit(const char *signal);
+    void emit(const char *signal, GVariant *arguments = nullptr);
 
     SessionBus &bus_;
     StatusTitle title_;
     std::string toolTip_;
-    bool isShown_ = false;
+    bool isHidden_ = false;
+    bool hasHost_ = false;
+    std::int32_t watcherProcess_ = 0;
     GDBusConnection *connection_ = nullptr; // while the item is exported on it
     unsigned exported_ = 0;
     unsigned watch_ = 0;
     unsigned hostSignals_ = 0;
     std::unique_ptr<Cancellation> cancellation_;
-    Signal<> shownChanged_;
+    Signal<> hostChanged_;
     Signal<int, int> contextMenu_;
     Handle busChanges_;
 };

@@ -1,6 +1,7 @@
 #include "platform/x11/TrayIcon.h"
 
 #include "platform/x11/ClientMessage.h"
+#include "platform/x11/ClientProcess.h"
 #include "platform/x11/Connection.h"
 #include "platform/x11/DotPicture.h"
 #include "platform/x11/PropertyWriter.h"
@@ -43,6 +44,10 @@ TrayIcon::~TrayIcon() {
     removeWindow();
 }
 
+Handle TrayIcon::onTrayProcessChange(std::function<void()> observer) {
+    return trayProcessChanged_.subscribe(std::move(observer));
+}
+
 Handle TrayIcon::onRightMouseUp(std::function<void(const Click &)> observer) {
     return clicked_.subscribe(std::move(observer));
 }
@@ -83,17 +88,43 @@ void TrayIcon::lookForTray() {
 }
 
 void TrayIcon::adoptTray(xcb_window_t tray) {
-    if (isHidden_ || (tray == tray_ && window_ != XCB_NONE)) {
+    if (tray != tray_) {
+        tray_ = tray;
+        // So that its end is heard of.
+        const std::uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+        xcb_change_window_attributes(connection_, tray, XCB_CW_EVENT_MASK, &mask);
+        removeWindow();
+        askForProcess();
+    }
+    if (!isHidden_ && window_ == XCB_NONE) {
+        dock();
+    }
+}
+
+void TrayIcon::askForProcess() {
+    if (!connection_.extensions().resource) {
         return;
     }
-    tray_ = tray;
-    // So that its end is heard of.
-    const std::uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
-    xcb_change_window_attributes(connection_, tray, XCB_CW_EVENT_MASK, &mask);
+    connection_.whenReplied<xcb_res_query_client_ids_reply_t>(
+        requestProcess(connection_, tray_),
+        lifetime_.guard([this, tray = tray_](const xcb_res_query_client_ids_reply_t *reply) {
+            if (tray == tray_) {
+                setTrayProcess(processOf(reply));
+            }
+        }));
+}
+
+void TrayIcon::setTrayProcess(std::int32_t process) {
+    if (process != std::exchange(trayProcess_, process)) {
+        trayProcessChanged_.emit();
+    }
+}
+
+void TrayIcon::dock() {
     connection_.whenReplied<xcb_get_property_reply_t>(
-        xcb_get_property(connection_, 0, tray, connection_.atom("_NET_SYSTEM_TRAY_VISUAL"),
+        xcb_get_property(connection_, 0, tray_, connection_.atom("_NET_SYSTEM_TRAY_VISUAL"),
                          XCB_ATOM_VISUALID, 0, 1),
-        lifetime_.guard([this, tray](const xcb_get_property_reply_t *reply) {
+        lifetime_.guard([this, tray = tray_](const xcb_get_property_reply_t *reply) {
             if (reply == nullptr || tray != tray_ || isHidden_) {
                 return;
             }
@@ -162,6 +193,7 @@ void TrayIcon::removeWindow() {
 
 void TrayIcon::leaveTray() {
     tray_ = XCB_NONE;
+    setTrayProcess(0);
     removeWindow();
     lookForTray();
 }

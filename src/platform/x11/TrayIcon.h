@@ -10,6 +10,7 @@
 
 #include <xcb/xcb.h>
 
+#include <cstdint>
 #include <functional>
 #include <string>
 
@@ -41,6 +42,12 @@ class TrayIcon {
     // Where something better shows the item.
     void setHidden(bool isHidden);
 
+    // The process that shows the tray; 0 when there is none or its process is unknown.
+    std::int32_t trayProcess() const { return trayProcess_; }
+
+    // Calls the observer after trayProcess() changed.
+    Handle onTrayProcessChange(std::function<void()> observer);
+
     // Calls the observer when the right button was released over the icon.
     Handle onRightMouseUp(std::function<void(const Click &)> observer);
 
@@ -50,7 +57,10 @@ class TrayIcon {
     void lookForTray();
     void adoptTray(xcb_window_t tray);
     void leaveTray();
+    void dock();
     void dock(bool isTranslucent);
+    void askForProcess();
+    void setTrayProcess(std::int32_t process);
     void makeWindow(bool isTranslucent);
     void setProperties();
     void removeWindow();
@@ -66,6 +76,7 @@ class TrayIcon {
     std::string toolTip_;
     bool isHidden_ = false;
     xcb_window_t tray_ = XCB_NONE;
+    std::int32_t trayProcess_ = 0;
     xcb_window_t window_ = XCB_NONE;
     bool isTranslucent_ = false; // the tray blends, so that the window's alpha counts
     OwnedColormap colormap_;
@@ -73,6 +84,7 @@ class TrayIcon {
     int width_ = 0;
     int height_ = 0;
     Signal<Click> clicked_;
+    Signal<> trayProcessChanged_;
     Handle events_;
     Lifetime lifetime_;
 };

@@ -1,7 +1,7 @@
+#include "platform/x11/ClientProcess.h"
 #include "platform/x11/Connection.h"
 #include "platform/x11/WindowMirror.h"
 
-#include <xcb/res.h>
 #include <xcb/shape.h>
 
 #include <algorithm>
@@ -26,20 +26,6 @@ constexpr std::uint32_t structureBits = attributesBit | geometryBit | shapeBit;
 
 // How deep in a frame a managed window is looked for.
 constexpr int deepestClient = 3;
-
-std::int32_t processOf(const xcb_res_query_client_ids_reply_t *reply) {
-    if (reply == nullptr) {
-        return 0;
-    }
-    for (auto id = xcb_res_query_client_ids_ids_iterator(reply); id.rem > 0;
-         xcb_res_client_id_value_next(&id)) {
-        if ((id.data->spec.mask & XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID) != 0 &&
-            xcb_res_client_id_value_value_length(id.data) > 0) {
-            return static_cast<std::int32_t>(xcb_res_client_id_value_value(id.data)[0]);
-        }
-    }
-    return 0;
-}
 
 } // namespace
 
@@ -122,9 +108,8 @@ void WindowMirror::request(xcb_window_t window, Node &node) {
     }
     if ((now & processBit) != 0) {
         if (connection_.extensions().resource) {
-            const xcb_res_client_id_spec_t spec = {window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
             read<xcb_res_query_client_ids_reply_t>(
-                window, processBit, xcb_res_query_client_ids(connection_, 1, &spec),
+                window, processBit, requestProcess(connection_, window),
                 [](Node &read, const auto *reply) {
                     read.facts.connectedProcess = processOf(reply);
                 });

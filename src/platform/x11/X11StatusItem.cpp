@@ -22,8 +22,8 @@ X11StatusItem::X11StatusItem(Connection &connection, const RenderFormats &format
     , notifierItem_(bus)
     , trayIcon_(connection, formats,
                 static_cast<int>(std::lround(iconSide * pointSpace_().scale()))) {
-    observations_.push_back(
-        notifierItem_.onShownChange([this] { trayIcon_.setHidden(notifierItem_.isShown()); }));
+    observations_.push_back(notifierItem_.onHostChange([this] { choosePlace(); }));
+    observations_.push_back(trayIcon_.onTrayProcessChange([this] { choosePlace(); }));
     observations_.push_back(notifierItem_.onContextMenu([this](int x, int y) {
         clicked_.emit({std::nullopt, pointOf(pointSpace_(), x, y)});
     }));
@@ -31,6 +31,13 @@ X11StatusItem::X11StatusItem(Connection &connection, const RenderFormats &format
         const auto space = pointSpace_();
         clicked_.emit({space.screenFrame(click.icon), pointOf(space, click.x, click.y)});
     }));
+}
+
+void X11StatusItem::choosePlace() {
+    const auto process = trayIcon_.trayProcess();
+    const bool isInTray = process != 0 && process == notifierItem_.watcherProcess();
+    notifierItem_.setHidden(isInTray);
+    trayIcon_.setHidden(notifierItem_.hasHost() && !isInTray);
 }
 
 void X11StatusItem::setToolTip(const std::string &text) {

@@ -17,7 +17,9 @@ class Connection;
 class RenderFormats;
 class SessionBus;
 
-// The status item on the session bus where a panel listens there, in the system tray otherwise.
+// The status item on the session bus where a panel listens there, in the system tray otherwise. A
+// panel that offers both is taken by its tray: that tells where the item is, and there are panels
+// on the bus that keep the right button to themselves.
 class X11StatusItem final : public StatusItem {
   public:
     // The point space is asked for whenever one is needed. The other arguments outlive the object.
@@ -30,6 +32,8 @@ class X11StatusItem final : public StatusItem {
     Handle onRightMouseUp(std::function<void(const StatusItemPlace &)> observer) override;
 
   private:
+    void choosePlace();
+
     std::function<PointSpace()> pointSpace_;
     StatusNotifierItem notifierItem_;
     TrayIcon trayIcon_;
