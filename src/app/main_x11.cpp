@@ -33,6 +33,10 @@ int runDelegate(lumo::x11::GlibMainLoop &loop, lumo::x11::Connection &connection
                                *static_cast<const xcb_generic_event_t *>(event));
                        },
                    .blendsWindows = [&backend] { return backend.isCompositing(); },
+                   .watchButtons =
+                       [&backend](auto observer) {
+                           return backend.eventMonitors().addButtonMonitor(std::move(observer));
+                       },
                    .appearance = &appearance});
     lumo::AppDelegate delegate(platform, userInterface);
     delegate.applicationDidFinishLaunching();

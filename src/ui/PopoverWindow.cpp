@@ -27,8 +27,10 @@ PopoverWindow::PopoverWindow(const Platform &platform, StatusMenu &menu, bool is
     screenChanges_ = platform.screens.onScreenParametersDidChange([this] { onDismiss(); });
 }
 
-void PopoverWindow::open(const QRect &area) {
-    move(area.topLeft());
+void PopoverWindow::open(const Place &place, bool isToldOfButtons) {
+    place_ = place;
+    isToldOfButtons_ = isToldOfButtons;
+    move(place.area.topLeft());
     openedAt_ = platform_.mainLoop.now();
     show();
     view_->setFocus(Qt::PopupFocusReason);
@@ -40,7 +42,7 @@ void PopoverWindow::grabInput() {
     constexpr double interval = 0.05;
     auto *handle = windowHandle();
     if (handle == nullptr ||
-        (handle->setMouseGrabEnabled(true) && handle->setKeyboardGrabEnabled(true))) {
+        (handle->setMouseGrabEnabled(!isToldOfButtons_) && handle->setKeyboardGrabEnabled(true))) {
         grabbing_.reset();
     } else {
         grabbing_ = platform_.mainLoop.after(interval, [this] { grabInput(); });
@@ -55,8 +57,23 @@ void PopoverWindow::dismissUnlessJustOpened() {
     }
 }
 
-// A click outside dismisses the popover when it ends, so that nobody else gets one half of it: the
-// click on the item that opened the popover would open it again.
+// The item acts when the right button is released on it and closes the popover itself: closed
+// before, it would be opened again.
+void PopoverWindow::handleButton(unsigned button, bool isDown, const QPoint &at) {
+    constexpr unsigned rightButton = 3;
+    const bool isOnItem = button == rightButton && place_.item.contains(at);
+    if (isDown) {
+        isItemPressed_ = isOnItem;
+        if (!isOnItem && !geometry().contains(at)) {
+            onDismiss();
+        }
+    } else if (button == rightButton && std::exchange(isItemPressed_, false) && !isOnItem) {
+        onDismiss();
+    }
+}
+
+// With the pointer all its own, it is dismissed when a click outside ends, so that nobody else gets
+// one half of it.
 void PopoverWindow::mousePressEvent(QMouseEvent *event) {
     isPressedOutside_ = !rect().contains(event->position().toPoint());
 }

@@ -9,8 +9,8 @@
 
 namespace lumo {
 
-// The window of the popover: without a frame, in front of everything, with all input for itself. It
-// asks to be dismissed when the user acts outside of it, presses Escape, or another application
+// The window of the popover: without a frame, in front of everything, with the keyboard for itself.
+// It asks to be dismissed when the user acts outside of it, presses Escape, or another application
 // comes to the front.
 class PopoverWindow final : public QWidget {
   public:
@@ -20,7 +20,17 @@ class PopoverWindow final : public QWidget {
     // May destroy the window.
     std::function<void()> onDismiss;
 
-    void open(const QRect &area);
+    struct Place {
+        QRect area;
+        QRect item; // where clicks that open and close the popover come from
+    };
+
+    // Clicks outside go where they are meant to if the window is told of them by handleButton(),
+    // and nowhere if not: the window takes the pointer for itself then.
+    void open(const Place &place, bool isToldOfButtons);
+
+    // A mouse button went down or up there, whoever that was for: 1 is the left one, 3 the right.
+    void handleButton(unsigned button, bool isDown, const QPoint &at);
 
   protected:
     void mousePressEvent(QMouseEvent *event) override;
@@ -34,7 +44,10 @@ class PopoverWindow final : public QWidget {
 
     Platform platform_;
     StatusMenuView *view_;
+    Place place_;
+    bool isToldOfButtons_ = false;
     bool isPressedOutside_ = false;
+    bool isItemPressed_ = false;
     double openedAt_ = 0;
     Handle grabbing_;
     Handle activations_;

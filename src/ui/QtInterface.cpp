@@ -119,12 +119,25 @@ class QtInterface::StatusPopover final : public Popover {
         window_ = std::make_unique<PopoverWindow>(interface_.platform_, menu_,
                                                   hooks.blendsWindows && hooks.blendsWindows());
         window_->onDismiss = [this] { close(); };
-        window_->open(popoverArea(anchorOf(place), StatusMenuView::contentSize));
+        const auto anchor = anchorOf(place);
+        buttons_ = {};
+        if (hooks.watchButtons) {
+            buttons_ = hooks.watchButtons([this](unsigned button, bool isDown) {
+                window_->handleButton(button, isDown, QCursor::pos());
+            });
+        }
+        // Where only the pointer is known, the item is around it.
+        constexpr int reach = 16;
+        const auto item =
+            place.item ? anchor.area : anchor.area.adjusted(-reach, -reach, reach, reach);
+        window_->open({popoverArea(anchor, StatusMenuView::contentSize), item},
+                      static_cast<bool>(buttons_));
     }
 
     void close() override {
         if (window_) {
             window_->onDismiss = [] {};
+            buttons_.reset();
             interface_.discard(std::move(window_));
         }
     }
@@ -145,6 +158,7 @@ class QtInterface::StatusPopover final : public Popover {
     QtInterface &interface_;
     StatusMenu &menu_;
     std::unique_ptr<PopoverWindow> window_;
+    Handle buttons_;
 };
 
 QtInterface::QtInterface(const Platform &platform, ToolkitHooks hooks)

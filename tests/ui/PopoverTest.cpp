@@ -37,7 +37,7 @@ class PopoverTest : public testing::Test {
         window = std::make_unique<PopoverWindow>(stage.desktop.platform(), *stage.menu, true);
         window->onDismiss = [this] { ++dismissals; };
         window->setAttribute(Qt::WA_DontShowOnScreen);
-        window->open({0, 0, 260, 300});
+        window->open({{0, 0, 260, 300}, {400, 0, 22, 22}}, false);
         settle();
     }
     void settle() {
@@ -140,6 +140,28 @@ TEST_F(PopoverTest, GoesWhenTheUserActsElsewhere) {
     QTest::mouseRelease(window.get(), Qt::RightButton, {}, {400, 100});
     EXPECT_EQ(dismissals, 1) << "the release of the click that opened it";
 
+    // Told of buttons, it leaves the item to itself and minds all else when it begins.
+    struct Case {
+        unsigned button;
+        QPoint pressed;
+        QPoint released;
+        int pressDismisses;
+        int releaseDismisses;
+    };
+    constexpr QPoint item{410, 10};
+    constexpr QPoint elsewhere{500, 500};
+    for (const auto &[button, pressed, released, pressDismisses, releaseDismisses] :
+         {Case{1, {100, 100}, elsewhere, 0, 0}, Case{3, {100, 100}, item, 0, 0},
+          Case{1, elsewhere, elsewhere, 1, 0}, Case{3, elsewhere, item, 1, 0},
+          Case{1, item, item, 1, 0}, Case{3, item, item, 0, 0}, Case{3, item, elsewhere, 0, 1}}) {
+        dismissals = 0;
+        window->handleButton(button, true, pressed);
+        EXPECT_EQ(dismissals, pressDismisses) << button << " at " << pressed.x();
+        window->handleButton(button, false, released);
+        EXPECT_EQ(dismissals, pressDismisses + releaseDismisses) << button << " at " << pressed.x();
+    }
+
+    dismissals = 1;
     const auto other = stage.desktop.launch("Other", "org.example.Other");
     stage.desktop.focusApplication(other);
     EXPECT_EQ(dismissals, 1) << "a panel that was clicked on";

@@ -40,7 +40,7 @@ class X11Backend {
     Platform platform();
 
     // For the toolkit, see X11EventMonitors::handleLocal().
-    const X11EventMonitors &eventMonitors() const { return eventMonitors_; }
+    X11EventMonitors &eventMonitors() { return eventMonitors_; }
 
     // Whether a compositing manager does the blending at the moment.
     bool isCompositing() const { return overlayWindows_.isCompositing(); }

@@ -16,9 +16,9 @@ namespace lumo::x11 {
 namespace {
 
 constexpr std::uint32_t rawKeys = XCB_INPUT_XI_EVENT_MASK_RAW_KEY_PRESS;
-constexpr std::uint32_t rawMotion = XCB_INPUT_XI_EVENT_MASK_RAW_MOTION |
-                                    XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS |
-                                    XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_RELEASE;
+constexpr std::uint32_t rawButtons =
+    XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS | XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_RELEASE;
+constexpr std::uint32_t rawMotion = XCB_INPUT_XI_EVENT_MASK_RAW_MOTION;
 constexpr std::uint32_t deviceChanges =
     XCB_INPUT_XI_EVENT_MASK_HIERARCHY | XCB_INPUT_XI_EVENT_MASK_DEVICE_CHANGED;
 
@@ -102,6 +102,21 @@ Handle X11EventMonitors::addGlobalMonitor(EventMask mask,
     }));
 }
 
+Handle
+X11EventMonitors::addButtonMonitor(std::function<void(std::uint32_t, bool isDown)> observer) {
+    if (!devices_) {
+        return {};
+    }
+    ++wantedButtons_;
+    selectEvents();
+    auto held = std::make_shared<Handle>(buttons_.subscribe(std::move(observer)));
+    return Handle(lifetime_.guard([this, held] {
+        held->reset();
+        --wantedButtons_;
+        selectEvents();
+    }));
+}
+
 Handle X11EventMonitors::addLocalMonitor(EventMask mask,
                                          std::function<bool(const InputEvent &)> handler) {
     return local_.subscribe([mask, handler = std::move(handler)](const LocalEvent &local) {
@@ -124,7 +139,8 @@ void X11EventMonitors::selectEvents() {
         return false;
     };
     const auto wanted = (wants(eventMask(EventType::keyDown)) ? rawKeys : 0U) |
-                        (wants(pointerMotionMask) ? rawMotion : 0U);
+                        (wants(pointerMotionMask) ? rawMotion | rawButtons : 0U) |
+                        (wantedButtons_ > 0 ? rawButtons : 0U);
     const auto before = std::exchange(selected_, wanted);
     if (before == wanted) {
         return;
@@ -173,9 +189,11 @@ void X11EventMonitors::handleRaw(const xcb_ge_generic_event_t &event) {
         break;
     case XCB_INPUT_RAW_BUTTON_PRESS:
         buttonsDown_ |= canBeHeld(raw.detail) ? 1U << raw.detail : 0U;
+        buttons_.emit(raw.detail, true);
         break;
     case XCB_INPUT_RAW_BUTTON_RELEASE:
         buttonsDown_ &= canBeHeld(raw.detail) ? ~(1U << raw.detail) : ~0U;
+        buttons_.emit(raw.detail, false);
         break;
     case XCB_INPUT_HIERARCHY:
         devices_->read();

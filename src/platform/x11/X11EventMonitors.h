@@ -41,6 +41,10 @@ class X11EventMonitors final : public EventMonitors {
 
     Handle addGlobalMonitor(EventMask mask,
                             std::function<void(const InputEvent &)> handler) override;
+    // Calls the observer when a mouse button goes down or up, whoever the event is for; the wheels
+    // count. An empty handle on a server that does not tell.
+    Handle addButtonMonitor(std::function<void(std::uint32_t button, bool isDown)> observer);
+
     Handle addLocalMonitor(EventMask mask,
                            std::function<bool(const InputEvent &)> handler) override;
 
@@ -73,7 +77,9 @@ class X11EventMonitors final : public EventMonitors {
     std::uint32_t buttonsDown_ = 0;  // bit 1 << number; of those that motion may be a drag of
     std::uint32_t selected_ = 0;     // raw events
     std::array<int, 32> wanted_{};   // global monitors of each type
+    int wantedButtons_ = 0;          // button monitors
     Signal<InputEvent> global_;
+    Signal<std::uint32_t, bool> buttons_;
     Signal<LocalEvent> local_;
     Handle events_;
     Lifetime lifetime_;
