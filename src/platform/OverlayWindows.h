@@ -45,7 +45,8 @@ class PlatformWindow {
 
     virtual void orderOut() = 0;
 
-    // Pixels per point of the screen that the window is on; absent when it is on none.
+    // Pixels per point of the screen that the window is on. While it is on none, those of the main
+    // screen where the desktop has such a notion of its own, else absent.
     virtual std::optional<double> backingScaleFactor() const = 0;
 
     // Shows the tree from now on, without animation. An equal tree costs a comparison and nothing

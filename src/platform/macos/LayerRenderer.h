@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/LayerTree.h"
+#include "platform/macos/logic/LayerDifference.h"
 
 #import <AppKit/AppKit.h>
 #import <QuartzCore/QuartzCore.h>
@@ -24,6 +25,8 @@ class LayerRenderer {
     void show(const LayerTree &tree);
 
   private:
+    void makeLayers(const LayerTree &tree, const LayerTreeChange &change);
+
     NSView *view_;
     CAShapeLayer *exclusionMaskLayer_;
     std::vector<CALayer *> layers_; // nil for a backdrop layer that can't be made

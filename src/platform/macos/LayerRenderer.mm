@@ -3,12 +3,12 @@
 #import "platform/macos/CFReference.h"
 #import "platform/macos/NativeValues.h"
 #include "platform/macos/logic/FilterTable.h"
-#include "platform/macos/logic/LayerDifference.h"
 #include "platform/macos/logic/WindowFlags.h"
 
 #import <CoreGraphics/CoreGraphics.h>
 #import <objc/runtime.h>
 
+#include <algorithm>
 #include <memory>
 
 namespace lumo::macos {
@@ -64,12 +64,14 @@ id nativeImage(const std::shared_ptr<const Image> &image) {
     }
     const auto width = static_cast<std::size_t>(image->width);
     const auto height = static_cast<std::size_t>(image->height);
+    // A copy, since a block takes a reference for what it is.
+    const auto held = image;
     NSData *pixels =
-        [[NSData alloc] initWithBytesNoCopy:const_cast<std::uint8_t *>(image->pixels.data())
-                                     length:image->pixels.size()
+        [[NSData alloc] initWithBytesNoCopy:const_cast<std::uint8_t *>(held->pixels.data())
+                                     length:held->pixels.size()
                                 deallocator:^(void *, NSUInteger) {
                                     // Keeps the value alive until here.
-                                    (void)image;
+                                    (void)held;
                                 }];
     const CFReference<CGDataProviderRef> provider(
         CGDataProviderCreateWithCFData((__bridge CFDataRef)pixels));
@@ -147,6 +149,28 @@ LayerRenderer::LayerRenderer(NSView *view)
     view_.layer.backgroundColor = [NSColor clearColor].CGColor;
 }
 
+void LayerRenderer::makeLayers(const LayerTree &tree, const LayerTreeChange &change) {
+    for (std::size_t index = tree.layers.size(); index < layers_.size(); ++index) {
+        [layers_[index] removeFromSuperlayer];
+    }
+    layers_.resize(tree.layers.size());
+    for (std::size_t index = 0; index < tree.layers.size(); ++index) {
+        if (change.layers[index].isNew) {
+            [layers_[index] removeFromSuperlayer];
+            layers_[index] = makeLayer(tree.layers[index].kind);
+        }
+    }
+    if (!std::ranges::any_of(change.layers, &LayerChange::isNew)) {
+        return;
+    }
+    // All of them, from the bottom: what is added comes on top, wherever it was before.
+    for (CALayer *layer : layers_) {
+        if (layer != nil) {
+            [view_.layer addSublayer:layer];
+        }
+    }
+}
+
 void LayerRenderer::show(const LayerTree &tree) {
     const auto change = difference(shown_ ? &*shown_ : nullptr, tree);
     if (!change.any()) {
@@ -155,25 +179,15 @@ void LayerRenderer::show(const LayerTree &tree) {
     [CATransaction begin];
     [CATransaction setDisableActions:YES];
     CALayer *root = view_.layer;
+    if (change.bounds) {
+        view_.frame = nativeRect(tree.bounds);
+    }
     if (change.viewAlpha) {
         view_.alphaValue = tree.viewAlpha;
     }
-    for (std::size_t index = tree.layers.size(); index < layers_.size(); ++index) {
-        [layers_[index] removeFromSuperlayer];
-    }
-    layers_.resize(tree.layers.size());
+    makeLayers(tree, change);
     for (std::size_t index = 0; index < tree.layers.size(); ++index) {
-        const auto &layer = tree.layers[index];
-        if (change.layers[index].isNew) {
-            [layers_[index] removeFromSuperlayer];
-            layers_[index] = makeLayer(layer.kind);
-            if (layers_[index] != nil) {
-                // By height, since a layer below may be missing or made later.
-                layers_[index].zPosition = static_cast<CGFloat>(index);
-                [root addSublayer:layers_[index]];
-            }
-        }
-        apply(layers_[index], layer, change.layers[index]);
+        apply(layers_[index], tree.layers[index], change.layers[index]);
     }
     if (change.mask == MaskChange::set) {
         setMask(exclusionMaskLayer_, *tree.mask);

@@ -30,10 +30,9 @@ class MacOverlayWindow final : public PlatformWindow {
     void commit(const LayerTree &tree) override;
 
   private:
-    std::uint32_t listedNumber() const;
-
     MacOverlayWindows &overlays_;
     LumoOverlayWindow *window_;
+    std::uint32_t listedNumber_;
     LayerRenderer renderer_;
 };
 

@@ -54,22 +54,19 @@ LumoOverlayWindow *makeOverlay(CGRect frame) {
 MacOverlayWindow::MacOverlayWindow(MacOverlayWindows &overlays, const Rect &frame)
     : overlays_(overlays)
     , window_(makeOverlay(nativeRect(frame)))
+    , listedNumber_(static_cast<std::uint32_t>(window_.windowNumber))
     , renderer_(window_.contentView) {
-    overlays_.numbers_.insert(listedNumber());
+    overlays_.numbers_.insert(listedNumber_);
 }
 
 MacOverlayWindow::~MacOverlayWindow() {
-    overlays_.numbers_.erase(listedNumber());
+    overlays_.numbers_.erase(listedNumber_);
     [window_ orderOut:nil];
     [window_ close];
 }
 
 std::int64_t MacOverlayWindow::windowNumber() const {
     return window_.windowNumber;
-}
-
-std::uint32_t MacOverlayWindow::listedNumber() const {
-    return static_cast<std::uint32_t>(windowNumber());
 }
 
 Rect MacOverlayWindow::frame() const {
@@ -99,8 +96,7 @@ void MacOverlayWindow::setAlphaValue(double alpha) {
 // The list is that of the tick which asks; what moved since is put right by the next one.
 void MacOverlayWindow::orderFront() {
     const auto records = overlays_.windowServer_.lastRead();
-    if (!window_.visible || !records ||
-        !liesInFront(*records, overlays_.numbers_, listedNumber())) {
+    if (!window_.visible || !records || !liesInFront(*records, overlays_.numbers_, listedNumber_)) {
         [window_ orderFront:nil];
     }
 }
@@ -108,7 +104,7 @@ void MacOverlayWindow::orderFront() {
 void MacOverlayWindow::orderBelow(std::uint32_t windowNumber) {
     const auto records = overlays_.windowServer_.lastRead();
     if (!window_.visible || !records ||
-        !liesBelow(*records, overlays_.numbers_, listedNumber(), windowNumber)) {
+        !liesBelow(*records, overlays_.numbers_, listedNumber_, windowNumber)) {
         [window_ orderWindow:NSWindowBelow relativeTo:static_cast<NSInteger>(windowNumber)];
     }
 }
@@ -118,7 +114,7 @@ void MacOverlayWindow::orderOut() {
 }
 
 std::optional<double> MacOverlayWindow::backingScaleFactor() const {
-    NSScreen *screen = window_.screen;
+    NSScreen *screen = window_.screen != nil ? window_.screen : [NSScreen mainScreen];
     return screen != nil ? std::optional<double>(screen.backingScaleFactor) : std::nullopt;
 }
 

@@ -32,10 +32,6 @@ bool isKnown(std::string_view type, std::string_view key) {
 
 } // namespace
 
-std::string_view samplingName(Sampling sampling) {
-    return sampling == Sampling::nearest ? "nearest" : "linear";
-}
-
 bool isCompositingFilter(std::string_view name) {
     return name == compositingFilter::overlayBlendMode ||
            name == compositingFilter::softLightBlendMode;

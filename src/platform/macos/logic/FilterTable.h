@@ -10,9 +10,6 @@ namespace lumo::macos {
 
 // The names that the platform's layers are given as strings.
 
-// "nearest" or "linear".
-std::string_view samplingName(Sampling sampling);
-
 // True for the blend modes that layers know; others must not be set.
 bool isCompositingFilter(std::string_view name);
 
