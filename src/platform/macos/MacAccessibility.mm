@@ -78,14 +78,17 @@ Handle MacAccessibility::onFocusedWindowDidChange(std::function<void()> observer
         Handle activations;
     };
     auto following = std::make_shared<Following>();
-    const auto follow = [this, &target = *following, observer = std::move(observer)] {
+    const auto follow = [this, &target = *following, observer] {
         const auto *application = workspace_.frontmostApplication();
         target.window =
             application == nullptr
                 ? nullptr
                 : std::make_unique<FocusedWindowObserver>(application->processIdentifier, observer);
     };
-    following->activations = workspace_.onDidActivateApplication(follow);
+    following->activations = workspace_.onDidActivateApplication([follow, observer] {
+        follow();
+        observer();
+    });
     follow();
     return Handle([following]() mutable { following.reset(); });
 }

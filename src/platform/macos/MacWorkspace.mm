@@ -9,6 +9,8 @@
 
 namespace lumo::macos {
 
+static_assert(NSApplicationActivateAllWindows == 1);
+
 namespace {
 
 ActivationPolicy policyOf(NSRunningApplication *application) {
@@ -63,6 +65,9 @@ void addApplications(NSURL *folder, int depth, std::vector<InstalledApplication>
 
 MacWorkspace::MacWorkspace()
     : own_(describe([NSRunningApplication currentApplication])) {
+    // Known from the beginning, while the system registers a program only once it has been started.
+    own_.processIdentifier = [[NSProcessInfo processInfo] processIdentifier];
+    own_.bundleIdentifier = optionalText([[NSBundle mainBundle] bundleIdentifier]);
     // Process identifiers come back one day with another application.
     terminations_ = onDidTerminateApplication([this] { byProcess_.clear(); });
 }
