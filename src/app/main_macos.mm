@@ -11,9 +11,12 @@ int main() {
     auto log = lumo::Log::standardOutput();
     lumo::macos::MacBackend backend(log);
     const auto platform = backend.platform();
-    // The toolkit turns with the application object's loop and leaves its delegate and menus alone.
+    // The toolkit turns with the application object's loop and leaves its delegate, its menus and
+    // its activation policy alone.
     QCoreApplication::setAttribute(Qt::AA_PluginApplication);
-    lumo::QtInterface userInterface(platform, {.viewHost = &backend.viewHost()});
+    qputenv("QT_MAC_DISABLE_FOREGROUND_APPLICATION_TRANSFORM", "1");
+    lumo::QtInterface userInterface(
+        platform, {.appearance = &backend.appearance(), .viewHost = &backend.viewHost()});
     std::optional<lumo::AppDelegate> delegate;
     auto &application = backend.application();
     auto &mainLoop = backend.mainLoop();

@@ -24,6 +24,8 @@
 
 namespace lumo::macos {
 
+static_assert(NSApplicationActivationPolicyAccessory == 1);
+
 namespace {
 
 NSApplicationActivationPolicy nativePolicy(ActivationPolicy policy) {

@@ -2,6 +2,7 @@
 
 #include "platform/Platform.h"
 #include "platform/macos/MacAccessibility.h"
+#include "platform/macos/MacAppearance.h"
 #include "platform/macos/MacApplication.h"
 #include "platform/macos/MacEventMonitors.h"
 #include "platform/macos/MacHotKeys.h"
@@ -30,6 +31,7 @@ class MacBackend {
     // What the program is given. Valid as long as the backend.
     Platform platform();
 
+    Appearance &appearance() { return appearance_; }
     MacApplication &application() { return application_; }
     MacMainLoop &mainLoop() { return mainLoop_; }
     ViewHost &viewHost() { return viewHost_; }
@@ -38,6 +40,7 @@ class MacBackend {
     Log &log_;
     MacMainLoop mainLoop_;
     MacApplication application_;
+    MacAppearance appearance_;
     MacUserDefaults userDefaults_;
     MacPreferenceDomains preferenceDomains_;
     MacScreens screens_;

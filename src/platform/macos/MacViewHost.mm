@@ -15,6 +15,7 @@ static_assert(styleMask::guidance == (NSWindowStyleMaskTitled | NSWindowStyleMas
                                       NSWindowStyleMaskFullSizeContentView));
 static_assert(styleMask::settings == (NSWindowStyleMaskTitled | NSWindowStyleMaskClosable |
                                       NSWindowStyleMaskMiniaturizable));
+static_assert(NSPopoverBehaviorTransient == 1 && NSMinYEdge == 1);
 static_assert(autoresizing::both == (NSViewWidthSizable | NSViewHeightSizable));
 
 namespace {

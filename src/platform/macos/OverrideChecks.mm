@@ -1,5 +1,6 @@
 #import "platform/macos/OverrideChecks.h"
 
+#import "platform/macos/LumoAppearanceObserver.h"
 #import "platform/macos/LumoApplicationDelegate.h"
 #import "platform/macos/LumoOverlayWindow.h"
 #import "platform/macos/NativeValues.h"
@@ -22,10 +23,12 @@ OverrideClaim answers(Class type, SEL selector, Protocol *protocol) {
 
 std::vector<OverrideClaim> claims() {
     Class overlay = [LumoOverlayWindow class];
+    Class appearance = [LumoAppearanceObserver class];
     Class application = [LumoApplicationDelegate class];
     return {
         overrides(overlay, @selector(initWithContentRect:styleMask:backing:defer:)),
             overrides(overlay, @selector(constrainFrameRect:toScreen:)),
+            overrides(appearance, @selector(observeValueForKeyPath:ofObject:change:context:)),
             answers(application, @selector(applicationDidFinishLaunching:),
                     @protocol(NSApplicationDelegate)),
             answers(application, @selector(applicationWillTerminate:),

@@ -8,7 +8,7 @@
 
 NS_ASSUME_NONNULL_BEGIN
 
-enum : NSEventMask {
+enum LUMO_SINCE(10.12) : NSEventMask {
     NSEventMaskRightMouseUp = 1ULL << 4,
     NSEventMaskMouseMoved = 1ULL << 5,
     NSEventMaskLeftMouseDragged = 1ULL << 6,
@@ -18,7 +18,7 @@ enum : NSEventMask {
     NSEventMaskOtherMouseDragged = 1ULL << 27,
 };
 
-enum : NSUInteger {
+enum LUMO_SINCE(10.12) : NSUInteger {
     NSEventModifierFlagCapsLock = 1UL << 16,
     NSEventModifierFlagShift = 1UL << 17,
     NSEventModifierFlagControl = 1UL << 18,
@@ -27,12 +27,12 @@ enum : NSUInteger {
     NSEventModifierFlagDeviceIndependentFlagsMask = 0xffff0000UL,
 };
 
-enum NSWindowAnimationBehavior : NSInteger {
+enum LUMO_SINCE(10.7) NSWindowAnimationBehavior : NSInteger {
     NSWindowAnimationBehaviorDefault = 0,
     NSWindowAnimationBehaviorNone = 2,
 };
 
-enum NSWindowTitleVisibility : NSInteger {
+enum LUMO_SINCE(10.10) NSWindowTitleVisibility : NSInteger {
     NSWindowTitleVisible = 0,
     NSWindowTitleHidden = 1,
 };
@@ -43,6 +43,7 @@ extern NSNotificationName const NSWorkspaceActiveSpaceDidChangeNotification LUMO
 }
 
 @interface NSApplication (LumoCompletion)
+@property(readonly, strong) NSAppearance *effectiveAppearance LUMO_SINCE(10.14);
 - (void)activate LUMO_SINCE(14.0);
 - (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy LUMO_SINCE(10.6);
 @end
@@ -83,7 +84,7 @@ extern NSNotificationName const NSWorkspaceActiveSpaceDidChangeNotification LUMO
 @end
 
 @interface NSWindow (LumoCompletion)
-@property(readonly, getter=isVisible) BOOL visible;
+@property(readonly, getter=isVisible) BOOL visible LUMO_SINCE(10.0);
 @property NSWindowAnimationBehavior animationBehavior LUMO_SINCE(10.7);
 @property BOOL titlebarAppearsTransparent LUMO_SINCE(10.10);
 @property NSWindowTitleVisibility titleVisibility LUMO_SINCE(10.10);
