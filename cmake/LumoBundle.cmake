@@ -2,6 +2,7 @@
 # with, a signature with the hardened runtime.
 set(LUMO_SIGNING_IDENTITY "-" CACHE STRING "Identity to sign the bundle with; - signs for this Mac only, empty not at all")
 set(LUMO_UPDATE_FEED "" CACHE STRING "Address of the update feed; empty leaves updates out")
+set(LUMO_UPDATE_KEY "" CACHE STRING "Public key with which the updates in that feed are signed")
 
 set(packaging ${CMAKE_SOURCE_DIR}/packaging/macos)
 find_package(Qt6 6.4 REQUIRED COMPONENTS Core)
@@ -18,7 +19,7 @@ set_target_properties(lumo PROPERTIES
   MACOSX_BUNDLE ON
   OUTPUT_NAME Lumo
   MACOSX_BUNDLE_INFO_PLIST ${packaging}/Info.plist.in
-  INSTALL_RPATH "@executable_path/../Frameworks")
+  BUILD_RPATH "@executable_path/../Frameworks")
 if(LUMO_SIGNING_IDENTITY)
   find_program(CODESIGN codesign)
   if(CODESIGN)
