@@ -10,16 +10,18 @@
   @public
     std::function<void()> onClick;
 }
-- (void)handleStatusItemClick:(id)sender;
+- (void)handleStatusItemClick;
 @end
 
 @implementation LumoStatusItemTarget
-- (void)handleStatusItemClick:(id)sender {
+- (void)handleStatusItemClick {
     onClick();
 }
 @end
 
 namespace lumo::macos {
+
+static_assert(NSEventMaskRightMouseUp == 0x10);
 
 MacStatusItem::MacStatusItem()
     : item_([[NSStatusBar systemStatusBar] statusItemWithLength:NSVariableStatusItemLength])
@@ -27,7 +29,7 @@ MacStatusItem::MacStatusItem()
     target_->onClick = [this] { clicked_.emit(place()); };
     NSStatusBarButton *button = item_.button;
     button.target = target_;
-    button.action = @selector(handleStatusItemClick:);
+    button.action = @selector(handleStatusItemClick);
     [button sendActionOn:NSEventMaskRightMouseUp];
 }
 

@@ -8,7 +8,7 @@ typedef unsigned char Boolean;
 typedef const struct LUMO_BRIDGED(id) __AXUIElement *AXUIElementRef;
 typedef struct LUMO_BRIDGED(id) __AXObserver *AXObserverRef;
 
-enum AXError : int32_t {
+enum LUMO_SINCE(10.2) AXError : int32_t {
     kAXErrorSuccess = 0,
     kAXErrorFailure = -25200,
     kAXErrorCannotComplete = -25204,
@@ -19,14 +19,17 @@ typedef void (*AXObserverCallback)(AXObserverRef observer, AXUIElementRef elemen
 
 extern "C" {
 Boolean AXIsProcessTrusted(void) LUMO_SINCE(10.4);
-CFTypeID AXUIElementGetTypeID(void);
-AXUIElementRef AXUIElementCreateApplication(pid_t process) __attribute__((cf_returns_retained));
+CFTypeID AXUIElementGetTypeID(void) LUMO_SINCE(10.2);
+AXUIElementRef AXUIElementCreateApplication(pid_t process) LUMO_SINCE(10.2)
+    __attribute__((cf_returns_retained));
 AXError AXUIElementCopyAttributeValue(AXUIElementRef element, CFStringRef attribute,
-                                      CFTypeRef *value __attribute__((cf_returns_retained)));
-AXError AXUIElementPerformAction(AXUIElementRef element, CFStringRef action);
+                                      CFTypeRef *value __attribute__((cf_returns_retained)))
+    LUMO_SINCE(10.2);
+AXError AXUIElementPerformAction(AXUIElementRef element, CFStringRef action) LUMO_SINCE(10.2);
 AXError AXObserverCreate(pid_t process, AXObserverCallback callback,
-                         AXObserverRef *observer __attribute__((cf_returns_retained)));
+                         AXObserverRef *observer __attribute__((cf_returns_retained)))
+    LUMO_SINCE(10.2);
 AXError AXObserverAddNotification(AXObserverRef observer, AXUIElementRef element,
-                                  CFStringRef notification, void *refcon);
-CFRunLoopSourceRef AXObserverGetRunLoopSource(AXObserverRef observer);
+                                  CFStringRef notification, void *refcon) LUMO_SINCE(10.2);
+CFRunLoopSourceRef AXObserverGetRunLoopSource(AXObserverRef observer) LUMO_SINCE(10.2);
 }

@@ -20,11 +20,11 @@ typedef struct OpaqueEventHotKeyRef *EventHotKeyRef;
 typedef OSStatus (*EventHandlerProcPtr)(EventHandlerCallRef call, EventRef event, void *userData);
 typedef EventHandlerProcPtr EventHandlerUPP;
 
-struct EventTypeSpec {
+struct LUMO_SINCE(10.0) EventTypeSpec {
     OSType eventClass;
     UInt32 eventKind;
 };
-struct EventHotKeyID {
+struct LUMO_SINCE(10.0) EventHotKeyID {
     OSType signature;
     UInt32 id;
 };

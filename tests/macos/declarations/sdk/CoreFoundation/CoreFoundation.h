@@ -23,26 +23,29 @@ typedef signed long CFIndex;
     (reinterpret_cast<CFStringRef>(__builtin___CFStringMakeConstantString("" text "")))
 
 extern "C" {
-void CFRelease(CFTypeRef object);
-CFTypeRef CFRetain(CFTypeRef object) __attribute__((cf_returns_retained));
-CFTypeID CFGetTypeID(CFTypeRef object);
-CFTypeID CFBooleanGetTypeID(void);
-CFTypeID CFArrayGetTypeID(void);
-CFIndex CFArrayGetCount(CFArrayRef array);
-const void *CFArrayGetValueAtIndex(CFArrayRef array, CFIndex index);
+void CFRelease(CFTypeRef object) LUMO_SINCE(10.0);
+CFTypeRef CFRetain(CFTypeRef object) LUMO_SINCE(10.0) __attribute__((cf_returns_retained));
+CFTypeID CFGetTypeID(CFTypeRef object) LUMO_SINCE(10.0);
+CFTypeID CFBooleanGetTypeID(void) LUMO_SINCE(10.0);
+CFTypeID CFArrayGetTypeID(void) LUMO_SINCE(10.0);
+CFIndex CFArrayGetCount(CFArrayRef array) LUMO_SINCE(10.0);
+const void *CFArrayGetValueAtIndex(CFArrayRef array, CFIndex index) LUMO_SINCE(10.0);
 
-extern const CFStringRef kCFPreferencesCurrentUser;
-extern const CFStringRef kCFPreferencesCurrentHost;
+extern const CFStringRef kCFPreferencesCurrentUser LUMO_SINCE(10.0);
+extern const CFStringRef kCFPreferencesCurrentHost LUMO_SINCE(10.0);
 CFPropertyListRef CFPreferencesCopyValue(CFStringRef key, CFStringRef applicationID,
                                          CFStringRef userName, CFStringRef hostName)
-    __attribute__((cf_returns_retained));
+    LUMO_SINCE(10.0) __attribute__((cf_returns_retained));
 
-extern const CFRunLoopMode kCFRunLoopCommonModes;
-CFRunLoopRef CFRunLoopGetMain(void);
-void CFRunLoopAddSource(CFRunLoopRef loop, CFRunLoopSourceRef source, CFRunLoopMode mode);
-void CFRunLoopRemoveSource(CFRunLoopRef loop, CFRunLoopSourceRef source, CFRunLoopMode mode);
+extern const CFRunLoopMode kCFRunLoopCommonModes LUMO_SINCE(10.0);
+CFRunLoopRef CFRunLoopGetMain(void) LUMO_SINCE(10.0);
+void CFRunLoopAddSource(CFRunLoopRef loop, CFRunLoopSourceRef source, CFRunLoopMode mode)
+    LUMO_SINCE(10.0);
+void CFRunLoopRemoveSource(CFRunLoopRef loop, CFRunLoopSourceRef source, CFRunLoopMode mode)
+    LUMO_SINCE(10.0);
 }
 
+LUMO_SINCE(10.7)
 static inline id CFBridgingRelease(CFTypeRef __attribute__((cf_consumed)) object) {
     return (__bridge_transfer id)object;
 }

@@ -19,36 +19,39 @@ struct CGAffineTransform {
 };
 
 typedef uint32_t CGBitmapInfo;
-enum CGImageAlphaInfo : uint32_t {
+enum LUMO_SINCE(10.0) CGImageAlphaInfo : uint32_t {
     kCGImageAlphaNone = 0,
     kCGImageAlphaPremultipliedLast = 1,
     kCGImageAlphaPremultipliedFirst = 2,
 };
-enum CGColorRenderingIntent : int32_t { kCGRenderingIntentDefault = 0 };
+enum LUMO_SINCE(10.0) CGColorRenderingIntent : int32_t { kCGRenderingIntentDefault = 0 };
 
 typedef uint32_t CGWindowID;
 #define kCGNullWindowID (static_cast<CGWindowID>(0))
 typedef uint32_t CGWindowListOption;
-enum : CGWindowListOption {
+enum LUMO_SINCE(10.5) : CGWindowListOption {
     kCGWindowListOptionAll = 0,
     kCGWindowListOptionOnScreenOnly = 1 << 0,
     kCGWindowListExcludeDesktopElements = 1 << 4,
 };
 
+LUMO_SINCE(10.0)
 static inline CGRect CGRectMake(CGFloat x, CGFloat y, CGFloat width, CGFloat height) {
     return NSMakeRect(x, y, width, height);
 }
 
 extern "C" {
-bool CGRectEqualToRect(CGRect one, CGRect other);
+bool CGRectEqualToRect(CGRect one, CGRect other) LUMO_SINCE(10.0);
 
-CGColorSpaceRef CGColorSpaceCreateDeviceRGB(void) __attribute__((cf_returns_retained));
-CGDataProviderRef CGDataProviderCreateWithCFData(CFDataRef data)
+CGColorSpaceRef CGColorSpaceCreateDeviceRGB(void) LUMO_SINCE(10.0)
+    __attribute__((cf_returns_retained));
+CGDataProviderRef CGDataProviderCreateWithCFData(CFDataRef data) LUMO_SINCE(10.4)
     __attribute__((cf_returns_retained));
 CGImageRef CGImageCreate(size_t width, size_t height, size_t bitsPerComponent, size_t bitsPerPixel,
                          size_t bytesPerRow, CGColorSpaceRef space, CGBitmapInfo bitmapInfo,
                          CGDataProviderRef provider, const CGFloat *decode, bool shouldInterpolate,
-                         CGColorRenderingIntent intent) __attribute__((cf_returns_retained));
+                         CGColorRenderingIntent intent) LUMO_SINCE(10.0)
+    __attribute__((cf_returns_retained));
 CGMutablePathRef CGPathCreateMutable(void) LUMO_SINCE(10.2) __attribute__((cf_returns_retained));
 void CGPathAddRect(CGMutablePathRef path, const CGAffineTransform *transform, CGRect rect)
     LUMO_SINCE(10.2);

@@ -19,7 +19,6 @@ extern CAShapeLayerFillRule const kCAFillRuleEvenOdd LUMO_SINCE(10.6);
 LUMO_SINCE(10.5)
 @interface CALayer : NSObject
 @property CGRect frame;
-@property CGFloat zPosition;
 @property float opacity;
 @property BOOL masksToBounds;
 @property(nullable) CGColorRef backgroundColor;

@@ -5,7 +5,7 @@
 
 NS_ASSUME_NONNULL_BEGIN
 
-enum SMAppServiceStatus : NSInteger {
+enum LUMO_SINCE(13.0) SMAppServiceStatus : NSInteger {
     SMAppServiceStatusNotRegistered = 0,
     SMAppServiceStatusEnabled = 1,
     SMAppServiceStatusRequiresApproval = 2,

@@ -6,7 +6,7 @@
 NS_ASSUME_NONNULL_BEGIN
 
 typedef NSUInteger UNAuthorizationOptions;
-enum : UNAuthorizationOptions {
+enum LUMO_SINCE(10.14) : UNAuthorizationOptions {
     UNAuthorizationOptionBadge = 1 << 0,
     UNAuthorizationOptionSound = 1 << 1,
     UNAuthorizationOptionAlert = 1 << 2,

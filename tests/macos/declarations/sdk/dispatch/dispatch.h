@@ -17,16 +17,16 @@ typedef NSObject<OS_dispatch_source> *dispatch_source_t;
 typedef const struct dispatch_source_type_s *dispatch_source_type_t;
 typedef void (^dispatch_block_t)(void);
 
-enum qos_class_t : unsigned {
+enum LUMO_SINCE(10.10) qos_class_t : unsigned {
     QOS_CLASS_USER_INITIATED = 0x19,
     QOS_CLASS_UTILITY = 0x11,
 };
 
 extern "C" {
-extern const struct dispatch_source_type_s _dispatch_source_type_signal;
+extern const struct dispatch_source_type_s _dispatch_source_type_signal LUMO_SINCE(10.6);
 #define DISPATCH_SOURCE_TYPE_SIGNAL (&_dispatch_source_type_signal)
 
-dispatch_queue_t dispatch_get_main_queue(void);
+dispatch_queue_t dispatch_get_main_queue(void) LUMO_SINCE(10.6);
 dispatch_queue_t dispatch_get_global_queue(intptr_t quality, uintptr_t flags) LUMO_SINCE(10.6);
 void dispatch_async(dispatch_queue_t queue, dispatch_block_t block) LUMO_SINCE(10.6);
 dispatch_source_t dispatch_source_create(dispatch_source_type_t type, uintptr_t handle,
