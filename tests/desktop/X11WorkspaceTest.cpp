@@ -200,7 +200,7 @@ TEST_F(WorkspaceTest, TellsWhoIsInFrontAndBringsApplicationsThere) {
 }
 
 TEST_F(WorkspaceTest, ListsWhatIsOnScreenFromFrontToBack) {
-    const SampleApplication application(
+    SampleApplication application(
         mirrored_.desktop, "Sample",
         {
             {.title = "Wallpaper", .area = {0, 0, 1280, 800}, .type = "DESKTOP"},
@@ -216,11 +216,15 @@ TEST_F(WorkspaceTest, ListsWhatIsOnScreenFromFrontToBack) {
     session_.activate(application.window(2));
     ASSERT_TRUE(
         eventually([&] { return mirrored_.mirror->activeWindow() == application.window(2); }));
-    const std::uint32_t above = XCB_STACK_MODE_ABOVE;
-    xcb_configure_window(session_.connection(), application.window(3), XCB_CONFIG_WINDOW_STACK_MODE,
-                         &above);
-    ASSERT_TRUE(session_.eventually(
-        [&] { return session_.isAbove(application.window(3), application.window(2)); }));
+    const auto raiseOtherWindow = [&] {
+        const std::uint32_t above = XCB_STACK_MODE_ABOVE;
+        xcb_configure_window(session_.connection(), application.window(3),
+                             XCB_CONFIG_WINDOW_STACK_MODE, &above);
+        return session_.eventually([&] {
+            return session_.isAbove(application.window(3), *mirrored_.mirror->activeWindow());
+        });
+    };
+    ASSERT_TRUE(raiseOtherWindow());
     mirrored_.catchUp();
     // The active window first among its like, though another one is above it.
     EXPECT_THAT(titles(),
@@ -248,6 +252,16 @@ TEST_F(WorkspaceTest, ListsWhatIsOnScreenFromFrontToBack) {
 
     session_.move(application.window(2), 300, 310);
     EXPECT_TRUE(eventually([&] { return server_.onScreenWindows() != list; }));
+
+    application.open(
+        {.title = "Its dialog", .type = "DIALOG", .transientFor = application.window(2)});
+    session_.activate(application.window(8));
+    ASSERT_TRUE(
+        eventually([&] { return mirrored_.mirror->activeWindow() == application.window(8); }));
+    ASSERT_TRUE(raiseOtherWindow());
+    mirrored_.catchUp();
+    EXPECT_THAT(titles(), ElementsAre("Menu 101", "Dock 20", "Above 3", "Its dialog", "Active",
+                                      "Raised", "Below -1"));
     session_.switchToDesktop(1);
     EXPECT_TRUE(eventually([&] { return titles() == std::vector<std::string>{"Menu 101"}; }))
         << "only what is on no desktop";

@@ -52,26 +52,46 @@ std::shared_ptr<const WindowRecords> X11WindowServer::onScreenWindows() const {
 }
 
 WindowRecords X11WindowServer::makeRecords() const {
-    const auto active = mirror_.activeWindow();
-    const auto *activeWindow = active ? mirror_.find(*active) : nullptr;
-    WindowRecords records;
-    std::optional<std::size_t> firstOrdinary;
+    std::vector<const MirrorWindow *> windows;
     const auto &stacking = mirror_.stacking();
     for (std::size_t i = stacking.size(); i-- > 0;) {
-        const auto &window = *mirror_.find(stacking[i]);
-        if (!isOnScreen(window)) {
-            continue;
-        }
-        if (window.band == WindowBand::normal && !firstOrdinary) {
-            firstOrdinary = records.size();
-        }
-        records.push_back(makeRecord(window));
-        if (&window == activeWindow && window.band == WindowBand::normal) {
-            std::rotate(records.begin() + static_cast<std::ptrdiff_t>(*firstOrdinary),
-                        records.end() - 1, records.end());
+        const auto *window = mirror_.find(stacking[i]);
+        if (isOnScreen(*window)) {
+            windows.push_back(window);
         }
     }
+    const auto isOrdinary = [](const MirrorWindow *window) {
+        return window->band == WindowBand::normal;
+    };
+    const auto firstOrdinary = std::ranges::find_if(windows, isOrdinary);
+    for (const auto *front : activeWindowAndOwners()) {
+        const auto place = std::ranges::find(firstOrdinary, windows.end(), front);
+        if (place != windows.end() && isOrdinary(front)) {
+            std::rotate(firstOrdinary, place, place + 1);
+        }
+    }
+    WindowRecords records;
+    records.reserve(windows.size());
+    for (const auto *window : windows) {
+        records.push_back(makeRecord(*window));
+    }
     return records;
+}
+
+// From the last owner to the active window itself. Owners may name each other in a circle.
+std::vector<const MirrorWindow *> X11WindowServer::activeWindowAndOwners() const {
+    std::vector<const MirrorWindow *> found;
+    auto next = mirror_.activeWindow();
+    while (next) {
+        const auto *window = mirror_.find(*next);
+        if (window == nullptr || std::ranges::find(found, window) != found.end()) {
+            break;
+        }
+        found.push_back(window);
+        next = window->transientFor;
+    }
+    std::ranges::reverse(found);
+    return found;
 }
 
 bool X11WindowServer::isOnScreen(const MirrorWindow &window) const {

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 namespace lumo::x11 {
 
@@ -17,7 +18,7 @@ struct MirrorWindow;
 // On screen is what is viewable, draws, belongs to the current desktop and is not minimised.
 // Windows come in their stacking order, but the active window, when it is an ordinary one, is the
 // first of the ordinary ones: focus does not always raise here, and whoever takes the frontmost
-// ordinary window means the one that is worked in.
+// ordinary window means the one that is worked in. The window whose dialog it is comes next.
 class X11WindowServer final : public WindowServer {
   public:
     // The layers of windows that are not ordinary: kept below, kept above, docks, and menus with
@@ -43,6 +44,7 @@ class X11WindowServer final : public WindowServer {
 
     bool isOnScreen(const MirrorWindow &window) const;
     WindowRecords makeRecords() const;
+    std::vector<const MirrorWindow *> activeWindowAndOwners() const;
     Dictionary makeRecord(const MirrorWindow &window) const;
 
     const WindowMirror &mirror_;
