@@ -41,9 +41,10 @@ Handle StatusMenu::onChange(std::function<void()> observer) {
     return changed_.subscribe(std::move(observer));
 }
 
-// Later, since the settings announce a change before they hold it.
+// Later, since the settings announce a change before they hold it. The effect writes one of them
+// at every tick: while nobody looks, that must not cost a turn of the main loop each time.
 void StatusMenu::announceChange() {
-    if (!std::exchange(isChangeAnnounced_, true)) {
+    if (changed_.isObserved() && !std::exchange(isChangeAnnounced_, true)) {
         platform_.mainLoop.post(lifetime_.guard([this] {
             isChangeAnnounced_ = false;
             changed_.emit();

@@ -2,6 +2,7 @@
 
 #include "support/Handle.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -30,6 +31,11 @@ class Signal {
                 std::erase(still->entries, entry);
             }
         });
+    }
+
+    // False when an emit() would reach nobody, which may save working out what to announce.
+    bool isObserved() const {
+        return std::ranges::any_of(list_->entries, [](const auto &entry) { return entry->live; });
     }
 
     void emit(const Args &...args) const {
