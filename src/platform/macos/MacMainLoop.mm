@@ -13,6 +13,13 @@ namespace lumo::macos {
 
 namespace {
 
+// The application object empties its own pool with each event only, and hours may pass without one.
+void run(const std::function<void()> &task) {
+    @autoreleasepool {
+        task();
+    }
+}
+
 // In the common modes, so that menus and dragging don't stop it.
 Handle scheduleTimer(double seconds, bool repeats, std::function<void()> task) {
     const auto policy = timerPolicy(seconds, repeats);
@@ -22,7 +29,7 @@ Handle scheduleTimer(double seconds, bool repeats, std::function<void()> task) {
                                               block:^(NSTimer *) {
                                                   // Held, because the task may release the handle.
                                                   const auto call = live;
-                                                  (*call)();
+                                                  run(*call);
                                               }];
     timer.tolerance = policy.tolerance;
     [[NSRunLoop mainRunLoop] addTimer:timer forMode:NSRunLoopCommonModes];
@@ -51,7 +58,7 @@ void MacMainLoop::post(std::function<void()> task) {
     const auto call = std::make_shared<std::function<void()>>(std::move(task));
     dispatch_async(dispatch_get_main_queue(), ^{
         if (!alive.expired()) {
-            (*call)();
+            run(*call);
         }
     });
 }

@@ -19,7 +19,7 @@ struct objc_method_description {
     char *types;
 };
 
-#ifdef __OBJC_BOOL_IS_BOOL
+#if __OBJC_BOOL_IS_BOOL
 typedef bool BOOL;
 #else
 typedef signed char BOOL;
