@@ -21,6 +21,14 @@ std::string_view trimmed(std::string_view text) {
 
 } // namespace
 
+bool isBundleIdentifier(std::string_view text) {
+    const auto identifier = trimmed(text);
+    return !identifier.empty() && std::ranges::none_of(identifier, [](char character) {
+        const auto code = static_cast<unsigned char>(character);
+        return code <= ' ' || code == 0x7f || character == '/';
+    });
+}
+
 Setting<std::vector<AppRule>> &rulesInForce(SettingsStore &settings) {
     return settings.useWhitelistMode.value() ? settings.whitelist : settings.blacklist;
 }
@@ -35,21 +43,22 @@ std::vector<AppRule> RuleList::matching(std::string_view search) const {
     return rules;
 }
 
-bool RuleList::add(std::string_view bundleID, std::string_view displayName) {
+std::optional<std::string> RuleList::add(std::string_view bundleID, std::string_view displayName) {
     const std::string identifier(trimmed(bundleID));
     const std::string name(trimmed(displayName));
     if (identifier.empty()) {
-        return false;
+        return std::nullopt;
     }
     auto rules = rules_.value();
-    const auto existing = std::ranges::find(rules, identifier, &AppRule::bundleID);
-    if (existing != rules.end()) {
-        existing->isEnabled = true;
+    auto rule = std::ranges::find(rules, identifier, &AppRule::bundleID);
+    if (rule != rules.end()) {
+        rule->isEnabled = true;
     } else {
-        rules.push_back({makeUUID(), identifier, name.empty() ? identifier : name, true});
+        rule = rules.insert(rule, {makeUUID(), identifier, name.empty() ? identifier : name, true});
     }
+    auto id = rule->id;
     rules_.set(std::move(rules));
-    return true;
+    return id;
 }
 
 void RuleList::remove(std::string_view id) {

@@ -4,6 +4,7 @@
 #include "settings/AppRule.h"
 #include "settings/Setting.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,6 +12,10 @@
 namespace lumo {
 
 class SettingsStore;
+
+// Whether somebody may have meant this as an application's bundle identifier: blanks around it
+// aside, it is not empty and has no blanks, slashes or control characters.
+bool isBundleIdentifier(std::string_view text);
 
 // The list of rules that the settings say is in force.
 Setting<std::vector<AppRule>> &rulesInForce(SettingsStore &settings);
@@ -28,10 +33,11 @@ class RuleList {
     // Those whose name or bundle identifier contains the text, whatever its case; all for none.
     std::vector<AppRule> matching(std::string_view search) const;
 
-    // Adds a rule for the application, switched on. The name is the bundle identifier where there
-    // is none; blanks around both are dropped. An application that has a rule has it switched on
-    // instead. False when there is no bundle identifier.
-    bool add(std::string_view bundleID, std::string_view displayName);
+    // Adds a rule for the application, switched on, and answers with the rule's identifier. The
+    // name is the bundle identifier where there is none; blanks around both are dropped. An
+    // application that has a rule has it switched on instead. Absent when there is no bundle
+    // identifier.
+    std::optional<std::string> add(std::string_view bundleID, std::string_view displayName);
 
     void remove(std::string_view id);
     void setEnabled(std::string_view id, bool isEnabled);

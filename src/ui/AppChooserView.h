@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+class QLabel;
 class QLineEdit;
 class QListView;
 class QPushButton;
@@ -27,14 +28,21 @@ class AppChooserView final : public QDialog {
 
   protected:
     void paintEvent(QPaintEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
 
   private:
+    QWidget *makeTypedRow();
+    void search(const QString &text);
+    void chooseFirst();
     void choose(const QModelIndex &index);
+    void judgeTyped(const QString &text);
     void chooseTyped();
 
     QLineEdit *search_;
     QListView *list_;
+    QLabel *nothingFound_;
     QLineEdit *identifier_;
+    QLabel *judgement_; // on what was typed
     QPushButton *add_;
     QStandardItemModel *items_;
     QSortFilterProxyModel *found_;

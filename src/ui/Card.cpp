@@ -56,6 +56,7 @@ SettingsRow::SettingsRow(std::string_view title, std::string_view note, QWidget 
     texts->setSpacing(3);
     auto *titleLabel = makeLabel(title, TextStyle::body);
     titleLabel->setWordWrap(true);
+    titleLabel->setBuddy(control); // what names a picker for screen readers
     texts->addStretch();
     texts->addWidget(titleLabel);
     if (!note.empty()) {

@@ -31,7 +31,7 @@ QWidget *makePermissionRow(const PermissionRow &permission) {
     constexpr int iconSize = 24;
     auto *row = new QWidget;
     auto *layout = new QHBoxLayout(row);
-    layout->setContentsMargins(14, 14, 16, 14);
+    layout->setContentsMargins(mirrored(14, 14, 16, 14));
     layout->setSpacing(spacing::large);
     auto *column = new QWidget;
     column->setFixedWidth(iconColumn);

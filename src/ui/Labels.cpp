@@ -36,8 +36,10 @@ ElidedLabel::ElidedLabel(TextStyle style, QPalette::ColorRole color) {
 }
 
 void ElidedLabel::setFullText(const QString &text) {
-    setText(text);
-    updateToolTip();
+    if (text != this->text()) {
+        setText(text);
+        updateToolTip();
+    }
 }
 
 QSize ElidedLabel::minimumSizeHint() const {
@@ -69,9 +71,11 @@ SymbolView::SymbolView(std::string_view name, int size, QPalette::ColorRole colo
 }
 
 void SymbolView::setSymbol(std::string_view name, QPalette::ColorRole color) {
-    name_ = name;
-    color_ = color;
-    update();
+    if (name != name_ || color != color_) {
+        name_ = name;
+        color_ = color;
+        update();
+    }
 }
 
 void SymbolView::paintEvent(QPaintEvent * /*event*/) {

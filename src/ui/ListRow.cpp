@@ -2,10 +2,11 @@
 
 #include "ui/Painting.h"
 #include "ui/Symbols.h"
+#include "ui/Text.h"
 #include "ui/Theme.h"
 
-#include <QAbstractItemView>
 #include <QHelpEvent>
+#include <QListView>
 #include <QPainter>
 #include <QStyle>
 #include <QToolTip>
@@ -25,13 +26,24 @@ std::string_view symbolOf(const QByteArray &name) {
 
 } // namespace
 
+void dressList(QListView &list, std::string_view name) {
+    list.setAccessibleName(toQString(name));
+    list.setFrameShape(QFrame::NoFrame);
+    list.setUniformItemSizes(true);
+    list.setMouseTracking(true);
+    list.setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    list.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    list.setEditTriggers(QAbstractItemView::NoEditTriggers);
+    list.viewport()->setAutoFillBackground(false);
+}
+
 QSize ListRow::sizeHint(const QStyleOptionViewItem & /*option*/,
                         const QModelIndex & /*index*/) const {
     return {60, rowHeight_};
 }
 
 bool ListRow::paintHighlight(QPainter &painter, const QStyleOptionViewItem &option) const {
-    const QRectF area = QRectF(option.rect).adjusted(1, 1, -1, -1);
+    const QRectF area = QRectF(option.rect).adjusted(highlightInset_, 1, -highlightInset_, -1);
     const bool isSelected = (option.state & QStyle::State_Selected) != 0;
     const bool isHovered = (option.state & QStyle::State_MouseOver) != 0;
     if (isSelected && isProminent_) {

@@ -1,8 +1,14 @@
 #pragma once
 
 #include <QStyledItemDelegate>
+#include <string_view>
+
+class QListView;
 
 namespace lumo {
+
+// Gives a list the look and the manners that all have here. The name is for screen readers.
+void dressList(QListView &list, std::string_view name);
 
 // Draws a row of a list: a rounded highlight and one line of text, with the symbol that the item
 // names under symbolRole before it, and a check mark at its end while the item is the chosen one.
@@ -20,6 +26,8 @@ class ListRow : public QStyledItemDelegate {
 
     // In points.
     void setRowHeight(int height) { rowHeight_ = height; }
+    // How far the highlight stays away from the list's sides, in points.
+    void setHighlightInset(int inset) { highlightInset_ = inset; }
     // The selected row is filled with the accent colour; a plain highlight otherwise.
     void setSelectionProminent(bool isProminent) { isProminent_ = isProminent; }
 
@@ -42,6 +50,7 @@ class ListRow : public QStyledItemDelegate {
 
   private:
     int rowHeight_ = 30;
+    int highlightInset_ = 1;
     bool isProminent_ = false;
 };
 

@@ -22,18 +22,24 @@ MenuItemView::MenuItemView(std::string_view title, std::function<void()> action)
 }
 
 void MenuItemView::setTitle(const std::string &title) {
-    setText(toQString(title));
-    textsChanged();
+    change(toQString(title), subtitle_, shortcut_);
 }
 
 void MenuItemView::setSubtitle(const std::optional<std::string> &subtitle) {
-    subtitle_ = toQString(subtitle.value_or(""));
-    textsChanged();
+    change(text(), toQString(subtitle.value_or("")), shortcut_);
 }
 
 void MenuItemView::setShortcut(const std::optional<std::string> &shortcut) {
-    shortcut_ = toQString(shortcut.value_or(""));
-    textsChanged();
+    change(text(), subtitle_, toQString(shortcut.value_or("")));
+}
+
+void MenuItemView::change(const QString &title, const QString &subtitle, const QString &shortcut) {
+    if (title != text() || subtitle != subtitle_ || shortcut != shortcut_) {
+        setText(title);
+        subtitle_ = subtitle;
+        shortcut_ = shortcut;
+        textsChanged();
+    }
 }
 
 void MenuItemView::textsChanged() {

@@ -27,6 +27,7 @@ class MenuItemView final : public QPushButton {
     void resizeEvent(QResizeEvent *event) override;
 
   private:
+    void change(const QString &title, const QString &subtitle, const QString &shortcut);
     void textsChanged();
     int titleWidth() const;
     int subtitleWidth() const;

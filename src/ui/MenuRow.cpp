@@ -31,7 +31,7 @@ void paintHighlight(QPainter &painter, const QWidget &row, bool isDown) {
         painter.setOpacity(opacityWhenDisabled);
         return;
     }
-    const QRectF area = QRectF(row.rect()).adjusted(5, 2, -5, -2);
+    const QRectF area = QRectF(row.rect()).adjusted(highlightInset, 2, -highlightInset, -2);
     if (row.underMouse() || isDown) {
         paintRounded(painter, area, corner::control,
                      row.palette().color(isDown ? role::pressed : role::hovered));

@@ -15,6 +15,7 @@ namespace menuRow {
 
 inline constexpr int horizontalPadding = 12;
 inline constexpr int verticalPadding = 8;
+inline constexpr int highlightInset = 5; // of the highlight from the sides
 
 // In points, of a row with this many lines below its title.
 int height(int subtitleLines);

@@ -40,6 +40,9 @@ Picker::Picker(std::string_view name) {
 }
 
 void Picker::setChoices(const std::vector<std::string> &titles, int chosen) {
+    if (titles == titles_ && chosen == currentIndex()) {
+        return;
+    }
     const QSignalBlocker quiet(this);
     if (titles != titles_) {
         titles_ = titles;

@@ -3,6 +3,7 @@
 #include "platform/Appearance.h"
 #include "platform/MainLoop.h"
 #include "platform/Screens.h"
+#include "ui/Accessibility.h"
 #include "ui/GuidedAccessView.h"
 #include "ui/HostedFrames.h"
 #include "ui/LumoStyle.h"
@@ -75,6 +76,7 @@ class QtInterface::Toolkit final : private QAbstractNativeEventFilter {
     std::array<char *, 4> arguments_;
     int argumentCount_;
     QApplication application_;
+    Accessibility accessibility_;
     ColorScheme toolkitScheme_;
     Handle appearanceChanges_;
 };

@@ -15,12 +15,13 @@
 #include <QScrollBar>
 #include <QStandardItemModel>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace lumo {
 
 namespace {
 
-constexpr int listHeight = 288;
+constexpr int mostRowsShown = 6;
 constexpr int idRole = Qt::UserRole + 10;
 
 } // namespace
@@ -55,34 +56,38 @@ RuleListView::RuleListView(const Platform &platform, SettingsStore &settings)
     auto *rows = new RuleRowView(list_);
     rows->onToggle = [this](const QModelIndex &index) { toggle(index); };
     rows->onRemove = [this](const QModelIndex &index) { remove(index); };
-    list_->setAccessibleName(QStringLiteral("App rules"));
-    list_->setFrameShape(QFrame::NoFrame);
+    dressList(*list_, "App rules");
+    list_->setAccessibleDescription(
+        QStringLiteral("Space turns a rule on or off, Delete removes it"));
     list_->setItemDelegate(rows);
     list_->setModel(items_);
-    list_->setUniformItemSizes(true);
-    list_->setMouseTracking(true);
-    list_->setFixedHeight(listHeight);
-    list_->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
-    list_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    list_->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    list_->viewport()->setAutoFillBackground(false);
 
     auto *add = new Button("Add App...", Button::Kind::bordered, symbol::add);
     QObject::connect(add, &QPushButton::clicked, this, [this] { chooseApp(); });
     auto *top = new QHBoxLayout;
-    top->setContentsMargins(8, 0, 12, 0);
+    top->setContentsMargins(mirrored(12, 0, 12, 0));
     top->setSpacing(spacing::medium);
     top->addWidget(search_, 1);
     top->addWidget(add);
     emptyNote_->setAlignment(Qt::AlignCenter);
     auto *column = new QVBoxLayout(this);
-    column->setContentsMargins(8, 12, 4, 8);
+    column->setContentsMargins(mirrored(4, 12, 4, 8));
     column->setSpacing(spacing::medium);
     column->addLayout(top);
     column->addWidget(emptyNote_);
     column->addWidget(list_);
     QObject::connect(search_, &QLineEdit::textChanged, this, [this] { refresh(); });
-    bindings_.whenSettled([this] { refresh(); });
+    for (auto *rules : {&settings_.whitelist, &settings_.blacklist}) {
+        bindings_.follow<std::vector<AppRule>>(*rules,
+                                               [this](const auto &) { isOutdated_ = true; });
+    }
+    bindings_.follow<bool>(settings_.useWhitelistMode,
+                           [this](const bool &) { isOutdated_ = true; });
+    bindings_.whenSettled([this] {
+        if (isOutdated_) {
+            refresh();
+        }
+    });
 }
 
 RuleListView::~RuleListView() {
@@ -90,6 +95,13 @@ RuleListView::~RuleListView() {
 }
 
 void RuleListView::refresh() {
+    isOutdated_ = false;
+    // As high as the rules need, and the same while they are searched.
+    const auto &rules = rulesInForce(settings_).value();
+    const int height =
+        RuleRowView::height * std::clamp(static_cast<int>(rules.size()), 1, mostRowsShown);
+    list_->setFixedHeight(height);
+    emptyNote_->setFixedHeight(height);
     showRules(RuleList(rulesInForce(settings_)).matching(toUtf8(search_->text())));
 }
 
@@ -135,11 +147,28 @@ void RuleListView::removeCurrent() {
     }
 }
 
+// The user sees where the rule is, whatever was searched for before.
+void RuleListView::addRule(const std::string &bundleID, const std::string &name) {
+    const auto id = RuleList(rulesInForce(settings_)).add(bundleID, name);
+    if (!id) {
+        return;
+    }
+    search_->clear();
+    refresh();
+    const auto rows = items_->match(items_->index(0, 0), idRole, toQString(*id), 1,
+                                    Qt::MatchExactly | Qt::MatchCaseSensitive);
+    if (!rows.isEmpty()) {
+        list_->setCurrentIndex(rows.first());
+        list_->scrollTo(rows.first());
+        list_->setFocus(Qt::OtherFocusReason);
+    }
+}
+
 void RuleListView::chooseApp() {
     if (chooser_ == nullptr) {
         chooser_ = new AppChooserView(window());
         chooser_->onChosen = [this](const std::string &bundleID, const std::string &name) {
-            RuleList(rulesInForce(settings_)).add(bundleID, name);
+            addRule(bundleID, name);
         };
     }
     chooser_->offer(ruleCandidates(platform_.workspace, rulesInForce(settings_).value()));

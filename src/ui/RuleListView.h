@@ -33,6 +33,7 @@ class RuleListView final : public QWidget {
     void remove(const QModelIndex &index);
     void removeCurrent();
     void chooseApp();
+    void addRule(const std::string &bundleID, const std::string &name);
 
     Platform platform_;
     SettingsStore &settings_;
@@ -41,8 +42,8 @@ class RuleListView final : public QWidget {
     QStandardItemModel *items_;
     QLabel *emptyNote_;
     QPointer<AppChooserView> chooser_;
+    bool isOutdated_ = true; // the list, by the settings it shows
     Bindings bindings_;
-    Lifetime lifetime_;
 };
 
 } // namespace lumo

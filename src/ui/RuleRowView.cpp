@@ -14,7 +14,6 @@ namespace lumo {
 
 namespace {
 
-constexpr int rowHeight = 48;
 constexpr int margin = 12;
 constexpr int removeSize = 26;
 constexpr int removeSymbolSize = 17;
@@ -31,7 +30,7 @@ QRect placed(const QStyleOptionViewItem &option, int fromEnd, QSize size) {
 
 RuleRowView::RuleRowView(QObject *parent)
     : ListRow(parent) {
-    setRowHeight(rowHeight);
+    setRowHeight(height);
 }
 
 QRect RuleRowView::removeArea(const QStyleOptionViewItem &option) {

@@ -10,6 +10,8 @@ namespace lumo {
 // that removes the rule. The switch is the item's check state.
 class RuleRowView final : public ListRow {
   public:
+    static constexpr int height = 48; // points
+
     explicit RuleRowView(QObject *parent);
 
     std::function<void(const QModelIndex &)> onToggle;

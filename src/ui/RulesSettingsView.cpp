@@ -115,7 +115,7 @@ QWidget *RulesSettingsView::makeCoverAppButtons() {
 QWidget *RulesSettingsView::makeConflictHint() {
     auto *hint = new QWidget;
     auto *row = new QHBoxLayout(hint);
-    row->setContentsMargins(16, spacing::medium, 10, spacing::medium);
+    row->setContentsMargins(mirrored(16, spacing::medium, 10, spacing::medium));
     row->setSpacing(spacing::medium);
     row->addWidget(new SymbolView(symbol::warning, 17, role::warningText));
     auto *text = makeLabel("Cover App is set. Per Screen may still appear globally locked.",
@@ -126,12 +126,8 @@ QWidget *RulesSettingsView::makeConflictHint() {
     QObject::connect(clear, &QPushButton::clicked, this,
                      [this] { model_.selectCoverApp(std::nullopt); });
     row->addWidget(clear);
-    bindings_.whenSettled([this, hint] {
-        hint->setVisible(shouldShowCoverConflictHint(model_.settings));
-        if (hint->parentWidget() != nullptr) {
-            hint->parentWidget()->update();
-        }
-    });
+    bindings_.whenSettled(
+        [this, hint] { hint->setVisible(shouldShowCoverConflictHint(model_.settings)); });
     return hint;
 }
 

@@ -4,6 +4,7 @@
 #include "ui/Text.h"
 #include "ui/Theme.h"
 
+#include <QApplication>
 #include <QPainter>
 #include <QStyle>
 
@@ -20,6 +21,8 @@ void dress(QLineEdit &field, std::string_view placeholder) {
     field.setPlaceholderText(toQString(placeholder));
     field.setAccessibleName(field.placeholderText());
     field.setFixedHeight(fieldHeight);
+    field.setAlignment(QStyle::visualAlignment(QApplication::layoutDirection(), Qt::AlignLeft) |
+                       Qt::AlignAbsolute | Qt::AlignVCenter);
     field.setTextMargins(textMargin, 0, textMargin, 0);
 }
 

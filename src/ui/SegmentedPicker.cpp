@@ -71,7 +71,10 @@ SegmentedPicker::SegmentedPicker(std::string_view name,
 void SegmentedPicker::setChosen(std::size_t index) {
     for (auto *segment : segments_) {
         const QSignalBlocker quiet(segment);
-        segment->setChecked(segment == segments_.at(index));
+        const bool isChosen = segment == segments_.at(index);
+        segment->setChecked(isChosen);
+        // The Tab key stops at the group once, at the segment that is chosen.
+        segment->setFocusPolicy(isChosen ? Qt::StrongFocus : Qt::ClickFocus);
         segment->update();
     }
 }

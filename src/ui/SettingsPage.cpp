@@ -35,7 +35,7 @@ Card *SettingsPage::addCard() {
 
 void SettingsPage::addHeading(std::string_view text) {
     auto *heading = makeLabel(text, TextStyle::headline);
-    heading->setContentsMargins(spacing::small, spacing::medium, 0, 0);
+    heading->setContentsMargins(0, spacing::medium, 0, 0);
     add(heading);
 }
 

@@ -60,12 +60,7 @@ SettingsView::SettingsView(const SettingsModel &model)
 QWidget *SettingsView::makeSidebar() {
     constexpr int margin = 10;
     constexpr int rowHeight = 34;
-    sidebar_->setAccessibleName(QStringLiteral("Pages"));
-    sidebar_->setFrameShape(QFrame::NoFrame);
-    sidebar_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    sidebar_->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    sidebar_->viewport()->setAutoFillBackground(false);
-    sidebar_->setMouseTracking(true);
+    dressList(*sidebar_, "Pages");
     auto *rows = new ListRow(sidebar_);
     rows->setRowHeight(rowHeight);
     rows->setSelectionProminent(true);

@@ -81,7 +81,7 @@ ShortcutsSettingsView::ShortcutsSettingsView(const SettingsModel &model)
 
     auto *help = new QWidget;
     auto *lines = new QVBoxLayout(help);
-    lines->setContentsMargins(spacing::small, 0, spacing::small, 0);
+    lines->setContentsMargins(0, 0, 0, 0);
     lines->setSpacing(spacing::small);
     for (const auto *line :
          {"Click a shortcut field, then press the key combination you want to use.",

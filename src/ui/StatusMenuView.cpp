@@ -1,9 +1,10 @@
 #include "ui/StatusMenuView.h"
 
 #include "ui/Button.h"
+#include "ui/CoverAppsView.h"
 #include "ui/Labels.h"
-#include "ui/ListRow.h"
 #include "ui/MenuItemView.h"
+#include "ui/MenuPage.h"
 #include "ui/MenuRow.h"
 #include "ui/Painting.h"
 #include "ui/Symbols.h"
@@ -17,7 +18,6 @@
 #include <QPainter>
 #include <QScrollArea>
 #include <QStackedWidget>
-#include <QStandardItemModel>
 #include <QVBoxLayout>
 
 namespace lumo {
@@ -25,58 +25,6 @@ namespace lumo {
 namespace {
 
 constexpr int headerHeight = 26;
-constexpr int backHeaderHeight = 36;
-constexpr int coverAppsHeight = 260; // at most
-constexpr int appRowHeight = 30;
-
-// A line between rows, from edge to edge of their texts.
-class Divider final : public QWidget {
-  public:
-    Divider() { setFixedHeight(spacing::hairline); }
-
-  protected:
-    void paintEvent(QPaintEvent * /*event*/) override {
-        QPainter painter(this);
-        painter.fillRect(
-            rect().adjusted(menuRow::horizontalPadding, 0, -menuRow::horizontalPadding, 0),
-            palette().color(role::separator));
-    }
-};
-
-QVBoxLayout *makeColumn(QWidget *widget) {
-    auto *column = new QVBoxLayout(widget);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(0);
-    return column;
-}
-
-// Leaves the arrow keys to the menu, which goes from row to row with them.
-class RowsArea final : public QScrollArea {
-  protected:
-    void keyPressEvent(QKeyEvent *event) override { event->ignore(); }
-};
-
-// Rows with lines between them, which scroll where they do not fit.
-QWidget *makeRows(const std::vector<QWidget *> &rows) {
-    auto *content = new QWidget;
-    auto *column = makeColumn(content);
-    for (auto *row : rows) {
-        if (column->count() > 0) {
-            column->addWidget(new Divider);
-        }
-        column->addWidget(row);
-    }
-    column->addStretch();
-    auto *area = new RowsArea;
-    area->setFrameShape(QFrame::NoFrame);
-    area->setWidgetResizable(true);
-    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    area->setFocusPolicy(Qt::NoFocus);
-    area->setWidget(content);
-    content->setAutoFillBackground(false);
-    area->viewport()->setAutoFillBackground(false);
-    return area;
-}
 
 } // namespace
 
@@ -85,8 +33,10 @@ class StatusMenuView::StateDot final : public QWidget {
     StateDot() { setFixedSize(8, 8); }
 
     void setOn(bool isOn) {
-        isOn_ = isOn;
-        update();
+        if (isOn != isOn_) {
+            isOn_ = isOn;
+            update();
+        }
     }
 
   protected:
@@ -105,55 +55,41 @@ StatusMenuView::StatusMenuView(StatusMenu &menu, MainLoop &mainLoop)
     setFixedSize(contentSize);
     setAccessibleName(QStringLiteral("Lumo"));
     setFocusPolicy(Qt::ClickFocus); // has the focus until the user goes to a row
-    auto *column = makeColumn(this);
+    auto *column = menuPage::makeColumn(this);
     column->setContentsMargins(1, 1, 1, 1);
     pages_ = new QStackedWidget;
     pages_->addWidget(makeMainPage());
     pages_->addWidget(makeSettingsPage());
-    pages_->addWidget(makeCoverAppsPage());
+    coverApps_ = new CoverAppsView(menu);
+    pages_->addWidget(coverApps_);
     column->addWidget(pages_);
     changes_ = menu_.onChange([this] { refresh(); });
     refresh();
     setFocus();
 }
 
-QWidget *StatusMenuView::makeHeader(std::string_view title) {
-    auto *header = new QWidget;
-    header->setFixedHeight(backHeaderHeight);
-    auto *row = new QHBoxLayout(header);
-    row->setContentsMargins(6, 0, menuRow::horizontalPadding, 0);
-    row->setSpacing(spacing::small);
-    auto *back = new Button({}, Button::Kind::borderless, symbol::back);
-    back->setAccessibleName(QStringLiteral("Back"));
-    back->setFont(fontOf(TextStyle::note));
-    QObject::connect(back, &QPushButton::clicked, this, [this] { menu_.showMain(); });
-    row->addWidget(back);
-    row->addWidget(makeLabel(title, TextStyle::bodyMedium), 1);
-    return header;
-}
-
 QWidget *StatusMenuView::makeNotice() {
     notice_ = new QWidget;
     auto *row = new QHBoxLayout(notice_);
-    row->setContentsMargins(menuRow::horizontalPadding, spacing::small, spacing::small,
-                            spacing::small);
+    row->setContentsMargins(
+        mirrored(menuRow::horizontalPadding, spacing::small, spacing::small, spacing::small));
     row->setSpacing(6);
     noticeSymbol_ = new SymbolView(symbol::warning, 14, role::warningText);
     noticeText_ = new ElidedLabel(TextStyle::caption);
-    auto *fix = new Button("Fix Now", Button::Kind::borderless);
+    fixCover_ = new Button("Fix Now", Button::Kind::borderless);
     QFont font = fontOf(TextStyle::caption);
     font.setWeight(QFont::Medium);
-    fix->setFont(font);
-    QObject::connect(fix, &QPushButton::clicked, this, [this] { menu_.fixCover(); });
+    fixCover_->setFont(font);
+    QObject::connect(fixCover_, &QPushButton::clicked, this, [this] { menu_.fixCover(); });
     row->addWidget(noticeSymbol_);
     row->addWidget(noticeText_, 1);
-    row->addWidget(fix);
+    row->addWidget(fixCover_);
     return notice_;
 }
 
 QWidget *StatusMenuView::makeMainPage() {
     auto *page = new QWidget;
-    auto *column = makeColumn(page);
+    auto *column = menuPage::makeColumn(page);
     auto *header = new QWidget;
     header->setFixedHeight(headerHeight);
     auto *headerRow = new QHBoxLayout(header);
@@ -183,55 +119,26 @@ QWidget *StatusMenuView::makeMainPage() {
     }
     rows.push_back(new MenuItemView("Settings", [this] { menu_.showSettings(); }));
     rows.push_back(row("Quit Lumo", &StatusMenuActions::onQuit));
-    column->addWidget(makeRows(rows), 1);
+    column->addWidget(menuPage::makeRows(rows), 1);
     return page;
 }
 
 QWidget *StatusMenuView::makeSettingsPage() {
     auto *page = new QWidget;
-    auto *column = makeColumn(page);
-    column->addWidget(makeHeader("Settings"));
-    column->addWidget(new Divider);
+    auto *column = menuPage::makeColumn(page);
+    column->addWidget(menuPage::makeBackHeader("Settings", [this] { menu_.showMain(); }));
+    column->addWidget(menuPage::makeDivider());
     privacyCover_ = new ToggleRowView("Privacy Cover");
     bindings_.bind(*privacyCover_, menu_.settings().privacyCoverEnabled);
     auto *shake = new ToggleRowView("Shake to Toggle");
     shake->setSubtitle("Move the mouse left and right four times");
     bindings_.bind(*shake, menu_.settings().mouseShakeToggleEnabled);
     shortcuts_ = new MenuItemView("Keyboard Shortcuts", [this] { menu_.actions().onShortcuts(); });
-    column->addWidget(makeRows({privacyCover_, shake, shortcuts_,
-                                new MenuItemView("Open Full Settings...",
-                                                 [this] { menu_.actions().onSettings(); })}),
-                      1);
-    return page;
-}
-
-QWidget *StatusMenuView::makeCoverAppsPage() {
-    auto *page = new QWidget;
-    auto *column = makeColumn(page);
-    column->addWidget(makeHeader("Choose Cover App"));
-    column->addWidget(new Divider);
-    column->addWidget(new MenuItemView("Clear selected cover app",
-                                       [this] { menu_.selectCoverApp(std::nullopt); }));
-    column->addWidget(new Divider);
-    coverAppItems_ = new QStandardItemModel(page);
-    coverApps_ = new QListView;
-    coverApps_->setAccessibleName(QStringLiteral("Running apps"));
-    coverApps_->setFrameShape(QFrame::NoFrame);
-    coverApps_->setUniformItemSizes(true);
-    coverApps_->setMouseTracking(true);
-    coverApps_->setMaximumHeight(coverAppsHeight);
-    coverApps_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    coverApps_->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
-    coverApps_->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    coverApps_->setContentsMargins(0, 0, 0, 0);
-    coverApps_->viewport()->setAutoFillBackground(false);
-    auto *rows = new ListRow(coverApps_);
-    rows->setRowHeight(appRowHeight);
-    coverApps_->setItemDelegate(rows);
-    coverApps_->setModel(coverAppItems_);
-    QObject::connect(coverApps_, &QListView::activated, this,
-                     [this](const QModelIndex &index) { chooseCoverApp(index.row()); });
-    column->addWidget(coverApps_, 1);
+    column->addWidget(
+        menuPage::makeRows(
+            {privacyCover_, shake, shortcuts_,
+             new MenuItemView("Open Full Settings...", [this] { menu_.actions().onSettings(); })}),
+        1);
     return page;
 }
 
@@ -245,46 +152,18 @@ void StatusMenuView::refresh() {
     privacyCover_->setSubtitle(menu_.privacyCoverSummary());
     shortcuts_->setSubtitle(menu_.shortcutSummary());
     refreshNotice();
-    refreshCoverApps();
+    coverApps_->refresh();
     showPage();
 }
 
 void StatusMenuView::refreshNotice() {
     const auto notice = menu_.coverNotice();
     const bool isWarning = notice == StatusMenu::CoverNotice::warning;
+    fixCover_->setVisible(isWarning);
     notice_->setVisible(notice != StatusMenu::CoverNotice::none);
     noticeSymbol_->setSymbol(isWarning ? symbol::warning : symbol::info,
                              isWarning ? role::warningText : role::accentText);
     noticeText_->setFullText(toQString(menu_.coverNoticeText()));
-}
-
-// The list is made anew only when it differs, so that it neither scrolls nor loses its current row
-// under the user.
-void StatusMenuView::refreshCoverApps() {
-    const auto &apps = menu_.runningApps();
-    if (coverAppItems_->rowCount() == 0 || apps != shownApps_) {
-        shownApps_ = apps;
-        coverAppItems_->clear();
-        coverAppItems_->appendRow(new QStandardItem(QStringLiteral("None")));
-        for (const auto &app : apps) {
-            coverAppItems_->appendRow(new QStandardItem(toQString(app.displayName)));
-        }
-    }
-    bool hasCover = false;
-    for (int row = 1; row < coverAppItems_->rowCount(); ++row) {
-        const bool isCover = menu_.isCoverApp(shownApps_[static_cast<std::size_t>(row) - 1]);
-        coverAppItems_->item(row)->setData(isCover, ListRow::chosenRole);
-        hasCover = hasCover || isCover;
-    }
-    coverAppItems_->item(0)->setData(!hasCover, ListRow::chosenRole);
-}
-
-void StatusMenuView::chooseCoverApp(int row) {
-    if (row <= 0) {
-        menu_.selectCoverApp(std::nullopt);
-    } else {
-        menu_.selectCoverApp(shownApps_.at(static_cast<std::size_t>(row) - 1));
-    }
 }
 
 void StatusMenuView::showPage() {
@@ -295,8 +174,7 @@ void StatusMenuView::showPage() {
     const bool hasKeyboard = window()->testAttribute(Qt::WA_KeyboardFocusChange);
     pages_->setCurrentIndex(page);
     if (menu_.page() == StatusMenu::Page::coverApps) {
-        coverApps_->scrollToTop();
-        coverApps_->setCurrentIndex({});
+        coverApps_->startAtTop();
     }
     setFocus(Qt::OtherFocusReason);
     if (hasKeyboard) {
@@ -338,8 +216,9 @@ void StatusMenuView::moveFocus(int step) {
 
 void StatusMenuView::focusRow(QWidget &row) {
     row.setFocus(Qt::TabFocusReason);
-    if (&row == coverApps_ && !coverApps_->currentIndex().isValid()) {
-        coverApps_->setCurrentIndex(coverAppItems_->index(0, 0));
+    if (auto *list = qobject_cast<QListView *>(&row);
+        list != nullptr && !list->currentIndex().isValid()) {
+        list->setCurrentIndex(list->model()->index(0, 0));
     }
     for (auto *ancestor = row.parentWidget(); ancestor != nullptr && ancestor != this;
          ancestor = ancestor->parentWidget()) {

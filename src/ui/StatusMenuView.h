@@ -7,12 +7,13 @@
 #include <QWidget>
 
 class QLabel;
-class QListView;
 class QStackedWidget;
-class QStandardItemModel;
 
 namespace lumo {
 
+class Button;
+class CoverAppsView;
+class ElidedLabel;
 class MenuItemView;
 class SymbolView;
 class ToggleRowView;
@@ -37,14 +38,10 @@ class StatusMenuView final : public QWidget {
 
     QWidget *makeMainPage();
     QWidget *makeSettingsPage();
-    QWidget *makeCoverAppsPage();
     QWidget *makeNotice();
-    QWidget *makeHeader(std::string_view title);
     void refresh();
     void refreshNotice();
-    void refreshCoverApps();
     void showPage();
-    void chooseCoverApp(int row);
     void moveFocus(int step);
     void focusRow(QWidget &row);
 
@@ -55,15 +52,14 @@ class StatusMenuView final : public QWidget {
     QLabel *header_ = nullptr;
     QWidget *notice_ = nullptr;
     SymbolView *noticeSymbol_ = nullptr;
-    class ElidedLabel *noticeText_ = nullptr;
+    ElidedLabel *noticeText_ = nullptr;
+    Button *fixCover_ = nullptr;
     MenuItemView *toggle_ = nullptr;
     MenuItemView *setCover_ = nullptr;
     MenuItemView *chooseCover_ = nullptr;
     MenuItemView *shortcuts_ = nullptr;
     ToggleRowView *privacyCover_ = nullptr;
-    QListView *coverApps_ = nullptr;
-    QStandardItemModel *coverAppItems_ = nullptr;
-    std::vector<CoverAppChoice> shownApps_;
+    CoverAppsView *coverApps_ = nullptr;
     Bindings bindings_;
     Handle changes_;
 };

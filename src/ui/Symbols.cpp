@@ -151,13 +151,11 @@ Shape raisedHand() {
 
 Shape pointingHand() {
     const auto upright =
-        fingers({{6, -4.4, 3.4, 19}, {9.9, 7.6, 2.8, 7}, {13.1, 8.1, 2.8, 7}, {16.3, 9, 2.7, 7}});
-    constexpr double share = 0.9; // of the size of the raised hand
+        fingers({{6, -1.6, 3.7, 16}, {9.9, 7.2, 2.9, 7}, {13.1, 7.7, 2.9, 7}, {16.3, 8.6, 2.7, 7}});
     QTransform turn;
-    turn.translate(12.6, 12.6);
+    turn.translate(11.8, 12.2);
     turn.rotate(-40);
-    turn.scale(share, share);
-    turn.translate(-10.6, -9.6);
+    turn.translate(-11, -10.8);
     return {.filled = turn.map(upright.united(palm()).united(thumb())), .stroked = {}};
 }
 

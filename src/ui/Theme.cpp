@@ -37,7 +37,7 @@ constexpr std::array roleColors{
     RoleColor{QPalette::ToolTipText, 0xf4f5f9, 0xf4f5f9},
 };
 
-constexpr int opacityWhenDisabled = 115; // of 255
+constexpr int opacityWhenDisabled = 165; // of 255; still to be read
 
 } // namespace
 
@@ -66,6 +66,11 @@ ColorScheme schemeOf(const QPalette &palette) {
                                                                          : ColorScheme::light;
 }
 
+QMargins mirrored(int start, int top, int end, int bottom) {
+    return QApplication::isRightToLeft() ? QMargins(end, top, start, bottom)
+                                         : QMargins(start, top, end, bottom);
+}
+
 QFont fontOf(TextStyle style) {
     const auto [size, weight] = [style]() -> std::pair<int, QFont::Weight> {
         switch (style) {
@@ -73,6 +78,8 @@ QFont fontOf(TextStyle style) {
             return {11, QFont::Normal};
         case TextStyle::note:
             return {12, QFont::Normal};
+        case TextStyle::noteSemibold:
+            return {12, QFont::DemiBold};
         case TextStyle::body:
             return {13, QFont::Normal};
         case TextStyle::bodyMedium:

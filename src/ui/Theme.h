@@ -2,6 +2,7 @@
 
 #include <QColor>
 #include <QFont>
+#include <QMargins>
 #include <QPalette>
 
 namespace lumo {
@@ -49,6 +50,9 @@ inline constexpr int section = 20;
 inline constexpr int page = 28;
 } // namespace spacing
 
+// Margins whose first is on the side where lines begin in this language.
+QMargins mirrored(int start, int top, int end, int bottom);
+
 namespace corner {
 inline constexpr double small = 5;
 inline constexpr double control = 7;
@@ -56,7 +60,17 @@ inline constexpr double card = 11;
 } // namespace corner
 
 // The sizes and weights of text; all in the desktop's own font.
-enum class TextStyle { caption, note, body, bodyMedium, bodySemibold, headline, title, largeTitle };
+enum class TextStyle {
+    caption,
+    note,
+    noteSemibold,
+    body,
+    bodyMedium,
+    bodySemibold,
+    headline,
+    title,
+    largeTitle
+};
 
 QFont fontOf(TextStyle style);
 

@@ -7,6 +7,7 @@
 
 #include <QKeyEvent>
 #include <QPainter>
+#include <QResizeEvent>
 #include <QStyle>
 #include <QTextLayout>
 
@@ -33,7 +34,11 @@ ToggleRowView::ToggleRowView(std::string_view title)
 }
 
 void ToggleRowView::setSubtitle(const std::optional<std::string> &subtitle) {
-    subtitle_ = toQString(subtitle.value_or(""));
+    const auto text = toQString(subtitle.value_or(""));
+    if (text == subtitle_) {
+        return;
+    }
+    subtitle_ = text;
     setAccessibleDescription(subtitle_);
     updateToolTip();
     updateGeometry();
@@ -69,6 +74,9 @@ void ToggleRowView::updateToolTip() {
 void ToggleRowView::resizeEvent(QResizeEvent *event) {
     QCheckBox::resizeEvent(event);
     updateToolTip();
+    if (event->oldSize().width() != width()) {
+        updateGeometry(); // another width may take another number of lines
+    }
 }
 
 int ToggleRowView::heightForWidth(int width) const {

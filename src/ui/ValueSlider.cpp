@@ -27,8 +27,8 @@ constexpr int grooveHeight = 4;
 
 class ValueSlider::Slider final : public QSlider {
   public:
-    Slider()
-        : QSlider(Qt::Horizontal) {
+    explicit Slider(ValueSlider *owner)
+        : QSlider(Qt::Horizontal, owner) {
         setFocusPolicy(Qt::StrongFocus);
         setFixedSize(sliderWidth, knobSize + 4);
     }
@@ -65,7 +65,7 @@ ValueSlider::ValueSlider(std::string_view name, const SliderRange &range,
                          std::function<std::string(double)> text)
     : range_(range)
     , text_(std::move(text))
-    , slider_(new Slider)
+    , slider_(new Slider(this))
     , label_(makeLabel({}, TextStyle::body, role::secondaryText)) {
     slider_->setAccessibleName(toQString(name));
     slider_->setRange(0,
@@ -91,10 +91,19 @@ ValueSlider::ValueSlider(std::string_view name, const SliderRange &range,
     });
 }
 
+int ValueSlider::stepOf(double value) const {
+    const double inside = std::clamp(value, range_.minimum, range_.maximum);
+    return static_cast<int>(std::lround((inside - range_.minimum) / range_.step));
+}
+
+void ValueSlider::moveTo(double value) {
+    slider_->setValue(stepOf(value));
+}
+
 void ValueSlider::setValue(double value) {
     const QSignalBlocker quiet(slider_);
-    const double inside = std::clamp(value, range_.minimum, range_.maximum);
-    slider_->setValue(static_cast<int>(std::lround((inside - range_.minimum) / range_.step)));
+    value_ = value;
+    slider_->setValue(stepOf(value));
     const auto words = toQString(text_(value));
     label_->setText(words);
     slider_->setAccessibleDescription(words);

@@ -23,14 +23,25 @@ class ValueSlider final : public QWidget {
     // with the knob at the nearest step.
     void setValue(double value);
 
+    const SliderRange &range() const { return range_; }
+
+    // That of the last setValue().
+    double value() const { return value_; }
+
+    // As if the user moved the knob to the step that is nearest.
+    void moveTo(double value);
+
     // The user moved it to this step's value.
     std::function<void(double)> onMoved;
 
   private:
     class Slider;
 
+    int stepOf(double value) const;
+
     SliderRange range_;
     std::function<std::string(double)> text_;
+    double value_ = 0;
     Slider *slider_;
     QLabel *label_;
 };

@@ -1,11 +1,13 @@
 #pragma once
 
 #include <filesystem>
+#include <vector>
 
 namespace lumo::test {
 
-// Draws every page of the interface into the directory, as <page>-<light|dark>@<scale>x.png. False,
-// with the reason on standard error, when a picture can't be written.
-bool drawGallery(const std::filesystem::path &directory);
+// Draws pages of the interface, in light and dark, into the directory: those for the documentation
+// at one and two device pixels a point, or every page there is at the scales given. False when a
+// file can't be written. Once per process.
+bool drawGallery(const std::filesystem::path &directory, const std::vector<double> &scales);
 
 } // namespace lumo::test

@@ -3,12 +3,14 @@
 #include "ui/Labels.h"
 
 #include <QAbstractButton>
+#include <QAccessible>
 #include <QApplication>
 #include <QFontMetricsF>
 #include <QImage>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRadioButton>
 #include <algorithm>
 #include <cmath>
 
@@ -50,6 +52,17 @@ std::vector<std::string> collect(const QWidget &root, TextOf textOf) {
     return inReadingOrder(found);
 }
 
+bool isTabStop(const QWidget &widget) {
+    return (widget.focusPolicy() & Qt::TabFocus) != 0 && widget.isEnabled();
+}
+
+QString nameOf(const QWidget &widget) {
+    const auto *button = qobject_cast<const QAbstractButton *>(&widget);
+    return !widget.accessibleName().isEmpty() ? widget.accessibleName()
+           : button != nullptr                ? button->text()
+                                              : QStringLiteral("(nameless)");
+}
+
 } // namespace
 
 void layOut(QWidget &widget) {
@@ -64,14 +77,49 @@ std::vector<std::string> readTexts(const QWidget &widget) {
 
 std::vector<std::string> readControls(const QWidget &widget) {
     return collect<QWidget>(widget, [](const QWidget &each) {
-        if ((each.focusPolicy() & Qt::TabFocus) == 0) {
-            return QString();
-        }
-        const auto *button = qobject_cast<const QAbstractButton *>(&each);
-        return !each.accessibleName().isEmpty() ? each.accessibleName()
-               : button != nullptr              ? button->text()
-                                                : QStringLiteral("(nameless)");
+        const bool isSegment = qobject_cast<const QRadioButton *>(&each) != nullptr;
+        return isSegment || isTabStop(each) ? nameOf(each) : QString();
     });
+}
+
+std::vector<std::string> readTabStops(const QWidget &widget) {
+    return collect<QWidget>(
+        widget, [](const QWidget &each) { return isTabStop(each) ? nameOf(each) : QString(); });
+}
+
+std::vector<std::string> readTabOrder(QWidget &widget) {
+    std::vector<std::string> names;
+    for (auto *next = widget.nextInFocusChain(); next != &widget; next = next->nextInFocusChain()) {
+        if (widget.isAncestorOf(next) && isTabStop(*next) && next->isVisibleTo(&widget)) {
+            names.push_back(nameOf(*next).toStdString());
+        }
+    }
+    return names;
+}
+
+std::vector<std::string> unspeakableControls(QWidget &widget) {
+    std::vector<std::string> found;
+    const auto check = [&found](QAccessibleInterface *control, const QString &name) {
+        const bool isNamed = !control->text(QAccessible::Name).isEmpty();
+        // A picker is called by its value, and by the label that belongs to it.
+        const bool isLabelled = control->role() != QAccessible::ComboBox ||
+                                !control->relations(QAccessible::Label).isEmpty();
+        if (!isNamed || !isLabelled || control->role() == QAccessible::Client) {
+            found.push_back(name.toStdString());
+        }
+    };
+    for (auto *each : widget.findChildren<QWidget *>()) {
+        auto *control = QAccessible::queryAccessibleInterface(each);
+        if (!isTabStop(*each) || !each->isVisibleTo(&widget)) {
+            continue;
+        }
+        check(control, nameOf(*each));
+        for (int row = 0; control->tableInterface() != nullptr && row < control->childCount();
+             ++row) {
+            check(control->child(row), nameOf(*each) + QStringLiteral(" item"));
+        }
+    }
+    return found;
 }
 
 std::vector<std::string> clippedTexts(const QWidget &widget, double scale) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QEvent>
 #include <QString>
 #include <QWidget>
 #include <stdexcept>
@@ -18,9 +19,36 @@ std::vector<std::string> readTexts(const QWidget &widget);
 // belong together, as a picker's segments, each.
 std::vector<std::string> readControls(const QWidget &widget);
 
+// The names of the controls at which the Tab key stops: in the same order, and in that in which it
+// comes to them.
+std::vector<std::string> readTabStops(const QWidget &widget);
+std::vector<std::string> readTabOrder(QWidget &widget);
+
+// Those of them, and of the items of lists, that screen readers have no name or no role for.
+std::vector<std::string> unspeakableControls(QWidget &widget);
+
 // Labels and buttons that do not have the room that their texts need when drawn at this scale;
 // those that end in an ellipsis by design do not count.
 std::vector<std::string> clippedTexts(const QWidget &widget, double scale);
+
+// How often the window had to be laid out or drawn since.
+class UpdateCounter final : public QObject {
+  public:
+    explicit UpdateCounter(QWidget &window) { window.installEventFilter(this); }
+
+    int count() const { return count_; }
+
+  protected:
+    bool eventFilter(QObject * /*watched*/, QEvent *event) override {
+        const bool isUpdate =
+            event->type() == QEvent::UpdateRequest || event->type() == QEvent::LayoutRequest;
+        count_ += isUpdate ? 1 : 0;
+        return false;
+    }
+
+  private:
+    int count_ = 0;
+};
 
 // The only visible widget of this type with this accessible name or text.
 template <class T>

@@ -75,6 +75,13 @@ TEST_F(PopoverTest, OffersItsRowsInOrderAndFollowsTheSettings) {
     EXPECT_EQ(control<MenuItemView>(*window, "Set Cover to Frontmost").accessibleDescription(),
               "Enable Privacy Cover with current app ⌘⌥C");
 
+    stage.settings.privacyCoverRuntimeStatus.set("Cover active");
+    stage.settings.privacyCoverRuntimeHint.set("Cover set: Editor");
+    settle();
+    EXPECT_THAT(test::readTexts(*window), ElementsAre("Lumo is On", "Cover set: Editor"));
+    EXPECT_THAT(readControls(*window), testing::Not(testing::Contains("Fix Now")));
+    stage.settings.privacyCoverRuntimeStatus.set("Editor unavailable");
+    settle();
     control<QPushButton>(*window, "Fix Now").click();
     settle();
     EXPECT_THAT(readControls(*window),
@@ -101,7 +108,9 @@ TEST_F(PopoverTest, IsWorkedByTheKeyboardAlone) {
     stage.menu->chooseCoverApp();
     settle();
     control<QListView>(*window, "Running apps").setFocus();
-    press({Qt::Key_Home, Qt::Key_Down, Qt::Key_Down, Qt::Key_Return});
+    press({Qt::Key_Home, Qt::Key_Up});
+    EXPECT_EQ(focused(), "Clear selected cover app") << "above the list";
+    press({Qt::Key_Down, Qt::Key_Down, Qt::Key_Down, Qt::Key_Return});
     ASSERT_EQ(stage.chosenCovers.size(), 1);
     EXPECT_EQ(stage.chosenCovers[0]->displayName, "Calendar") << "after None and Browser";
     EXPECT_EQ(stage.menu->page(), StatusMenu::Page::main);
@@ -170,17 +179,26 @@ TEST_F(PopoverTest, GoesWhenTheUserActsElsewhere) {
     EXPECT_EQ(dismissals, 2);
 }
 
-TEST_F(PopoverTest, NoTextIsClippedAtAnyScale) {
-    stage.settings.privacyCoverEnabled.set(true);
-    stage.settings.privacyCoverRuntimeStatus.set("The Cover App is unavailable");
-    for (const double scale : {1.0, 1.25, 1.5, 2.0}) {
-        EXPECT_THAT(test::clippedTexts(*window, scale), IsEmpty());
+TEST_F(PopoverTest, NothingIsDrawnForAssignmentsThatChangeNothing) {
+    test::UpdateCounter updates(*window);
+    for (int tick = 0; tick < 5; ++tick) {
+        stage.settings.privacyCoverRuntimeStatus.set("Off");
+        settle();
     }
-    stage.menu->showSettings();
+    EXPECT_EQ(updates.count(), 0);
+    stage.settings.isEnabled.set(true);
     settle();
-    for (const auto *row : window->findChildren<ToggleRowView *>()) {
-        EXPECT_TRUE(row->toolTip().isEmpty()) << row->text().toStdString() << " is shown whole";
-    }
+    EXPECT_GT(updates.count(), 0);
+}
+
+TEST(PopoverRows, LeaveOutWhatTheDesktopCanNotDo) {
+    test::InterfaceStage stage;
+    auto platform = stage.desktop.platform();
+    platform.capabilities.updates = false;
+    StatusMenu menu(platform, stage.settings, {});
+    StatusMenuView view(menu, stage.desktop.mainLoop);
+    test::layOut(view);
+    EXPECT_THAT(readControls(view), testing::Not(testing::Contains("Check for Updates")));
 }
 
 TEST(PopoverPlacement, IsWhollyOnTheScreenOfTheItem) {
@@ -231,6 +249,16 @@ double contrast(const QColor &one, const QColor &other) {
     return (light + 0.05) / (dark + 0.05);
 }
 
+// What a colour looks like on another.
+QColor over(const QColor &color, const QColor &surface) {
+    const auto mix = [&](float top, float below) {
+        return top * color.alphaF() + below * (1 - color.alphaF());
+    };
+    return QColor::fromRgbF(mix(color.redF(), surface.redF()),
+                            mix(color.greenF(), surface.greenF()),
+                            mix(color.blueF(), surface.blueF()));
+}
+
 TEST(Theme, TextStandsOutFromWhatItStandsOn) {
     const auto surfaces = {role::window,  role::sidebar, role::card,
                            role::control, role::hovered, role::pressed};
@@ -246,6 +274,11 @@ TEST(Theme, TextStandsOutFromWhatItStandsOn) {
             EXPECT_GE(contrast(palette.color(text), palette.color(role::card)), 4.5) << text;
         }
         EXPECT_GE(contrast(palette.color(role::textOnAccent), palette.color(role::accent)), 4.5);
+        EXPECT_GE(contrast(over(palette.color(QPalette::Disabled, role::text),
+                                palette.color(role::control)),
+                           palette.color(role::control)),
+                  4.5)
+            << "a button that can't be pressed";
         EXPECT_GE(contrast(palette.color(role::switchedOff), palette.color(role::card)), 3)
             << "a control against its surroundings";
         EXPECT_GE(contrast(Qt::white, palette.color(role::switchedOff)), 3) << "its knob";

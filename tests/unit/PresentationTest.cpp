@@ -163,6 +163,8 @@ TEST_F(PresentationTest, RulesAreFoundAddedSwitchedAndRemoved) {
     EXPECT_TRUE(list.add("org.example.Terminal", "Términal"));
     EXPECT_TRUE(list.add("org.example.Editor", "Editor")) << "it has a rule already";
     ASSERT_EQ(settings.blacklist.value().size(), 2U);
+    const auto editor = settings.blacklist.value().front().id;
+    EXPECT_EQ(list.add("org.example.Editor", ""), editor);
     EXPECT_EQ(settings.blacklist.value().front().displayName, "org.example.Editor");
     EXPECT_EQ(list.matching("").size(), 2U);
     EXPECT_EQ(list.matching("EDIT").size(), 1U);

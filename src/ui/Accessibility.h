@@ -1,0 +1,16 @@
+#pragma once
+
+namespace lumo {
+
+// Tells screen readers what the toolkit can't find out about controls of ours by itself: that the
+// segments of a picker belong together, and what the positions of a slider stand for. In force as
+// long as it lives, which is once at a time.
+class Accessibility {
+  public:
+    Accessibility();
+    ~Accessibility();
+    Accessibility(const Accessibility &) = delete;
+    Accessibility &operator=(const Accessibility &) = delete;
+};
+
+} // namespace lumo

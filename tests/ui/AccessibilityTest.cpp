@@ -1,0 +1,70 @@
+#include "InterfacePages.h"
+#include "Looking.h"
+#include "ui/SettingsView.h"
+
+#include <gmock/gmock.h>
+
+#include <QAccessible>
+#include <QApplication>
+#include <QListView>
+#include <QRadioButton>
+#include <QSlider>
+#include <QTest>
+#include <algorithm>
+
+namespace lumo {
+namespace {
+
+using test::control;
+using testing::IsEmpty;
+
+TEST(Accessibility, EveryControlOfEveryPageHasANameARoleItsTurnAndRoomForItsText) {
+    for (const auto &page : test::interfacePages()) {
+        QApplication::setLayoutDirection(page.isMirrored ? Qt::RightToLeft : Qt::LeftToRight);
+        test::InterfaceStage stage;
+        const auto view = page.make(stage);
+        test::showPage(page, *view, stage);
+        EXPECT_THAT(test::unspeakableControls(*view), IsEmpty()) << page.name;
+        for (const double scale : {1.0, 1.25, 1.5, 2.0}) {
+            EXPECT_THAT(test::clippedTexts(*view, scale), IsEmpty())
+                << page.name << " at " << scale;
+        }
+        if (!page.isMirrored) {
+            // The sidebar has no place among the lines beside it.
+            auto stops = test::readTabStops(*view);
+            if (const auto sidebar = std::ranges::find(stops, "Pages"); sidebar != stops.end()) {
+                std::rotate(stops.begin(), sidebar, sidebar + 1);
+            }
+            EXPECT_EQ(test::readTabOrder(*view), stops) << page.name;
+        }
+    }
+    QApplication::setLayoutDirection(Qt::LeftToRight);
+}
+
+TEST(Accessibility, SlidersTellWhatTheySetAndSegmentsThatTheyBelongTogether) {
+    test::InterfaceStage stage;
+    stage.selectedTab.set(SettingsTab::general);
+    SettingsView view(stage.settingsModel());
+    view.show();
+    view.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&view));
+    auto *slider = QAccessible::queryAccessibleInterface(&control<QSlider>(view, "Peek Duration"));
+    ASSERT_TRUE(slider->valueInterface());
+    EXPECT_EQ(slider->valueInterface()->currentValue().toDouble(), 2);
+    EXPECT_EQ(slider->valueInterface()->maximumValue().toDouble(), 5);
+    slider->valueInterface()->setCurrentValue(3.4);
+    EXPECT_EQ(stage.settings.peekDuration.value(), 3.5);
+
+    stage.selectedTab.set(SettingsTab::appearance);
+    auto &segment = control<QRadioButton>(view, "Soft Blur");
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(segment.parentWidget())->role(),
+              QAccessible::Grouping);
+    segment.setFocus();
+    QTest::keyClick(&segment, Qt::Key_Right);
+    EXPECT_EQ(stage.settings.effectMode.value(), EffectMode::tint);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Left);
+    EXPECT_EQ(stage.settings.effectMode.value(), EffectMode::softBlur);
+}
+
+} // namespace
+} // namespace lumo
