@@ -47,7 +47,7 @@ bool runUntil(GlibMainLoop &loop, const std::function<bool()> &condition) {
 
 TEST(LoginItemTest, IsAnEntryThatStartsExactlyTheProgramAndGoesWithoutATrace) {
     const TemporaryDirectory directory;
-    const fs::path program = directory.path() / R"(odd "name" $HOME `x` \ é)";
+    const fs::path program = directory.path() / "odd \"name\"\t$HOME `x` \\ é\nend ";
     const fs::path trace = directory.path() / "started";
     std::ofstream(program) << "#!/bin/sh\n: > " << trace << '\n';
     fs::permissions(program, fs::perms::owner_all);
@@ -65,6 +65,15 @@ TEST(LoginItemTest, IsAnEntryThatStartsExactlyTheProgramAndGoesWithoutATrace) {
     EXPECT_TRUE(g_app_info_launch(G_APP_INFO(info.get()), nullptr, nullptr, nullptr));
     GlibMainLoop loop;
     EXPECT_TRUE(runUntil(loop, [&] { return fs::exists(trace); })) << "something else was started";
+
+    for (const auto *off : {"Hidden=true", "X-GNOME-Autostart-enabled=false"}) {
+        std::ofstream(entry) << "[Desktop Entry]\nType=Application\n" << off << '\n';
+        EXPECT_NE(item.registerMainApplication(), std::nullopt) << off << " is the user's word";
+        EXPECT_EQ(item.unregisterMainApplication(), std::nullopt);
+        EXPECT_EQ(item.registerMainApplication(), std::nullopt) << "asked for anew";
+    }
+    std::ofstream(entry) << "[Desktop Entry]\nHidden=false\nExec=elsewhere\n";
+    EXPECT_EQ(item.registerMainApplication(), std::nullopt) << "moved, not switched off";
 
     EXPECT_EQ(item.unregisterMainApplication(), std::nullopt);
     EXPECT_THAT(std::vector(fs::directory_iterator(entry.parent_path()), {}), IsEmpty());

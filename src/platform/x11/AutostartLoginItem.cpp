@@ -1,6 +1,7 @@
 #include "platform/x11/AutostartLoginItem.h"
 
 #include "platform/x11/AtomicFile.h"
+#include "platform/x11/GlibPointers.h"
 #include "platform/x11/X11Workspace.h"
 
 #include <glib.h>
@@ -12,30 +13,61 @@ namespace lumo::x11 {
 
 namespace {
 
-// An argument of an Exec line. Quotes, backquotes, dollars and backslashes are escaped within the
-// quotes, percent signs are doubled; backslashes once more, since the value is a string of the
-// file.
-std::string execArgument(std::string_view argument) {
-    std::string quoted = "\"";
-    for (const char character : argument) {
+// Text as the value of a key in a desktop entry.
+std::string entryValue(std::string_view text) {
+    std::string value;
+    for (const char character : text) {
         switch (character) {
-        case '"':
-        case '`':
-        case '$':
-            quoted += "\\\\";
-            break;
         case '\\':
-            quoted += "\\\\\\";
+            value += "\\\\";
             break;
-        case '%':
-            quoted += '%';
+        case '\n':
+            value += "\\n";
+            break;
+        case '\r':
+            value += "\\r";
+            break;
+        case '\t':
+            value += "\\t";
             break;
         default:
-            break;
+            value += character;
+        }
+    }
+    // Blanks at the end may be dropped.
+    return value.ends_with(' ') ? value.replace(value.size() - 1, 1, "\\s") : value;
+}
+
+// An argument of a command line in a desktop entry, as any text.
+std::string commandArgument(std::string_view argument) {
+    std::string quoted = "\"";
+    for (const char character : argument) {
+        if (std::string_view("\"`$\\").find(character) != std::string_view::npos) {
+            quoted += '\\';
+        } else if (character == '%') {
+            quoted += '%';
         }
         quoted += character;
     }
     return quoted + '"';
+}
+
+// Whether the user has switched the entry off in the desktop's own settings, which keep it for
+// that.
+bool isSwitchedOff(const std::string &entry) {
+    const GlibPointer<GKeyFile> file(g_key_file_new());
+    const auto says = [&file](const char *key, bool value) {
+        GError *error = nullptr;
+        const bool found = (g_key_file_get_boolean(file.get(), G_KEY_FILE_DESKTOP_GROUP, key,
+                                                   &error) != FALSE) == value;
+        const bool isThere = error == nullptr;
+        g_clear_error(&error);
+        return isThere && found;
+    };
+    return g_key_file_load_from_data(file.get(), entry.data(), entry.size(), G_KEY_FILE_NONE,
+                                     nullptr) != FALSE &&
+           (says(G_KEY_FILE_DESKTOP_KEY_HIDDEN, true) || says("X-GNOME-Autostart-enabled", false) ||
+            says("X-MATE-Autostart-enabled", false));
 }
 
 } // namespace
@@ -60,8 +92,11 @@ std::optional<std::string> AutostartLoginItem::registerMainApplication() {
                       std::string(X11Workspace::ownName) +
                       "\n"
                       "Comment=Focus and privacy\n"
+                      "TryExec=" +
+                      entryValue(program_.string()) +
+                      "\n"
                       "Exec=" +
-                      execArgument(program_.string()) +
+                      entryValue(commandArgument(program_.string())) +
                       "\n"
                       "Icon=" +
                       std::string(X11Workspace::ownBundleIdentifier) +
@@ -70,8 +105,12 @@ std::optional<std::string> AutostartLoginItem::registerMainApplication() {
                       "X-GNOME-Autostart-enabled=true\n";
     const AtomicFile file(entry_);
     std::error_code error;
-    if (file.read(error) == text && !error) {
+    const auto present = file.read(error);
+    if (present == text) {
         return std::nullopt;
+    }
+    if (present && isSwitchedOff(*present)) {
+        return "it is switched off in the desktop's own settings";
     }
     error = file.replace(text);
     return error ? std::optional(error.message()) : std::nullopt;

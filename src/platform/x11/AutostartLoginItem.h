@@ -7,7 +7,8 @@
 
 namespace lumo::x11 {
 
-// A desktop entry in the folder of what freedesktop.org desktops start when the user logs in.
+// A desktop entry in the folder of what freedesktop.org desktops start when the user logs in. One
+// that the user has switched off in the desktop's own settings stays so until it is unregistered.
 class AutostartLoginItem final : public LoginItem {
   public:
     // The path of the entry and that of the program to start.

@@ -11,6 +11,7 @@ struct GlibDeleter {
     void operator()(GVariant *variant) const noexcept { g_variant_unref(variant); }
     void operator()(GError *error) const noexcept { g_error_free(error); }
     void operator()(GDBusNodeInfo *info) const noexcept { g_dbus_node_info_unref(info); }
+    void operator()(GKeyFile *file) const noexcept { g_key_file_unref(file); }
     void operator()(gpointer object) const noexcept { g_object_unref(object); }
 };
 
