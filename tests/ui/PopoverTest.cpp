@@ -1,4 +1,4 @@
-#include "InterfaceStage.h"
+#include "InterfacePages.h"
 #include "Looking.h"
 #include "RunningInterface.h"
 #include "ui/GuidedAccessView.h"
@@ -347,6 +347,25 @@ TEST(QtInterface, FollowsTheDesktopIntoTheDarkAndBack) {
         appearance.prefer(isDark);
         EXPECT_EQ(QApplication::palette().color(role::card),
                   makePalette(isDark ? ColorScheme::dark : ColorScheme::light).color(role::card));
+    }
+
+    // What is open looks like what is opened anew.
+    appearance.prefer(false);
+    for (const auto &page : test::interfacePages()) {
+        if (!page.isDocumented) {
+            continue;
+        }
+        test::InterfaceStage stage;
+        const auto picture = [&](QWidget &view) {
+            test::showPage({}, view, stage);
+            view.move(0, 0);
+            return view.grab().toImage();
+        };
+        const auto view = page.make(stage);
+        picture(*view);
+        appearance.prefer(true);
+        EXPECT_EQ(picture(*view), picture(*page.make(stage))) << page.name;
+        appearance.prefer(false);
     }
     appearance.prefer(std::nullopt);
     EXPECT_EQ(schemeOf(QApplication::palette()), initial);
