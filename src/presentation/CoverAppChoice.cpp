@@ -46,7 +46,7 @@ std::vector<CoverAppChoice> coverAppChoices(const Platform &platform,
             add(*application.bundleIdentifier, application.localizedName);
         }
     }
-    if (const auto &cover = settings.privacyCoverBundleID.value()) {
+    if (const auto &cover = settings.privacyCoverBundleID.value(); cover && !cover->empty()) {
         add(*cover, settings.privacyCoverDisplayName.value());
     }
     std::ranges::sort(choices, comesBefore, &CoverAppChoice::displayName);

@@ -57,6 +57,10 @@ void StatusMenu::setPage(Page page) {
     announceChange();
 }
 
+bool StatusMenu::hasCoverApp() const {
+    return !settings_.privacyCoverBundleID.value().value_or("").empty();
+}
+
 bool StatusMenu::isCoverApp(const CoverAppChoice &choice) const {
     return settings_.privacyCoverBundleID.value() == choice.bundleID;
 }

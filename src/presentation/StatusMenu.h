@@ -50,6 +50,7 @@ class StatusMenu {
     SettingsStore &settings() { return settings_; }
     Page page() const { return page_; }
     const std::vector<CoverAppChoice> &runningApps() const { return runningApps_; }
+    bool hasCoverApp() const;
     bool isCoverApp(const CoverAppChoice &choice) const;
 
     bool isOn() const;

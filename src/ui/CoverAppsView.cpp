@@ -58,13 +58,11 @@ void CoverAppsView::refresh() {
             items_->appendRow(new QStandardItem(toQString(app.displayName)));
         }
     }
-    bool hasCover = false;
     for (int row = 1; row < items_->rowCount(); ++row) {
         const bool isCover = menu_.isCoverApp(shownApps_[static_cast<std::size_t>(row) - 1]);
         items_->item(row)->setData(isCover, ListRow::chosenRole);
-        hasCover = hasCover || isCover;
     }
-    items_->item(0)->setData(!hasCover, ListRow::chosenRole);
+    items_->item(0)->setData(!menu_.hasCoverApp(), ListRow::chosenRole);
 }
 
 void CoverAppsView::startAtTop() {

@@ -138,7 +138,7 @@ void RulesSettingsView::refreshAvailableApps() {
 // "None", the applications, and which of them is chosen. A Cover App that was chosen elsewhere
 // joins the list.
 void RulesSettingsView::showCoverApp() {
-    const auto &cover = model_.settings.privacyCoverBundleID.value();
+    const auto cover = model_.settings.privacyCoverBundleID.value().value_or("");
     const auto position = [&] {
         return std::ranges::find_if(
                    availableApps_,
@@ -146,14 +146,14 @@ void RulesSettingsView::showCoverApp() {
                availableApps_.begin();
     };
     const auto missing = [&] { return position() == std::ssize(availableApps_); };
-    if (cover && missing()) {
+    if (!cover.empty() && missing()) {
         refreshAvailableApps();
     }
     std::vector<std::string> names{"None"};
     for (const auto &choice : availableApps_) {
         names.push_back(choice.displayName);
     }
-    coverApp_->setChoices(names, cover && !missing() ? static_cast<int>(position()) + 1 : 0);
+    coverApp_->setChoices(names, !missing() ? static_cast<int>(position()) + 1 : 0);
     currentCoverApp_->setFullText(
         toQString("Current Cover App: " + selectedCoverAppName(model_.settings, availableApps_)));
 }

@@ -2,6 +2,7 @@
 #include "Looking.h"
 #include "RunningInterface.h"
 #include "ui/GuidedAccessView.h"
+#include "ui/ListRow.h"
 #include "ui/MenuItemView.h"
 #include "ui/PopoverWindow.h"
 #include "ui/ScreenPlaces.h"
@@ -134,6 +135,13 @@ TEST_F(PopoverTest, NoneStandsFirstAndTheCoverAppIsMarkedAmongThreeHundred) {
     EXPECT_EQ(list.model()->rowCount(), 308);
     EXPECT_EQ(window->findChildren<QWidget *>().size(), before);
     EXPECT_EQ(list.model()->index(0, 0).data(), "None");
+    stage.settings.privacyCoverBundleID.set("org.example.Late");
+    settle();
+    const auto none = [&list] { return list.model()->index(0, 0).data(ListRow::chosenRole); };
+    EXPECT_EQ(none(), false) << "chosen elsewhere, and not in the list";
+    stage.settings.privacyCoverBundleID.set(std::nullopt);
+    settle();
+    EXPECT_EQ(none(), true);
     QTest::mouseClick(list.viewport(), Qt::LeftButton, {},
                       list.visualRect(list.model()->index(0, 0)).center());
     ASSERT_EQ(stage.chosenCovers.size(), 1);

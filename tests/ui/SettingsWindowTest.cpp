@@ -202,6 +202,26 @@ TEST_F(SettingsWindowTest, SlidersMoveInStepsAndTellStrayValues) {
     }
 }
 
+TEST_F(SettingsWindowTest, ASliderIsDraggedWhateverElseChangesItMeanwhile) {
+    auto &slider = control<QSlider>(open(SettingsTab::appearance), "Intensity");
+    const auto at = [&slider](double share) {
+        constexpr double knob = 18;
+        return QPoint(static_cast<int>(knob / 2 + share * (slider.width() - knob)),
+                      slider.height() / 2);
+    };
+    const auto &intensity = settings.effectIntensity;
+    QTest::mousePress(&slider, Qt::LeftButton, {}, at(0.25));
+    EXPECT_NEAR(intensity.value(), 0.25, 1e-9);
+    QTest::mouseMove(&slider, at(0.75));
+    EXPECT_NEAR(intensity.value(), 0.75, 1e-9);
+    settings.effectIntensity.set(0.1);
+    EXPECT_NEAR(intensity.value(), 0.1, 1e-9);
+    QTest::mouseMove(&slider, at(0.5));
+    EXPECT_NEAR(intensity.value(), 0.5, 1e-9);
+    QTest::mouseRelease(&slider, Qt::LeftButton, {}, at(0.5));
+    EXPECT_NEAR(intensity.value(), 0.5, 1e-9);
+}
+
 TEST_F(SettingsWindowTest, PickersWriteTheirSettingAndFollowIt) {
     control<QRadioButton>(open(SettingsTab::appearance), "Tint").click();
     EXPECT_EQ(settings.effectMode.value(), EffectMode::tint);
