@@ -4,6 +4,8 @@ set(LUMO_SANITIZE "" CACHE STRING "address or thread; empty for none")
 if(LUMO_SANITIZE STREQUAL "address")
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
+  target_sources(lumo_warnings INTERFACE
+    ${CMAKE_CURRENT_LIST_DIR}/LeakSanitizerSuppressions.cpp)
 elseif(LUMO_SANITIZE STREQUAL "thread")
   add_compile_options(-fsanitize=thread -fno-omit-frame-pointer)
   add_link_options(-fsanitize=thread)

@@ -224,7 +224,7 @@ TEST_F(LumoProgram, LoadsDriversOnlyToDrawWithThem) {
         std::ifstream file("/proc/" + std::to_string(lumo.processIdentifier()) + "/maps");
         const std::string maps(std::istreambuf_iterator<char>(file), {});
         EXPECT_EQ(maps.find("_dri.so") != std::string::npos, !variables.empty());
-        EXPECT_EQ(lumo.stop(), 0);
+        EXPECT_EQ(lumo.stop(), 0) << lumo.process().report();
     }
 }
 
