@@ -7,10 +7,8 @@
 class QVBoxLayout;
 class QWidget;
 
-namespace lumo {
-
 // What the popover's pages are built from.
-namespace menuPage {
+namespace lumo::menuPage {
 
 // A column over all of the widget, without distances.
 QVBoxLayout *makeColumn(QWidget *widget);
@@ -24,6 +22,4 @@ QWidget *makeRows(const std::vector<QWidget *> &rows);
 // A title with a button before it that leads back.
 QWidget *makeBackHeader(std::string_view title, std::function<void()> onBack);
 
-} // namespace menuPage
-
-} // namespace lumo
+} // namespace lumo::menuPage

@@ -8,10 +8,8 @@ class QKeyEvent;
 class QRect;
 class QWidget;
 
-namespace lumo {
-
 // What the rows of the popover have in common.
-namespace menuRow {
+namespace lumo::menuRow {
 
 inline constexpr int horizontalPadding = 12;
 inline constexpr int verticalPadding = 8;
@@ -30,6 +28,4 @@ void paintTexts(QPainter &painter, const QWidget &row, int titleWidth, const QSt
 // Keys by which one goes from row to row; they are the menu's, not the row's.
 bool movesBetweenRows(const QKeyEvent &event);
 
-} // namespace menuRow
-
-} // namespace lumo
+} // namespace lumo::menuRow

@@ -9,6 +9,7 @@
 #include "ui/LumoStyle.h"
 #include "ui/MessageView.h"
 #include "ui/PopoverWindow.h"
+#include "ui/ProgramIcon.h"
 #include "ui/ScreenPlaces.h"
 #include "ui/SettingsView.h"
 #include "ui/Text.h"
@@ -45,6 +46,9 @@ class QtInterface::Toolkit final : private QAbstractNativeEventFilter {
         QApplication::setDesktopFileName(QStringLiteral("app.lumo.Lumo"));
         QApplication::setLayoutDirection(QLocale::system().textDirection());
         QApplication::setStyle(new LumoStyle);
+        if (hooks_.viewHost == nullptr) {
+            QApplication::setWindowIcon(programIcon());
+        }
         if (hooks_.handleNativeEvent) {
             application_.installNativeEventFilter(this);
         }

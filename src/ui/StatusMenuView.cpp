@@ -51,16 +51,16 @@ class StatusMenuView::StateDot final : public QWidget {
 
 StatusMenuView::StatusMenuView(StatusMenu &menu, MainLoop &mainLoop)
     : menu_(menu)
+    , pages_(new QStackedWidget)
+    , coverApps_(new CoverAppsView(menu))
     , bindings_(menu.settings(), mainLoop) {
     setFixedSize(contentSize);
     setAccessibleName(QStringLiteral("Lumo"));
     setFocusPolicy(Qt::ClickFocus); // has the focus until the user goes to a row
     auto *column = menuPage::makeColumn(this);
     column->setContentsMargins(1, 1, 1, 1);
-    pages_ = new QStackedWidget;
     pages_->addWidget(makeMainPage());
     pages_->addWidget(makeSettingsPage());
-    coverApps_ = new CoverAppsView(menu);
     pages_->addWidget(coverApps_);
     column->addWidget(pages_);
     changes_ = menu_.onChange([this] { refresh(); });

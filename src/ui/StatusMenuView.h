@@ -47,7 +47,8 @@ class StatusMenuView final : public QWidget {
 
     StatusMenu &menu_;
     bool isRounded_ = false;
-    QStackedWidget *pages_ = nullptr;
+    QStackedWidget *pages_;
+    CoverAppsView *coverApps_;
     StateDot *dot_ = nullptr;
     QLabel *header_ = nullptr;
     QWidget *notice_ = nullptr;
@@ -59,7 +60,6 @@ class StatusMenuView final : public QWidget {
     MenuItemView *chooseCover_ = nullptr;
     MenuItemView *shortcuts_ = nullptr;
     ToggleRowView *privacyCover_ = nullptr;
-    CoverAppsView *coverApps_ = nullptr;
     Bindings bindings_;
     Handle changes_;
 };
