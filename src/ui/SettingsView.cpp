@@ -54,6 +54,12 @@ SettingsView::SettingsView(const SettingsModel &model)
             model_.selectedTab.set(allSettingsTabs.at(static_cast<std::size_t>(index)));
         }
     });
+    // A click beside the entries leaves the page, so its entry stays marked.
+    QObject::connect(sidebar_, &QListWidget::itemSelectionChanged, this, [this] {
+        if (sidebar_->selectedItems().isEmpty()) {
+            select(model_.selectedTab.value());
+        }
+    });
     sidebar_->setFocus();
 }
 

@@ -1,15 +1,11 @@
-#include "desktop/LumoProcess.h"
-#include "desktop/PrivateDesktop.h"
+#include "ShellDesktop.h"
 #include "desktop/SampleApplication.h"
 
 #include <gmock/gmock.h>
 
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
+#include <algorithm>
+#include <functional>
 #include <memory>
-#include <optional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -19,99 +15,7 @@ namespace {
 using testing::IsEmpty;
 using testing::SizeIs;
 
-// A person at a desktop with a panel, who starts the program for the first time.
-class LumoShell : public testing::Test {
-  protected:
-    LumoShell() {
-        desktop.startSessionBus();
-        panel = desktop.start({"tint2"});
-    }
-
-    // What is on screen under that title, frames of window managers aside.
-    std::vector<xcb_window_t> windowsTitled(const std::string &title) {
-        std::vector<xcb_window_t> found;
-        std::vector<xcb_window_t> left{session.root()};
-        while (!left.empty()) {
-            const auto window = left.back();
-            left.pop_back();
-            if (session.titleOf(window) == title && session.classOf(window) != "" &&
-                session.isViewable(window)) {
-                found.push_back(window);
-            }
-            for (const auto child : session.childrenOf(window)) {
-                left.push_back(child);
-            }
-        }
-        return found;
-    }
-
-    std::optional<xcb_window_t> appears(const std::string &title) {
-        std::vector<xcb_window_t> found;
-        session.eventually([&] { return (found = windowsTitled(title)).size() == 1; });
-        return found.size() == 1 ? std::optional(found.front()) : std::nullopt;
-    }
-
-    bool disappears(const std::string &title) {
-        return session.eventually([&] { return windowsTitled(title).empty(); });
-    }
-
-    Spot dot() {
-        const auto icon = appears("Lumo - Focus and privacy");
-        if (!icon) {
-            throw std::runtime_error("no dot: " + lumo->process().report() + panel->report());
-        }
-        const auto area = session.areaOf(*icon);
-        return {area.x + area.width / 2, area.y + area.height / 2};
-    }
-
-    bool isPopoverShown() { return popover().has_value(); }
-
-    std::optional<Area> popover() {
-        for (const auto window : session.stacking()) {
-            const auto area = session.areaOf(window);
-            if (session.isOverrideRedirect(window) && session.isViewable(window) &&
-                session.titleOf(window) == "Lumo" && area.width == 260 && area.height == 300) {
-                return area;
-            }
-        }
-        return std::nullopt;
-    }
-
-    bool openPopover() {
-        session.click(dot(), 3);
-        return session.eventually([&] { return isPopoverShown(); }) &&
-               session.eventually([&] { return session.isKeyboardGrabbed(); });
-    }
-
-    bool popoverCloses() {
-        return session.eventually([&] { return !isPopoverShown(); });
-    }
-
-    // The row, counted from the first, of the page that the popover has just come to show.
-    void chooseRow(int row) {
-        for (int step = 0; step <= row; ++step) {
-            session.press({Key::down});
-        }
-        session.press({Key::enter});
-    }
-
-    // Whether the settings file has the text, indentation aside.
-    bool isStoredNow(const std::string &text) {
-        std::ifstream file(preferencesFile(desktop));
-        std::string all(std::istreambuf_iterator<char>(file), {});
-        std::erase_if(all, [](char letter) { return letter == '\n' || letter == '\t'; });
-        return all.find(text) != std::string::npos;
-    }
-
-    bool isStored(const std::string &text) {
-        return session.eventually([&] { return isStoredNow(text); });
-    }
-
-    PrivateDesktop desktop;
-    DesktopSession &session = desktop.session();
-    std::unique_ptr<ChildProcess> panel;
-    std::unique_ptr<LumoProcess> lumo;
-};
+class LumoShell : public testing::Test, protected ShellDesktop {};
 
 TEST_F(LumoShell, GuidesFirstAndIsThenRunFromTheDot) {
     SampleApplication sample(desktop, "Sample", {{.title = "A document"}});
@@ -121,7 +25,7 @@ TEST_F(LumoShell, GuidesFirstAndIsThenRunFromTheDot) {
     EXPECT_EQ(session.areaOf(*guidance).width, 400);
     EXPECT_EQ(session.areaOf(*guidance).height, 480);
     session.close(*guidance);
-    EXPECT_TRUE(isStored("<key>hasCompletedOnboarding</key><true/>"));
+    EXPECT_TRUE(isStored("hasCompletedOnboarding", "<true/>"));
     ASSERT_TRUE(disappears("Lumo"));
 
     session.click(dot(), 1);
@@ -144,14 +48,14 @@ TEST_F(LumoShell, GuidesFirstAndIsThenRunFromTheDot) {
     chooseRow(0); // Turn Lumo On
     EXPECT_TRUE(popoverCloses());
     EXPECT_THAT(lumo->waitForOverlays(), SizeIs(1));
-    EXPECT_TRUE(isStored("<key>isEnabled</key><true/>"));
+    EXPECT_TRUE(isStored("isEnabled", "<true/>"));
 
     ASSERT_TRUE(openPopover());
     chooseRow(3); // Choose Cover App
     session.stillPicture();
     chooseRow(3); // after the way back: to clear, none, Lumo with its overlay, the sample
-    EXPECT_TRUE(isStored("<key>privacyCoverBundleID</key><string>Sample</string>"));
-    EXPECT_TRUE(isStored("<key>privacyCoverEnabled</key><true/>"));
+    EXPECT_TRUE(isStored("privacyCoverBundleID", "<string>Sample</string>"));
+    EXPECT_TRUE(isStored("privacyCoverEnabled", "<true/>"));
     EXPECT_TRUE(isPopoverShown()) << "choosing leaves it open";
     session.press({Key::escape});
     EXPECT_TRUE(popoverCloses());
@@ -161,6 +65,190 @@ TEST_F(LumoShell, GuidesFirstAndIsThenRunFromTheDot) {
     session.press({Key::enter});
     EXPECT_EQ(lumo->process().waitForExit(), 0) << lumo->process().report();
     EXPECT_THAT(windowsTitled("Lumo - Focus and privacy"), IsEmpty());
+}
+
+TEST_F(LumoShell, ThePopoverGoesWhenSomebodyActsElsewhereAndTheClickArrives) {
+    SampleApplication one(desktop, "One", {{.area = {60, 80, 300, 200}}});
+    SampleApplication two(desktop, "Two", {{.area = {60, 400, 300, 200}}});
+    start();
+    const auto at = dot();
+    for (const int button : {1, 2}) {
+        session.click(at, button);
+        EXPECT_TRUE(session.remains([&] { return !isPopoverShown(); }, Seconds(0.3))) << button;
+    }
+    const auto clickOn = [&](SampleApplication &application, int button) {
+        const auto area = session.areaOf(application.window());
+        const auto before = application.clicks().size();
+        session.click({area.x + 50, area.y + 50}, button);
+        return session.eventually([&] { return application.clicks().size() == before + 1; });
+    };
+    struct Case {
+        const char *name;
+        std::function<bool()> act; // false when it had not the effect it has without a popover
+    };
+    for (const auto &[name, act] : std::vector<Case>{
+             {"a second click", [&] { return session.click(at, 3), true; }},
+             {"the left button on the dot", [&] { return session.click(at, 1), true; }},
+             {"Escape", [&] { return session.press({Key::escape}), true; }},
+             {"a click on a window",
+              [&] {
+                  return clickOn(one, 1) &&
+                         session.eventually([&] { return session.activeWindow() == one.window(); });
+              }},
+             {"a right click on another", [&] { return clickOn(two, 3); }},
+             {"a click on the panel",
+              [&] {
+                  session.click({at.x - 200, at.y});
+                  return true;
+              }},
+             {"a click on the desktop",
+              [&] {
+                  return session.click({700, 60}), true;
+              }},
+             {"another application that comes to the front",
+              [&] {
+                  // Not at once, or the panel could have taken the focus for the click.
+                  session.remains([] { return true; }, Seconds(0.3));
+                  session.activate(session.activeWindow() == one.window() ? two.window()
+                                                                          : one.window());
+                  return true;
+              }},
+             {"the right button dragged off the dot",
+              [&] {
+                  session.movePointerTo(at.x, at.y);
+                  session.setButton(3, true);
+                  const bool stays =
+                      session.remains([&] { return isPopoverShown(); }, Seconds(0.1));
+                  session.movePointerTo(700, 60);
+                  session.setButton(3, false);
+                  return stays;
+              }},
+         }) {
+        ASSERT_TRUE(openPopover()) << name;
+        EXPECT_TRUE(act()) << name;
+        EXPECT_TRUE(popoverCloses()) << name;
+        EXPECT_TRUE(session.eventually([&] { return !session.isKeyboardGrabbed(); })) << name;
+    }
+    session.movePointerTo(at.x, at.y);
+    session.setButton(3, true);
+    session.movePointerTo(700, 60);
+    session.setButton(3, false);
+    EXPECT_TRUE(session.remains([&] { return !isPopoverShown(); }, Seconds(0.3)));
+}
+
+TEST_F(LumoShell, ThePopoverActsByTheMouseAndByTheKeyboard) {
+    const Colour red{0xd8, 0x3c, 0x30};
+    const Spot onRed{100, 200};
+    SampleApplication back(desktop, "Back", {{.area = {60, 80, 300, 300}, .colour = "#d83c30"}});
+    SampleApplication front(desktop, "Front", {{.area = {500, 80, 300, 300}}});
+    session.activate(front.window());
+    start({{"effectMode", "dim"}, {"peekDuration", 1.0}});
+    const auto isPlain = [&](bool plain) {
+        return session.eventually([&] { return (session.pixel(onRed) == red) == plain; });
+    };
+    // Rows of the main page, with their places as drawn.
+    // A notice about the cover may stand before them, with a coloured symbol.
+    const auto hasNotice = [&] {
+        const auto area = *popover();
+        const auto picture = session.picture({area.x + 10, area.y + 30, 18, 20});
+        for (int y = 0; y < picture.height(); ++y) {
+            for (int x = 0; x < picture.width(); ++x) {
+                const Colour c = picture.at(x, y);
+                if (std::max({c.red, c.green, c.blue}) - std::min({c.red, c.green, c.blue}) > 60) {
+                    return true;
+                }
+            }
+        }
+        return false;
+    };
+    const auto clickOn = [&](Spot place) {
+        constexpr int noticeHeight = 28;
+        if (!isPopoverShown() && !openPopover()) {
+            return false;
+        }
+        session.stillPicture();
+        return clickInPopover({place.x, place.y + (hasNotice() ? noticeHeight : 0)});
+    };
+    // The row, counted from the last.
+    const auto chooseRowFromLast = [&](int row) {
+        for (int step = 0; step < row; ++step) {
+            session.press({Key::up});
+        }
+        session.press({Key::enter});
+    };
+    struct Row {
+        int index; // from the last
+        Spot place;
+    };
+    constexpr Row toggle{7, {60, 42}};
+    constexpr Row peek{6, {60, 80}};
+    constexpr Row setCover{5, {60, 125}};
+    constexpr Row chooseCover{4, {60, 170}};
+    for (const bool byMouse : {true, false}) {
+        SCOPED_TRACE(byMouse ? "by the mouse" : "by the keyboard");
+        const auto choose = [&](const Row &row) {
+            if (byMouse) {
+                return clickOn(row.place);
+            }
+            const bool isOpen = isPopoverShown() || openPopover();
+            chooseRowFromLast(row.index);
+            return isOpen;
+        };
+        ASSERT_TRUE(choose(toggle));
+        EXPECT_TRUE(popoverCloses());
+        EXPECT_TRUE(isStored("isEnabled", "<true/>"));
+        EXPECT_TRUE(isPlain(false));
+
+        ASSERT_TRUE(choose(peek));
+        EXPECT_TRUE(popoverCloses());
+        EXPECT_TRUE(isPlain(true));
+        EXPECT_TRUE(isPlain(false));
+        EXPECT_EQ(stored("isEnabled"), "<true/>");
+
+        ASSERT_TRUE(choose(setCover));
+        EXPECT_TRUE(popoverCloses());
+        EXPECT_TRUE(isStored("privacyCoverBundleID", "<string>Front</string>"));
+        EXPECT_TRUE(isStored("privacyCoverEnabled", "<true/>"));
+
+        ASSERT_TRUE(choose(chooseCover));
+        session.stillPicture();
+        if (byMouse) { // below the header and the row that clears: None, Back
+            ASSERT_TRUE(clickInPopover({60, 36 + 1 + 33 + 1 + 30 + 15}));
+        } else { // after the way back: to clear, None, Back
+            chooseRow(2);
+        }
+        EXPECT_TRUE(isStored("privacyCoverBundleID", "<string>Back</string>"));
+        EXPECT_TRUE(isPlain(true)) << "the chosen one is clear";
+        EXPECT_TRUE(isPopoverShown()) << "choosing leaves it open";
+
+        session.press({Key::escape});
+        EXPECT_TRUE(popoverCloses());
+        ASSERT_TRUE(choose(chooseCover));
+        session.stillPicture();
+        if (byMouse) {
+            ASSERT_TRUE(clickInPopover({60, 36 + 1 + 16}));
+        } else {
+            chooseRow(0);
+        }
+        EXPECT_TRUE(isStored("privacyCoverBundleID", "")) << "cleared";
+        session.press({Key::escape});
+        EXPECT_TRUE(popoverCloses());
+
+        ASSERT_TRUE(choose(toggle));
+        EXPECT_TRUE(popoverCloses());
+        EXPECT_TRUE(isStored("isEnabled", "<false/>"));
+        EXPECT_TRUE(isPlain(true));
+    }
+    ASSERT_TRUE(clickOn(toggle.place));
+    ASSERT_TRUE(isPlain(false));
+    ASSERT_TRUE(clickOn(peek.place));
+    ASSERT_TRUE(isPlain(true));
+    ASSERT_TRUE(openPopover());
+    session.press({Key::up}); // Quit Lumo, during a peek
+    session.press({Key::enter});
+    EXPECT_EQ(lumo->process().waitForExit(), 0) << lumo->process().report();
+    EXPECT_THAT(lumo->overlays(), IsEmpty());
+    EXPECT_TRUE(isPlain(true));
 }
 
 TEST_F(LumoShell, StartingItAgainOpensTheSettingsOfTheOneThatRuns) {
@@ -194,7 +282,9 @@ TEST_F(LumoShell, TheDotOutlivesThePanelAndTheBus) {
     session.press({Key::escape});
     EXPECT_TRUE(popoverCloses());
     EXPECT_THAT(lumo->overlays(), SizeIs(1));
-    EXPECT_EQ(lumo->stop(), 0);
+    ASSERT_TRUE(clickInPopover({60, 273})) << "Quit Lumo";
+    EXPECT_EQ(lumo->process().waitForExit(), 0) << lumo->process().report();
+    EXPECT_THAT(lumo->overlays(), IsEmpty());
 }
 
 } // namespace

@@ -475,6 +475,12 @@ void DesktopSession::press(const std::vector<Key> &chord) {
     }
 }
 
+void DesktopSession::type(std::string_view lowerCaseLetters) {
+    for (const char letter : lowerCaseLetters) {
+        press({static_cast<Key>(letter)}); // a letter is its own symbol
+    }
+}
+
 void DesktopSession::setKey(Key key, bool down) {
     fakeInput(down ? XCB_KEY_PRESS : XCB_KEY_RELEASE, keycodeOf(key), 0, 0);
     sync();

@@ -18,17 +18,24 @@ namespace lumo::desktop {
 
 // Keys by the symbol on them.
 enum class Key : std::uint32_t {
+    erase = 0xff08, // what is before the caret
     tab = 0xff09,
     enter = 0xff0d,
     escape = 0xff1b,
+    home = 0xff50,
+    left = 0xff51,
     up = 0xff52,
+    right = 0xff53,
     down = 0xff54,
+    end = 0xff57,
+    remove = 0xffff,
     numLock = 0xff7f,
     capsLock = 0xffe5,
     space = 0x0020,
     c = 0x0063,
     d = 0x0064,
     j = 0x006a,
+    k = 0x006b,
     n = 0x006e,
     v = 0x0076,
     shift = 0xffe1,
@@ -127,6 +134,7 @@ class DesktopSession {
     void setButton(int button, bool down);
     void press(const std::vector<Key> &chord); // down in this order, up in the opposite one
     void setKey(Key key, bool down);
+    void type(std::string_view lowerCaseLetters);
 
     // Has the server cut off the connection that was opened last.
     void killLastClient();
