@@ -106,8 +106,8 @@ void measureStart(PanelDesktop &place) {
         place.wait([&] { return place.titled(dotTitle) == XCB_NONE; }, "the dot stays");
     }
     std::ranges::sort(milliseconds);
-    std::printf("  start to status item: median %.0f ms, slowest of 21 %.0f ms\n",
-                milliseconds[10], milliseconds.back());
+    std::printf("  start to status item: median %.0f ms, slowest of 21 %.0f ms\n", milliseconds[10],
+                milliseconds.back());
 }
 
 void printMemory(const ChildProcess &process, const std::string &when) {
