@@ -45,10 +45,10 @@ class QtInterface::Toolkit final : private QAbstractNativeEventFilter {
         QApplication::setApplicationDisplayName(QString());
         QApplication::setDesktopFileName(QStringLiteral("app.lumo.Lumo"));
         QApplication::setLayoutDirection(QLocale::system().textDirection());
-        QApplication::setStyle(new LumoStyle);
         if (hooks_.viewHost == nullptr) {
             QApplication::setWindowIcon(programIcon());
         }
+        QApplication::setStyle(new LumoStyle);
         if (hooks_.handleNativeEvent) {
             application_.installNativeEventFilter(this);
         }

@@ -57,6 +57,23 @@ double mainBottom(const std::vector<Screen> &screens,
     return bottomOf(toolkitScreens.front());
 }
 
+// What of the toolkit's screen is surely on the platform's: the toolkit rounds the size to its
+// whole units, which may reach beyond the last pixel.
+QRect unitsWithin(const ToolkitScreen &screen, const std::vector<Screen> &screens, double scale,
+                  double mainBottom) {
+    const auto units = [&](double pixels) {
+        return static_cast<int>(std::floor(pixels / screen.pixelsPerUnit));
+    };
+    for (const auto &candidate : screens) {
+        const auto pixels = pixelsOf(candidate.frame, scale, mainBottom);
+        if (isNearly(pixels, pixelsOf(screen))) {
+            return {screen.area.topLeft(),
+                    QSize(units(std::round(pixels.width)), units(std::round(pixels.height)))};
+        }
+    }
+    return screen.area;
+}
+
 double distance(const PixelArea &area, double x, double y) {
     const double dx = std::max({area.x - x, 0.0, x - area.x - area.width});
     const double dy = std::max({area.y - y, 0.0, y - area.y - area.height});
@@ -68,8 +85,9 @@ double distance(const PixelArea &area, double x, double y) {
 ToolkitPlace toolkitPlace(const StatusItemPlace &place, const std::vector<Screen> &screens,
                           const std::vector<ToolkitScreen> &toolkitScreens) {
     const double scale = screens.front().backingScaleFactor;
-    const auto anchor = pixelsOf(place.item.value_or(Rect{place.pointer.x, place.pointer.y, 0, 0}),
-                                 scale, mainBottom(screens, toolkitScreens));
+    const double bottom = mainBottom(screens, toolkitScreens);
+    const auto anchor =
+        pixelsOf(place.item.value_or(Rect{place.pointer.x, place.pointer.y, 0, 0}), scale, bottom);
     const double middleX = anchor.x + anchor.width / 2;
     const double middleY = anchor.y + anchor.height / 2;
     const auto &screen = *std::ranges::min_element(toolkitScreens, {}, [&](const auto &each) {
@@ -82,7 +100,7 @@ ToolkitPlace toolkitPlace(const StatusItemPlace &place, const std::vector<Screen
     const int top = unit(anchor.y, screen.area.y());
     return {QRect(left, top, unit(anchor.x + anchor.width, screen.area.x()) - left,
                   unit(anchor.y + anchor.height, screen.area.y()) - top),
-            screen.area};
+            unitsWithin(screen, screens, scale, bottom)};
 }
 
 QRect popoverArea(const ToolkitPlace &anchor, QSize size) {

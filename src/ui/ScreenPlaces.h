@@ -18,7 +18,8 @@ struct ToolkitScreen {
     bool operator==(const ToolkitScreen &) const = default;
 };
 
-// A rectangle on one of the toolkit's screens, in the toolkit's units.
+// A rectangle on one of the toolkit's screens, in the toolkit's units. The screen has whole units
+// only.
 struct ToolkitPlace {
     QRect area;
     QRect screen;

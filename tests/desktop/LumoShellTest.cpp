@@ -4,9 +4,11 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <cstring>
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace lumo::desktop {
@@ -249,6 +251,47 @@ TEST_F(LumoShell, ThePopoverActsByTheMouseAndByTheKeyboard) {
     EXPECT_EQ(lumo->process().waitForExit(), 0) << lumo->process().report();
     EXPECT_THAT(lumo->overlays(), IsEmpty());
     EXPECT_TRUE(isPlain(true));
+}
+
+TEST_F(LumoShell, ThePopoverIsWhollyOnTheScreenOfTheDotAtEveryScale) {
+    const Area left{0, 0, 640, 800};
+    const Area right{640, 0, 640, 800};
+    desktop.setMonitor("LEFT", left, true);
+    desktop.setMonitor("RIGHT", right, false);
+    panel.reset();
+    for (const auto &[scale, resources] :
+         {std::pair{1.0, "Xft.dpi:\t96\n"}, {1.5, "Xft.dpi:\t144\n"}, {2.0, "Xft.dpi:\t192\n"}}) {
+        xcb_change_property(session.connection(), XCB_PROP_MODE_REPLACE, session.root(),
+                            XCB_ATOM_RESOURCE_MANAGER, XCB_ATOM_STRING, 8,
+                            static_cast<std::uint32_t>(std::strlen(resources)), resources);
+        xcb_flush(session.connection());
+        lumo =
+            std::make_unique<LumoProcess>(desktop, Preferences{{"hasCompletedOnboarding", true}});
+        for (const std::string edge : {"top", "bottom"}) {
+            for (const std::string side : {"left", "right"}) {
+                SCOPED_TRACE(edge + ' ' + side + " at " + std::to_string(scale));
+                panel = desktop.start({"trayer", "--edge", edge, "--align", side, "--monitor",
+                                       side == "left" ? "0" : "1", "--SetDockType", "true"});
+                ASSERT_TRUE(openPopover());
+                const auto area = *popover();
+                const auto &screen = side == "left" ? left : right;
+                EXPECT_NEAR(area.width, 260 * scale, 1);
+                EXPECT_NEAR(area.height, 300 * scale, 1);
+                EXPECT_GE(area.x, screen.x);
+                EXPECT_GE(area.y, screen.y);
+                EXPECT_LE(area.x + area.width, screen.x + screen.width);
+                EXPECT_LE(area.y + area.height, screen.y + screen.height);
+                const auto at = dot();
+                EXPECT_EQ(edge == "top" ? area.y > at.y : area.y + area.height < at.y, true)
+                    << "beside the panel";
+                session.press({Key::escape});
+                EXPECT_TRUE(popoverCloses());
+                panel.reset();
+                EXPECT_TRUE(disappears("Lumo - Focus and privacy"));
+            }
+        }
+        EXPECT_EQ(lumo->stop(), 0);
+    }
 }
 
 TEST_F(LumoShell, StartingItAgainOpensTheSettingsOfTheOneThatRuns) {

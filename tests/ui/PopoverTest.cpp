@@ -159,11 +159,11 @@ TEST_F(PopoverTest, GoesWhenTheUserActsElsewhere) {
 
     // Told of buttons, it leaves the item to itself and minds all else when it begins.
     struct Case {
-        unsigned button;
+        unsigned button = 0;
         QPoint pressed;
         QPoint released;
-        int pressDismisses;
-        int releaseDismisses;
+        int pressDismisses = 0;
+        int releaseDismisses = 0;
     };
     constexpr QPoint item{410, 10};
     constexpr QPoint elsewhere{500, 500};
@@ -217,7 +217,7 @@ TEST(PopoverPlacement, IsWhollyOnTheScreenOfTheItem) {
     const std::vector<ToolkitScreen> toolkit{{{0, 0, 1280, 720}, 1.5},
                                              {{1920, 200, 1280, 720}, 1.5}};
     struct Case {
-        const char *name;
+        const char *name = nullptr;
         StatusItemPlace place;
         QRect expected;
     };
@@ -382,6 +382,7 @@ TEST(QtInterface, FollowsTheDesktopIntoTheDarkAndBack) {
 TEST(QtInterface, WindowsComeAndGoWithinTheirOwnCallbacks) {
     auto &running = test::RunningInterface::instance();
     auto &loop = running.stage.desktop.mainLoop;
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody changes it meanwhile
     EXPECT_STREQ(std::setlocale(LC_NUMERIC, nullptr), "C") << "numbers in files stay as they are";
     const auto windows = [&loop] {
         loop.runPosted();

@@ -26,8 +26,6 @@ namespace {
 using test::control;
 using test::readTexts;
 using testing::ElementsAre;
-using testing::ElementsAreArray;
-using testing::IsEmpty;
 
 class SettingsWindowTest : public testing::Test {
   protected:
