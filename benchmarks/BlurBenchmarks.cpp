@@ -83,9 +83,13 @@ void measureFrames(x11::Connection &connection, int width, int height, double in
     const int reach = renderer.reach();
     const PixelRect part{width / 3 - reach, height / 3 - reach, damagedWidth + 2 * reach,
                          damagedHeight + 2 * reach};
-    for (const auto &[name, pixels] :
-         {std::pair{"all of it", PixelRect{0, 0, width, height}},
-          std::pair{"400x300  ", part.intersection(appearance.area)}}) {
+    struct Case {
+        const char *name;
+        PixelRect pixels;
+    };
+    for (const auto &[name, area] : {Case{"all of it", {0, 0, width, height}},
+                                     Case{"400x300  ", part.intersection(appearance.area)}}) {
+        const PixelRect pixels = area; // what a lambda can capture
         const auto frame = timesOf([&] {
             bool isDone = false;
             renderer.render({pixels}, [&](bool /*succeeded*/) { isDone = true; });
@@ -151,8 +155,8 @@ void measureBesidePeer() {
     xcb_flush(session.connection());
     for (const char *method : {"none", "dual_kawase"}) {
         const auto configuration = desktop.directory() / "picom.conf";
-        std::ofstream(configuration)
-            << "backend = \"glx\"; blur: { method = \"" << method << "\"; strength = 7; };\n";
+        std::ofstream(configuration) << R"(backend = "glx"; blur: { method = ")" << method
+                                     << R"("; strength = 7; };)" << '\n';
         const auto picom =
             desktop.start({"picom", "--experimental-backends", "--config", configuration});
         session.eventually([&] { return session.selectionOwner("_NET_WM_CM_S0") != XCB_NONE; });

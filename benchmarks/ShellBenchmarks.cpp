@@ -2,9 +2,8 @@
 // panel, measured from outside. Prints numbers and judges none; wall times move with what else the
 // machine does.
 
-#include "desktop/LumoProcess.h"
-#include "desktop/PrivateDesktop.h"
 #include "desktop/SampleApplication.h"
+#include "desktop/ShellDesktop.h"
 
 #include <algorithm>
 #include <chrono>
@@ -20,90 +19,53 @@
 namespace lumo::desktop {
 namespace {
 
-constexpr const char *dotTitle = "Lumo - Focus and privacy";
-
 double now() {
     return Seconds(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
-// A desktop with a panel, and somebody who uses its dot.
-class PanelDesktop {
+// Somebody who uses the dot and what it opens; what doesn't happen ends the benchmark.
+class Somebody : public ShellDesktop {
   public:
-    PanelDesktop() {
-        desktop.startSessionBus();
-        panel = desktop.start({"tint2"});
-        wait([&] { return session.selectionOwner("_NET_SYSTEM_TRAY_S0") != XCB_NONE; }, "no tray");
+    Somebody()
+        : ShellDesktop({.width = 1920, .height = 1080}) {
+        expect(session.eventually(
+                   [&] { return session.selectionOwner("_NET_SYSTEM_TRAY_S0") != XCB_NONE; }),
+               "a tray");
     }
 
-    void wait(const std::function<bool()> &condition, const char *otherwise) {
-        if (!session.eventually(condition)) {
-            throw std::runtime_error(otherwise);
-        }
-    }
-
-    xcb_window_t find(const std::function<bool(xcb_window_t)> &fits) {
-        std::vector<xcb_window_t> left{session.root()};
-        while (!left.empty()) {
-            const auto window = left.back();
-            left.pop_back();
-            if (fits(window) && session.isViewable(window)) {
-                return window;
-            }
-            const auto children = session.childrenOf(window);
-            left.insert(left.end(), children.begin(), children.end());
-        }
-        return XCB_NONE;
-    }
-
-    xcb_window_t titled(const std::string &title) {
-        return find([&](xcb_window_t window) {
-            return session.titleOf(window) == title && !session.classOf(window).empty();
-        });
-    }
-
-    bool isPopoverShown() {
-        const auto windows = session.stacking();
-        return std::ranges::any_of(windows, [&](xcb_window_t window) {
-            return session.titleOf(window) == "Lumo" && session.areaOf(window).width == 260 &&
-                   session.isViewable(window);
-        });
-    }
-
-    void usePopover(Spot dot) {
-        session.click(dot, 3);
-        wait([&] { return isPopoverShown() && session.isKeyboardGrabbed(); }, "no popover");
+    void usePopover() {
+        expect(openPopover(), "the popover");
         session.press({Key::escape});
-        wait([&] { return !isPopoverShown(); }, "the popover stays");
+        expect(popoverCloses(), "the popover's end");
     }
 
     void useSettings() {
-        LumoProcess second(desktop);
-        second.process().waitForExit();
-        xcb_window_t window = XCB_NONE;
-        wait([&] { return (window = titled("Lumo Settings")) != XCB_NONE; }, "no settings");
-        session.close(window);
-        wait([&] { return titled("Lumo Settings") == XCB_NONE; }, "the settings stay");
+        const auto settings = openSettings();
+        expect(settings.has_value(), "the settings");
+        session.close(*settings);
+        expect(disappears("Lumo Settings"), "the settings' end");
     }
 
-    Spot dot() {
-        const auto area = session.areaOf(titled(dotTitle));
-        return {area.x + area.width / 2, area.y + area.height / 2};
+    void stop() {
+        lumo.reset();
+        expect(disappears("Lumo - Focus and privacy"), "the dot's end");
     }
 
-    PrivateDesktop desktop{{.width = 1920, .height = 1080}};
-    DesktopSession &session = desktop.session();
-    std::unique_ptr<ChildProcess> panel;
+  private:
+    static void expect(bool happened, const std::string &what) {
+        if (!happened) {
+            throw std::runtime_error("waited for " + what);
+        }
+    }
 };
 
-void measureStart(PanelDesktop &place) {
+void measureStart(Somebody &user) {
     std::vector<double> milliseconds;
     for (int run = 0; run < 21; ++run) {
         const double start = now();
-        LumoProcess lumo(place.desktop, {{"hasCompletedOnboarding", true}});
-        place.wait([&] { return place.titled(dotTitle) != XCB_NONE; }, "no dot");
+        user.start();
         milliseconds.push_back((now() - start) * 1000);
-        lumo.stop();
-        place.wait([&] { return place.titled(dotTitle) == XCB_NONE; }, "the dot stays");
+        user.stop();
     }
     std::ranges::sort(milliseconds);
     std::printf("  start to status item: median %.0f ms, slowest of 21 %.0f ms\n", milliseconds[10],
@@ -116,50 +78,48 @@ void printMemory(const ChildProcess &process, const std::string &when) {
                 memory.residentMegabytes, memory.proportionalMegabytes);
 }
 
-void measureRounds(PanelDesktop &place) {
-    LumoProcess lumo(place.desktop, {{"hasCompletedOnboarding", true}});
-    place.wait([&] { return place.titled(dotTitle) != XCB_NONE; }, "no dot");
-    place.session.stillPicture();
-    const Spot dot = place.dot();
-    printMemory(lumo.process(), "nothing shown yet");
+void measureRounds(Somebody &user) {
+    user.start();
+    user.session.stillPicture();
+    printMemory(user.lumo->process(), "nothing shown yet");
     for (int round = 1; round <= 200; ++round) {
-        place.usePopover(dot);
+        user.usePopover();
         if (round == 1 || round == 20 || round == 100 || round == 200) {
-            printMemory(lumo.process(), "popover closed, round " + std::to_string(round));
+            printMemory(user.lumo->process(), "popover closed, round " + std::to_string(round));
         }
     }
     for (int round = 1; round <= 200; ++round) {
-        place.useSettings();
+        user.useSettings();
         if (round == 1 || round == 20 || round == 100 || round == 200) {
-            printMemory(lumo.process(), "settings closed, round " + std::to_string(round));
+            printMemory(user.lumo->process(), "settings closed, round " + std::to_string(round));
         }
     }
+    user.stop();
 }
 
 // All that can be on at once: live blur, a Cover App, the gesture, every shortcut.
-void measureEverythingOn(PanelDesktop &place) {
-    const SampleApplication covered(place.desktop, "Covered", {{}});
-    const SampleApplication other(place.desktop, "Other", {{}});
+void measureEverythingOn(Somebody &user) {
+    const SampleApplication covered(user.desktop, "Covered", {{}});
+    const SampleApplication other(user.desktop, "Other", {{}});
     Preferences preferences = shownEffect("softBlur", 0.6);
     preferences["privacyCoverEnabled"] = true;
     preferences["privacyCoverBundleID"] = std::string("Covered");
     preferences["mouseShakeToggleEnabled"] = true;
-    LumoProcess lumo(place.desktop, preferences);
-    lumo.waitForOverlays();
-    place.wait([&] { return place.titled(dotTitle) != XCB_NONE; }, "no dot");
-    place.session.stillPicture();
+    user.start(preferences);
+    user.lumo->waitForOverlays();
+    user.session.stillPicture();
     constexpr double seconds = 20;
     const double start = now();
-    const double before = lumo.process().cpuSeconds();
-    const double serverBefore = place.desktop.server().cpuSeconds();
+    const double before = user.lumo->process().cpuSeconds();
+    const double serverBefore = user.desktop.server().cpuSeconds();
     while (now() - start < seconds) {
         pauseBriefly();
     }
     const double elapsed = now() - start;
     std::printf("  idle with everything on: %.2f %% of a core, the X server %.2f %%\n",
-                (lumo.process().cpuSeconds() - before) * 100 / elapsed,
-                (place.desktop.server().cpuSeconds() - serverBefore) * 100 / elapsed);
-    printMemory(lumo.process(), "with everything on");
+                (user.lumo->process().cpuSeconds() - before) * 100 / elapsed,
+                (user.desktop.server().cpuSeconds() - serverBefore) * 100 / elapsed);
+    printMemory(user.lumo->process(), "with everything on");
 }
 
 } // namespace
@@ -167,10 +127,10 @@ void measureEverythingOn(PanelDesktop &place) {
 
 int main() {
     try {
-        lumo::desktop::PanelDesktop place;
-        lumo::desktop::measureStart(place);
-        lumo::desktop::measureRounds(place);
-        lumo::desktop::measureEverythingOn(place);
+        lumo::desktop::Somebody user;
+        lumo::desktop::measureStart(user);
+        lumo::desktop::measureRounds(user);
+        lumo::desktop::measureEverythingOn(user);
         return 0;
     } catch (const std::exception &problem) {
         std::printf("The benchmark failed: %s\n", problem.what());

@@ -2,13 +2,14 @@
 // OpenGL's drivers leak a little with each of their contexts. They are unloaded before the leaks
 // are told, which would leave no name to know them by: so nothing is unloaded here.
 extern "C" int dlclose(void *handle);
-extern "C" const char *__lsan_default_suppressions(); // NOLINT(bugprone-reserved-identifier,cert-*)
+extern "C" const char *
+__lsan_default_suppressions(); // NOLINT(*-reserved-identifier,cert-*,readability-identifier-naming)
 
 extern "C" int dlclose(void * /*handle*/) {
     return 0;
 }
 
 extern "C" const char *
-__lsan_default_suppressions() { // NOLINT(bugprone-reserved-identifier,cert-*)
+__lsan_default_suppressions() { // NOLINT(*-reserved-identifier,cert-*,readability-identifier-naming)
     return "leak:_dri.so\n";
 }

@@ -12,7 +12,6 @@ constexpr int coarsestCell = 3; // as a power of two, in pixels
 constexpr int widenedCell = 2;  // the same, of the cells that become pixels in one step
 constexpr int mostHalvings = 8;
 constexpr double cutOff = 3; // in deviations
-constexpr std::size_t bytesPerPixel = 4;
 
 // A Gaussian stays one on a grid on which its deviation is at least the first of these many cells,
 // and is cheap on one on which it is below the second.
@@ -149,7 +148,7 @@ MaterialRenderer::Plan MaterialRenderer::planFor(double deviation, int cellShift
     double variance = deviation * deviation - (cell * cell - 1) / 12;
     const int widened = cellShift >= widenedCell ? 1 << widenedCell : 1;
     variance -= varianceOfInterpolation(widened, widened);
-    for (double from = cell; from > widened; from /= 2) {
+    for (int from = 1 << (cellShift + plan.halvings); from > widened; from /= 2) {
         variance -= varianceOfInterpolation(from, 2);
     }
     const double inCells = std::sqrt(std::max(variance / (cell * cell), 0.0625));
@@ -266,16 +265,13 @@ PixelGrid MaterialRenderer::blurred(const PixelGrid &input, const Plan &plan,
     std::vector<const float *> taps(2 * plan.weights.size() - 1);
     for (std::size_t channel = 0; channel < 3; ++channel) {
         for (int row = at.rows.first; row <= at.rows.last; ++row) {
-            for (int k = -radius; k <= radius; ++k) {
-                taps[static_cast<std::size_t>(radius + k)] =
-                    source->at(channel, around.first, row + k);
-            }
+            int above = row - radius;
+            std::ranges::generate(taps, [&] { return source->at(channel, around.first, above++); });
             convolve(taps, plan.weights, rowScales[static_cast<std::size_t>(row - at.rows.first)],
                      nullptr, line.at(channel, around.first, 0),
                      static_cast<std::size_t>(around.count()));
-            for (int k = 0; k <= 2 * radius; ++k) {
-                taps[static_cast<std::size_t>(k)] = line.at(channel, around.first + k, 0);
-            }
+            const float *tap = line.at(channel, around.first, 0);
+            std::ranges::generate(taps, [&] { return tap++; });
             convolve(taps, plan.weights, 1, columnScales.data(),
                      result.at(channel, at.columns.first, row),
                      static_cast<std::size_t>(at.columns.count()));

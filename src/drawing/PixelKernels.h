@@ -73,8 +73,8 @@ void lay(const ConstFloatRows &upper, const Laying &laying, const FloatRows &ont
 // One row of the final picture.
 struct FinalRow {
     // The rows of channels between which it lies, and how far down, from 0 to 32767.
-    std::array<const std::int16_t *, 3> upper;
-    std::array<const std::int16_t *, 3> lower;
+    std::array<const std::int16_t *, 3> upper{};
+    std::array<const std::int16_t *, 3> lower{};
     std::int16_t down = 0;
 
     // Grey values that are blended as an "overlay"; null for none. The amount is how opaque they

@@ -3,13 +3,14 @@
 #include "drawing/PixelKernels.h"
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "drawing/PixelKernelsByTarget.h"
+#define HWY_TARGET_INCLUDE "drawing/PixelKernelsByTarget.h" // NOLINT(cppcoreguidelines-macro-usage)
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
 #include <cstring>
 
 HWY_BEFORE_NAMESPACE();
+// NOLINTBEGIN(misc-definitions-in-headers): each instruction set has its own
 namespace lumo::drawing::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
@@ -243,4 +244,5 @@ void finish(const FinalRow &row) {
 }
 
 } // namespace lumo::drawing::HWY_NAMESPACE
+// NOLINTEND(misc-definitions-in-headers)
 HWY_AFTER_NAMESPACE();

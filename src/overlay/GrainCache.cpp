@@ -86,7 +86,8 @@ std::shared_ptr<const Image> makeFineGrainImage(Size size, double scale) {
 
 GrainCache &GrainCache::shared() {
     // Never destroyed, since a background thread may still use it while the process exits.
-    static auto &cache = *new GrainCache;
+    static auto &cache =
+        *new GrainCache; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
     return cache;
 }
 

@@ -1,6 +1,6 @@
 #include "Look.h"
-#include "ShellDesktop.h"
 #include "desktop/SampleApplication.h"
+#include "desktop/ShellDesktop.h"
 
 #include <gmock/gmock.h>
 

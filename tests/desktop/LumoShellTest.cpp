@@ -1,5 +1,5 @@
-#include "ShellDesktop.h"
 #include "desktop/SampleApplication.h"
+#include "desktop/ShellDesktop.h"
 
 #include <gmock/gmock.h>
 

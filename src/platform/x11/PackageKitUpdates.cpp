@@ -3,6 +3,7 @@
 #include "platform/x11/GlibPointers.h"
 #include "support/Handle.h"
 
+#include <array>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -122,8 +123,8 @@ class PackageKitUpdates::Check : public std::enable_shared_from_this<Check> {
         if (own_) {
             arguments = g_variant_new("(t)", filterNone);
         } else {
-            const char *const files[] = {file_.c_str(), nullptr};
-            arguments = g_variant_new("(t^as)", filterInstalled, files);
+            const std::array<const char *, 2> files{file_.c_str(), nullptr};
+            arguments = g_variant_new("(t^as)", filterInstalled, files.data());
         }
         g_dbus_connection_call(bus_.get(), serviceName, path, transactionInterface, method,
                                arguments, nullptr, G_DBUS_CALL_FLAGS_NONE, longestCall,
@@ -139,12 +140,13 @@ class PackageKitUpdates::Check : public std::enable_shared_from_this<Check> {
     }
 
     void handleSignal(std::string_view signal, GVariant *parameters) {
-        if (signal == "Package" && g_variant_is_of_type(parameters, G_VARIANT_TYPE("(uss)"))) {
+        if (signal == "Package" &&
+            g_variant_is_of_type(parameters, G_VARIANT_TYPE("(uss)")) != FALSE) {
             const char *identifier = nullptr;
             g_variant_get_child(parameters, 1, "&s", &identifier);
             handlePackage(packageOf(identifier));
         } else if (signal == "Finished" &&
-                   g_variant_is_of_type(parameters, G_VARIANT_TYPE("(uu)"))) {
+                   g_variant_is_of_type(parameters, G_VARIANT_TYPE("(uu)")) != FALSE) {
             guint32 exit = 0;
             g_variant_get_child(parameters, 0, "u", &exit);
             handleFinished(exit == exitSuccess);

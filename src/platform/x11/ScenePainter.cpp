@@ -18,11 +18,10 @@ PixelRect wholeOf(const RenderTarget &target) {
 
 } // namespace
 
-ScenePainter::ScenePainter(const DrawingTools &tools, MainLoop &mainLoop,
+ScenePainter::ScenePainter(Connection &connection, MainLoop &mainLoop,
                            std::unique_ptr<SceneBelow> scene, const Canvas &canvas,
                            std::unique_ptr<BackdropRenderer> renderer, std::function<void()> failed)
-    : tools_(tools)
-    , connection_(tools.connection)
+    : connection_(connection)
     , mainLoop_(mainLoop)
     , scene_(std::move(scene))
     , window_(canvas)

@@ -28,7 +28,7 @@ class ScenePainter final : public Painter {
 
     // Calls failed when the renderer can't draw any more; nothing is painted from then on. The
     // painter must outlive that call.
-    ScenePainter(const DrawingTools &tools, MainLoop &mainLoop, std::unique_ptr<SceneBelow> scene,
+    ScenePainter(Connection &connection, MainLoop &mainLoop, std::unique_ptr<SceneBelow> scene,
                  const Canvas &canvas, std::unique_ptr<BackdropRenderer> renderer,
                  std::function<void()> failed);
 
@@ -51,7 +51,6 @@ class ScenePainter final : public Painter {
     void clipToParts();
     void scheduleRedraw();
 
-    DrawingTools tools_;
     Connection &connection_;
     MainLoop &mainLoop_;
     std::unique_ptr<SceneBelow> scene_;

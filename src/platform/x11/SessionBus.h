@@ -9,7 +9,7 @@
 #include <memory>
 #include <string>
 
-using GDBusConnection = struct _GDBusConnection;
+using GDBusConnection = struct _GDBusConnection; // NOLINT(bugprone-reserved-identifier,cert-*)
 
 namespace lumo::x11 {
 

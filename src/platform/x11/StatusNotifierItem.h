@@ -9,8 +9,8 @@
 #include <memory>
 #include <string>
 
-using GDBusConnection = struct _GDBusConnection;
-using GVariant = struct _GVariant;
+using GDBusConnection = struct _GDBusConnection; // NOLINT(bugprone-reserved-identifier,cert-*)
+using GVariant = struct _GVariant;               // NOLINT(bugprone-reserved-identifier,cert-*)
 
 namespace lumo::x11 {
 

@@ -297,8 +297,9 @@ X11OverlayWindow::makeScenePainter(std::unique_ptr<BackdropRenderer> renderer,
             dropPainter();
         }));
     };
-    return std::make_unique<ScenePainter>(drawing, surroundings_.mainLoop, std::move(scene), canvas,
-                                          std::move(renderer), std::move(failed));
+    return std::make_unique<ScenePainter>(drawing.connection, surroundings_.mainLoop,
+                                          std::move(scene), canvas, std::move(renderer),
+                                          std::move(failed));
 }
 
 Appearance X11OverlayWindow::appearance() const {

@@ -1,4 +1,4 @@
-#include "ShellDesktop.h"
+#include "desktop/ShellDesktop.h"
 
 #include <fstream>
 #include <iterator>
