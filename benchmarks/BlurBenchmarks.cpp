@@ -84,7 +84,7 @@ void measureFrames(x11::Connection &connection, int width, int height, double in
     const PixelRect part{width / 3 - reach, height / 3 - reach, damagedWidth + 2 * reach,
                          damagedHeight + 2 * reach};
     struct Case {
-        const char *name;
+        const char *name = nullptr;
         PixelRect pixels;
     };
     for (const auto &[name, area] : {Case{"all of it", {0, 0, width, height}},

@@ -277,8 +277,8 @@ PixelGrid MaterialRenderer::blurred(const PixelGrid &input, const Plan &plan,
                      static_cast<std::size_t>(at.columns.count()));
         }
     }
-    for (auto wanted = finer.rbegin(); wanted != finer.rend(); ++wanted) {
-        result = result.doubled(wanted->columns, wanted->rows);
+    for (; !finer.empty(); finer.pop_back()) {
+        result = result.doubled(finer.back().columns, finer.back().rows);
     }
     return result;
 }

@@ -86,8 +86,8 @@ std::shared_ptr<const Image> makeFineGrainImage(Size size, double scale) {
 
 GrainCache &GrainCache::shared() {
     // Never destroyed, since a background thread may still use it while the process exits.
-    static auto &cache =
-        *new GrainCache; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
+    // NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables)
+    static auto &cache = *new GrainCache;
     return cache;
 }
 

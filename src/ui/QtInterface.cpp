@@ -48,8 +48,10 @@ class QtInterface::Toolkit final : private QAbstractNativeEventFilter {
         if (hooks_.viewHost == nullptr) {
             QApplication::setWindowIcon(programIcon());
         }
+        // NOLINTBEGIN(clang-analyzer-cplusplus.NewDeleteLeaks): the application owns it
         QApplication::setStyle(new LumoStyle);
         if (hooks_.handleNativeEvent) {
+            // NOLINTEND(clang-analyzer-cplusplus.NewDeleteLeaks)
             application_.installNativeEventFilter(this);
         }
         if (hooks_.appearance != nullptr) {

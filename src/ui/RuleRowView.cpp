@@ -67,8 +67,8 @@ void RuleRowView::paint(QPainter *painter, const QStyleOptionViewItem &option,
 
 bool RuleRowView::editorEvent(QEvent *event, QAbstractItemModel * /*model*/,
                               const QStyleOptionViewItem &option, const QModelIndex &index) {
-    if (event->type() == QEvent::MouseButtonRelease) {
-        const auto *mouse = static_cast<QMouseEvent *>(event);
+    if (const auto *mouse = dynamic_cast<const QMouseEvent *>(event);
+        mouse != nullptr && mouse->type() == QEvent::MouseButtonRelease) {
         const auto position = mouse->position().toPoint();
         if (mouse->button() != Qt::LeftButton) {
             return false;
@@ -81,8 +81,9 @@ bool RuleRowView::editorEvent(QEvent *event, QAbstractItemModel * /*model*/,
             onRemove(index);
             return true;
         }
-    } else if (event->type() == QEvent::KeyPress) {
-        const int key = static_cast<QKeyEvent *>(event)->key();
+    } else if (const auto *pressed = dynamic_cast<const QKeyEvent *>(event);
+               pressed != nullptr && pressed->type() == QEvent::KeyPress) {
+        const int key = pressed->key();
         if (key == Qt::Key_Space || key == Qt::Key_Return || key == Qt::Key_Enter) {
             onToggle(index);
             return true;

@@ -17,6 +17,7 @@
 #include <QStackedWidget>
 #include <QStyle>
 #include <QWindow>
+#include <utility>
 
 namespace lumo {
 
@@ -38,8 +39,8 @@ std::string_view symbolOf(SettingsTab tab) {
 
 } // namespace
 
-SettingsView::SettingsView(const SettingsModel &model)
-    : model_(model)
+SettingsView::SettingsView(SettingsModel model)
+    : model_(std::move(model))
     , sidebar_(new QListWidget)
     , pages_(new QStackedWidget) {
     resize(contentSize);

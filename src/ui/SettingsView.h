@@ -18,7 +18,7 @@ class SettingsView final : public QWidget {
     static constexpr QSize contentSize{800, 540};
     static constexpr int sidebarWidth = 170;
 
-    explicit SettingsView(const SettingsModel &model);
+    explicit SettingsView(SettingsModel model);
 
   protected:
     void paintEvent(QPaintEvent *event) override;

@@ -78,7 +78,8 @@ class LumoSettings : public testing::Test, protected ShellDesktop {
                held == "<string>" + value + "</string>";
     }
 
-    static std::function<bool()> both(std::function<bool()> one, std::function<bool()> other) {
+    static std::function<bool()> both(const std::function<bool()> &one,
+                                      const std::function<bool()> &other) {
         return [one, other] { return one() && other(); };
     }
 
@@ -109,7 +110,7 @@ class LumoSettings : public testing::Test, protected ShellDesktop {
     }
 
     // Whether the keys, or whatever else somebody does, change nothing that is seen.
-    std::function<bool()> ignored(std::function<void()> act) {
+    std::function<bool()> ignored(const std::function<void()> &act) {
         return [this, act] {
             act();
             return session.remains([&] { return !isPlain(greenSpot); }, Seconds(0.3));

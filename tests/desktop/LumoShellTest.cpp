@@ -179,7 +179,7 @@ TEST_F(LumoShell, ThePopoverActsByTheMouseAndByTheKeyboard) {
         session.press({Key::enter});
     };
     struct Row {
-        int index; // from the last
+        int index = 0; // from the last
         Spot place;
     };
     constexpr Row toggle{7, {60, 42}};
@@ -269,7 +269,7 @@ TEST_F(LumoShell, ThePopoverIsWhollyOnTheScreenOfTheDotAtEveryScale) {
             std::make_unique<LumoProcess>(desktop, Preferences{{"hasCompletedOnboarding", true}});
         for (const std::string edge : {"top", "bottom"}) {
             for (const std::string side : {"left", "right"}) {
-                SCOPED_TRACE(edge + ' ' + side + " at " + std::to_string(scale));
+                SCOPED_TRACE(testing::Message() << edge << ' ' << side << " at " << scale);
                 panel = desktop.start({"trayer", "--edge", edge, "--align", side, "--monitor",
                                        side == "left" ? "0" : "1", "--SetDockType", "true"});
                 ASSERT_TRUE(openPopover());

@@ -21,7 +21,9 @@ TEST(PointSpace, PlacesBoundsFromTheHighestEdgeAndFramesFromTheMainScreensBottom
 }
 
 TEST(PointSpace, HasOneTopThatTurnsBoundsIntoFramesAndComesBackToTheSamePixels) {
-    std::mt19937 random(7);
+    const auto seed = testing::UnitTest::GetInstance()->random_seed();
+    SCOPED_TRACE(seed);
+    std::mt19937 random(static_cast<unsigned>(seed));
     std::uniform_int_distribution<int> position(-5000, 9000);
     std::uniform_int_distribution<int> extent(1, 6000);
     for (const double scale : {1.0, 1.25, 1.5, 1.75, 2.0, 2.75, 1.1}) {

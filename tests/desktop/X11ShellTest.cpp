@@ -237,6 +237,8 @@ class FakeHost {
         object_ =
             g_dbus_connection_register_object(bus_.get(), "/StatusNotifierWatcher",
                                               node->interfaces[0], &table, this, nullptr, nullptr);
+        // Who sees the name expects the objects:
+        // NOLINTNEXTLINE(cppcoreguidelines-prefer-member-initializer)
         name_ = g_bus_own_name_on_connection(bus_.get(), "org.kde.StatusNotifierWatcher",
                                              G_BUS_NAME_OWNER_FLAGS_NONE, nullptr, nullptr, nullptr,
                                              nullptr);
@@ -276,7 +278,7 @@ class FakeHost {
 
     std::string propertiesText() const {
         char *printed = g_variant_print(properties.get(), FALSE);
-        const std::string text = printed;
+        std::string text = printed;
         g_free(printed);
         return text;
     }
@@ -405,6 +407,8 @@ class FakePackageService {
             g_dbus_connection_register_object(bus_.get(), path, node->interfaces[1], &table, this,
                                               nullptr, nullptr);
         }
+        // Who sees the name expects the objects:
+        // NOLINTNEXTLINE(cppcoreguidelines-prefer-member-initializer)
         name_ = g_bus_own_name_on_connection(bus_.get(), "org.freedesktop.PackageKit",
                                              G_BUS_NAME_OWNER_FLAGS_NONE, nullptr, nullptr, nullptr,
                                              nullptr);

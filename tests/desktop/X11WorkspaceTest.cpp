@@ -334,7 +334,7 @@ TEST_F(WorkspaceTest, OpensTheSettingsOfTheDesktopThatRuns) {
     }
     writeEntry("matecc", "Name=Control Center\nPath=/nowhere\nExec=true\n");
     const auto page = std::string(systemSettingsScheme) + ":page";
-    for (const auto &[desktop, program] :
+    for (const auto &expected :
          std::map<std::string, std::string>{{"ubuntu:GNOME", "org.gnome.Settings"},
                                             {"KDE", "kdesystemsettings"},
                                             {"XFCE:X-Cinnamon:", "cinnamon-settings"},
@@ -342,6 +342,8 @@ TEST_F(WorkspaceTest, OpensTheSettingsOfTheDesktopThatRuns) {
                                             {"", ""},
                                             {":", ""},
                                             {"gnome", ""}}) {
+        const std::string &desktop = expected.first;
+        const std::string &program = expected.second;
         const desktop::Variable current("XDG_CURRENT_DESKTOP", desktop);
         std::filesystem::remove(opened);
         EXPECT_TRUE(eventually([&] { return workspace_.open(page) == !program.empty(); }))

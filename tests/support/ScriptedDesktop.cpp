@@ -433,7 +433,7 @@ OverlayState &ScriptedDesktop::overlayOn(DisplayID display) const {
 // overlays lies between it and where it was asked to be.
 void ScriptedDesktop::place(OverlayState &overlay, Stack::iterator position) {
     auto settled = position;
-    while (settled != stack_.end() && settled->overlay && settled->overlay != &overlay) {
+    while (settled != stack_.end() && settled->overlay != nullptr && settled->overlay != &overlay) {
         ++settled;
     }
     if (settled != stack_.end() && settled->overlay == &overlay) {
@@ -511,14 +511,11 @@ int ScriptedDesktop::monitorCount(EventMask mask) const {
 
 bool ScriptedDesktop::send(const InputEvent &event, Target target) {
     const auto monitors = monitors_; // a copy: handlers add and release monitors
-    for (const auto &monitor : monitors) {
+    return std::ranges::any_of(monitors, [&](const auto &monitor) {
         const bool isLive = std::ranges::find(monitors_, monitor) != monitors_.end();
-        if (isLive && monitor->target == target && (monitor->mask & eventMask(event.type)) != 0 &&
-            monitor->handler(event)) {
-            return true;
-        }
-    }
-    return false;
+        return isLive && monitor->target == target &&
+               (monitor->mask & eventMask(event.type)) != 0 && monitor->handler(event);
+    });
 }
 
 Handle ScriptedDesktop::addMonitor(Monitor monitor) {

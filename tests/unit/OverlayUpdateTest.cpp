@@ -1,5 +1,7 @@
 #include "OverlayStories.h"
 
+#include <vector>
+
 namespace lumo {
 namespace {
 
@@ -136,7 +138,7 @@ TEST_F(OverlayUpdate, ChangesOfTheEffectAreAppliedAtOnceAndGoByMode) {
         float tint;
         bool showsBackdrop;
     };
-    const Case cases[] = {
+    const std::vector<Case> cases = {
         {EffectMode::softBlur, 0.6, false, 0.0F, true},
         {EffectMode::softBlur, 0.6, true, 0.36F, false},
         {EffectMode::dim, 1, false, 0.52F, false},
@@ -301,13 +303,13 @@ TEST(RenderStep, HoldsBackOnlyAChangeOfTheClearWindow) {
         return OverlayManager::PendingRender{snapshot, at};
     };
     struct Case {
-        const char *what;
+        const char *what = nullptr;
         std::optional<Snapshot> last;
         std::optional<OverlayManager::PendingRender> pending;
         Snapshot desired;
-        Step expected;
+        Step expected = Step::unchanged;
     };
-    const Case cases[] = {
+    const std::vector<Case> cases = {
         {"the first picture", {}, {}, a, Step::apply},
         {"the same", a, {}, a, Step::unchanged},
         {"the same after a glimpse", a, pending(b, 0), a, Step::unchanged},

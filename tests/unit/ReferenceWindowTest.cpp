@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <vector>
+
 namespace lumo {
 namespace {
 
@@ -59,13 +61,13 @@ TEST(EffectiveFrontWindow, IsTheFrontApplicationsWindowToWorkInElseItsLargest) {
     const Rect large{0, 0, 800, 600};
     const Rect small{0, 0, 299, 200};
     struct Case {
-        const char *what;
+        const char *what = nullptr;
         Candidates candidates;
         std::optional<std::uint32_t> frontWindowID;
         std::optional<std::int32_t> frontPID;
         std::optional<std::uint32_t> expected;
     };
-    const Case cases[] = {
+    const std::vector<Case> cases = {
         {"the focused window", Candidates().add(browser, large).add(editor, large), 2, editor, 2},
         {"a focused window that is no candidate", Candidates().add(editor, large), 9, editor, 1},
         {"a focused window that is too small", Candidates().add(editor, small).add(editor, large),
@@ -93,11 +95,11 @@ TEST(EffectiveFrontWindow, IsTheFrontApplicationsWindowToWorkInElseItsLargest) {
 TEST(ReferenceWindow, IsTheFrontmostThatTakesEnoughOfTheScreen) {
     const Rect large{100, 100, 800, 600};
     struct Case {
-        const char *what;
+        const char *what = nullptr;
         Candidates candidates;
         std::optional<std::uint32_t> expected;
     };
-    const Case cases[] = {
+    const std::vector<Case> cases = {
         {"nothing", Candidates(), {}},
         {"the frontmost of two", Candidates().add(editor, large).add(browser, large), 1},
         {"the frontmost by order, not by place in the list",

@@ -3,13 +3,12 @@
 #include <gmock/gmock.h>
 
 #include <limits>
+#include <vector>
 
 namespace lumo {
 namespace {
 
-using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 TEST(ScreenGeometry, MeasuresWindowBoundsFromTheHighestScreenEdge) {
     const std::vector<Screen> screens{{1, {0, 0, 1440, 900}, 1}, {2, {1440, 0, 1920, 1080}, 1}};
@@ -34,11 +33,11 @@ TEST(ScreenGeometry, MeasuresWindowBoundsFromTheHighestScreenEdge) {
 TEST(ScreenGeometry, FindsStageManagerStripsByOwnerPlaceAndShape) {
     const Rect screen{1440, 0, 1920, 1080};
     struct Case {
-        const char *what;
+        const char *what = nullptr;
         Rect local; // y up
         std::vector<Rect> expected;
     };
-    const Case cases[] = {
+    const std::vector<Case> cases = {
         {"touching the left edge", {0, 200, 200, 600}, {{0, 196, 204, 608}}},
         {"touching the right edge", {1708, 200.5, 212, 600}, {{1704, 196, 216, 609}}},
         {"hanging out at the left", {-100, 200, 200, 600}, {{0, 196, 104, 608}}},

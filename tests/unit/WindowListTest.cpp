@@ -3,6 +3,8 @@
 
 #include <gmock/gmock.h>
 
+#include <vector>
+
 namespace lumo {
 namespace {
 
@@ -81,7 +83,7 @@ TEST_F(WindowList, DescribesTheWindowsFrontToBackAsTheServerListsThem) {
 }
 
 TEST_F(WindowList, DropsWhatIsNotDescribedWellEnoughAndCountsItAllTheSame) {
-    const std::pair<const char *, Dictionary> bad[] = {
+    const std::vector<std::pair<const char *, Dictionary>> bad = {
         {"no number", recordWithout(windowKey::number)},
         {"no owner name", recordWithout(windowKey::ownerName)},
         {"no layer", recordWithout(windowKey::layer)},
@@ -142,10 +144,7 @@ TEST_F(WindowList, TellsSystemAndTransientWindowsByTheirWords) {
                               "spreadsheet", "pan panel", "d\xC3\xA9j\xC3\xA0 dialog"}) {
         EXPECT_TRUE(WindowListService::isTransientWindow(title)) << title;
     }
-    for (const char *title : {"", "Report", "men", "pan el",
-                              "d\xC4\xB0"
-                              "alog",
-                              "Utilit\xC3\xA9"}) {
+    for (const char *title : {"", "Report", "men", "pan el", "d\u0130alog", "Utilit\xC3\xA9"}) {
         EXPECT_FALSE(WindowListService::isTransientWindow(title)) << title;
     }
 }
@@ -154,9 +153,9 @@ TEST_F(WindowList, TakesLargeWindowsWithoutATransientTitleForThoseTheUserWorksIn
     struct Case {
         Size size;
         std::optional<std::string> title;
-        bool isPrimary;
+        bool isPrimary = false;
     };
-    const Case cases[] = {
+    const std::vector<Case> cases = {
         {{300, 200}, "Report", true},        {{299, 200}, "Report", false},
         {{1000, 199}, std::nullopt, false},  {{1000, 800}, "", true},
         {{1000, 800}, "Save Dialog", false}, {{1000, 800}, std::nullopt, true},
