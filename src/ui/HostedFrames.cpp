@@ -31,8 +31,11 @@ class HostedStatusPopover final : public Popover {
         close();
         view_ = makeView_();
         popover_ = host_.makePopover(hostedView(*view_), [this] { close(); });
-        view_->show();
+        // The frame first: the toolkit opens a window of its own for a view that is in none. The
+        // view is what keys go to from then on.
         popover_->show();
+        view_->show();
+        view_->activateWindow();
     }
 
     void close() override {
@@ -68,7 +71,11 @@ class HostedInterfaceWindow final : public InterfaceWindow {
     HostedInterfaceWindow(const HostedInterfaceWindow &) = delete;
     HostedInterfaceWindow &operator=(const HostedInterfaceWindow &) = delete;
 
-    void makeKeyAndOrderFront() override { window_->makeKeyAndOrderFront(); }
+    // The view is what keys go to.
+    void makeKeyAndOrderFront() override {
+        window_->makeKeyAndOrderFront();
+        view_->activateWindow();
+    }
 
   private:
     DiscardView discard_;

@@ -2,7 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include <QGuiApplication>
+#include <QTest>
 #include <QWidget>
+#include <QWindow>
 #include <utility>
 
 namespace lumo {
@@ -29,7 +32,10 @@ class ScriptedViewHost final : public ViewHost {
         return std::make_unique<WindowFrame>(*this);
     }
 
+    QWidget *view() const { return QWidget::find(reinterpret_cast<WId>(hosted.nativeView)); }
+
     HostedView hosted;
+    QWidget frameInFocus; // until somebody gives the focus to the view
     std::vector<std::string> events;
     std::function<void()> userClosesPopover;
     std::function<void()> userClosesWindow;
@@ -45,6 +51,7 @@ class ScriptedViewHost final : public ViewHost {
 
         bool isShown() const override { return isShown_; }
         void show() override {
+            EXPECT_FALSE(host_.view()->isVisible()) << "a view outside of a window opens one";
             isShown_ = true;
             host_.events.emplace_back("shown");
         }
@@ -63,7 +70,12 @@ class ScriptedViewHost final : public ViewHost {
         WindowFrame(const WindowFrame &) = delete;
         WindowFrame &operator=(const WindowFrame &) = delete;
 
-        void makeKeyAndOrderFront() override { host_.events.emplace_back("shown"); }
+        void makeKeyAndOrderFront() override {
+            EXPECT_TRUE(host_.view()->isVisible());
+            host_.frameInFocus.show();
+            host_.frameInFocus.activateWindow();
+            host_.events.emplace_back("shown");
+        }
 
       private:
         ScriptedViewHost &host_;
@@ -74,9 +86,12 @@ class HostedFramesTest : public testing::Test {
   protected:
     static std::unique_ptr<QWidget> makeView() {
         auto view = std::make_unique<QWidget>();
-        view->setAttribute(Qt::WA_DontShowOnScreen);
         view->resize(260, 300);
         return view;
+    }
+    static bool getsKeys(const QWidget &view) {
+        return QTest::qWaitFor(
+            [&] { return QGuiApplication::focusWindow() == view.windowHandle(); });
     }
     // The view's frame must be gone by then.
     DiscardView discarding() {
@@ -94,7 +109,8 @@ TEST_F(HostedFramesTest, APopoverHasAViewForAsLongAsItIsShown) {
     EXPECT_THAT(host.events, IsEmpty());
     popover->show({});
     EXPECT_TRUE(popover->isShown());
-    EXPECT_NE(host.hosted.nativeView, nullptr);
+    ASSERT_NE(host.view(), nullptr);
+    EXPECT_TRUE(host.view()->isVisible());
     EXPECT_EQ(host.hosted.size, (Size{260, 300}));
     host.userClosesPopover();
     EXPECT_FALSE(popover->isShown());
@@ -111,6 +127,7 @@ TEST_F(HostedFramesTest, AWindowMayBeDestroyedByItsOwnClosing) {
         host, HostedWindowKind::settings, "Lumo Settings", makeView(), [&] { window.reset(); },
         discarding());
     window->makeKeyAndOrderFront();
+    EXPECT_TRUE(getsKeys(*host.view()));
     EXPECT_EQ(host.hosted.size, (Size{260, 300}));
     const auto close = host.userClosesWindow;
     close();

@@ -6,6 +6,7 @@
 #include "platform/macos/logic/WindowFlags.h"
 
 #import <AppKit/AppKit.h>
+#import <dispatch/dispatch.h>
 
 #include <utility>
 
@@ -31,6 +32,14 @@ NSView *hostingView(const HostedView &hosted) {
     return container;
 }
 
+// What is let go from within one of its own events or notifications is used by its callers until
+// they return.
+void keepUntilLater(id object) {
+    dispatch_async(dispatch_get_main_queue(), ^{
+        (void)object;
+    });
+}
+
 class MacPopover final : public HostedPopover {
   public:
     MacPopover(const MacStatusItem &statusItem, const HostedView &view,
@@ -47,9 +56,12 @@ class MacPopover final : public HostedPopover {
                                 popover_, std::move(onDidClose));
     }
 
+    // At once, since the view goes now.
     ~MacPopover() override {
         closing_.reset();
+        popover_.animates = NO;
         close();
+        keepUntilLater(popover_);
     }
     MacPopover(const MacPopover &) = delete;
     MacPopover &operator=(const MacPopover &) = delete;
@@ -58,7 +70,10 @@ class MacPopover final : public HostedPopover {
 
     void show() override {
         NSView *button = statusItem_.button();
-        [popover_ showRelativeToRect:button.bounds ofView:button preferredEdge:NSMinYEdge];
+        // Without a window around the button that would raise an exception.
+        if (button.window != nil) {
+            [popover_ showRelativeToRect:button.bounds ofView:button preferredEdge:NSMinYEdge];
+        }
     }
 
     void close() override { [popover_ close]; }
@@ -97,6 +112,7 @@ class MacHostedWindow final : public HostedWindow {
         if (!isClosing_) {
             [window_ close];
         }
+        keepUntilLater(window_);
     }
     MacHostedWindow(const MacHostedWindow &) = delete;
     MacHostedWindow &operator=(const MacHostedWindow &) = delete;
