@@ -1,7 +1,9 @@
 #pragma once
 
 #include "platform/LayerTree.h"
+#import "platform/macos/LenientCoding.h"
 #include "platform/macos/logic/LayerDifference.h"
+#include "support/Log.h"
 
 #import <AppKit/AppKit.h>
 #import <QuartzCore/QuartzCore.h>
@@ -18,8 +20,8 @@ bool hasBackdropLayers();
 // thread only.
 class LayerRenderer {
   public:
-    // Makes the view layer-backed.
-    explicit LayerRenderer(NSView *view);
+    // Makes the view layer-backed. The log outlives the object.
+    LayerRenderer(NSView *view, const Log &log);
 
     // In one transaction, without animation.
     void show(const LayerTree &tree);
@@ -27,6 +29,7 @@ class LayerRenderer {
   private:
     void makeLayers(const LayerTree &tree, const LayerTreeChange &change);
 
+    LenientCoding coding_;
     NSView *view_;
     CAShapeLayer *exclusionMaskLayer_;
     std::vector<CALayer *> layers_; // nil for a backdrop layer that can't be made

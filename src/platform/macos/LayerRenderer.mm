@@ -28,7 +28,7 @@ CALayer *makeLayer(Layer::Kind kind) {
 }
 
 // Nil when the class, its factory or the filter is missing.
-id makeFilter(const Filter &filter) {
+id makeFilter(const Filter &filter, LenientCoding &coding) {
     Class found = NSClassFromString(nativeString(filterClass));
     SEL factory = NSSelectorFromString(nativeString(filterFactory));
     Method method = found != Nil ? class_getClassMethod(found, factory) : nullptr;
@@ -39,21 +39,21 @@ id makeFilter(const Filter &filter) {
     const auto make = reinterpret_cast<Factory>(method_getImplementation(method));
     id made = make(found, factory, nativeString(filter.type));
     for (const auto &[key, value] : filter.values.entries()) {
-        [made setValue:nativeObject(value) forKey:nativeString(key)];
+        coding.set(made, key, nativeObject(value));
     }
     return made;
 }
 
 // Filters that can't be made are left out; when none can, the layer keeps those that it has.
-void applyFilters(CALayer *layer, const std::vector<Filter> &filters) {
+void applyFilters(CALayer *layer, const std::vector<Filter> &filters, LenientCoding &coding) {
     NSMutableArray *made = [NSMutableArray arrayWithCapacity:filters.size()];
     for (const auto &filter : knownFilters(filters)) {
-        if (id one = makeFilter(filter)) {
+        if (id one = makeFilter(filter, coding)) {
             [made addObject:one];
         }
     }
     if (made.count > 0) {
-        [layer setValue:made forKey:@"filters"];
+        coding.set(layer, "filters", made);
     }
 }
 
@@ -88,7 +88,7 @@ CALayerContentsFilter nativeSampling(Sampling sampling) {
     return sampling == Sampling::nearest ? kCAFilterNearest : kCAFilterLinear;
 }
 
-void apply(CALayer *target, const Layer &layer, const LayerChange &change) {
+void apply(CALayer *target, const Layer &layer, const LayerChange &change, LenientCoding &coding) {
     if (change.masksToBounds) {
         target.masksToBounds = layer.masksToBounds;
     }
@@ -97,7 +97,7 @@ void apply(CALayer *target, const Layer &layer, const LayerChange &change) {
     }
     for (const auto option : change.options) {
         const auto &[key, value] = layer.options.entries()[option];
-        [target setValue:nativeObject(value) forKey:nativeString(key)];
+        coding.set(target, key, nativeObject(value));
     }
     if (change.opacity) {
         target.opacity = layer.opacity;
@@ -111,7 +111,7 @@ void apply(CALayer *target, const Layer &layer, const LayerChange &change) {
         target.magnificationFilter = nativeSampling(layer.magnificationFilter);
     }
     if (change.filters) {
-        applyFilters(target, layer.filters);
+        applyFilters(target, layer.filters, coding);
     }
     if (change.frame) {
         target.frame = nativeRect(layer.frame);
@@ -141,8 +141,9 @@ bool hasBackdropLayers() {
     return backdropClass() != Nil;
 }
 
-LayerRenderer::LayerRenderer(NSView *view)
-    : view_(view)
+LayerRenderer::LayerRenderer(NSView *view, const Log &log)
+    : coding_(log)
+    , view_(view)
     , exclusionMaskLayer_([[CAShapeLayer alloc] init]) {
     view_.wantsLayer = YES;
     view_.layer.masksToBounds = YES;
@@ -187,7 +188,7 @@ void LayerRenderer::show(const LayerTree &tree) {
     }
     makeLayers(tree, change);
     for (std::size_t index = 0; index < tree.layers.size(); ++index) {
-        apply(layers_[index], tree.layers[index], change.layers[index]);
+        apply(layers_[index], tree.layers[index], change.layers[index], coding_);
     }
     if (change.mask == MaskChange::set) {
         setMask(exclusionMaskLayer_, *tree.mask);

@@ -55,7 +55,7 @@ MacOverlayWindow::MacOverlayWindow(MacOverlayWindows &overlays, const Rect &fram
     : overlays_(overlays)
     , window_(makeOverlay(nativeRect(frame)))
     , listedNumber_(static_cast<std::uint32_t>(window_.windowNumber))
-    , renderer_(window_.contentView) {
+    , renderer_(window_.contentView, overlays.log_) {
     overlays_.numbers_.insert(listedNumber_);
 }
 
@@ -122,8 +122,9 @@ void MacOverlayWindow::commit(const LayerTree &tree) {
     renderer_.show(tree);
 }
 
-MacOverlayWindows::MacOverlayWindows(const MacWindowServer &windowServer)
-    : windowServer_(windowServer) {
+MacOverlayWindows::MacOverlayWindows(const MacWindowServer &windowServer, const Log &log)
+    : windowServer_(windowServer)
+    , log_(log) {
 }
 
 std::unique_ptr<PlatformWindow> MacOverlayWindows::makeWindow(const Rect &frame) {
