@@ -4,6 +4,8 @@
 #include "platform/UserNotifications.h"
 #include "support/Lifetime.h"
 
+@class LumoNotificationPresenter;
+
 namespace lumo::macos {
 
 // The notification centre. The user is asked for permission when there is something to say for the
@@ -18,6 +20,7 @@ class MacUserNotifications final : public UserNotifications {
 
   private:
     MainLoop &mainLoop_;
+    LumoNotificationPresenter *presenter_; // which the centre does not keep
     Lifetime lifetime_;
 };
 

@@ -1,5 +1,6 @@
 #import "platform/macos/MacUserNotifications.h"
 
+#import "platform/macos/LumoNotificationPresenter.h"
 #import "platform/macos/NativeValues.h"
 
 #import <UserNotifications/UserNotifications.h>
@@ -7,9 +8,28 @@
 #include <memory>
 #include <utility>
 
+@implementation LumoNotificationPresenter
+
+- (void)userNotificationCenter:(UNUserNotificationCenter *)center
+       willPresentNotification:(UNNotification *)notification
+         withCompletionHandler:
+             (void (^)(UNNotificationPresentationOptions options))completionHandler {
+    completionHandler(UNNotificationPresentationOptionBanner |
+                      UNNotificationPresentationOptionList | UNNotificationPresentationOptionSound);
+}
+
+@end
+
 namespace lumo::macos {
 
 namespace {
+
+// Nil for a program without a bundle, for which asking would raise an exception.
+UNUserNotificationCenter *notificationCentre() {
+    return [[NSBundle mainBundle] bundleIdentifier] != nil
+               ? [UNUserNotificationCenter currentNotificationCenter]
+               : nil;
+}
 
 UNNotificationRequest *nativeRequest(const UserNotification &notification) {
     UNMutableNotificationContent *content = [[UNMutableNotificationContent alloc] init];
@@ -24,7 +44,8 @@ UNNotificationRequest *nativeRequest(const UserNotification &notification) {
 } // namespace
 
 MacUserNotifications::MacUserNotifications(MainLoop &mainLoop)
-    : mainLoop_(mainLoop) {
+    : mainLoop_(mainLoop)
+    , presenter_([[LumoNotificationPresenter alloc] init]) {
 }
 
 void MacUserNotifications::add(
@@ -37,12 +58,12 @@ void MacUserNotifications::add(
     const auto answer = [guarded, &mainLoop = mainLoop_](const Result &error) {
         mainLoop.post([guarded, error] { (*guarded)(error); });
     };
-    // The centre raises an exception for a program without a bundle.
-    if ([[NSBundle mainBundle] bundleIdentifier] == nil) {
+    UNUserNotificationCenter *centre = notificationCentre();
+    if (centre == nil) {
         answer("the program is not started from its application bundle");
         return;
     }
-    UNUserNotificationCenter *centre = [UNUserNotificationCenter currentNotificationCenter];
+    centre.delegate = presenter_;
     UNNotificationRequest *request = nativeRequest(notification);
     // Asks the user the first time only. A refusal comes back as the error of the request.
     [centre requestAuthorizationWithOptions:UNAuthorizationOptionAlert | UNAuthorizationOptionSound

@@ -2,6 +2,7 @@
 
 #import "platform/macos/LumoAppearanceObserver.h"
 #import "platform/macos/LumoApplicationDelegate.h"
+#import "platform/macos/LumoNotificationPresenter.h"
 #import "platform/macos/LumoOverlayWindow.h"
 #import "platform/macos/NativeValues.h"
 #include "platform/macos/logic/OverrideClaims.h"
@@ -25,6 +26,7 @@ std::vector<OverrideClaim> claims() {
     Class overlay = [LumoOverlayWindow class];
     Class appearance = [LumoAppearanceObserver class];
     Class application = [LumoApplicationDelegate class];
+    Class presenter = [LumoNotificationPresenter class];
     return {
         overrides(overlay, @selector(initWithContentRect:styleMask:backing:defer:)),
             overrides(overlay, @selector(constrainFrameRect:toScreen:)),
@@ -35,6 +37,10 @@ std::vector<OverrideClaim> claims() {
                     @protocol(NSApplicationDelegate)),
             answers(application, @selector(applicationShouldHandleReopen:hasVisibleWindows:),
                     @protocol(NSApplicationDelegate)),
+            answers(presenter,
+                    @selector(userNotificationCenter:
+                             willPresentNotification:withCompletionHandler:),
+                    @protocol(UNUserNotificationCenterDelegate)),
     };
 }
 

@@ -12,6 +12,13 @@ enum LUMO_SINCE(10.14) : UNAuthorizationOptions {
     UNAuthorizationOptionAlert = 1 << 2,
 };
 
+typedef NSUInteger UNNotificationPresentationOptions;
+enum LUMO_SINCE(10.14) : UNNotificationPresentationOptions {
+    UNNotificationPresentationOptionSound = 1 << 1,
+    UNNotificationPresentationOptionList LUMO_SINCE(11.0) = 1 << 3,
+    UNNotificationPresentationOptionBanner LUMO_SINCE(11.0) = 1 << 4,
+};
+
 LUMO_SINCE(10.14)
 @interface UNNotificationSound : NSObject
 @property(class, readonly, copy) UNNotificationSound *defaultSound;
@@ -40,7 +47,23 @@ LUMO_SINCE(10.14)
 @end
 
 LUMO_SINCE(10.14)
+@interface UNNotification : NSObject
+@end
+
+@class UNUserNotificationCenter;
+
+LUMO_SINCE(10.14)
+@protocol UNUserNotificationCenterDelegate <NSObject>
+@optional
+- (void)userNotificationCenter:(UNUserNotificationCenter *)center
+       willPresentNotification:(UNNotification *)notification
+         withCompletionHandler:
+             (void (^)(UNNotificationPresentationOptions options))completionHandler;
+@end
+
+LUMO_SINCE(10.14)
 @interface UNUserNotificationCenter : NSObject
+@property(nullable, weak) id<UNUserNotificationCenterDelegate> delegate;
 + (UNUserNotificationCenter *)currentNotificationCenter;
 - (void)requestAuthorizationWithOptions:(UNAuthorizationOptions)options
                       completionHandler:
