@@ -11,6 +11,10 @@ namespace lumo::macos {
 
 namespace {
 
+// Seconds that another application may take to answer. The main thread waits, and the system's own
+// patience would be six.
+constexpr float patience = 1;
+
 class MacAccessibilityWindow final : public AccessibilityWindow {
   public:
     explicit MacAccessibilityWindow(CFReference<AXUIElementRef> element)
@@ -66,6 +70,9 @@ class FocusedWindowObserver {
 
 MacAccessibility::MacAccessibility(Workspace &workspace)
     : workspace_(workspace) {
+    // In force for all elements of the process.
+    const CFReference<AXUIElementRef> all(AXUIElementCreateSystemWide());
+    AXUIElementSetMessagingTimeout(all.get(), patience);
 }
 
 bool MacAccessibility::isProcessTrusted() const {

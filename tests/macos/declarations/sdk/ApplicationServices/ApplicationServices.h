@@ -22,6 +22,9 @@ Boolean AXIsProcessTrusted(void) LUMO_SINCE(10.4);
 CFTypeID AXUIElementGetTypeID(void) LUMO_SINCE(10.2);
 AXUIElementRef AXUIElementCreateApplication(pid_t process) LUMO_SINCE(10.2)
     __attribute__((cf_returns_retained));
+AXUIElementRef AXUIElementCreateSystemWide(void) LUMO_SINCE(10.2)
+    __attribute__((cf_returns_retained));
+AXError AXUIElementSetMessagingTimeout(AXUIElementRef element, float seconds) LUMO_SINCE(10.4);
 AXError AXUIElementCopyAttributeValue(AXUIElementRef element, CFStringRef attribute,
                                       CFTypeRef *value __attribute__((cf_returns_retained)))
     LUMO_SINCE(10.2);
