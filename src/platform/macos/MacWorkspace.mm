@@ -55,7 +55,11 @@ void addApplications(NSURL *folder, int depth, std::vector<InstalledApplication>
         NSString *identifier = [[NSBundle bundleWithURL:entry] bundleIdentifier];
         NSString *path = entry.path;
         if (identifier != nil && path != nil) {
-            NSString *name = [[files displayNameAtPath:path] stringByDeletingPathExtension];
+            // The extension is part of it for users who have extensions shown.
+            NSString *name = [files displayNameAtPath:path];
+            if ([name hasSuffix:@".app"]) {
+                name = [name stringByDeletingPathExtension];
+            }
             found.push_back({text(identifier), text(name)});
         }
     }

@@ -12,7 +12,8 @@ Log unifiedLog(const char *category) {
     const auto subsystem = optionalText([[NSBundle mainBundle] bundleIdentifier]).value_or("Lumo");
     os_log_t log = os_log_create(subsystem.c_str(), category);
     return Log([log](std::string_view line) {
-        os_log_error(log, "%{public}s", std::string(line).c_str());
+        const std::string text(line);
+        os_log_error(log, "%{public}s", text.c_str());
     });
 }
 
