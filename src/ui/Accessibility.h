@@ -2,9 +2,9 @@
 
 namespace lumo {
 
-// Tells screen readers what the toolkit can't find out about controls of ours by itself: that the
-// segments of a picker belong together, and what the positions of a slider stand for. In force as
-// long as it lives, which is once at a time.
+// Tells screen readers what the toolkit can't find out about what is ours by itself: that the
+// popover is one of the windows, that the segments of a picker belong together, and what the
+// positions of a slider stand for. In force as long as it lives, which is once at a time.
 class Accessibility {
   public:
     Accessibility();

@@ -18,6 +18,11 @@ namespace {
 constexpr int listHeight = 260; // at most
 constexpr int rowHeight = 30;
 
+void setChosen(QStandardItem &item, bool isChosen) {
+    item.setData(isChosen, ListRow::chosenRole);
+    item.setCheckState(isChosen ? Qt::Checked : Qt::Unchecked); // for screen readers
+}
+
 } // namespace
 
 CoverAppsView::CoverAppsView(StatusMenu &menu)
@@ -60,9 +65,9 @@ void CoverAppsView::refresh() {
     }
     for (int row = 1; row < items_->rowCount(); ++row) {
         const bool isCover = menu_.isCoverApp(shownApps_[static_cast<std::size_t>(row) - 1]);
-        items_->item(row)->setData(isCover, ListRow::chosenRole);
+        setChosen(*items_->item(row), isCover);
     }
-    items_->item(0)->setData(!menu_.hasCoverApp(), ListRow::chosenRole);
+    setChosen(*items_->item(0), !menu_.hasCoverApp());
 }
 
 void CoverAppsView::startAtTop() {

@@ -1,5 +1,6 @@
 #include "InterfacePages.h"
 #include "Looking.h"
+#include "RunningInterface.h"
 #include "ui/SettingsView.h"
 
 #include <gmock/gmock.h>
@@ -11,12 +12,16 @@
 #include <QSlider>
 #include <QTest>
 #include <algorithm>
+#include <string>
+#include <vector>
 
 namespace lumo {
 namespace {
 
 using test::control;
+using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::UnorderedElementsAre;
 
 TEST(Accessibility, EveryControlOfEveryPageHasANameARoleItsTurnAndRoomForItsText) {
     for (const auto &page : test::interfacePages()) {
@@ -39,6 +44,32 @@ TEST(Accessibility, EveryControlOfEveryPageHasANameARoleItsTurnAndRoomForItsText
         }
     }
     QApplication::setLayoutDirection(Qt::LeftToRight);
+}
+
+TEST(Accessibility, WindowsAndThePopoverAreFoundWhileTheyAreShown) {
+    auto &running = test::RunningInterface::instance();
+    const auto *program = QAccessible::queryAccessibleInterface(QCoreApplication::instance());
+    const auto windows = [&] {
+        running.stage.desktop.mainLoop.runPosted();
+        std::vector<std::string> names;
+        for (int index = 0; index < program->childCount(); ++index) {
+            const auto *child = program->child(index);
+            EXPECT_EQ(program->indexOfChild(child), index);
+            EXPECT_EQ(child->role(), QAccessible::Window);
+            names.push_back(child->text(QAccessible::Name).toStdString());
+        }
+        return names;
+    };
+    ASSERT_THAT(windows(), ElementsAre("Lumo")) << "the message";
+    auto popover = running.interface.makePopover(*running.stage.menu);
+    popover->show({});
+    EXPECT_THAT(windows(), ElementsAre("Lumo", "Lumo"));
+    popover->close();
+    auto settings = running.interface.makeSettingsWindow(running.stage.settingsModel(), [] {});
+    settings->makeKeyAndOrderFront();
+    EXPECT_THAT(windows(), UnorderedElementsAre("Lumo", "Lumo Settings"));
+    settings.reset();
+    EXPECT_THAT(windows(), ElementsAre("Lumo"));
 }
 
 TEST(Accessibility, SlidersTellWhatTheySetAndSegmentsThatTheyBelongTogether) {

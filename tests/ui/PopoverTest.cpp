@@ -137,11 +137,11 @@ TEST_F(PopoverTest, NoneStandsFirstAndTheCoverAppIsMarkedAmongThreeHundred) {
     EXPECT_EQ(list.model()->index(0, 0).data(), "None");
     stage.settings.privacyCoverBundleID.set("org.example.Late");
     settle();
-    const auto none = [&list] { return list.model()->index(0, 0).data(ListRow::chosenRole); };
-    EXPECT_EQ(none(), false) << "chosen elsewhere, and not in the list";
+    const auto none = [&list] { return list.model()->index(0, 0).data(Qt::CheckStateRole); };
+    EXPECT_EQ(none(), Qt::Unchecked) << "chosen elsewhere, and not in the list";
     stage.settings.privacyCoverBundleID.set(std::nullopt);
     settle();
-    EXPECT_EQ(none(), true);
+    EXPECT_EQ(none(), Qt::Checked);
     QTest::mouseClick(list.viewport(), Qt::LeftButton, {},
                       list.visualRect(list.model()->index(0, 0)).center());
     ASSERT_EQ(stage.chosenCovers.size(), 1);

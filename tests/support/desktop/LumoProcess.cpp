@@ -99,7 +99,9 @@ std::vector<LumoProcess::Overlay> LumoProcess::waitForOverlays(std::size_t count
         found = overlays();
         return found.size() == count || !process_->isRunning();
     };
-    if (!desktop_.session().eventually(isThere) || found.size() != count) {
+    // OpenGL in software takes most of a minute for its first picture on a busy machine.
+    constexpr Seconds longest(60);
+    if (!desktop_.session().eventually(isThere, longest) || found.size() != count) {
         throw std::runtime_error("expected " + std::to_string(count) + " overlays but saw " +
                                  std::to_string(found.size()) + ": " + process_->report());
     }
