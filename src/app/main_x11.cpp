@@ -9,6 +9,7 @@
 #include "ui/QtInterface.h"
 
 #include <csignal>
+#include <cstdlib>
 
 namespace {
 
@@ -26,18 +27,18 @@ int runDelegate(lumo::x11::GlibMainLoop &loop, lumo::x11::Connection &connection
     const auto hangUp = loop.onUnixSignal(SIGHUP, [&] { loop.quit(0); });
     lumo::x11::PortalAppearance appearance(backend.sessionBus());
     lumo::QtInterface userInterface(
-        platform, {.windowSystem = "xcb",
-                   .handleNativeEvent =
-                       [&backend](const void *event) {
-                           return backend.eventMonitors().handleLocal(
-                               *static_cast<const xcb_generic_event_t *>(event));
-                       },
-                   .blendsWindows = [&backend] { return backend.isCompositing(); },
-                   .watchButtons =
-                       [&backend](auto observer) {
-                           return backend.eventMonitors().addButtonMonitor(std::move(observer));
-                       },
-                   .appearance = &appearance});
+        platform,
+        {.windowSystem = "xcb",
+         .handleNativeEvent =
+             [&backend](const void *event) {
+                 return backend.handleLocal(*static_cast<const xcb_generic_event_t *>(event));
+             },
+         .blendsWindows = [&backend] { return backend.isCompositing(); },
+         .watchButtons =
+             [&backend](auto observer) {
+                 return backend.eventMonitors().addButtonMonitor(std::move(observer));
+             },
+         .appearance = &appearance});
     lumo::AppDelegate delegate(platform, userInterface);
     delegate.applicationDidFinishLaunching();
     return loop.run();
@@ -46,6 +47,9 @@ int runDelegate(lumo::x11::GlibMainLoop &loop, lumo::x11::Connection &connection
 } // namespace
 
 int main() {
+    // The toolkit would have the session manager start the program anew at the next login, which
+    // the user decides by the login item alone; nor does it heed when that asks it to end.
+    unsetenv("SESSION_MANAGER"); // NOLINT(concurrency-mt-unsafe): before there are other threads
     auto log = lumo::Log::standardOutput();
     lumo::x11::GlibMainLoop loop;
     const auto connection = lumo::x11::Connection::open(nullptr);

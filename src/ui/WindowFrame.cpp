@@ -2,6 +2,7 @@
 
 #include <QCloseEvent>
 #include <QCursor>
+#include <QDialog>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QScreen>
@@ -42,7 +43,13 @@ void WindowFrame::makeKeyAndOrderFront() {
     setWindowState(windowState() & ~Qt::WindowMinimized);
     show();
     raise();
-    activateWindow();
+    // A dialog that the window waits for is what the keys are for.
+    QWidget *front = this;
+    for (auto *dialog : findChildren<QDialog *>()) {
+        front = dialog->isVisible() ? dialog : front;
+    }
+    front->raise();
+    front->activateWindow();
 }
 
 void WindowFrame::closeEvent(QCloseEvent *event) {

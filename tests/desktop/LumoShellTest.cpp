@@ -2,6 +2,9 @@
 #include "desktop/ShellDesktop.h"
 
 #include <gmock/gmock.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
@@ -64,6 +67,16 @@ TEST_F(LumoShell, GuidesFirstAndIsThenRunFromTheDot) {
 
     ASSERT_TRUE(openPopover());
     session.press({Key::up}); // the last row: Quit Lumo
+    session.press({Key::control, Key::space});
+    EXPECT_TRUE(isStored("isEnabled", "<false/>")) << "shortcuts are no keys of the row's";
+    session.setKey(Key::control, true);
+    session.setKey(Key::space, true);
+    EXPECT_TRUE(isStored("isEnabled", "<true/>"));
+    EXPECT_TRUE(session.remains([&] { return stored("isEnabled") == "<true/>"; }, Seconds(0.8)))
+        << "keys that repeat are pressed once";
+    session.setKey(Key::space, false);
+    session.setKey(Key::control, false);
+    EXPECT_TRUE(isPopoverShown());
     session.press({Key::enter});
     EXPECT_EQ(lumo->process().waitForExit(), 0) << lumo->process().report();
     EXPECT_THAT(windowsTitled("Lumo - Focus and privacy"), IsEmpty());
@@ -295,7 +308,15 @@ TEST_F(LumoShell, ThePopoverIsWhollyOnTheScreenOfTheDotAtEveryScale) {
 }
 
 TEST_F(LumoShell, StartingItAgainOpensTheSettingsOfTheOneThatRuns) {
-    lumo = std::make_unique<LumoProcess>(desktop, Preferences{{"hasCompletedOnboarding", true}});
+    // A session manager that never answers: whoever reports to it waits for ever.
+    const auto place = (desktop.configDirectory() / "session").string();
+    const int manager = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+    place.copy(address.sun_path, sizeof address.sun_path - 1);
+    ASSERT_EQ(bind(manager, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
+    ASSERT_EQ(listen(manager, 1), 0);
+    lumo = std::make_unique<LumoProcess>(desktop, Preferences{{"hasCompletedOnboarding", true}},
+                                         Environment{{"SESSION_MANAGER", "unix/:" + place}});
     dot();
     for (int round = 0; round < 2; ++round) {
         for (int start = 0; start < 2; ++start) {
@@ -311,6 +332,7 @@ TEST_F(LumoShell, StartingItAgainOpensTheSettingsOfTheOneThatRuns) {
         EXPECT_TRUE(disappears("Lumo Settings"));
     }
     EXPECT_EQ(lumo->stop(), 0);
+    close(manager);
 }
 
 TEST_F(LumoShell, TheDotOutlivesThePanelAndTheBus) {

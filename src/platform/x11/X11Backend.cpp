@@ -32,6 +32,14 @@ X11Backend::X11Backend(Connection &connection, SingleInstance &instance, MainLoo
     , statusItem_(connection, overlayWindows_.formats(), sessionBus_,
                   [this] { return screens_.pointSpace(); })
     , updates_(makeSystemUpdates(mainLoop)) {
+    // A grabbed key never reaches this program's own windows, whose monitors come before hot keys:
+    // a shortcut can be recorded that is in use.
+    hotKeys_.takesFirst = [this](const xcb_generic_event_t &press) {
+        const auto *front = workspace_.frontmostApplication();
+        return front != nullptr &&
+               front->processIdentifier == workspace_.ownApplication().processIdentifier &&
+               eventMonitors_.handleLocal(press);
+    };
 }
 
 Platform X11Backend::platform() {

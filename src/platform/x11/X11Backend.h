@@ -39,8 +39,12 @@ class X11Backend {
     // What the program is given. Valid as long as the backend.
     Platform platform();
 
-    // For the toolkit, see X11EventMonitors::handleLocal().
     X11EventMonitors &eventMonitors() { return eventMonitors_; }
+
+    // For the toolkit, see X11EventMonitors::handleLocal() and X11HotKeys::handleLocal().
+    bool handleLocal(const xcb_generic_event_t &event) {
+        return eventMonitors_.handleLocal(event) || hotKeys_.handleLocal(event);
+    }
 
     // Whether a compositing manager does the blending at the moment.
     bool isCompositing() const { return overlayWindows_.isCompositing(); }

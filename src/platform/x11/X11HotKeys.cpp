@@ -210,7 +210,9 @@ void X11HotKeys::handleEvent(const xcb_generic_event_t &event) {
         break;
     }
     case XCB_KEY_PRESS:
-        handleKeyPress(reinterpret_cast<const xcb_key_press_event_t &>(event));
+        if (!takesFirst || !takesFirst(event)) {
+            handleKeyPress(reinterpret_cast<const xcb_key_press_event_t &>(event));
+        }
         break;
     case XCB_KEY_RELEASE:
         handleKeyRelease(reinterpret_cast<const xcb_key_release_event_t &>(event));
@@ -230,12 +232,39 @@ void X11HotKeys::handlePhysicalPress(std::uint32_t keycode, std::uint32_t sequen
     }
 }
 
-void X11HotKeys::handleKeyPress(const xcb_key_press_event_t &event) {
+bool X11HotKeys::handleLocal(const xcb_generic_event_t &event) {
+    const auto type = event.response_type & 0x7fU;
+    if (type != XCB_KEY_PRESS && type != XCB_KEY_RELEASE) {
+        return false;
+    }
+    const auto &key = reinterpret_cast<const xcb_key_press_event_t &>(event);
+    const std::pair keyAndTime(key.detail, key.time);
+    if (type == XCB_KEY_RELEASE) {
+        lastLocalRelease_ = keyAndTime;
+        handleKeyRelease(key);
+        return false;
+    }
+    if (pressedHotKey(key) == hotKeys_.end()) {
+        return false;
+    }
+    // There, auto-repeat also makes a release, at the same time as the press.
+    if (keyAndTime != lastLocalRelease_) {
+        handleKeyPress(key);
+    }
+    return true;
+}
+
+std::list<X11HotKeys::HotKey>::iterator
+X11HotKeys::pressedHotKey(const xcb_key_press_event_t &event) {
     const auto state = static_cast<std::uint16_t>(event.state & 0xffU);
-    const auto pressed = std::ranges::find_if(hotKeys_, [&](const HotKey &hotKey) {
+    return std::ranges::find_if(hotKeys_, [&](const HotKey &hotKey) {
         return hotKey.keycode == event.detail &&
                std::ranges::find(hotKey.grabbedStates, state) != hotKey.grabbedStates.end();
     });
+}
+
+void X11HotKeys::handleKeyPress(const xcb_key_press_event_t &event) {
+    const auto pressed = pressedHotKey(event);
     if (pressed != hotKeys_.end() && !pressed->heldAtRequest) {
         pressed->isDown = true;
         events_.emit({pressed->id, hotKeyEventKind::pressed});

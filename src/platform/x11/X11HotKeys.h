@@ -7,8 +7,10 @@
 #include <xcb/xcb.h>
 
 #include <cstdint>
+#include <functional>
 #include <list>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace lumo {
@@ -37,6 +39,15 @@ class X11HotKeys final : public HotKeyService {
     HotKeyRegistration registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
                                       HotKeyID id) override;
 
+    // Sees the presses of hot keys first, as they come from the server; those that it answers with
+    // true are none of theirs.
+    std::function<bool(const xcb_generic_event_t &press)> takesFirst;
+
+    // For the toolkit that has this program's windows on a connection of its own: while one of them
+    // has grabbed the keyboard, hot keys arrive there. Is to be called with each event that it
+    // reads, before it looks at it. True when that was a hot key's and is to be dropped.
+    bool handleLocal(const xcb_generic_event_t &event);
+
   private:
     struct HotKey {
         std::uint32_t modifiers;
@@ -64,6 +75,7 @@ class X11HotKeys final : public HotKeyService {
     void grabAllAnew();
     void handleEvent(const xcb_generic_event_t &event);
     void handlePhysicalPress(std::uint32_t keycode, std::uint32_t sequence);
+    std::list<HotKey>::iterator pressedHotKey(const xcb_key_press_event_t &event);
     void handleKeyPress(const xcb_key_press_event_t &event);
     void handleKeyRelease(const xcb_key_release_event_t &event);
 
@@ -72,6 +84,7 @@ class X11HotKeys final : public HotKeyService {
     const Log &log_;
     std::list<HotKey> hotKeys_;
     std::uint64_t lastGrabSerial_ = 0;
+    std::pair<xcb_keycode_t, xcb_timestamp_t> lastLocalRelease_{};
     Signal<HotKeyEvent> events_;
     Handle connectionEvents_;
     Handle modifierChanges_;
