@@ -445,6 +445,7 @@ class FakePackageService {
             signal(path, "Package", g_variant_new("(uss)", 1U, package.c_str(), "A summary"));
         }
         signal(path, "Finished", g_variant_new("(uu)", fails ? 2U : 1U, 5U));
+        signal(path, "Destroy", nullptr);
     }
 
     void signal(const std::string &path, const char *name, GVariant *arguments) {

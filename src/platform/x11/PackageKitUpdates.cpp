@@ -105,7 +105,6 @@ class PackageKitUpdates::Check : public std::enable_shared_from_this<Check> {
         }
         const char *path = nullptr;
         g_variant_get(reply.get(), "(&o)", &path);
-        forgetSignals();
         const auto heard = +[](GDBusConnection *, const char *, const char *, const char *,
                                const char *signal, GVariant *parameters, gpointer data) {
             const auto check = static_cast<Check *>(data)->shared_from_this();
@@ -164,6 +163,7 @@ class PackageKitUpdates::Check : public std::enable_shared_from_this<Check> {
     }
 
     void handleFinished(bool succeeded) {
+        forgetSignals(); // what is left to say is that the transaction goes
         if (!succeeded) {
             finish();
         } else if (!own_) {
