@@ -10,6 +10,7 @@
 #include <QKeyEvent>
 #include <QPainter>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QVBoxLayout>
 #include <utility>
 
@@ -32,8 +33,18 @@ class Divider final : public QWidget {
     }
 };
 
-// Leaves the arrow keys to the menu, which goes from row to row with them.
+// Leaves the arrow keys to the menu, which goes from row to row with them. The scroll bar lies over
+// the rows' padding, so that their texts keep their room.
 class RowsArea final : public QScrollArea {
+  public:
+    RowsArea() {
+        auto *bar = verticalScrollBar();
+        bar->setAttribute(Qt::WA_OpaquePaintEvent, false);
+        QObject::connect(bar, &QScrollBar::rangeChanged, this, [this, bar](int least, int most) {
+            setViewportMargins(mirrored(0, 0, most > least ? -bar->sizeHint().width() : 0, 0));
+        });
+    }
+
   protected:
     void keyPressEvent(QKeyEvent *event) override { event->ignore(); }
 };

@@ -67,8 +67,10 @@ void RuleRowView::paint(QPainter *painter, const QStyleOptionViewItem &option,
 
 bool RuleRowView::editorEvent(QEvent *event, QAbstractItemModel * /*model*/,
                               const QStyleOptionViewItem &option, const QModelIndex &index) {
+    // The second of two quick clicks, whose release the list keeps to itself.
+    const bool isSecondPress = event->type() == QEvent::MouseButtonDblClick;
     if (const auto *mouse = dynamic_cast<const QMouseEvent *>(event);
-        mouse != nullptr && mouse->type() == QEvent::MouseButtonRelease) {
+        mouse != nullptr && (isSecondPress || mouse->type() == QEvent::MouseButtonRelease)) {
         const auto position = mouse->position().toPoint();
         if (mouse->button() != Qt::LeftButton) {
             return false;
@@ -77,7 +79,7 @@ bool RuleRowView::editorEvent(QEvent *event, QAbstractItemModel * /*model*/,
             onToggle(index);
             return true;
         }
-        if (removeArea(option).contains(position)) {
+        if (!isSecondPress && removeArea(option).contains(position)) {
             onRemove(index);
             return true;
         }

@@ -73,6 +73,8 @@ TEST_F(PopoverTest, OffersItsRowsInOrderAndFollowsTheSettings) {
     EXPECT_THAT(test::readTexts(*window), ElementsAre("Lumo is On", "No Cover App selected"));
     EXPECT_EQ(control<MenuItemView>(*window, "Peek Mode").accessibleDescription(),
               "Temporary reveal (does not turn Lumo off)");
+    EXPECT_EQ(control<MenuItemView>(*window, "Peek Mode").toolTip(), "")
+        << "all of it is shown, beside the scroll bar that the warning brings";
     EXPECT_EQ(control<MenuItemView>(*window, "Set Cover to Frontmost").accessibleDescription(),
               "Enable Privacy Cover with current app ⌘⌥C");
 

@@ -69,6 +69,17 @@ class SettingsWindowTest : public testing::Test {
         settle();
     }
 
+    // So soon after each other that it is a double click.
+    void clickRuleTwice(int row, int fromRight) {
+        clickRule(row, fromRight);
+        auto &list = control<QListView>(*view, "App rules");
+        const auto area = list.visualRect(list.model()->index(row, 0));
+        const QPoint at(area.right() - fromRight, area.center().y());
+        QTest::mouseDClick(list.viewport(), Qt::LeftButton, {}, at);
+        QTest::mouseRelease(list.viewport(), Qt::LeftButton, {}, at);
+        settle();
+    }
+
     test::InterfaceStage stage;
     SettingsStore &settings = stage.settings;
     std::unique_ptr<SettingsView> view;
@@ -300,6 +311,8 @@ TEST_F(SettingsWindowTest, RulesAreSearchedSwitchedAddedAndRemoved) {
     EXPECT_FALSE(settings.blacklist.value()[1].isEnabled);
     clickRule(0, ontoRemove);
     EXPECT_EQ(shownRules().front(), "Dock");
+    clickRuleTwice(2, ontoSwitch);
+    EXPECT_TRUE(settings.blacklist.value()[2].isEnabled);
     clickRule(0, 300);
     EXPECT_EQ(shownRules().size(), 5) << "only selects";
     auto &list = control<QListView>(rules, "App rules");
