@@ -7,12 +7,11 @@
 #include "ui/Labels.h"
 #include "ui/Symbols.h"
 #include "ui/Theme.h"
+#include "ui/WindowMover.h"
 #include "windows/PermissionManager.h"
 
 #include <QHBoxLayout>
-#include <QMouseEvent>
 #include <QPainter>
-#include <QWindow>
 
 namespace lumo {
 
@@ -56,6 +55,7 @@ GuidedAccessView::GuidedAccessView(const Platform &platform, PermissionManager &
     , recheck_(new Button("I Granted Access, Continue", Button::Kind::bordered, symbol::reload))
     , state_(centred(makeNote({}))) {
     resize(contentSize);
+    new WindowMover(*this);
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(spacing::page, spacing::page, spacing::page, spacing::section);
     column->setSpacing(spacing::medium);
@@ -116,13 +116,6 @@ void GuidedAccessView::openSystemSettings() {
 void GuidedAccessView::paintEvent(QPaintEvent * /*event*/) {
     QPainter painter(this);
     painter.fillRect(rect(), palette().color(role::window));
-}
-
-// The window moves by its background, as by its title bar.
-void GuidedAccessView::mousePressEvent(QMouseEvent *event) {
-    if (event->button() == Qt::LeftButton && window()->windowHandle() != nullptr) {
-        window()->windowHandle()->startSystemMove();
-    }
 }
 
 } // namespace lumo

@@ -34,7 +34,6 @@ class GuidedAccessView final : public QWidget {
 
   protected:
     void paintEvent(QPaintEvent *event) override;
-    void mousePressEvent(QMouseEvent *event) override;
 
   private:
     void openSystemSettings();

@@ -8,15 +8,14 @@
 #include "ui/Symbols.h"
 #include "ui/Text.h"
 #include "ui/Theme.h"
+#include "ui/WindowMover.h"
 
 #include <QHBoxLayout>
 #include <QListWidget>
-#include <QMouseEvent>
 #include <QPainter>
 #include <QSignalBlocker>
 #include <QStackedWidget>
 #include <QStyle>
-#include <QWindow>
 #include <utility>
 
 namespace lumo {
@@ -44,6 +43,7 @@ SettingsView::SettingsView(SettingsModel model)
     , sidebar_(new QListWidget)
     , pages_(new QStackedWidget) {
     resize(contentSize);
+    new WindowMover(*this);
     auto *row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(0);
@@ -78,11 +78,14 @@ QWidget *SettingsView::makeSidebar() {
         item->setData(ListRow::symbolRole,
                       QByteArray(name.data(), static_cast<qsizetype>(name.size())));
     }
+    // No higher than its entries: below them is background, by which the window moves.
+    sidebar_->setFixedHeight(rowHeight * sidebar_->count());
     auto *column = new QWidget;
     column->setFixedWidth(sidebarWidth);
     auto *layout = new QVBoxLayout(column);
     layout->setContentsMargins(margin, spacing::section, margin, margin);
     layout->addWidget(sidebar_);
+    layout->addStretch();
     return column;
 }
 
@@ -121,13 +124,6 @@ void SettingsView::paintEvent(QPaintEvent * /*event*/) {
     painter.fillRect(rect(), palette().color(role::window));
     painter.fillRect(side, palette().color(role::sidebar));
     painter.fillRect(edge, palette().color(role::separator));
-}
-
-// The window moves by its background, as by its title bar.
-void SettingsView::mousePressEvent(QMouseEvent *event) {
-    if (event->button() == Qt::LeftButton && window()->windowHandle() != nullptr) {
-        window()->windowHandle()->startSystemMove();
-    }
 }
 
 } // namespace lumo

@@ -22,7 +22,6 @@ class SettingsView final : public QWidget {
 
   protected:
     void paintEvent(QPaintEvent *event) override;
-    void mousePressEvent(QMouseEvent *event) override;
 
   private:
     QWidget *makeSidebar();

@@ -328,6 +328,22 @@ TEST_F(LumoShell, StartingItAgainOpensTheSettingsOfTheOneThatRuns) {
         EXPECT_EQ(session.areaOf(*settings).width, 800);
         EXPECT_EQ(session.areaOf(*settings).height, 540);
         EXPECT_TRUE(session.eventually([&] { return session.activeWindow() == *settings; }));
+        // Its background, below the entries of the sidebar, is a handle for who drags it.
+        const auto area = session.areaOf(*settings);
+        const Spot below{area.x + 60, area.y + 400};
+        session.click(below);
+        session.movePointerTo(below.x + 60, below.y);
+        EXPECT_TRUE(
+            session.remains([&] { return session.areaOf(*settings).x == area.x; }, Seconds(0.2)))
+            << "a click alone moves nothing";
+        session.movePointerTo(below.x, below.y);
+        session.setButton(1, true);
+        EXPECT_TRUE(session.eventually([&] {
+            session.movePointerBy(15, 0);
+            return session.areaOf(*settings).x > area.x;
+        }));
+        session.setButton(1, false);
+        session.stillPicture();
         session.close(*settings);
         EXPECT_TRUE(disappears("Lumo Settings"));
     }
