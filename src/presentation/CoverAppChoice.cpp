@@ -36,9 +36,7 @@ std::vector<CoverAppChoice> coverAppChoices(const Platform &platform,
     const auto add = [&choices](const std::string &bundleID,
                                 const std::optional<std::string> &name) {
         if (std::ranges::find(choices, bundleID, &CoverAppChoice::id) == choices.end()) {
-            // A row without a name could not be seen.
-            const bool isNamed = name && !name->empty();
-            choices.push_back({bundleID, bundleID, isNamed ? *name : bundleID});
+            choices.push_back({bundleID, bundleID, name.value_or(bundleID)});
         }
     };
     const auto owners = ownersOfOrdinaryWindows(platform.windowServer);

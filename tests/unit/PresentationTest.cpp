@@ -146,8 +146,6 @@ TEST_F(PresentationTest, OffersApplicationsWithAWindowWorthCoveringForOnceEachAn
 
     settings.privacyCoverBundleID.set("org.example.gone");
     EXPECT_THAT(offered(), ElementsAre("Ant", "bee", "org.example.gone", "zebra"));
-    settings.privacyCoverDisplayName.set("");
-    EXPECT_THAT(offered(), ElementsAre("Ant", "bee", "org.example.gone", "zebra"));
     settings.privacyCoverDisplayName.set("Cat");
     EXPECT_THAT(offered(), ElementsAre("Ant", "bee", "Cat", "zebra"));
     EXPECT_EQ(selectedCoverAppName(settings, {}), "Cat");
