@@ -7,6 +7,7 @@
 #include <QKeyEvent>
 #include <QScreen>
 #include <QVBoxLayout>
+#include <QWindow>
 #include <utility>
 
 namespace lumo {
@@ -40,16 +41,25 @@ WindowFrame::WindowFrame(const QString &title, QWidget *view, bool isMiniaturiza
 }
 
 void WindowFrame::makeKeyAndOrderFront() {
-    setWindowState(windowState() & ~Qt::WindowMinimized);
-    show();
-    raise();
-    // A dialog that the window waits for is what the keys are for.
-    QWidget *front = this;
+    // With the dialog that it waits for, which is what the keys are for.
+    QList<QWidget *> windows{this};
     for (auto *dialog : findChildren<QDialog *>()) {
-        front = dialog->isVisible() ? dialog : front;
+        if (dialog->isVisible()) {
+            windows.append(dialog);
+        }
     }
-    front->raise();
-    front->activateWindow();
+    // What is kept on another virtual desktop comes to this one when it is mapped anew.
+    if (isVisible() && !windowHandle()->isExposed()) {
+        for (auto *window : windows) {
+            window->hide();
+        }
+    }
+    setWindowState(windowState() & ~Qt::WindowMinimized);
+    for (auto *window : windows) {
+        window->show();
+        window->raise();
+    }
+    windows.last()->activateWindow();
 }
 
 void WindowFrame::closeEvent(QCloseEvent *event) {

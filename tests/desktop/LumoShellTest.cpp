@@ -344,6 +344,11 @@ TEST_F(LumoShell, StartingItAgainOpensTheSettingsOfTheOneThatRuns) {
         }));
         session.setButton(1, false);
         session.stillPicture();
+        session.switchToDesktop(round == 0 ? 1 : 0);
+        EXPECT_TRUE(disappears("Lumo Settings"));
+        EXPECT_EQ(LumoProcess(desktop).process().waitForExit(), 0);
+        EXPECT_TRUE(session.eventually([&] { return session.activeWindow() == *settings; }))
+            << "it comes to the desktop that the user is on";
         session.close(*settings);
         EXPECT_TRUE(disappears("Lumo Settings"));
     }
