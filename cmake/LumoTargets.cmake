@@ -5,6 +5,10 @@
 add_library(lumo_warnings INTERFACE)
 target_compile_features(lumo_warnings INTERFACE cxx_std_20)
 target_compile_options(lumo_warnings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+if(APPLE)
+  # Else the system's headers define check(), require() and verify() as macros.
+  target_compile_definitions(lumo_warnings INTERFACE __ASSERT_MACROS_DEFINE_VERSIONS_WITHOUT_UNDERSCORES=0)
+endif()
 
 # lumo_library(<folder> SOURCES <files> [LINKS <libraries>] [PRIVATE_LINKS <libraries>])
 # Declares the library lumo_<folder> (slashes become underscores). Without sources it is header-only.

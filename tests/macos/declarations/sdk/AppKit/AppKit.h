@@ -2,6 +2,7 @@
 #pragma once
 
 #include_next <AppKit/AppKit.h>
+#include <AssertMacros.h>
 #import <CoreGraphics/CoreGraphics.h>
 #import <Foundation/Foundation.h>
 #import <QuartzCore/QuartzCore.h>

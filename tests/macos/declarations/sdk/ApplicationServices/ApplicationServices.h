@@ -1,6 +1,7 @@
 // What Lumo uses of the accessibility interface.
 #pragma once
 
+#include <AssertMacros.h>
 #import <CoreFoundation/CoreFoundation.h>
 #include <sys/types.h>
 

@@ -1,6 +1,7 @@
 // What Lumo uses of the event manager.
 #pragma once
 
+#include <AssertMacros.h>
 #include <Since.h>
 #include <stddef.h>
 #include <stdint.h>
