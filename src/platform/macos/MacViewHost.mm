@@ -117,7 +117,12 @@ class MacHostedWindow final : public HostedWindow {
     MacHostedWindow(const MacHostedWindow &) = delete;
     MacHostedWindow &operator=(const MacHostedWindow &) = delete;
 
-    void makeKeyAndOrderFront() override { [window_ makeKeyAndOrderFront:nil]; }
+    void makeKeyAndOrderFront() override {
+        if ([window_ isMiniaturized]) {
+            [window_ deminiaturize:nil];
+        }
+        [window_ makeKeyAndOrderFront:nil];
+    }
 
   private:
     NSWindow *window_;
