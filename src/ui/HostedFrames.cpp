@@ -1,5 +1,6 @@
 #include "ui/HostedFrames.h"
 
+#include <QDialog>
 #include <QWidget>
 #include <utility>
 
@@ -11,6 +12,15 @@ namespace {
 HostedView hostedView(QWidget &view) {
     return {reinterpret_cast<void *>(view.winId()), // NOLINT(performance-no-int-to-ptr)
             {static_cast<double>(view.width()), static_cast<double>(view.height())}};
+}
+
+// A dialog that the view's window waits for gets the keys, else the view.
+void giveKeysTo(QWidget &view) {
+    QWidget *front = &view;
+    for (auto *dialog : view.findChildren<QDialog *>()) {
+        front = dialog->isVisible() ? dialog : front;
+    }
+    front->activateWindow();
 }
 
 class HostedStatusPopover final : public Popover {
@@ -35,7 +45,7 @@ class HostedStatusPopover final : public Popover {
         // view is what keys go to from then on.
         popover_->show();
         view_->show();
-        view_->activateWindow();
+        giveKeysTo(*view_);
     }
 
     void close() override {
@@ -71,10 +81,9 @@ class HostedInterfaceWindow final : public InterfaceWindow {
     HostedInterfaceWindow(const HostedInterfaceWindow &) = delete;
     HostedInterfaceWindow &operator=(const HostedInterfaceWindow &) = delete;
 
-    // The view is what keys go to.
     void makeKeyAndOrderFront() override {
         window_->makeKeyAndOrderFront();
-        view_->activateWindow();
+        giveKeysTo(*view_);
     }
 
   private:
