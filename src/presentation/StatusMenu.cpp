@@ -2,6 +2,7 @@
 
 #include "input/KeyNames.h"
 #include "platform/MainLoop.h"
+#include "platform/Workspace.h"
 #include "settings/CoverLockPreset.h"
 #include "settings/SettingsStore.h"
 
@@ -63,6 +64,12 @@ bool StatusMenu::hasCoverApp() const {
 
 bool StatusMenu::isCoverApp(const CoverAppChoice &choice) const {
     return settings_.privacyCoverBundleID.value() == choice.bundleID;
+}
+
+bool StatusMenu::isCoverAppInFront() const {
+    const auto *front = platform_.workspace.frontmostApplication();
+    return front != nullptr && settings_.privacyCoverEnabled.value() && hasCoverApp() &&
+           front->bundleIdentifier == settings_.privacyCoverBundleID.value();
 }
 
 bool StatusMenu::isOn() const {

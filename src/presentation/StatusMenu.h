@@ -52,6 +52,8 @@ class StatusMenu {
     const std::vector<CoverAppChoice> &runningApps() const { return runningApps_; }
     bool hasCoverApp() const;
     bool isCoverApp(const CoverAppChoice &choice) const;
+    // Which is where the program itself brings it, when it is chosen or the cover is turned on.
+    bool isCoverAppInFront() const;
 
     bool isOn() const;
     std::string header() const;

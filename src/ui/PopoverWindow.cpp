@@ -15,6 +15,7 @@ namespace lumo {
 PopoverWindow::PopoverWindow(const Platform &platform, StatusMenu &menu, bool isRounded)
     : QWidget(nullptr, Qt::Popup | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint)
     , platform_(platform)
+    , menu_(menu)
     , view_(new StatusMenuView(menu, platform.mainLoop)) {
     setAttribute(Qt::WA_TranslucentBackground, isRounded);
     setWindowTitle(QStringLiteral("Lumo"));
@@ -22,8 +23,7 @@ PopoverWindow::PopoverWindow(const Platform &platform, StatusMenu &menu, bool is
     view_->setParent(this);
     view_->setRounded(isRounded);
     view_->move(0, 0);
-    activations_ =
-        platform.workspace.onDidActivateApplication([this] { dismissUnlessJustOpened(); });
+    activations_ = platform.workspace.onDidActivateApplication([this] { handleActivation(); });
     screenChanges_ = platform.screens.onScreenParametersDidChange([this] { onDismiss(); });
 }
 
@@ -49,10 +49,11 @@ void PopoverWindow::grabInput() {
     }
 }
 
-// A panel that takes the focus for the click that opens the popover is no reason to close it.
-void PopoverWindow::dismissUnlessJustOpened() {
+// A panel that takes the focus for the click that opens the popover is no reason to close it, nor
+// is the Cover App that the user chooses in it.
+void PopoverWindow::handleActivation() {
     constexpr double justOpened = 0.25; // seconds
-    if (platform_.mainLoop.now() - openedAt_ > justOpened) {
+    if (platform_.mainLoop.now() - openedAt_ > justOpened && !menu_.isCoverAppInFront()) {
         onDismiss();
     }
 }

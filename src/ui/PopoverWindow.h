@@ -11,7 +11,7 @@ namespace lumo {
 
 // The window of the popover: without a frame, in front of everything, with the keyboard for itself.
 // It asks to be dismissed when the user acts outside of it, presses Escape, or another application
-// comes to the front.
+// comes to the front, unless it is the Cover App.
 class PopoverWindow final : public QWidget {
   public:
     // Round corners need a desktop that blends windows. All references outlive the window.
@@ -40,9 +40,10 @@ class PopoverWindow final : public QWidget {
 
   private:
     void grabInput();
-    void dismissUnlessJustOpened();
+    void handleActivation();
 
     Platform platform_;
+    StatusMenu &menu_;
     StatusMenuView *view_;
     Place place_;
     bool isToldOfButtons_ = false;

@@ -67,6 +67,7 @@ TEST_F(LumoShell, GuidesFirstAndIsThenRunFromTheDot) {
 
     ASSERT_TRUE(openPopover());
     session.press({Key::up}); // the last row: Quit Lumo
+    EXPECT_TRUE(session.remains([&] { return isPopoverShown(); }, Seconds(0.4)));
     session.press({Key::control, Key::space});
     EXPECT_TRUE(isStored("isEnabled", "<false/>")) << "shortcuts are no keys of the row's";
     session.setKey(Key::control, true);
@@ -76,7 +77,7 @@ TEST_F(LumoShell, GuidesFirstAndIsThenRunFromTheDot) {
         << "keys that repeat are pressed once";
     session.setKey(Key::space, false);
     session.setKey(Key::control, false);
-    EXPECT_TRUE(isPopoverShown());
+    EXPECT_TRUE(isPopoverShown()) << "though the Cover App has come to the front";
     session.press({Key::enter});
     EXPECT_EQ(lumo->process().waitForExit(), 0) << lumo->process().report();
     EXPECT_THAT(windowsTitled("Lumo - Focus and privacy"), IsEmpty());

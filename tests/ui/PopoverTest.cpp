@@ -187,6 +187,14 @@ TEST_F(PopoverTest, GoesWhenTheUserActsElsewhere) {
     stage.desktop.advance(1);
     stage.desktop.focusApplication(std::nullopt);
     EXPECT_EQ(dismissals, 2);
+    stage.settings.privacyCoverBundleID.set("org.example.Other");
+    stage.settings.privacyCoverEnabled.set(true);
+    stage.desktop.focusApplication(other);
+    EXPECT_EQ(dismissals, 2) << "the Cover App, which the program brings forward";
+    stage.settings.privacyCoverEnabled.set(false);
+    stage.desktop.focusApplication(std::nullopt);
+    stage.desktop.focusApplication(other);
+    EXPECT_EQ(dismissals, 4);
 }
 
 TEST_F(PopoverTest, NothingIsDrawnForAssignmentsThatChangeNothing) {
