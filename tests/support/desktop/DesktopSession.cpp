@@ -229,6 +229,20 @@ bool DesktopSession::isKeyboardGrabbed() {
     return true;
 }
 
+bool DesktopSession::isPointerGrabbed() {
+    const auto reply =
+        wait(connection_,
+             xcb_grab_pointer(connection_, 0, root(), 0, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC,
+                              XCB_NONE, XCB_NONE, XCB_CURRENT_TIME),
+             xcb_grab_pointer_reply);
+    if (reply && reply->status == XCB_GRAB_STATUS_SUCCESS) {
+        xcb_ungrab_pointer(connection_, XCB_CURRENT_TIME);
+        sync();
+        return false;
+    }
+    return true;
+}
+
 std::string DesktopSession::textOf(xcb_window_t window, xcb_atom_t property) {
     const auto reply = wait(
         connection_, xcb_get_property(connection_, 0, window, property, XCB_ATOM_STRING, 0, 256),

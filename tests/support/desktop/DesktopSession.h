@@ -89,6 +89,7 @@ class DesktopSession {
     xcb_window_t activeWindow(); // as the window manager says; none when it names none
     xcb_window_t focusedWindow();
     bool isKeyboardGrabbed(); // by another client
+    bool isPointerGrabbed();  // the same; a button that is held grabs it as well
     xcb_window_t selectionOwner(std::string_view selection);
     std::size_t passiveGrabs(xcb_window_t window); // of the client that made the window
 

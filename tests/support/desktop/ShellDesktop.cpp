@@ -74,7 +74,8 @@ std::optional<Area> ShellDesktop::popover() {
 bool ShellDesktop::openPopover() {
     session.click(dot(), 3);
     return session.eventually([&] { return isPopoverShown(); }) &&
-           session.eventually([&] { return session.isKeyboardGrabbed(); });
+           session.eventually([&] { return session.isKeyboardGrabbed(); }) &&
+           session.eventually([&] { return !session.isPointerGrabbed(); });
 }
 
 bool ShellDesktop::popoverCloses() {

@@ -31,7 +31,8 @@ class ShellDesktop {
     std::optional<Area> popover(); // absent while it is not on screen
     bool isPopoverShown() { return popover().has_value(); }
 
-    // With a right click on the dot. True when it is there and takes keys.
+    // With a right click on the dot. True when it is there, takes keys and leaves clicks to others:
+    // the toolkit takes both for a moment.
     bool openPopover();
     bool popoverCloses();
 
