@@ -13,7 +13,6 @@
 #include "reference/EffectLook.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <exception>
 #include <fstream>
@@ -29,10 +28,6 @@ using x11::PixelRect;
 
 constexpr int damagedWidth = 400;
 constexpr int damagedHeight = 300;
-
-double now() {
-    return Seconds(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
 
 // The median and the fastest of some runs, in milliseconds.
 std::string timesOf(const std::function<void()> &work) {

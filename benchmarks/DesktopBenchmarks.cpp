@@ -6,7 +6,6 @@
 #include "desktop/SampleApplication.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -18,10 +17,6 @@
 
 namespace lumo::desktop {
 namespace {
-
-double now() {
-    return Seconds(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
 
 double quantile(std::vector<double> values, double share) {
     std::ranges::sort(values);

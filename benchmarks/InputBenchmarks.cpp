@@ -13,7 +13,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -46,10 +45,6 @@ std::atomic<long> allocations = 0;
 
 namespace lumo::desktop {
 namespace {
-
-double now() {
-    return Seconds(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
 
 double threadSeconds() {
     timespec time{};

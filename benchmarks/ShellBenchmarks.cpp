@@ -6,22 +6,15 @@
 #include "desktop/ShellDesktop.h"
 
 #include <algorithm>
-#include <chrono>
-#include <cmath>
 #include <cstdio>
-#include <cstdlib>
 #include <exception>
-#include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace lumo::desktop {
 namespace {
-
-double now() {
-    return Seconds(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
 
 // Somebody who uses the dot and what it opens; what doesn't happen ends the benchmark.
 class Somebody : public ShellDesktop {
@@ -82,16 +75,14 @@ void measureRounds(Somebody &user) {
     user.start();
     user.session.stillPicture();
     printMemory(user.lumo->process(), "nothing shown yet");
-    for (int round = 1; round <= 200; ++round) {
-        user.usePopover();
-        if (round == 1 || round == 20 || round == 100 || round == 200) {
-            printMemory(user.lumo->process(), "popover closed, round " + std::to_string(round));
-        }
-    }
-    for (int round = 1; round <= 200; ++round) {
-        user.useSettings();
-        if (round == 1 || round == 20 || round == 100 || round == 200) {
-            printMemory(user.lumo->process(), "settings closed, round " + std::to_string(round));
+    for (const auto &[what, use] : {std::pair{"popover", &Somebody::usePopover},
+                                    std::pair{"settings", &Somebody::useSettings}}) {
+        for (int round = 1; round <= 200; ++round) {
+            (user.*use)();
+            if (round == 1 || round == 20 || round == 100 || round == 200) {
+                printMemory(user.lumo->process(),
+                            std::string(what) + " closed, round " + std::to_string(round));
+            }
         }
     }
     user.stop();

@@ -19,8 +19,7 @@ constexpr int listHeight = 260; // at most
 constexpr int rowHeight = 30;
 
 void setChosen(QStandardItem &item, bool isChosen) {
-    item.setData(isChosen, ListRow::chosenRole);
-    item.setCheckState(isChosen ? Qt::Checked : Qt::Unchecked); // for screen readers
+    item.setCheckState(isChosen ? Qt::Checked : Qt::Unchecked);
 }
 
 } // namespace

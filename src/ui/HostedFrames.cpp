@@ -1,6 +1,7 @@
 #include "ui/HostedFrames.h"
 
-#include <QDialog>
+#include "ui/WindowFrame.h"
+
 #include <QWidget>
 #include <utility>
 
@@ -16,11 +17,7 @@ HostedView hostedView(QWidget &view) {
 
 // A dialog that the view's window waits for gets the keys, else the view.
 void giveKeysTo(QWidget &view) {
-    QWidget *front = &view;
-    for (auto *dialog : view.findChildren<QDialog *>()) {
-        front = dialog->isVisible() ? dialog : front;
-    }
-    front->activateWindow();
+    withDialogs(view).last()->activateWindow();
 }
 
 class HostedStatusPopover final : public Popover {

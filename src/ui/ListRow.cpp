@@ -24,6 +24,10 @@ std::string_view symbolOf(const QByteArray &name) {
     return {name.constData(), static_cast<std::size_t>(name.size())};
 }
 
+bool isChecked(const QModelIndex &index) {
+    return index.data(Qt::CheckStateRole).toInt() == Qt::Checked;
+}
+
 } // namespace
 
 void dressList(QListView &list, std::string_view name) {
@@ -64,7 +68,7 @@ QRect ListRow::textArea(const QStyleOptionViewItem &option, const QModelIndex &i
     if (index.data(symbolRole).isValid()) {
         area.setLeft(area.left() + symbolSize + spacing::medium);
     }
-    if (index.data(chosenRole).toBool()) {
+    if (isChecked(index)) {
         area.setRight(area.right() - checkSize - spacing::medium);
     }
     return QStyle::visualRect(option.direction, option.rect, area);
@@ -107,7 +111,7 @@ void ListRow::paint(QPainter *painter, const QStyleOptionViewItem &option,
     if (const auto symbol = index.data(symbolRole); symbol.isValid()) {
         paintSymbol(*painter, symbolOf(symbol.toByteArray()), place(row.left(), symbolSize), color);
     }
-    if (index.data(chosenRole).toBool()) {
+    if (isChecked(index)) {
         paintSymbol(*painter, symbol::check, place(row.right() - checkSize, checkSize),
                     option.palette.color(isOnAccent ? role::textOnAccent : role::accentText));
     }

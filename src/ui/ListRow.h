@@ -11,13 +11,12 @@ namespace lumo {
 void dressList(QListView &list, std::string_view name);
 
 // Draws a row of a list: a rounded highlight and one line of text, with the symbol that the item
-// names under symbolRole before it, and a check mark at its end while the item is the chosen one.
+// names under symbolRole before it, and a check mark at its end while the item is checked.
 // What does not fit ends in an ellipsis, and the whole of it is told in a tool tip.
 class ListRow : public QStyledItemDelegate {
   public:
     // What an item may hold besides its text. The symbol's name is a QByteArray.
     static constexpr int symbolRole = Qt::UserRole + 1;
-    static constexpr int chosenRole = Qt::UserRole + 2;
     // A second line, below the text.
     static constexpr int detailRole = Qt::UserRole + 3;
 

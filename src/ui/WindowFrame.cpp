@@ -27,6 +27,16 @@ Qt::WindowFlags flagsFor(bool isMiniaturizable) {
 
 } // namespace
 
+QList<QWidget *> withDialogs(QWidget &widget) {
+    QList<QWidget *> all{&widget};
+    for (auto *dialog : widget.findChildren<QDialog *>()) {
+        if (dialog->isVisible()) {
+            all.append(dialog);
+        }
+    }
+    return all;
+}
+
 WindowFrame::WindowFrame(const QString &title, QWidget *view, bool isMiniaturizable)
     : QWidget(nullptr, flagsFor(isMiniaturizable)) {
     setWindowTitle(title);
@@ -42,12 +52,7 @@ WindowFrame::WindowFrame(const QString &title, QWidget *view, bool isMiniaturiza
 
 void WindowFrame::makeKeyAndOrderFront() {
     // With the dialog that it waits for, which is what the keys are for.
-    QList<QWidget *> windows{this};
-    for (auto *dialog : findChildren<QDialog *>()) {
-        if (dialog->isVisible()) {
-            windows.append(dialog);
-        }
-    }
+    const auto windows = withDialogs(*this);
     // What is kept on another virtual desktop comes to this one when it is mapped anew.
     if (isVisible() && !windowHandle()->isExposed()) {
         for (auto *window : windows) {

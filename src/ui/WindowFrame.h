@@ -1,9 +1,13 @@
 #pragma once
 
+#include <QList>
 #include <QWidget>
 #include <functional>
 
 namespace lumo {
+
+// The widget and, after it, the dialogs of its that are shown: what is in front of it comes last.
+QList<QWidget *> withDialogs(QWidget &widget);
 
 // A window with a title bar around a view, in the middle of the screen that the user works on. Its
 // content has the view's size, or what of it fits the screen.

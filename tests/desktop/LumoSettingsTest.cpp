@@ -4,7 +4,6 @@
 
 #include <gmock/gmock.h>
 
-#include <chrono>
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
@@ -20,10 +19,6 @@ using Chord = std::vector<Key>;
 const Chord space{Key::space};
 const Chord tab{Key::tab};
 const Chord backTab{Key::shift, Key::tab};
-
-double now() {
-    return Seconds(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
 
 // Somebody goes through the settings window by the keyboard, with the effect on over two windows
 // beside it.

@@ -6,7 +6,6 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
@@ -24,10 +23,6 @@ using testing::Not;
 using testing::SizeIs;
 
 const Look look{{"dim", 1}};
-
-double now() {
-    return Seconds(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
 
 // The keys and the pointer as a person uses them, with the real program at work on two windows.
 class LumoTriggers : public testing::Test {

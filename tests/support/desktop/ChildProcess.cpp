@@ -15,6 +15,10 @@
 
 namespace lumo::desktop {
 
+double now() {
+    return Seconds(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
 namespace fs = std::filesystem;
 
 namespace {

@@ -13,6 +13,9 @@
 namespace lumo::desktop {
 
 using Seconds = std::chrono::duration<double>;
+
+// Seconds on the steady clock.
+double now();
 using Environment = std::map<std::string, std::string>;
 
 // A wait of a few milliseconds between two looks at something that announces nothing.

@@ -35,10 +35,6 @@ Reply<T> wait(xcb_connection_t *connection, Cookie cookie,
     return reply;
 }
 
-double steadyNow() {
-    return Seconds(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
-
 constexpr std::uint32_t sourcePager = 2;
 
 // The picture as a pixmap of the root window's depth.
@@ -107,12 +103,12 @@ void DesktopSession::pump() {
         if ((event->response_type & 0x7f) == XCB_CONFIGURE_NOTIFY) {
             xcb_configure_notify_event_t configured;
             std::memcpy(&configured, event.get(), sizeof configured);
-            orderChanges_.push_back({configured.window, configured.above_sibling, steadyNow()});
+            orderChanges_.push_back({configured.window, configured.above_sibling, now()});
         } else if ((event->response_type & 0x7f) == XCB_PROPERTY_NOTIFY) {
             xcb_property_notify_event_t changed;
             std::memcpy(&changed, event.get(), sizeof changed);
             if (changed.atom == activeWindowAtom_) {
-                lastActivationAt_ = steadyNow();
+                lastActivationAt_ = now();
             }
         }
     }
@@ -127,9 +123,9 @@ void DesktopSession::waitForEvents(Seconds atMost) {
 }
 
 bool DesktopSession::eventually(const std::function<bool()> &condition, Seconds deadline) {
-    const double end = steadyNow() + deadline.count();
+    const double end = now() + deadline.count();
     while (!condition()) {
-        const double left = end - steadyNow();
+        const double left = end - now();
         if (left <= 0) {
             return false;
         }
