@@ -6,10 +6,10 @@
 #include "desktop/PrivateDesktop.h"
 #include "desktop/SampleApplication.h"
 #include "drawing/MaterialRenderer.h"
-#include "platform/x11/Connection.h"
-#include "platform/x11/CpuBlurRenderer.h"
-#include "platform/x11/RenderFormats.h"
-#include "platform/x11/ServerImages.h"
+#include "platform/x11/painting/CpuBlurRenderer.h"
+#include "platform/x11/server/Connection.h"
+#include "platform/x11/server/RenderFormats.h"
+#include "platform/x11/server/ServerImages.h"
 #include "reference/EffectLook.h"
 
 #include <algorithm>
@@ -24,7 +24,7 @@
 namespace lumo::desktop {
 namespace {
 
-using x11::PixelRect;
+using drawing::PixelRect;
 
 constexpr int damagedWidth = 400;
 constexpr int damagedHeight = 300;
@@ -48,7 +48,7 @@ std::string timesOf(const std::function<void()> &work) {
 void measureFrames(x11::Connection &connection, int width, int height, double intensity) {
     const x11::RenderFormats formats(connection);
     x11::ServerImages images(connection);
-    x11::GrainPlanes planes;
+    drawing::GrainPlanes planes;
     x11::CpuBlurRenderer renderer({connection, formats, images}, planes);
 
     x11::RenderTarget target{width, height, 32, formats.translucent()};
@@ -68,10 +68,10 @@ void measureFrames(x11::Connection &connection, int width, int height, double in
     target.canvas = pictures[1].id();
 
     const reference::EffectLook look{"softBlur", intensity, false, true};
-    x11::Appearance appearance;
+    drawing::PlacedLayers appearance;
     appearance.area = {0, 0, width, height};
     appearance.frame = {0, 0, static_cast<double>(width), static_cast<double>(height)};
-    appearance.space = x11::PointSpace({appearance.area}, 1);
+    appearance.space = drawing::PointSpace({appearance.area}, 1);
     appearance.tree = look.tree(width, height);
     renderer.prepare(appearance, target);
 
@@ -91,7 +91,7 @@ void measureFrames(x11::Connection &connection, int width, int height, double in
             connection.dispatchUntil([&] { return isDone; }, 5);
             connection.wait(xcb_get_input_focus(connection), xcb_get_input_focus_reply);
         });
-        const auto layers = x11::materialLayers(appearance, planes);
+        const auto layers = drawing::materialLayers(appearance, planes);
         const drawing::MaterialRenderer material(width, height, layers.material);
         const auto cells = material.cellsFor({pixels.x, pixels.y, pixels.width, pixels.height});
         const std::vector<std::uint8_t> from(4 * static_cast<std::size_t>(cells.width) *

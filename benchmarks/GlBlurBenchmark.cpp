@@ -3,11 +3,11 @@
 // draws; name a display in LUMO_BENCHMARK_DISPLAY to measure the hardware there.
 
 #include "desktop/PrivateDesktop.h"
-#include "platform/x11/Connection.h"
-#include "platform/x11/GlLayers.h"
-#include "platform/x11/GlWorkshop.h"
-#include "platform/x11/Painter.h"
-#include "platform/x11/ServerResource.h"
+#include "drawing/gl/GlLayers.h"
+#include "platform/x11/painting/GlDisplays.h"
+#include "platform/x11/painting/Painter.h"
+#include "platform/x11/server/Connection.h"
+#include "platform/x11/server/ServerResource.h"
 #include "reference/EffectLook.h"
 
 #include <benchmark/benchmark.h>
@@ -63,29 +63,30 @@ class Pixmaps {
 };
 
 GlFrame frameOf(const Pixmaps &pixmaps, int width, int height, double intensity) {
-    const PixelRect whole{0, 0, width, height};
-    const PointSpace space({whole}, 1);
+    const drawing::PixelRect whole{0, 0, width, height};
+    const drawing::PointSpace space({whole}, 1);
     const auto tree = reference::EffectLook{.effectMode = "softBlur",
                                             .intensity = intensity,
                                             .liveBackdrop = true}
                           .tree(width, height);
-    const Appearance appearance{whole, space.screenFrame(whole), space, tree, 1};
+    const drawing::PlacedLayers appearance{whole, space.screenFrame(whole), space, tree, 1};
     return {width,
             height,
             pixmaps.scene.id(),
             pixmaps.canvas.id(),
-            std::make_shared<const GlLayers>(glLayers(appearance, width, height).value()),
+            std::make_shared<const drawing::GlLayers>(
+                drawing::glLayers(appearance, width, height).value()),
             {whole}};
 }
 
 // Arguments: width and height of the display, radius of the base blur, whether all of it is damaged
 // or 400 x 300 pixels in its midst.
-void drawing(benchmark::State &state) {
+void oneFrame(benchmark::State &state) {
     const int width = static_cast<int>(state.range(0));
     const int height = static_cast<int>(state.range(1));
     const auto connection = Connection::open(displayName().c_str());
     const Pixmaps pixmaps(*connection, width, height);
-    GlWorkshop workshop;
+    GlDisplays workshop;
     const std::string problem = workshop.open(connection->displayName(), connection->screenNumber(),
                                               connection->screen().root_depth, true);
     auto frame = frameOf(pixmaps, width, height, static_cast<double>(state.range(2) - 24) / 10);
@@ -117,7 +118,7 @@ void drawing(benchmark::State &state) {
 
 } // namespace
 
-BENCHMARK(drawing)
+BENCHMARK(oneFrame)
     ->ArgNames({"width", "height", "radius", "whole"})
     ->ArgsProduct({{1920}, {1080}, {24, 34}, {1, 0}})
     ->ArgsProduct({{3840}, {2160}, {24, 34}, {1, 0}})

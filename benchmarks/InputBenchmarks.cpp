@@ -4,10 +4,10 @@
 #include "desktop/LumoProcess.h"
 #include "desktop/PrivateDesktop.h"
 #include "input/MouseShakeToggleManager.h"
-#include "platform/x11/Connection.h"
-#include "platform/x11/GlibMainLoop.h"
-#include "platform/x11/SingleInstance.h"
+#include "platform/freedesktop/GlibMainLoop.h"
 #include "platform/x11/X11Backend.h"
+#include "platform/x11/server/Connection.h"
+#include "platform/x11/server/SingleInstance.h"
 #include "settings/SettingsStore.h"
 #include "support/Log.h"
 
@@ -66,7 +66,7 @@ void measureEvents() {
     DesktopSession &session = desktop.session();
     // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread runs
     setenv("XDG_CONFIG_HOME", desktop.configDirectory().c_str(), 1);
-    x11::GlibMainLoop loop;
+    freedesktop::GlibMainLoop loop;
     Log log([](std::string_view) {});
     const auto connection = x11::Connection::open(desktop.displayName().c_str());
     const auto instance = x11::SingleInstance::claim(*connection);

@@ -3,12 +3,12 @@
 
 #include "desktop/PrivateDesktop.h"
 #include "desktop/SampleApplication.h"
-#include "platform/x11/Connection.h"
-#include "platform/x11/GlibMainLoop.h"
-#include "platform/x11/WindowMirror.h"
-#include "platform/x11/X11Screens.h"
-#include "platform/x11/X11WindowServer.h"
-#include "platform/x11/X11Workspace.h"
+#include "platform/freedesktop/GlibMainLoop.h"
+#include "platform/x11/server/Connection.h"
+#include "platform/x11/server/X11Screens.h"
+#include "platform/x11/windows/WindowMirror.h"
+#include "platform/x11/windows/X11WindowServer.h"
+#include "platform/x11/windows/X11Workspace.h"
 
 #include <benchmark/benchmark.h>
 
@@ -36,7 +36,7 @@ struct Backend {
     desktop::SampleApplication application{desktop, "Sample", sampleWindows()};
     std::unique_ptr<Connection> connection = Connection::open(desktop.displayName().c_str());
     WindowMirror mirror{*connection};
-    GlibMainLoop loop;
+    freedesktop::GlibMainLoop loop;
     X11Screens screens{*connection, loop};
     Log log{[](std::string_view) {}};
     X11Workspace workspace{*connection, mirror, log};

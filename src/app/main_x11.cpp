@@ -1,10 +1,11 @@
 #include "app/AppDelegate.h"
-#include "platform/x11/Connection.h"
-#include "platform/x11/GlibMainLoop.h"
-#include "platform/x11/PortalAppearance.h"
-#include "platform/x11/ServerRequirements.h"
-#include "platform/x11/SingleInstance.h"
+#include "platform/freedesktop/GlibMainLoop.h"
+#include "platform/freedesktop/PortalAppearance.h"
 #include "platform/x11/X11Backend.h"
+#include "platform/x11/server/Connection.h"
+#include "platform/x11/server/ConnectionWatch.h"
+#include "platform/x11/server/ServerRequirements.h"
+#include "platform/x11/server/SingleInstance.h"
 #include "support/Log.h"
 #include "ui/QtInterface.h"
 
@@ -15,17 +16,17 @@ namespace {
 
 // Runs the program until it is quit, or a signal or the loss of the display ends it; gives the exit
 // status.
-int runDelegate(lumo::x11::GlibMainLoop &loop, lumo::x11::Connection &connection,
+int runDelegate(lumo::freedesktop::GlibMainLoop &loop, lumo::x11::Connection &connection,
                 lumo::x11::X11Backend &backend) {
     const auto platform = backend.platform();
-    const auto connectionWatch = loop.watch(connection, [&] {
+    const auto connectionWatch = lumo::x11::watch(loop, connection, [&] {
         platform.log.print("[Lumo] the connection to the X server was lost");
         loop.quit(1);
     });
     const auto interrupt = loop.onUnixSignal(SIGINT, [&] { loop.quit(0); });
     const auto terminate = loop.onUnixSignal(SIGTERM, [&] { loop.quit(0); });
     const auto hangUp = loop.onUnixSignal(SIGHUP, [&] { loop.quit(0); });
-    lumo::x11::PortalAppearance appearance(backend.sessionBus());
+    lumo::freedesktop::PortalAppearance appearance(backend.sessionBus());
     lumo::QtInterface userInterface(
         platform,
         {.windowSystem = "xcb",
@@ -51,7 +52,7 @@ int main() {
     // the user decides by the login item alone; nor does it heed when that asks it to end.
     unsetenv("SESSION_MANAGER"); // NOLINT(concurrency-mt-unsafe): before there are other threads
     auto log = lumo::Log::standardOutput();
-    lumo::x11::GlibMainLoop loop;
+    lumo::freedesktop::GlibMainLoop loop;
     const auto connection = lumo::x11::Connection::open(nullptr);
     if (!connection) {
         log.print("[Lumo] no X server answers: set DISPLAY to the display that Lumo is to run on");

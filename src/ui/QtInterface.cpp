@@ -3,6 +3,7 @@
 #include "platform/Appearance.h"
 #include "platform/MainLoop.h"
 #include "platform/Screens.h"
+#include "platform/Workspace.h"
 #include "ui/Accessibility.h"
 #include "ui/GuidedAccessView.h"
 #include "ui/HostedFrames.h"
@@ -30,7 +31,7 @@ namespace lumo {
 // The toolkit from its start to its end.
 class QtInterface::Toolkit final : private QAbstractNativeEventFilter {
   public:
-    explicit Toolkit(const ToolkitHooks &hooks)
+    Toolkit(const ToolkitHooks &hooks, const std::string &desktopEntry)
         : hooks_(hooks)
         , windowSystem_(hooks.windowSystem)
         , arguments_{name_.data(), option_.data(), windowSystem_.data()}
@@ -43,7 +44,7 @@ class QtInterface::Toolkit final : private QAbstractNativeEventFilter {
         QApplication::setQuitOnLastWindowClosed(false);
         QApplication::setApplicationName(QStringLiteral("lumo"));
         QApplication::setApplicationDisplayName(QString());
-        QApplication::setDesktopFileName(QStringLiteral("app.lumo.Lumo"));
+        QApplication::setDesktopFileName(QString::fromStdString(desktopEntry));
         QApplication::setLayoutDirection(QLocale::system().textDirection());
         if (hooks_.viewHost == nullptr) {
             QApplication::setWindowIcon(programIcon());
@@ -181,7 +182,8 @@ QtInterface::~QtInterface() {
 
 void QtInterface::startToolkit() {
     if (!toolkit_) {
-        toolkit_ = std::make_unique<Toolkit>(hooks_);
+        toolkit_ = std::make_unique<Toolkit>(
+            hooks_, platform_.workspace.ownApplication().bundleIdentifier.value_or(""));
     }
 }
 

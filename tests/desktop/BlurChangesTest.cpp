@@ -1,5 +1,6 @@
 #include "OverlayDesktop.h"
 #include "desktop/SampleApplication.h"
+#include "platform/x11/server/ConnectionWatch.h"
 #include "reference/EffectLook.h"
 #include "reference/ReferenceRenderer.h"
 
@@ -168,7 +169,7 @@ TEST_F(BlurChanges, AreDrawnWithinTwoRefreshesAndNothingElseIs) {
             changedAt = 0;
         }
     });
-    const auto watch = loop.watch(*eyes, [] {});
+    const auto watch = x11::watch(loop, *eyes, [] {});
     app.animate(0, true);
     ASSERT_TRUE(eventually([&] { return delays.size() >= 31; }));
     app.animate(0, false);

@@ -2,10 +2,11 @@
 #include "app/AppController.h"
 #include "desktop/PrivateDesktop.h"
 #include "desktop/SampleApplication.h"
-#include "platform/x11/Connection.h"
-#include "platform/x11/GlibMainLoop.h"
-#include "platform/x11/SingleInstance.h"
+#include "platform/freedesktop/GlibMainLoop.h"
 #include "platform/x11/X11Backend.h"
+#include "platform/x11/server/Connection.h"
+#include "platform/x11/server/ConnectionWatch.h"
+#include "platform/x11/server/SingleInstance.h"
 #include "support/Log.h"
 
 #include <glib.h>
@@ -37,7 +38,7 @@ class CoverOnDesktop : public testing::Test {
         connection_ = Connection::open(desktop_.displayName().c_str());
         instance_ = SingleInstance::claim(*connection_);
         backend_ = std::make_unique<X11Backend>(*connection_, *instance_, loop(), log_, [] {});
-        watch_ = loop().watch(*connection_, [] { FAIL() << "the server is gone"; });
+        watch_ = x11::watch(loop(), *connection_, [] { FAIL() << "the server is gone"; });
         controller_ = std::make_unique<AppController>(backend_->platform(), interface_);
         settings().effectMode.set(EffectMode::dim);
         settings().privacyCoverEnabled.set(true);
@@ -46,8 +47,8 @@ class CoverOnDesktop : public testing::Test {
     }
 
     // One for the whole process, as it can be run only once; turned by hand here.
-    static GlibMainLoop &loop() {
-        static GlibMainLoop mainLoop;
+    static freedesktop::GlibMainLoop &loop() {
+        static freedesktop::GlibMainLoop mainLoop;
         return mainLoop;
     }
 

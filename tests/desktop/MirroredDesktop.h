@@ -1,8 +1,8 @@
 #pragma once
 
 #include "desktop/PrivateDesktop.h"
-#include "platform/x11/Connection.h"
-#include "platform/x11/WindowMirror.h"
+#include "platform/x11/server/Connection.h"
+#include "platform/x11/windows/WindowMirror.h"
 
 #include <functional>
 #include <memory>

@@ -1,6 +1,6 @@
 #include "OverlayDesktop.h"
 #include "desktop/SampleApplication.h"
-#include "platform/x11/DesktopSettings.h"
+#include "platform/freedesktop/DesktopSettings.h"
 
 #include <gtest/gtest.h>
 #include <xcb/damage.h>
@@ -31,7 +31,7 @@ class DrawingWatch {
     }
 
     // What has been drawn to since the last call, as the smallest rectangle.
-    PixelRect takeBounds() {
+    drawing::PixelRect takeBounds() {
         connection_->wait(xcb_get_input_focus(*connection_), xcb_get_input_focus_reply);
         connection_->dispatch();
         return std::exchange(bounds_, {});
@@ -39,7 +39,7 @@ class DrawingWatch {
 
   private:
     std::unique_ptr<Connection> connection_;
-    PixelRect bounds_;
+    drawing::PixelRect bounds_;
     Handle events_ = connection_->onEvent([this](const xcb_generic_event_t &event) {
         if ((event.response_type & 0x7f) ==
             connection_->extensions().damageFirstEvent + XCB_DAMAGE_NOTIFY) {
@@ -115,7 +115,7 @@ TEST_F(OverlayChanges, BeneathAreDrawnAndNothingElse) {
         return frames >= 10;
     }));
     EXPECT_EQ(bytes, 0);
-    EXPECT_EQ(drawing.takeBounds(), PixelRect{});
+    EXPECT_EQ(drawing.takeBounds(), drawing::PixelRect{});
     app.animate(1, false);
 }
 
@@ -232,11 +232,11 @@ TEST(OverlayWallpaper, IsTheRootsOwnBackgroundWhereNothingNamesOne) {
 }
 
 TEST(DesktopSettings, GiveColoursInEveryLengthAndNothingForOtherText) {
-    EXPECT_EQ(colorFromHexadecimal("#f00"), (Color{1, 0, 0, 1}));
-    EXPECT_EQ(colorFromHexadecimal("#0000ff"), (Color{0, 0, 1, 1}));
-    EXPECT_EQ(colorFromHexadecimal("#ffff00003333"), (Color{1, 0, 0.2, 1}));
+    EXPECT_EQ(freedesktop::colorFromHexadecimal("#f00"), (Color{1, 0, 0, 1}));
+    EXPECT_EQ(freedesktop::colorFromHexadecimal("#0000ff"), (Color{0, 0, 1, 1}));
+    EXPECT_EQ(freedesktop::colorFromHexadecimal("#ffff00003333"), (Color{1, 0, 0.2, 1}));
     for (const char *text : {"", "#", "#12", "#1234", "123456", "#12345g", "#+12345", "blue"}) {
-        EXPECT_EQ(colorFromHexadecimal(text), std::nullopt) << text;
+        EXPECT_EQ(freedesktop::colorFromHexadecimal(text), std::nullopt) << text;
     }
 }
 

@@ -1,5 +1,6 @@
 #include "OverlayDesktop.h"
 
+#include "platform/x11/server/ConnectionWatch.h"
 #include "reference/Grain.h"
 #include "reference/ReferenceRenderer.h"
 
@@ -27,7 +28,7 @@ OverlayDesktop::OverlayDesktop(const desktop::DesktopOptions &options, double pi
     , scale(pixelsPerPoint)
     , log_([this](std::string_view line) { lines.emplace_back(line); })
     , screens_{{1, frame(), scale}}
-    , watch_(loop.watch(*connection, [] {})) {
+    , watch_(x11::watch(loop, *connection, [] {})) {
     makeOverlays();
 }
 
@@ -36,7 +37,7 @@ void OverlayDesktop::makeOverlays() {
     overlays = std::make_unique<X11OverlayWindows>(
         *connection, *mirror, screens,
         [this] {
-            return PointSpace({{0, 0, width, height}}, scale);
+            return drawing::PointSpace({{0, 0, width, height}}, scale);
         },
         loop, log_);
 }

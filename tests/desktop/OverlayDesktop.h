@@ -2,7 +2,7 @@
 
 #include "MirroredDesktop.h"
 #include "platform/Screens.h"
-#include "platform/x11/GlibMainLoop.h"
+#include "platform/freedesktop/GlibMainLoop.h"
 #include "platform/x11/X11OverlayWindows.h"
 #include "support/Log.h"
 
@@ -63,7 +63,7 @@ class OverlayDesktop : public MirroredDesktop, private Screens {
     int height;
     double scale;
     std::vector<std::string> lines; // of the log
-    GlibMainLoop loop;
+    freedesktop::GlibMainLoop loop;
     std::unique_ptr<X11OverlayWindows> overlays;
 
   private:

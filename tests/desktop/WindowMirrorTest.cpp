@@ -208,10 +208,11 @@ TEST(WindowMirror, KnowsWhatOfAFrameIsSeen) {
                 const auto borders = session.numbers(client, "_NET_FRAME_EXTENTS");
                 return area.width == width && borders.size() == 4 &&
                        mirrored.window(client).visibleArea() ==
-                           PixelRect{area.x - static_cast<int>(borders[0]),
-                                     area.y - static_cast<int>(borders[2]),
-                                     area.width + static_cast<int>(borders[0] + borders[1]),
-                                     area.height + static_cast<int>(borders[2] + borders[3])};
+                           drawing::PixelRect{
+                               area.x - static_cast<int>(borders[0]),
+                               area.y - static_cast<int>(borders[2]),
+                               area.width + static_cast<int>(borders[0] + borders[1]),
+                               area.height + static_cast<int>(borders[2] + borders[3])};
             });
             EXPECT_TRUE(isRight) << *session.windowManagerName() << " at " << width;
         }
@@ -312,8 +313,9 @@ TEST(WindowMirror, FollowsTitlesOwnersOpacityAndStates) {
     setNumbers(session, client, "_GTK_FRAME_EXTENTS", {10, 20, 30, 40});
     mirrored.catchUp();
     EXPECT_EQ(window.geometry, geometry);
-    EXPECT_EQ(window.visibleArea(), (PixelRect{geometry.x + 10, geometry.y + 30,
-                                               geometry.width - 30, geometry.height - 70}));
+    EXPECT_EQ(window.visibleArea(),
+              (drawing::PixelRect{geometry.x + 10, geometry.y + 30, geometry.width - 30,
+                                  geometry.height - 70}));
 
     session.minimise(client);
     EXPECT_TRUE(mirrored.eventually([&] { return window.isMinimized && !window.isMapped; }));

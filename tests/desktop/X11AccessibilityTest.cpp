@@ -1,4 +1,4 @@
-#include "platform/x11/X11Accessibility.h"
+#include "platform/x11/windows/X11Accessibility.h"
 
 #include "MirroredDesktop.h"
 #include "desktop/SampleApplication.h"

@@ -1,13 +1,13 @@
 #include "MirroredDesktop.h"
 #include "platform/HotKeyService.h"
-#include "platform/x11/GlibMainLoop.h"
-#include "platform/x11/KeyPositions.h"
-#include "platform/x11/KeyboardModifiers.h"
-#include "platform/x11/PointerDevices.h"
-#include "platform/x11/X11EventMonitors.h"
-#include "platform/x11/X11HotKeys.h"
-#include "platform/x11/X11Screens.h"
-#include "platform/x11/XcbXkb.h"
+#include "platform/freedesktop/GlibMainLoop.h"
+#include "platform/freedesktop/KeyPositions.h"
+#include "platform/x11/input/KeyboardModifiers.h"
+#include "platform/x11/input/PointerDevices.h"
+#include "platform/x11/input/X11EventMonitors.h"
+#include "platform/x11/input/X11HotKeys.h"
+#include "platform/x11/server/X11Screens.h"
+#include "platform/x11/server/XcbXkb.h"
 #include "support/Log.h"
 
 #include <glib.h>
@@ -89,9 +89,10 @@ class InputTest : public testing::Test {
 
     // Another program takes the key; false when it can't have it.
     bool grabKeyAsOther(std::uint32_t virtualKey, std::uint32_t modifiers) {
-        const auto cookie = xcb_grab_key_checked(
-            tester(), 0, mirrored_.session.root(), static_cast<std::uint16_t>(modifiers),
-            *keycodeOfVirtualKey(virtualKey), XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+        const auto cookie = xcb_grab_key_checked(tester(), 0, mirrored_.session.root(),
+                                                 static_cast<std::uint16_t>(modifiers),
+                                                 *freedesktop::keycodeOfVirtualKey(virtualKey),
+                                                 XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
         return XcbPointer<xcb_generic_error_t>(xcb_request_check(tester(), cookie)) == nullptr;
     }
 
@@ -99,7 +100,7 @@ class InputTest : public testing::Test {
     Connection &connection_ = *mirrored_.connection;
     std::vector<std::string> logLines_;
     Log log_{[this](std::string_view line) { logLines_.emplace_back(line); }};
-    GlibMainLoop loop_;
+    freedesktop::GlibMainLoop loop_;
     X11Screens screens_{connection_, loop_};
     KeyboardModifiers modifiers_{connection_};
 };
@@ -526,20 +527,20 @@ TEST(PointerAxisTest, TurnsPositionsIntoMovements) {
 TEST(KeyPositionsTest, AreTheSameBothWays) {
     int keys = 0;
     for (std::uint32_t virtualKey = 0; virtualKey < 200; ++virtualKey) {
-        if (const auto keycode = keycodeOfVirtualKey(virtualKey)) {
-            EXPECT_EQ(virtualKeyOfKeycode(*keycode), virtualKey);
+        if (const auto keycode = freedesktop::keycodeOfVirtualKey(virtualKey)) {
+            EXPECT_EQ(freedesktop::virtualKeyOfKeycode(*keycode), virtualKey);
             ++keys;
         }
     }
     EXPECT_GE(keys, 104);
-    EXPECT_EQ(virtualKeyOfKeycode(0), std::nullopt);
-    EXPECT_EQ(virtualKeyOfKeycode(7), std::nullopt);
-    EXPECT_EQ(virtualKeyOfKeycode(1000), std::nullopt);
+    EXPECT_EQ(freedesktop::virtualKeyOfKeycode(0), std::nullopt);
+    EXPECT_EQ(freedesktop::virtualKeyOfKeycode(7), std::nullopt);
+    EXPECT_EQ(freedesktop::virtualKeyOfKeycode(1000), std::nullopt);
     // Keys whose numbers are out of any order, by what Linux calls them.
     const std::map<std::uint32_t, unsigned> positions = {
         {49, 57}, {2, 32}, {18, 2}, {23, 6}, {22, 7}, {97, 64}, {126, 103}, {76, 96}, {117, 111}};
     for (const auto &[virtualKey, kernelKey] : positions) {
-        EXPECT_EQ(keycodeOfVirtualKey(virtualKey), kernelKey + 8) << virtualKey;
+        EXPECT_EQ(freedesktop::keycodeOfVirtualKey(virtualKey), kernelKey + 8) << virtualKey;
     }
 }
 

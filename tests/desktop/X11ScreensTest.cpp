@@ -1,8 +1,9 @@
-#include "platform/x11/X11Screens.h"
+#include "platform/x11/server/X11Screens.h"
 
 #include "MirroredDesktop.h"
 #include "desktop/Outputs.h"
-#include "platform/x11/GlibMainLoop.h"
+#include "platform/freedesktop/GlibMainLoop.h"
+#include "platform/x11/server/ConnectionWatch.h"
 
 #include <glib.h>
 #include <gtest/gtest.h>
@@ -29,7 +30,7 @@ class ScreensTest : public testing::Test {
                                                           .windowManager = WindowManager::none})
         : desktop_(options)
         , connection_(Connection::open(desktop_.displayName().c_str()))
-        , watch_(loop_.watch(*connection_, [] {}))
+        , watch_(x11::watch(loop_, *connection_, [] {}))
         , screens_(*connection_, loop_)
         , subscription_(screens_.onScreenParametersDidChange([this] { ++announcements_; })) {}
 
@@ -69,7 +70,7 @@ class ScreensTest : public testing::Test {
     std::vector<Screen> screensOfNextRun() { return X11Screens(*connection_, loop_).screens(); }
 
     PrivateDesktop desktop_;
-    GlibMainLoop loop_;
+    freedesktop::GlibMainLoop loop_;
     std::unique_ptr<Connection> connection_;
     Handle watch_;
     X11Screens screens_;
@@ -86,7 +87,7 @@ TEST_F(ScreensTest, FollowMonitorsThatComeGoAndChange) {
     catchUp();
     EXPECT_EQ(frames(), (std::vector<Rect>{{0, 0, 800, 800}, {800, 300, 1200, 600}}));
     EXPECT_EQ(screens_.pixelRects(),
-              (std::vector<PixelRect>{{0, 200, 800, 800}, {800, 100, 1200, 600}}));
+              (std::vector<drawing::PixelRect>{{0, 200, 800, 800}, {800, 100, 1200, 600}}));
     EXPECT_EQ(screens_.pointSpace().windowBounds({0, 100, 10, 10}), (Rect{0, 0, 10, 10}))
         << "bounds begin at the highest screen edge, not at the root's";
     const auto left = numberAt(0);
@@ -179,8 +180,8 @@ TEST(ScaleOfResources, IsInQuarterStepsAndAtLeastOne) {
 TEST(MonitorsApart, HaveNoPixelInCommon) {
     struct Case {
         const char *name;
-        std::vector<PixelRect> given;
-        std::vector<PixelRect> expected;
+        std::vector<drawing::PixelRect> given;
+        std::vector<drawing::PixelRect> expected;
     };
     const std::vector<Case> cases = {
         {"side by side", {{0, 0, 8, 6}, {8, 0, 8, 6}}, {{0, 0, 8, 6}, {8, 0, 8, 6}}},
@@ -203,7 +204,7 @@ TEST(MonitorsApart, HaveNoPixelInCommon) {
         for (const auto &area : given) {
             monitors.push_back({area, false, std::to_string(monitors.size()), {}});
         }
-        std::vector<PixelRect> areas;
+        std::vector<drawing::PixelRect> areas;
         for (const auto &monitor : apart(monitors)) {
             areas.push_back(monitor.area);
         }

@@ -1,16 +1,17 @@
 #include "desktop/PrivateDesktop.h"
 #include "desktop/TemporaryDirectory.h"
 #include "desktop/Variable.h"
-#include "platform/x11/AutostartLoginItem.h"
-#include "platform/x11/Connection.h"
-#include "platform/x11/GlibMainLoop.h"
-#include "platform/x11/GlibPointers.h"
-#include "platform/x11/PackageKitUpdates.h"
-#include "platform/x11/RenderFormats.h"
-#include "platform/x11/SessionBus.h"
-#include "platform/x11/SingleInstance.h"
-#include "platform/x11/X11Screens.h"
+#include "platform/freedesktop/AutostartLoginItem.h"
+#include "platform/freedesktop/GlibMainLoop.h"
+#include "platform/freedesktop/GlibPointers.h"
+#include "platform/freedesktop/PackageKitUpdates.h"
+#include "platform/freedesktop/SessionBus.h"
 #include "platform/x11/X11StatusItem.h"
+#include "platform/x11/server/Connection.h"
+#include "platform/x11/server/ConnectionWatch.h"
+#include "platform/x11/server/RenderFormats.h"
+#include "platform/x11/server/SingleInstance.h"
+#include "platform/x11/server/X11Screens.h"
 
 #include <gio/gdesktopappinfo.h>
 #include <gmock/gmock.h>
@@ -35,7 +36,7 @@ using desktop::Variable;
 using testing::IsEmpty;
 
 // Turns the loop until the condition holds; false when it does not within ten seconds.
-bool runUntil(GlibMainLoop &loop, const std::function<bool()> &condition) {
+bool runUntil(freedesktop::GlibMainLoop &loop, const std::function<bool()> &condition) {
     bool isTimeUp = false;
     const auto looks = loop.every(0.01, [] {});
     const auto deadline = loop.after(10, [&] { isTimeUp = true; });
@@ -52,18 +53,19 @@ TEST(LoginItemTest, IsAnEntryThatStartsExactlyTheProgramAndGoesWithoutATrace) {
     std::ofstream(program) << "#!/bin/sh\n: > " << trace << '\n';
     fs::permissions(program, fs::perms::owner_all);
     const fs::path entry = directory.path() / "autostart" / "app.lumo.Lumo.desktop";
-    AutostartLoginItem item(entry, program);
+    freedesktop::AutostartLoginItem item(entry, program);
     EXPECT_EQ(item.unregisterMainApplication(), std::nullopt) << "never registered";
     EXPECT_EQ(item.registerMainApplication(), std::nullopt);
     const auto written = fs::last_write_time(entry);
     EXPECT_EQ(item.registerMainApplication(), std::nullopt);
     EXPECT_EQ(fs::last_write_time(entry), written) << "nothing to change";
 
-    const GlibPointer<GDesktopAppInfo> info(g_desktop_app_info_new_from_filename(entry.c_str()));
+    const freedesktop::GlibPointer<GDesktopAppInfo> info(
+        g_desktop_app_info_new_from_filename(entry.c_str()));
     ASSERT_TRUE(info) << "its program is not found";
     EXPECT_STREQ(g_app_info_get_name(G_APP_INFO(info.get())), "Lumo");
     EXPECT_TRUE(g_app_info_launch(G_APP_INFO(info.get()), nullptr, nullptr, nullptr));
-    GlibMainLoop loop;
+    freedesktop::GlibMainLoop loop;
     EXPECT_TRUE(runUntil(loop, [&] { return fs::exists(trace); })) << "something else was started";
 
     for (const auto *off : {"Hidden=true", "X-GNOME-Autostart-enabled=false"}) {
@@ -77,7 +79,7 @@ TEST(LoginItemTest, IsAnEntryThatStartsExactlyTheProgramAndGoesWithoutATrace) {
 
     EXPECT_EQ(item.unregisterMainApplication(), std::nullopt);
     EXPECT_THAT(std::vector(fs::directory_iterator(entry.parent_path()), {}), IsEmpty());
-    AutostartLoginItem nowhere(program / "autostart" / "entry.desktop", program);
+    freedesktop::AutostartLoginItem nowhere(program / "autostart" / "entry.desktop", program);
     EXPECT_NE(nowhere.registerMainApplication().value_or(""), "");
 }
 
@@ -103,7 +105,7 @@ TEST(SingleInstanceTest, TheSecondAsksTheFirstToOpenAndGivesWay) {
 class StatusItemTest : public testing::Test {
   protected:
     void makeItem() {
-        bus = std::make_unique<SessionBus>(loop);
+        bus = std::make_unique<freedesktop::SessionBus>(loop);
         item = std::make_unique<X11StatusItem>(*connection, formats, *bus,
                                                [this] { return screens.pointSpace(); });
         clicks =
@@ -144,12 +146,12 @@ class StatusItemTest : public testing::Test {
     }
 
     PrivateDesktop desktop;
-    GlibMainLoop loop;
+    freedesktop::GlibMainLoop loop;
     std::unique_ptr<Connection> connection = Connection::open(desktop.displayName().c_str());
-    Handle watch = loop.watch(*connection, [] { FAIL() << "the server is gone"; });
+    Handle watch = x11::watch(loop, *connection, [] { FAIL() << "the server is gone"; });
     X11Screens screens{*connection, loop};
     const RenderFormats formats{*connection};
-    std::unique_ptr<SessionBus> bus; // made with the item, when the environment is set
+    std::unique_ptr<freedesktop::SessionBus> bus; // made with the item, when the environment is set
     std::unique_ptr<X11StatusItem> item;
     Handle clicks;
     std::vector<StatusItemPlace> places;
@@ -201,8 +203,8 @@ TEST_F(StatusItemTest, AppearsInATrayThatComesLaterAndHearsTheRightButtonsReleas
     }
 }
 
-GlibPointer<GDBusConnection> connectTo(const std::string &address) {
-    return GlibPointer<GDBusConnection>(g_dbus_connection_new_for_address_sync(
+freedesktop::GlibPointer<GDBusConnection> connectTo(const std::string &address) {
+    return freedesktop::GlibPointer<GDBusConnection>(g_dbus_connection_new_for_address_sync(
         address.c_str(),
         static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
                                           G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
@@ -214,7 +216,7 @@ class FakeHost {
   public:
     explicit FakeHost(const std::string &address)
         : bus_(connectTo(address)) {
-        static const GlibPointer<GDBusNodeInfo> node(g_dbus_node_info_new_for_xml(
+        static const freedesktop::GlibPointer<GDBusNodeInfo> node(g_dbus_node_info_new_for_xml(
             "<node><interface name='org.kde.StatusNotifierWatcher'>"
             "<method name='RegisterStatusNotifierItem'><arg type='s' direction='in'/></method>"
             "<property name='IsStatusNotifierHostRegistered' type='b' access='read'/>"
@@ -285,10 +287,10 @@ class FakeHost {
 
     bool isHost = false;
     std::vector<std::string> items;
-    GlibPointer<GVariant> properties;
+    freedesktop::GlibPointer<GVariant> properties;
 
   private:
-    GlibPointer<GDBusConnection> bus_;
+    freedesktop::GlibPointer<GDBusConnection> bus_;
     unsigned object_ = 0;
     unsigned name_ = 0;
 };
@@ -384,7 +386,7 @@ class FakePackageService {
   public:
     explicit FakePackageService(const std::string &address)
         : bus_(connectTo(address)) {
-        static const GlibPointer<GDBusNodeInfo> node(g_dbus_node_info_new_for_xml(
+        static const freedesktop::GlibPointer<GDBusNodeInfo> node(g_dbus_node_info_new_for_xml(
             "<node><interface name='org.freedesktop.PackageKit'><method name='CreateTransaction'>"
             "<arg type='o' direction='out'/></method></interface>"
             "<interface name='org.freedesktop.PackageKit.Transaction'>"
@@ -436,7 +438,7 @@ class FakePackageService {
         }
         g_dbus_method_invocation_return_value(invocation, nullptr);
         if (method == "SearchFiles") {
-            const GlibPointer<GVariant> files(g_variant_get_child_value(arguments, 1));
+            const freedesktop::GlibPointer<GVariant> files(g_variant_get_child_value(arguments, 1));
             const char *file = nullptr;
             g_variant_get_child(files.get(), 0, "&s", &file);
             searchedFile = file;
@@ -454,7 +456,7 @@ class FakePackageService {
                                       nullptr);
     }
 
-    GlibPointer<GDBusConnection> bus_;
+    freedesktop::GlibPointer<GDBusConnection> bus_;
     unsigned name_ = 0;
     std::string transaction_;
 };
@@ -464,8 +466,8 @@ TEST(PackageKitUpdatesTest, TellsWhatTheServiceKnowsOfOurPackage) {
     desktop.startSessionBus();
     const auto address = desktop.environment().at("DBUS_SESSION_BUS_ADDRESS");
     const Variable systemBus("DBUS_SYSTEM_BUS_ADDRESS", address);
-    GlibMainLoop loop;
-    PackageKitUpdates updates(loop, "/opt/lumo/bin/lumo");
+    freedesktop::GlibMainLoop loop;
+    freedesktop::PackageKitUpdates updates(loop, "/opt/lumo/bin/lumo");
     const auto check = [&] {
         std::optional<UpdateResult> result;
         updates.checkForUpdates([&](const UpdateResult &each) { result = each; });

@@ -1,9 +1,8 @@
-#include "platform/x11/X11UserNotifications.h"
-
 #include "desktop/PrivateDesktop.h"
 #include "desktop/TemporaryDirectory.h"
 #include "desktop/Variable.h"
-#include "platform/x11/GlibMainLoop.h"
+#include "platform/freedesktop/DesktopNotifications.h"
+#include "platform/freedesktop/GlibMainLoop.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -31,8 +30,8 @@ using testing::Optional;
 
 // What became of a notification: the error, empty for none; absent when nothing was heard.
 std::optional<std::string> send() {
-    GlibMainLoop loop;
-    X11UserNotifications notifications(loop);
+    freedesktop::GlibMainLoop loop;
+    freedesktop::DesktopNotifications notifications(loop);
     std::optional<std::string> outcome;
     notifications.add({"id", "A title", "A body."}, [&](const auto &error) {
         outcome = error.value_or("");
@@ -70,8 +69,8 @@ TEST(UserNotificationsTest, NeverWaitForABusThatHangs) {
     ASSERT_EQ(listen(server, 4), 0);
     const Variable runtime("XDG_RUNTIME_DIR", directory.path().string());
     const Variable address("DBUS_SESSION_BUS_ADDRESS", std::nullopt);
-    GlibMainLoop loop;
-    auto notifications = std::make_unique<X11UserNotifications>(loop);
+    freedesktop::GlibMainLoop loop;
+    auto notifications = std::make_unique<freedesktop::DesktopNotifications>(loop);
     bool wasHeard = false;
     notifications->add({"id", "A title", "A body."}, [&](const auto &) { wasHeard = true; });
     int turns = 0;
@@ -84,7 +83,7 @@ TEST(UserNotificationsTest, NeverWaitForABusThatHangs) {
     EXPECT_FALSE(wasHeard);
     notifications.reset();
     close(server);
-    GlibMainLoop afterwards;
+    freedesktop::GlibMainLoop afterwards;
     const auto end = afterwards.after(0.2, [&] { afterwards.quit(0); });
     afterwards.run();
     EXPECT_FALSE(wasHeard) << "nothing is heard after the end";

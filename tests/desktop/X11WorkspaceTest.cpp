@@ -1,13 +1,14 @@
-#include "platform/x11/X11Workspace.h"
+#include "platform/x11/windows/X11Workspace.h"
 
 #include "MirroredDesktop.h"
 #include "desktop/SampleApplication.h"
 #include "desktop/TemporaryDirectory.h"
 #include "desktop/Variable.h"
-#include "platform/x11/GlibMainLoop.h"
-#include "platform/x11/X11Accessibility.h"
-#include "platform/x11/X11Screens.h"
-#include "platform/x11/X11WindowServer.h"
+#include "platform/freedesktop/GlibMainLoop.h"
+#include "platform/x11/server/ConnectionWatch.h"
+#include "platform/x11/server/X11Screens.h"
+#include "platform/x11/windows/X11Accessibility.h"
+#include "platform/x11/windows/X11WindowServer.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -64,9 +65,9 @@ class WorkspaceTest : public testing::Test {
 
     // Turns the main loop until the condition holds; false when it does not within ten seconds.
     bool eventually(const std::function<bool()> &condition) {
-        GlibMainLoop loop;
+        freedesktop::GlibMainLoop loop;
         bool holds = false;
-        const auto watch = loop.watch(*mirrored_.connection, [&] { loop.quit(1); });
+        const auto watch = x11::watch(loop, *mirrored_.connection, [&] { loop.quit(1); });
         const auto deadline = loop.now() + 10;
         const auto timer = loop.every(0.005, [&] {
             holds = condition();
@@ -100,7 +101,7 @@ class WorkspaceTest : public testing::Test {
     static inline std::filesystem::path folder;
     MirroredDesktop mirrored_{{}};
     desktop::DesktopSession &session_ = mirrored_.session;
-    GlibMainLoop loop_;
+    freedesktop::GlibMainLoop loop_;
     X11Screens screens_{*mirrored_.connection, loop_};
     std::vector<std::string> lines_;
     Log log_{[this](std::string_view line) { lines_.emplace_back(line); }};

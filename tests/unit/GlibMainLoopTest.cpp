@@ -1,4 +1,4 @@
-#include "platform/x11/GlibMainLoop.h"
+#include "platform/freedesktop/GlibMainLoop.h"
 
 #include <glib.h>
 #include <gmock/gmock.h>
@@ -8,7 +8,7 @@
 #include <limits>
 #include <vector>
 
-namespace lumo::x11 {
+namespace lumo::freedesktop {
 namespace {
 
 using testing::ElementsAre;
@@ -73,4 +73,4 @@ TEST(GlibMainLoopTest, TimersBearAnyTimeAndTheirReleaseByTheirOwnTask) {
 }
 
 } // namespace
-} // namespace lumo::x11
+} // namespace lumo::freedesktop

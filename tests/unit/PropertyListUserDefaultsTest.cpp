@@ -1,4 +1,4 @@
-#include "platform/x11/PropertyListUserDefaults.h"
+#include "platform/freedesktop/PropertyListUserDefaults.h"
 
 #include "ScriptedMainLoop.h"
 #include "support/Log.h"
@@ -20,7 +20,7 @@
 #include <thread>
 #include <vector>
 
-namespace lumo::x11 {
+namespace lumo::freedesktop {
 namespace {
 
 namespace fs = std::filesystem;
@@ -436,4 +436,4 @@ TEST_F(PropertyListUserDefaultsTest, IsWholeWheneverItsWritersAreKilled) {
 }
 
 } // namespace
-} // namespace lumo::x11
+} // namespace lumo::freedesktop

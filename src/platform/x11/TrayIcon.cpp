@@ -1,12 +1,12 @@
 #include "platform/x11/TrayIcon.h"
 
-#include "platform/x11/ClientMessage.h"
-#include "platform/x11/ClientProcess.h"
-#include "platform/x11/Connection.h"
-#include "platform/x11/DotPicture.h"
-#include "platform/x11/PropertyWriter.h"
-#include "platform/x11/ProtocolRectangle.h"
-#include "platform/x11/RenderFormats.h"
+#include "platform/freedesktop/DotPicture.h"
+#include "platform/x11/server/ClientMessage.h"
+#include "platform/x11/server/ClientProcess.h"
+#include "platform/x11/server/Connection.h"
+#include "platform/x11/server/PropertyWriter.h"
+#include "platform/x11/server/ProtocolRectangle.h"
+#include "platform/x11/server/RenderFormats.h"
 
 #include <xcb/xcb_icccm.h>
 
@@ -247,8 +247,8 @@ void TrayIcon::handle(const xcb_generic_event_t &event) {
 }
 
 void TrayIcon::handleRelease(const xcb_button_release_event_t &event) {
-    const PixelRect icon{event.root_x - event.event_x, event.root_y - event.event_y, width_,
-                         height_};
+    const drawing::PixelRect icon{event.root_x - event.event_x, event.root_y - event.event_y,
+                                  width_, height_};
     const bool isInside = event.event_x >= 0 && event.event_y >= 0 && event.event_x < width_ &&
                           event.event_y < height_;
     if (event.event == window_ && event.detail == rightButton && isInside) {
@@ -261,7 +261,8 @@ void TrayIcon::paint() {
         return;
     }
     const int side = std::min(width_, height_);
-    const auto image = images_.find(std::make_shared<const Image>(dotPicture(title_, side)));
+    const auto image =
+        images_.find(std::make_shared<const Image>(freedesktop::dotPicture(title_, side)));
     if (!image) {
         return;
     }

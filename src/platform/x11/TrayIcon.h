@@ -1,9 +1,9 @@
 #pragma once
 
+#include "drawing/PixelRect.h"
 #include "platform/StatusItem.h"
-#include "platform/x11/PixelRect.h"
-#include "platform/x11/ServerImages.h"
-#include "platform/x11/ServerResource.h"
+#include "platform/x11/server/ServerImages.h"
+#include "platform/x11/server/ServerResource.h"
 #include "support/Handle.h"
 #include "support/Lifetime.h"
 #include "support/Signal.h"
@@ -24,7 +24,7 @@ class RenderFormats;
 class TrayIcon {
   public:
     struct Click {
-        PixelRect icon; // both on the root window
+        drawing::PixelRect icon; // both on the root window
         int x = 0;
         int y = 0;
     };

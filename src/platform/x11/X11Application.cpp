@@ -1,7 +1,7 @@
 #include "platform/x11/X11Application.h"
 
-#include "platform/x11/SingleInstance.h"
-#include "platform/x11/X11Workspace.h"
+#include "platform/x11/server/SingleInstance.h"
+#include "platform/x11/windows/X11Workspace.h"
 
 #include <utility>
 

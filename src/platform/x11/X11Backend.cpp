@@ -1,7 +1,7 @@
 #include "platform/x11/X11Backend.h"
 
-#include "platform/x11/Connection.h"
-#include "platform/x11/SystemUpdates.h"
+#include "platform/freedesktop/SystemUpdates.h"
+#include "platform/x11/server/Connection.h"
 
 #include <string>
 #include <string_view>
@@ -13,7 +13,7 @@ X11Backend::X11Backend(Connection &connection, SingleInstance &instance, MainLoo
                        Log &log, std::function<void()> terminate)
     : mainLoop_(mainLoop)
     , log_(log)
-    , userDefaults_(PropertyListUserDefaults::standardFile(), mainLoop, log)
+    , userDefaults_(freedesktop::PropertyListUserDefaults::standardFile(), mainLoop, log)
     , mirror_(connection)
     , screens_(connection, mainLoop)
     , workspace_(connection, mirror_, log)
@@ -26,12 +26,12 @@ X11Backend::X11Backend(Connection &connection, SingleInstance &instance, MainLoo
     , hotKeys_(connection, keyboardModifiers_, log)
     , userNotifications_(mainLoop)
     , application_(instance, workspace_, std::move(terminate))
-    , loginItem_(AutostartLoginItem::ofThisProgram())
+    , loginItem_(freedesktop::AutostartLoginItem::ofThisProgram())
     , loginItemLog_([&log](std::string_view line) { log.print("[Lumo] " + std::string(line)); })
     , sessionBus_(mainLoop)
     , statusItem_(connection, overlayWindows_.formats(), sessionBus_,
                   [this] { return screens_.pointSpace(); })
-    , updates_(makeSystemUpdates(mainLoop)) {
+    , updates_(freedesktop::makeSystemUpdates(mainLoop)) {
     // A grabbed key never reaches this program's own windows, whose monitors come before hot keys:
     // a shortcut can be recorded that is in use.
     hotKeys_.takesFirst = [this](const xcb_generic_event_t &press) {
@@ -62,7 +62,7 @@ Platform X11Backend::platform() {
             .workspace = workspace_,
             .capabilities = {.liveBackdrop = overlayWindows_.canDrawBackdrops(),
                              .globalKeyMonitors = eventMonitors_.hearsKeys(),
-                             .updates = hasSystemUpdates}};
+                             .updates = freedesktop::hasSystemUpdates}};
 }
 
 } // namespace lumo::x11

@@ -2,22 +2,22 @@
 
 #include "platform/Platform.h"
 #include "platform/UpdateFramework.h"
-#include "platform/x11/AutostartLoginItem.h"
-#include "platform/x11/KeyboardModifiers.h"
-#include "platform/x11/NoPreferenceDomains.h"
-#include "platform/x11/PropertyListUserDefaults.h"
-#include "platform/x11/SessionBus.h"
-#include "platform/x11/WindowMirror.h"
-#include "platform/x11/X11Accessibility.h"
+#include "platform/freedesktop/AutostartLoginItem.h"
+#include "platform/freedesktop/DesktopNotifications.h"
+#include "platform/freedesktop/NoPreferenceDomains.h"
+#include "platform/freedesktop/PropertyListUserDefaults.h"
+#include "platform/freedesktop/SessionBus.h"
 #include "platform/x11/X11Application.h"
-#include "platform/x11/X11EventMonitors.h"
-#include "platform/x11/X11HotKeys.h"
 #include "platform/x11/X11OverlayWindows.h"
-#include "platform/x11/X11Screens.h"
 #include "platform/x11/X11StatusItem.h"
-#include "platform/x11/X11UserNotifications.h"
-#include "platform/x11/X11WindowServer.h"
-#include "platform/x11/X11Workspace.h"
+#include "platform/x11/input/KeyboardModifiers.h"
+#include "platform/x11/input/X11EventMonitors.h"
+#include "platform/x11/input/X11HotKeys.h"
+#include "platform/x11/server/X11Screens.h"
+#include "platform/x11/windows/WindowMirror.h"
+#include "platform/x11/windows/X11Accessibility.h"
+#include "platform/x11/windows/X11WindowServer.h"
+#include "platform/x11/windows/X11Workspace.h"
 #include "support/Log.h"
 
 #include <functional>
@@ -49,13 +49,13 @@ class X11Backend {
     // Whether a compositing manager does the blending at the moment.
     bool isCompositing() const { return overlayWindows_.isCompositing(); }
 
-    SessionBus &sessionBus() { return sessionBus_; }
+    freedesktop::SessionBus &sessionBus() { return sessionBus_; }
 
   private:
     MainLoop &mainLoop_;
     Log &log_;
-    PropertyListUserDefaults userDefaults_;
-    NoPreferenceDomains preferenceDomains_;
+    freedesktop::PropertyListUserDefaults userDefaults_;
+    freedesktop::NoPreferenceDomains preferenceDomains_;
     WindowMirror mirror_;
     X11Screens screens_;
     X11Workspace workspace_;
@@ -65,11 +65,11 @@ class X11Backend {
     KeyboardModifiers keyboardModifiers_;
     X11EventMonitors eventMonitors_;
     X11HotKeys hotKeys_;
-    X11UserNotifications userNotifications_;
+    freedesktop::DesktopNotifications userNotifications_;
     X11Application application_;
-    AutostartLoginItem loginItem_;
+    freedesktop::AutostartLoginItem loginItem_;
     Log loginItemLog_;
-    SessionBus sessionBus_;
+    freedesktop::SessionBus sessionBus_;
     X11StatusItem statusItem_;
     std::unique_ptr<UpdateFramework> updates_;
 };

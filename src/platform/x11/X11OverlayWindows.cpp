@@ -1,15 +1,15 @@
 #include "platform/x11/X11OverlayWindows.h"
 
 #include "platform/Screens.h"
-#include "platform/x11/Connection.h"
+#include "platform/x11/server/Connection.h"
 
 #include <utility>
 
 namespace lumo::x11 {
 
 X11OverlayWindows::X11OverlayWindows(Connection &connection, WindowMirror &mirror, Screens &screens,
-                                     std::function<PointSpace()> pointSpace, MainLoop &mainLoop,
-                                     const Log &log)
+                                     std::function<drawing::PointSpace()> pointSpace,
+                                     MainLoop &mainLoop, const Log &log)
     : log_(log)
     , formats_(connection)
     , images_(connection)
@@ -46,7 +46,7 @@ X11OverlayWindows::X11OverlayWindows(Connection &connection, WindowMirror &mirro
 }
 
 std::unique_ptr<PlatformWindow> X11OverlayWindows::makeWindow(const Rect &frame) {
-    return std::make_unique<X11OverlayWindow>(surroundings_, frame);
+    return std::make_unique<X11PlatformWindow>(surroundings_, frame);
 }
 
 } // namespace lumo::x11

@@ -1,16 +1,16 @@
 #pragma once
 
 #include "platform/OverlayWindows.h"
-#include "platform/x11/BackdropRenderers.h"
-#include "platform/x11/CompositorWatch.h"
-#include "platform/x11/LogOnce.h"
-#include "platform/x11/PlacementChoice.h"
-#include "platform/x11/Redirection.h"
-#include "platform/x11/RenderFormats.h"
-#include "platform/x11/ServerImages.h"
-#include "platform/x11/Wallpaper.h"
-#include "platform/x11/WindowSurfaces.h"
-#include "platform/x11/X11OverlayWindow.h"
+#include "platform/freedesktop/LogOnce.h"
+#include "platform/x11/X11PlatformWindow.h"
+#include "platform/x11/painting/BackdropRenderers.h"
+#include "platform/x11/painting/CompositorWatch.h"
+#include "platform/x11/painting/Redirection.h"
+#include "platform/x11/painting/Wallpaper.h"
+#include "platform/x11/painting/WindowSurfaces.h"
+#include "platform/x11/placement/PlacementChoice.h"
+#include "platform/x11/server/RenderFormats.h"
+#include "platform/x11/server/ServerImages.h"
 
 namespace lumo::x11 {
 
@@ -20,7 +20,8 @@ class X11OverlayWindows final : public OverlayWindows {
     // The point space is asked for whenever one is needed, and after each change of the screens.
     // All arguments outlive the object. Waits for the server.
     X11OverlayWindows(Connection &connection, WindowMirror &mirror, Screens &screens,
-                      std::function<PointSpace()> pointSpace, MainLoop &mainLoop, const Log &log);
+                      std::function<drawing::PointSpace()> pointSpace, MainLoop &mainLoop,
+                      const Log &log);
 
     std::unique_ptr<PlatformWindow> makeWindow(const Rect &frame) override;
 
@@ -34,7 +35,7 @@ class X11OverlayWindows final : public OverlayWindows {
     bool canDrawBackdrops() const { return backdropRenderers_.isPossible(); }
 
   private:
-    LogOnce log_;
+    freedesktop::LogOnce log_;
     RenderFormats formats_;
     ServerImages images_;
     CompositorWatch compositor_;

@@ -9,15 +9,16 @@ namespace {
 
 constexpr double iconSide = 22; // points
 
-Point pointOf(const PointSpace &space, int x, int y) {
+Point pointOf(const drawing::PointSpace &space, int x, int y) {
     const auto pixel = space.screenFrame({x, y, 1, 1});
     return {pixel.x, pixel.maxY()};
 }
 
 } // namespace
 
-X11StatusItem::X11StatusItem(Connection &connection, const RenderFormats &formats, SessionBus &bus,
-                             std::function<PointSpace()> pointSpace)
+X11StatusItem::X11StatusItem(Connection &connection, const RenderFormats &formats,
+                             freedesktop::SessionBus &bus,
+                             std::function<drawing::PointSpace()> pointSpace)
     : pointSpace_(std::move(pointSpace))
     , notifierItem_(bus)
     , trayIcon_(connection, formats,

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "drawing/PixelRect.h"
+#include "drawing/PointSpace.h"
 #include "platform/StatusItem.h"
-#include "platform/x11/PixelRect.h"
-#include "platform/x11/PointSpace.h"
-#include "platform/x11/StatusNotifierItem.h"
+#include "platform/freedesktop/StatusNotifierItem.h"
 #include "platform/x11/TrayIcon.h"
 #include "support/Handle.h"
 #include "support/Signal.h"
@@ -11,11 +11,14 @@
 #include <functional>
 #include <vector>
 
+namespace lumo::freedesktop {
+class SessionBus;
+}
+
 namespace lumo::x11 {
 
 class Connection;
 class RenderFormats;
-class SessionBus;
 
 // The status item on the session bus where a panel listens there, in the system tray otherwise. A
 // panel that offers both is taken by its tray: that tells where the item is, and there are panels
@@ -24,8 +27,8 @@ class X11StatusItem final : public StatusItem {
   public:
     // The point space is asked for whenever one is needed. The other arguments outlive the object.
     // Waits for the server.
-    X11StatusItem(Connection &connection, const RenderFormats &formats, SessionBus &bus,
-                  std::function<PointSpace()> pointSpace);
+    X11StatusItem(Connection &connection, const RenderFormats &formats,
+                  freedesktop::SessionBus &bus, std::function<drawing::PointSpace()> pointSpace);
 
     void setToolTip(const std::string &text) override;
     void setTitle(const StatusTitle &title) override;
@@ -34,8 +37,8 @@ class X11StatusItem final : public StatusItem {
   private:
     void choosePlace();
 
-    std::function<PointSpace()> pointSpace_;
-    StatusNotifierItem notifierItem_;
+    std::function<drawing::PointSpace()> pointSpace_;
+    freedesktop::StatusNotifierItem notifierItem_;
     TrayIcon trayIcon_;
     Signal<StatusItemPlace> clicked_;
     std::vector<Handle> observations_;

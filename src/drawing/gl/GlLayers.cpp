@@ -1,0 +1,80 @@
+#include "drawing/gl/GlLayers.h"
+
+#include "drawing/EvenOddParts.h"
+
+#include <utility>
+
+namespace lumo::drawing {
+
+namespace {
+
+GlLayer::Blend blendOf(const Layer &layer) {
+    if (layer.compositingFilter == compositingFilter::overlayBlendMode) {
+        return GlLayer::Blend::overlay;
+    }
+    if (layer.compositingFilter == compositingFilter::softLightBlendMode) {
+        return GlLayer::Blend::softLight;
+    }
+    return GlLayer::Blend::normal;
+}
+
+bool hasPixels(const Image &image) {
+    return image.width > 0 && image.height > 0 &&
+           image.pixels.size() >= static_cast<std::size_t>(4) *
+                                      static_cast<std::size_t>(image.width) *
+                                      static_cast<std::size_t>(image.height);
+}
+
+GlLayer glLayer(const Layer &layer, const PlacedLayers &appearance) {
+    GlLayer result;
+    result.frame = appearance.toWindow(layer.frame);
+    result.opacity = layer.opacity;
+    result.blend = blendOf(layer);
+    if (layer.kind == Layer::Kind::backdrop) {
+        result.backdrop = backdropFilters(layer, appearance.space.scale());
+        return result;
+    }
+    result.color = layer.backgroundColor;
+    if (layer.contents && hasPixels(*layer.contents)) {
+        result.image = layer.contents;
+        const bool shrinks =
+            result.image->width > result.frame.width || result.image->height > result.frame.height;
+        result.sampling = shrinks ? layer.minificationFilter : layer.magnificationFilter;
+    }
+    return result;
+}
+
+// Where an odd number of the mask's rectangles is, and the rest.
+void split(const PlacedLayers &appearance, const PixelRect &whole, GlLayers &layers) {
+    if (!appearance.tree.mask) {
+        layers.visible = {whole};
+        return;
+    }
+    std::vector<PixelRect> rectangles;
+    for (const auto &rectangle : appearance.tree.mask->rectangles) {
+        rectangles.push_back(appearance.toWindow(rectangle));
+    }
+    layers.hidden = evenParts(whole.width, whole.height, rectangles);
+    layers.visible = evenParts(whole.width, whole.height, layers.hidden);
+}
+
+} // namespace
+
+std::optional<GlLayers> glLayers(const PlacedLayers &appearance, int width, int height) {
+    GlLayers result;
+    result.alpha = appearance.alpha;
+    for (const auto &layer : appearance.tree.layers) {
+        auto drawn = glLayer(layer, appearance);
+        if (drawn.opacity > 0 && !drawn.frame.isEmpty() &&
+            (drawn.backdrop || drawn.image || drawn.color.alpha > 0)) {
+            result.layers.push_back(std::move(drawn));
+        }
+    }
+    if (result.layers.size() > mostGlLayers) {
+        return std::nullopt;
+    }
+    split(appearance, {0, 0, width, height}, result);
+    return result;
+}
+
+} // namespace lumo::drawing

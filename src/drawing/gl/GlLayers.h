@@ -1,0 +1,43 @@
+#pragma once
+
+#include "drawing/BackdropFilters.h"
+#include "drawing/PixelRect.h"
+#include "platform/LayerTree.h"
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace lumo::drawing {
+
+struct PlacedLayers;
+
+// One layer that contributes to the picture.
+struct GlLayer {
+    enum class Blend { normal, overlay, softLight };
+
+    PixelRect frame; // in pixels from the overlay's top left
+    double opacity = 1;
+    Blend blend = Blend::normal;
+
+    std::optional<BackdropFilters> backdrop; // of a backdrop layer, which has nothing else
+    Color color;                             // not premultiplied
+    std::shared_ptr<const Image> image;      // over the colour
+    Sampling sampling = Sampling::linear;
+};
+
+// What is to be drawn over the scene beneath an overlay: a value that threads may hand each other.
+struct GlLayers {
+    std::vector<GlLayer> layers;
+    std::vector<PixelRect> visible; // where they are, as disjoint rectangles
+    std::vector<PixelRect> hidden;  // where the scene is as it was, likewise
+    double alpha = 1;
+};
+
+// The most layers that can be drawn at once.
+inline constexpr std::size_t mostGlLayers = 8;
+
+// The layers of an overlay of that size in pixels; absent when there are too many.
+std::optional<GlLayers> glLayers(const PlacedLayers &appearance, int width, int height);
+
+} // namespace lumo::drawing

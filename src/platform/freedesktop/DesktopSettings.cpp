@@ -1,0 +1,56 @@
+#include "platform/freedesktop/DesktopSettings.h"
+
+#include <gio/gio.h>
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <memory>
+
+namespace lumo::freedesktop {
+
+namespace {
+
+constexpr const char *backgroundSchema = "org.gnome.desktop.background";
+constexpr const char *colorKey = "primary-color";
+
+} // namespace
+
+std::optional<Color> desktopBackgroundColor() {
+    auto *source = g_settings_schema_source_get_default();
+    if (source == nullptr) {
+        return std::nullopt;
+    }
+    const std::unique_ptr<GSettingsSchema, decltype(&g_settings_schema_unref)> schema(
+        g_settings_schema_source_lookup(source, backgroundSchema, TRUE), g_settings_schema_unref);
+    // Asking for what a schema lacks would end the program.
+    if (!schema || g_settings_schema_has_key(schema.get(), colorKey) == FALSE) {
+        return std::nullopt;
+    }
+    const std::unique_ptr<GSettings, decltype(&g_object_unref)> settings(
+        g_settings_new_full(schema.get(), nullptr, nullptr), g_object_unref);
+    const std::unique_ptr<gchar, decltype(&g_free)> text(
+        g_settings_get_string(settings.get(), colorKey), g_free);
+    return colorFromHexadecimal(text.get());
+}
+
+std::optional<Color> colorFromHexadecimal(std::string_view text) {
+    if (text.size() < 4 || text.size() > 13 || text[0] != '#' || (text.size() - 1) % 3 != 0) {
+        return std::nullopt;
+    }
+    const auto digits = (text.size() - 1) / 3;
+    const double largest = std::pow(16, digits) - 1;
+    std::array<double, 3> channels{};
+    for (std::size_t index = 0; index < channels.size(); ++index) {
+        const auto part = text.substr(1 + index * digits, digits);
+        unsigned value = 0;
+        const auto result = std::from_chars(part.begin(), part.end(), value, 16);
+        if (result.ec != std::errc() || result.ptr != part.end()) {
+            return std::nullopt;
+        }
+        channels[index] = value / largest;
+    }
+    return Color{channels[0], channels[1], channels[2], 1};
+}
+
+} // namespace lumo::freedesktop

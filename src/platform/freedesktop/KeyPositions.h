@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+namespace lumo::freedesktop {
+
+// The X key code of the key at the position that the virtual key code names on the ANSI layout,
+// whatever the keyboard's layout makes of that key; absent for a code that has no such position. X
+// servers on Linux number keys as the kernel does, plus 8.
+std::optional<std::uint8_t> keycodeOfVirtualKey(std::uint32_t virtualKeyCode);
+
+// The virtual key code of the position that the key with this X key code has; absent for a key that
+// the ANSI layout does not name.
+std::optional<std::uint16_t> virtualKeyOfKeycode(std::uint32_t keycode);
+
+} // namespace lumo::freedesktop

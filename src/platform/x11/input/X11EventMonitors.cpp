@@ -1,0 +1,273 @@
+#include "platform/x11/input/X11EventMonitors.h"
+
+#include "platform/freedesktop/KeyPositions.h"
+#include "platform/x11/input/KeyboardModifiers.h"
+#include "platform/x11/server/Connection.h"
+#include "platform/x11/server/X11Screens.h"
+#include "platform/x11/server/XcbXkb.h"
+
+#include <xcb/xinput.h>
+
+#include <memory>
+#include <utility>
+
+namespace lumo::x11 {
+
+namespace {
+
+constexpr std::uint32_t rawKeys = XCB_INPUT_XI_EVENT_MASK_RAW_KEY_PRESS;
+constexpr std::uint32_t rawButtons =
+    XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS | XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_RELEASE;
+constexpr std::uint32_t rawMotion = XCB_INPUT_XI_EVENT_MASK_RAW_MOTION;
+constexpr std::uint32_t deviceChanges =
+    XCB_INPUT_XI_EVENT_MASK_HIERARCHY | XCB_INPUT_XI_EVENT_MASK_DEVICE_CHANGED;
+
+constexpr std::uint32_t leftButton = 1;
+constexpr std::uint32_t rightButton = 3;
+// The four between are the wheels, which are turned and not held.
+constexpr std::uint32_t firstExtraButton = 8;
+constexpr std::uint32_t lastButton = 31;
+
+bool canBeHeld(std::uint32_t button) {
+    return (button >= leftButton && button <= rightButton) ||
+           (button >= firstExtraButton && button <= lastButton);
+}
+
+// The virtual key code of a key that is not a modifier key: those only change the flags.
+std::optional<std::uint16_t> ordinaryKey(std::uint32_t keycode) {
+    constexpr std::uint16_t firstModifierKey = 54; // right Command
+    constexpr std::uint16_t lastModifierKey = 63;  // Fn
+    const auto key = freedesktop::virtualKeyOfKeycode(keycode);
+    return key && *key >= firstModifierKey && *key <= lastModifierKey ? std::nullopt : key;
+}
+
+} // namespace
+
+X11EventMonitors::X11EventMonitors(Connection &connection, const KeyboardModifiers &modifiers,
+                                   WindowMirror &mirror, const X11Screens &screens)
+    : connection_(connection)
+    , modifiers_(modifiers)
+    , screens_(screens) {
+    if (connection.extensions().xinput) {
+        devices_.emplace(connection);
+        ownInput_.emplace(connection, mirror);
+    }
+    if (connection.extensions().xkb) {
+        watchKeyboardState();
+    }
+    events_ = connection.onEvent([this](const auto &event) { handle(event); });
+}
+
+bool X11EventMonitors::hearsKeys() const {
+    return connection_.extensions().xinput && connection_.extensions().xkb;
+}
+
+void X11EventMonitors::watchKeyboardState() {
+    xcb_xkb_select_events_details_t details{};
+    details.affectState = XCB_XKB_STATE_PART_MODIFIER_STATE;
+    details.stateDetails = XCB_XKB_STATE_PART_MODIFIER_STATE;
+    xcb_xkb_select_events_aux(connection_, XCB_XKB_ID_USE_CORE_KBD, XCB_XKB_EVENT_TYPE_STATE_NOTIFY,
+                              0, 0, 0, 0, &details);
+    connection_.whenReplied<xcb_xkb_get_state_reply_t>(
+        xcb_xkb_get_state(connection_, XCB_XKB_ID_USE_CORE_KBD),
+        lifetime_.guard([this](const xcb_xkb_get_state_reply_t *reply) {
+            if (reply != nullptr) {
+                keyboardState_ = reply->mods;
+            }
+        }));
+}
+
+Handle X11EventMonitors::addGlobalMonitor(EventMask mask,
+                                          std::function<void(const InputEvent &)> handler) {
+    const auto count = [this, mask](int by) {
+        for (unsigned type = 0; type < wanted_.size(); ++type) {
+            if ((mask >> type & 1U) != 0) {
+                wanted_[type] += by;
+            }
+        }
+        selectEvents();
+    };
+    count(1);
+    auto subscription =
+        global_.subscribe([mask, handler = std::move(handler)](const InputEvent &event) {
+            if ((mask & eventMask(event.type)) != 0) {
+                handler(event);
+            }
+        });
+    // Shared, as a function can't own what can't be copied.
+    auto held = std::make_shared<Handle>(std::move(subscription));
+    return Handle(lifetime_.guard([held, count] {
+        held->reset();
+        count(-1);
+    }));
+}
+
+Handle
+X11EventMonitors::addButtonMonitor(std::function<void(std::uint32_t, bool isDown)> observer) {
+    if (!devices_) {
+        return {};
+    }
+    ++wantedButtons_;
+    selectEvents();
+    auto held = std::make_shared<Handle>(buttons_.subscribe(std::move(observer)));
+    return Handle(lifetime_.guard([this, held] {
+        held->reset();
+        --wantedButtons_;
+        selectEvents();
+    }));
+}
+
+Handle X11EventMonitors::addLocalMonitor(EventMask mask,
+                                         std::function<bool(const InputEvent &)> handler) {
+    return local_.subscribe([mask, handler = std::move(handler)](const LocalEvent &local) {
+        if (!*local.isSwallowed && (mask & eventMask(local.event->type)) != 0) {
+            *local.isSwallowed = handler(*local.event);
+        }
+    });
+}
+
+void X11EventMonitors::selectEvents() {
+    if (!devices_) {
+        return;
+    }
+    const auto wants = [this](EventMask mask) {
+        for (unsigned type = 0; type < wanted_.size(); ++type) {
+            if ((mask >> type & 1U) != 0 && wanted_[type] > 0) {
+                return true;
+            }
+        }
+        return false;
+    };
+    const auto wanted = (wants(eventMask(EventType::keyDown)) ? rawKeys : 0U) |
+                        (wants(pointerMotionMask) ? rawMotion | rawButtons : 0U) |
+                        (wantedButtons_ > 0 ? rawButtons : 0U);
+    const auto before = std::exchange(selected_, wanted);
+    if (before == wanted) {
+        return;
+    }
+    const bool hasMotion = (wanted & rawMotion) != 0;
+    struct {
+        xcb_input_event_mask_t allHead;
+        std::uint32_t all;
+        xcb_input_event_mask_t mastersHead;
+        std::uint32_t masters;
+    } const selection{{XCB_INPUT_DEVICE_ALL, 1},
+                      hasMotion ? deviceChanges : 0U,
+                      // From the devices themselves each event would come a second time.
+                      {XCB_INPUT_DEVICE_ALL_MASTER, 1},
+                      wanted};
+    xcb_input_xi_select_events(connection_, connection_.root(), 2, &selection.allHead);
+    if (hasMotion && (before & rawMotion) == 0) {
+        buttonsDown_ = 0;
+        devices_->read();
+    }
+}
+
+void X11EventMonitors::handle(const xcb_generic_event_t &event) {
+    const auto &extensions = connection_.extensions();
+    if (event.response_type == XCB_GE_GENERIC) {
+        const auto &generic = reinterpret_cast<const xcb_ge_generic_event_t &>(event);
+        if (devices_ && generic.extension == extensions.xinputOpcode) {
+            handleRaw(generic);
+        }
+    } else if (extensions.xkb && event.response_type == extensions.xkbFirstEvent) {
+        const auto &change = reinterpret_cast<const xcb_xkb_state_notify_event_t &>(event);
+        if (change.xkbType == XCB_XKB_STATE_NOTIFY) {
+            handleKeyboardState(change.mods, change.keycode);
+        }
+    }
+}
+
+void X11EventMonitors::handleRaw(const xcb_ge_generic_event_t &event) {
+    const auto &raw = reinterpret_cast<const xcb_input_raw_button_press_event_t &>(event);
+    switch (event.event_type) {
+    case XCB_INPUT_RAW_MOTION:
+        handleRawMotion(raw);
+        break;
+    case XCB_INPUT_RAW_KEY_PRESS:
+        handleRawKey(raw.detail);
+        break;
+    case XCB_INPUT_RAW_BUTTON_PRESS:
+        buttonsDown_ |= canBeHeld(raw.detail) ? 1U << raw.detail : 0U;
+        buttons_.emit(raw.detail, true);
+        break;
+    case XCB_INPUT_RAW_BUTTON_RELEASE:
+        buttonsDown_ &= canBeHeld(raw.detail) ? ~(1U << raw.detail) : ~0U;
+        buttons_.emit(raw.detail, false);
+        break;
+    case XCB_INPUT_HIERARCHY:
+        devices_->read();
+        break;
+    case XCB_INPUT_DEVICE_CHANGED:
+        // A master that follows another of its devices is no news.
+        if (reinterpret_cast<const xcb_input_device_changed_event_t &>(event).reason ==
+            XCB_INPUT_CHANGE_REASON_DEVICE_CHANGE) {
+            devices_->read();
+        }
+        break;
+    default:
+        ownInput_->handle(event);
+        break;
+    }
+}
+
+void X11EventMonitors::handleRawKey(std::uint32_t keycode) {
+    const auto keyCode = ordinaryKey(keycode);
+    if (keyCode && !ownInput_->hasKeyboard()) {
+        global_.emit({.type = EventType::keyDown,
+                      .modifierFlags = modifiers_.flagsOf(keyboardState_),
+                      .keyCode = *keyCode});
+    }
+}
+
+void X11EventMonitors::handleRawMotion(const xcb_input_raw_motion_event_t &event) {
+    const auto movement = devices_->movement(event);
+    if ((movement.x == 0 && movement.y == 0) || ownInput_->hasPointer()) {
+        return;
+    }
+    const double scale = screens_.pointSpace().scale();
+    global_.emit({.type = motionType(),
+                  .modifierFlags = modifiers_.flagsOf(keyboardState_),
+                  .deltaX = movement.x / scale,
+                  .deltaY = movement.y / scale});
+}
+
+EventType X11EventMonitors::motionType() const {
+    if (buttonsDown_ == 0) {
+        return EventType::mouseMoved;
+    }
+    if ((buttonsDown_ & (1U << leftButton)) != 0) {
+        return EventType::leftMouseDragged;
+    }
+    return (buttonsDown_ & (1U << rightButton)) != 0 ? EventType::rightMouseDragged
+                                                     : EventType::otherMouseDragged;
+}
+
+void X11EventMonitors::handleKeyboardState(std::uint8_t state, std::uint8_t keycode) {
+    const auto before = modifiers_.flagsOf(std::exchange(keyboardState_, state));
+    const auto flags = modifiers_.flagsOf(state);
+    if (flags != before && !(ownInput_ && ownInput_->hasKeyboard())) {
+        global_.emit({.type = EventType::flagsChanged,
+                      .modifierFlags = flags,
+                      .keyCode = freedesktop::virtualKeyOfKeycode(keycode).value_or(0)});
+    }
+}
+
+bool X11EventMonitors::handleLocal(const xcb_generic_event_t &event) const {
+    if ((event.response_type & 0x7fU) != XCB_KEY_PRESS) {
+        return false;
+    }
+    const auto &press = reinterpret_cast<const xcb_key_press_event_t &>(event);
+    const auto keyCode = ordinaryKey(press.detail);
+    if (!keyCode) {
+        return false;
+    }
+    const InputEvent local{.type = EventType::keyDown,
+                           .modifierFlags = modifiers_.flagsOf(press.state),
+                           .keyCode = *keyCode};
+    bool isSwallowed = false;
+    local_.emit({&local, &isSwallowed});
+    return isSwallowed;
+}
+
+} // namespace lumo::x11

@@ -1,0 +1,99 @@
+#include "platform/x11/painting/CompositorWatch.h"
+
+#include "platform/x11/server/Connection.h"
+
+#include <xcb/composite.h>
+#include <xcb/xfixes.h>
+
+#include <string>
+
+namespace lumo::x11 {
+
+namespace {
+
+constexpr double probeInterval = 1.0 / 60;
+
+} // namespace
+
+CompositorWatch::CompositorWatch(Connection &connection, MainLoop &mainLoop)
+    : connection_(connection)
+    , mainLoop_(mainLoop)
+    , selection_(connection.atom("_NET_WM_CM_S" + std::to_string(connection.screenNumber()))) {
+    if (!connection_.extensions().xfixes || !connection_.extensions().composite) {
+        return;
+    }
+    events_ = connection_.onEvent([this](const xcb_generic_event_t &event) {
+        const auto selectionNotify =
+            connection_.extensions().xfixesFirstEvent + XCB_XFIXES_SELECTION_NOTIFY;
+        if ((event.response_type & 0x7f) != selectionNotify) {
+            return;
+        }
+        const auto &notify = reinterpret_cast<const xcb_xfixes_selection_notify_event_t &>(event);
+        if (notify.selection == selection_) {
+            ownerIs(notify.owner != XCB_NONE);
+        }
+    });
+    xcb_xfixes_select_selection_input(connection_, connection_.root(), selection_,
+                                      XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
+                                          XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
+                                          XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
+    const auto owner = connection_.wait(xcb_get_selection_owner(connection_, selection_),
+                                        xcb_get_selection_owner_reply);
+    if (!owner || owner->owner == XCB_NONE) {
+        return;
+    }
+    hasOwner_ = true;
+    const auto attempt = attemptToRedirect();
+    probed(XcbPointer<xcb_generic_error_t>(xcb_request_check(connection_, attempt)) == nullptr);
+}
+
+void CompositorWatch::ownerIs(bool someone) {
+    hasOwner_ = someone;
+    if (!someone) {
+        nextProbe_.reset();
+        set(false);
+    } else if (!isCompositing_) {
+        probe();
+    }
+}
+
+// Only one client may redirect a window manually, so an attempt of ours fails once a compositing
+// manager has the windows. The grab keeps our attempt from failing theirs.
+xcb_void_cookie_t CompositorWatch::attemptToRedirect() {
+    xcb_grab_server(connection_);
+    const auto window = xcb_generate_id(connection_);
+    const std::uint32_t overrideRedirect = 1;
+    xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window, connection_.root(), -1, -1, 1, 1,
+                      0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
+                      XCB_CW_OVERRIDE_REDIRECT, &overrideRedirect);
+    const auto attempt =
+        xcb_composite_redirect_window_checked(connection_, window, XCB_COMPOSITE_REDIRECT_MANUAL);
+    xcb_destroy_window(connection_, window);
+    xcb_ungrab_server(connection_);
+    return attempt;
+}
+
+void CompositorWatch::probe() {
+    connection_.whenHandled(attemptToRedirect(),
+                            lifetime_.guard([this](bool succeeded) { probed(succeeded); }));
+}
+
+void CompositorWatch::probed(bool couldRedirect) {
+    if (!hasOwner_) {
+        return;
+    }
+    if (couldRedirect) {
+        nextProbe_ = mainLoop_.after(probeInterval, [this] { probe(); });
+    } else {
+        set(true);
+    }
+}
+
+void CompositorWatch::set(bool isCompositing) {
+    if (isCompositing != isCompositing_) {
+        isCompositing_ = isCompositing;
+        changed_.emit();
+    }
+}
+
+} // namespace lumo::x11

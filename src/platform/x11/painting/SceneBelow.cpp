@@ -1,0 +1,163 @@
+#include "platform/x11/painting/SceneBelow.h"
+
+#include "platform/x11/painting/Wallpaper.h"
+#include "platform/x11/painting/WindowSurfaces.h"
+#include "platform/x11/server/Connection.h"
+#include "platform/x11/server/ProtocolRectangle.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace lumo::x11 {
+
+SceneBelow::SceneBelow(Connection &connection, WindowSurfaces &surfaces, Wallpaper &wallpaper,
+                       Windows windows, LowerWindows lowerWindows)
+    : connection_(connection)
+    , surfaces_(surfaces)
+    , wallpaper_(wallpaper)
+    , windows_(windows)
+    , lowerWindows_(std::move(lowerWindows))
+    , changes_(makeEmptyRegion(connection))
+    , scratch_(makeEmptyRegion(connection))
+    , surfacesInUse_(surfaces.use())
+    , damage_(surfaces.onDamage([this](const SurfaceDamage &damage) { addDamage(damage); }))
+    , surfaceChanges_(surfaces.onStale([this](xcb_window_t window) {
+        if (window == XCB_NONE || contains(window)) {
+            stale_.emit();
+        }
+    }))
+    , wallpaperChanges_(wallpaper.onChange([this] {
+        invalidate();
+        stale_.emit();
+    })) {
+}
+
+void SceneBelow::setArea(const drawing::PixelRect &area) {
+    if (area != area_) {
+        area_ = area;
+        invalidate();
+    }
+}
+
+void SceneBelow::invalidate() {
+    add({area_});
+}
+
+bool SceneBelow::contains(xcb_window_t window) const {
+    return std::ranges::find(entries_, window, &Entry::window) != entries_.end();
+}
+
+void SceneBelow::addDamage(const SurfaceDamage &damage) {
+    if (contains(damage.window)) {
+        xcb_xfixes_union_region(connection_, changes_.id(), damage.region, changes_.id());
+        changedParts_.add(damage.bounds.intersection(area_));
+    }
+}
+
+void SceneBelow::add(const std::vector<drawing::PixelRect> &rectangles) {
+    std::vector<xcb_rectangle_t> visible;
+    for (const auto &rectangle : rectangles) {
+        const auto part = rectangle.intersection(area_);
+        if (!part.isEmpty()) {
+            visible.push_back(toProtocol(part));
+            changedParts_.add(part);
+        }
+    }
+    if (!visible.empty()) {
+        xcb_xfixes_set_region(connection_, scratch_.id(),
+                              static_cast<std::uint32_t>(visible.size()), visible.data());
+        xcb_xfixes_union_region(connection_, changes_.id(), scratch_.id(), changes_.id());
+    }
+}
+
+std::vector<SceneBelow::Entry> SceneBelow::currentEntries() {
+    std::vector<Entry> entries;
+    for (const auto window : lowerWindows_()) {
+        const auto *surface = surfaces_.find(window);
+        if (surface != nullptr && !surface->geometry.intersection(area_).isEmpty()) {
+            entries.push_back(
+                {window, surface->geometry, surface->visible, surface->opacity, surface->version});
+        }
+    }
+    return entries;
+}
+
+bool SceneBelow::update() {
+    for (const auto &entry : entries_) {
+        surfaces_.collectDamage(entry.window);
+    }
+    auto entries = currentEntries();
+    // Whatever lies between what is the same at the bottom and what is the same at the top has
+    // come, gone, changed or swapped places.
+    const auto [oldFirst, newFirst] = std::ranges::mismatch(entries_, entries);
+    auto oldLast = entries_.end();
+    auto newLast = entries.end();
+    while (oldLast != oldFirst && newLast != newFirst && *(oldLast - 1) == *(newLast - 1)) {
+        --oldLast;
+        --newLast;
+    }
+    std::vector<drawing::PixelRect> changed;
+    std::transform(oldFirst, oldLast, std::back_inserter(changed),
+                   [](const Entry &entry) { return entry.geometry; });
+    std::transform(newFirst, newLast, std::back_inserter(changed),
+                   [](const Entry &entry) { return entry.geometry; });
+    add(changed);
+    entries_ = std::move(entries);
+    return !changedParts_.isEmpty();
+}
+
+void SceneBelow::clip(xcb_render_picture_t picture, xcb_xfixes_region_t region) {
+    xcb_xfixes_set_picture_clip_region(connection_, picture, region,
+                                       static_cast<std::int16_t>(-area_.x),
+                                       static_cast<std::int16_t>(-area_.y));
+}
+
+void SceneBelow::draw(xcb_render_picture_t onto) {
+    clip(onto, changes_.id());
+    wallpaper_.drawOnto(onto, area_);
+    for (const auto &entry : entries_) {
+        const auto *surface =
+            changedParts_.meets(entry.geometry) ? surfaces_.find(entry.window) : nullptr;
+        if (surface == nullptr) {
+            continue;
+        }
+        drawWindow(*surface, onto);
+    }
+    clip(onto, changes_.id());
+}
+
+void SceneBelow::drawWindow(const WindowSurface &surface, xcb_render_picture_t onto) {
+    const bool isBlended = windows_ == Windows::blended;
+    xcb_xfixes_intersect_region(connection_, changes_.id(), surface.shape.id(), scratch_.id());
+    // What shows nothing is transparent where there is alpha, but black where there is none.
+    const auto &shown = isBlended && !surface.alpha ? surface.visible : surface.geometry;
+    clip(onto, scratch_.id());
+    const auto picture = isBlended && surface.alpha ? surface.alpha.id() : surface.picture.id();
+    OwnedPicture opacity;
+    if (isBlended && surface.opacity < 1) {
+        opacity = OwnedPicture(connection_);
+        const auto share = static_cast<std::uint16_t>(std::lround(surface.opacity * 0xffff));
+        xcb_render_create_solid_fill(connection_, opacity.id(), {0, 0, 0, share});
+    }
+    const auto operation =
+        opacity || (isBlended && surface.alpha) ? XCB_RENDER_PICT_OP_OVER : XCB_RENDER_PICT_OP_SRC;
+    xcb_render_composite(connection_, static_cast<std::uint8_t>(operation), picture, opacity.id(),
+                         onto, static_cast<std::int16_t>(shown.x - surface.geometry.x),
+                         static_cast<std::int16_t>(shown.y - surface.geometry.y), 0, 0,
+                         static_cast<std::int16_t>(shown.x - area_.x),
+                         static_cast<std::int16_t>(shown.y - area_.y),
+                         static_cast<std::uint16_t>(std::max(shown.width, 0)),
+                         static_cast<std::uint16_t>(std::max(shown.height, 0)));
+}
+
+void SceneBelow::settle() {
+    xcb_xfixes_set_region(connection_, changes_.id(), 0, nullptr);
+    changedParts_.clear();
+}
+
+Handle SceneBelow::onStale(std::function<void()> observer) {
+    return stale_.subscribe(std::move(observer));
+}
+
+} // namespace lumo::x11

@@ -1,0 +1,82 @@
+#pragma once
+
+#include "drawing/PixelParts.h"
+#include "platform/MainLoop.h"
+#include "platform/x11/painting/BackdropRenderer.h"
+#include "platform/x11/painting/LayerGroup.h"
+#include "platform/x11/painting/Painter.h"
+#include "platform/x11/painting/SceneBelow.h"
+
+#include <xcb/xcb.h>
+
+#include <memory>
+#include <optional>
+
+namespace lumo::x11 {
+
+// Shows a picture of what lies beneath with the layers drawn over it by a renderer, and draws what
+// changes beneath anew, at most once per refresh. Opaque, so that a compositing manager shows the
+// same.
+class ScenePainter final : public Painter {
+  public:
+    // The window to paint, with its depth and format.
+    struct Canvas {
+        xcb_window_t window = XCB_NONE;
+        std::uint8_t depth = 0;
+        xcb_render_pictformat_t format = XCB_NONE;
+    };
+
+    // Calls failed when the renderer can't draw any more; nothing is painted from then on. The
+    // painter must outlive that call.
+    ScenePainter(Connection &connection, MainLoop &mainLoop, std::unique_ptr<SceneBelow> scene,
+                 const Canvas &canvas, std::unique_ptr<BackdropRenderer> renderer,
+                 std::function<void()> failed);
+
+    void paint(const drawing::PlacedLayers &appearance, std::function<void()> painted) override;
+    void present() override;
+    void suspend() override;
+
+  private:
+    struct Buffer {
+        OwnedPixmap pixmap;
+        OwnedPicture picture;
+    };
+
+    Buffer makeBuffer(const drawing::PixelRect &area);
+    void makeTarget(const drawing::PixelRect &area);
+    void adopt(const drawing::PlacedLayers &appearance);
+    void draw();
+    void drawn(bool succeeded);
+    void drawScene();
+    void clipToParts();
+    void scheduleRedraw();
+
+    Connection &connection_;
+    MainLoop &mainLoop_;
+    std::unique_ptr<SceneBelow> scene_;
+    Canvas window_;
+    std::unique_ptr<BackdropRenderer> renderer_;
+    std::function<void()> failed_;
+
+    std::optional<drawing::PlacedLayers> adopted_;
+    Buffer canvas_; // what the window shows, its background as well
+    Buffer apart_;  // the scene, if the renderer needs it apart
+    RenderTarget target_;
+    bool isBackground_ = false; // the canvas is the window's background
+    OwnedGraphicsContext context_;
+
+    drawing::PixelParts parts_; // to be rendered, or being rendered; from the window's top left
+    OwnedRegion fresh_;         // rendered, or about to be, but not presented; on the root window
+    OwnedRegion scratch_;
+    bool isDrawing_ = false;
+    bool isStaleMeanwhile_ = false; // since that drawing began
+    bool hasFresh_ = false;
+    bool isSuspended_ = true;
+    bool hasFailed_ = false;
+    double drawnAt_ = 0; // seconds
+    std::function<void()> painted_;
+    Handle sceneChanges_;
+    Handle nextRedraw_;
+};
+
+} // namespace lumo::x11

@@ -1,0 +1,171 @@
+#include "platform/x11/painting/Wallpaper.h"
+
+#include "platform/freedesktop/DesktopSettings.h"
+#include "platform/x11/painting/CompositorWatch.h"
+#include "platform/x11/server/Connection.h"
+#include "platform/x11/server/ProtocolRectangle.h"
+#include "platform/x11/server/RenderFormats.h"
+#include "platform/x11/windows/WindowMirror.h"
+
+#include <xcb/composite.h>
+#include <xcb/shape.h>
+
+#include <array>
+#include <cmath>
+#include <utility>
+
+namespace lumo::x11 {
+
+namespace {
+
+// The first is what nearly all programs set; some set the second alone.
+constexpr std::array<std::string_view, 2> properties = {"_XROOTPMAP_ID", "ESETROOT_PMAP_ID"};
+
+constexpr double longestWait = 1; // seconds, while starting
+
+xcb_render_color_t opaque(const Color &color) {
+    const auto channel = [](double value) {
+        return static_cast<std::uint16_t>(std::lround(value * 65535));
+    };
+    return {channel(color.red), channel(color.green), channel(color.blue), 0xffff};
+}
+
+OwnedPicture repeatingPicture(Connection &connection, xcb_pixmap_t pixmap,
+                              xcb_render_pictformat_t format) {
+    OwnedPicture picture(connection);
+    const std::uint32_t repeat = XCB_RENDER_REPEAT_NORMAL;
+    xcb_render_create_picture(connection, picture.id(), pixmap, format, XCB_RENDER_CP_REPEAT,
+                              &repeat);
+    return picture;
+}
+
+} // namespace
+
+Wallpaper::Wallpaper(Connection &connection, WindowMirror &mirror, const RenderFormats &formats,
+                     const CompositorWatch &compositor)
+    : connection_(connection)
+    , formats_(formats)
+    , compositor_(compositor)
+    , rootWidth_(connection.screen().width_in_pixels)
+    , rootHeight_(connection.screen().height_in_pixels)
+    , events_(connection.onEvent([this](const xcb_generic_event_t &event) {
+        const auto &configure = reinterpret_cast<const xcb_configure_notify_event_t &>(event);
+        if ((event.response_type & 0x7f) == XCB_CONFIGURE_NOTIFY &&
+            configure.window == connection_.root()) {
+            rootIs(configure.width, configure.height);
+        }
+    }))
+    , mirrorChanges_(mirror.onChange([this](const MirrorChange &change) {
+        if (change.wallpaper) {
+            ++reading_;
+            readProperty(0);
+        }
+    })) {
+    readProperty(0);
+    connection_.dispatchUntil([this] { return isSettled_; }, longestWait);
+}
+
+void Wallpaper::readProperty(std::size_t index) {
+    if (index == properties.size()) {
+        settle({});
+        return;
+    }
+    const auto cookie =
+        xcb_get_property(connection_, 0, connection_.root(), connection_.atom(properties[index]),
+                         XCB_ATOM_PIXMAP, 0, 1);
+    connection_.whenReplied<xcb_get_property_reply_t>(
+        cookie, lifetime_.guard([this, index, reading = reading_](const auto *reply) {
+            if (reading != reading_) {
+                return;
+            }
+            if (reply == nullptr || reply->format != 32 || reply->value_len != 1) {
+                readProperty(index + 1);
+                return;
+            }
+            readPixmap(index, *static_cast<const xcb_pixmap_t *>(xcb_get_property_value(reply)));
+        }));
+}
+
+void Wallpaper::readPixmap(std::size_t index, xcb_pixmap_t pixmap) {
+    // A program that set the property may have gone, and its pixmap with it.
+    connection_.whenReplied<xcb_get_geometry_reply_t>(
+        xcb_get_geometry(connection_, pixmap),
+        lifetime_.guard([this, index, pixmap, reading = reading_](const auto *reply) {
+            if (reading != reading_) {
+                return;
+            }
+            const auto format = reply == nullptr ? xcb_render_pictformat_t{XCB_NONE}
+                                                 : formats_.opaqueOfDepth(reply->depth);
+            if (format == XCB_NONE) {
+                readProperty(index + 1);
+                return;
+            }
+            settle(repeatingPicture(connection_, pixmap, format));
+        }));
+}
+
+void Wallpaper::settle(OwnedPicture picture) {
+    isNamed_ = static_cast<bool>(picture);
+    isSettled_ = true;
+    picture_ = std::move(picture);
+    changed_.emit();
+}
+
+void Wallpaper::rootIs(std::uint16_t width, std::uint16_t height) {
+    if (width != rootWidth_ || height != rootHeight_) {
+        rootWidth_ = width;
+        rootHeight_ = height;
+        if (!isNamed_) {
+            picture_.reset();
+        }
+        changed_.emit();
+    }
+}
+
+void Wallpaper::drawOnto(xcb_render_picture_t picture, const drawing::PixelRect &area) {
+    if (!picture_ && !compositor_.isCompositing()) {
+        captureRootBackground();
+    }
+    if (!picture_) {
+        const auto all = toProtocol({0, 0, area.width, area.height});
+        xcb_render_fill_rectangles(connection_, XCB_RENDER_PICT_OP_SRC, picture, settingsColor(), 1,
+                                   &all);
+        return;
+    }
+    xcb_render_composite(connection_, XCB_RENDER_PICT_OP_SRC, picture_.id(), XCB_NONE, picture,
+                         static_cast<std::int16_t>(area.x), static_cast<std::int16_t>(area.y), 0, 0,
+                         0, 0, static_cast<std::uint16_t>(area.width),
+                         static_cast<std::uint16_t>(area.height));
+}
+
+// The server tells nobody the root window's background, but draws it into a window whose own
+// background is "that of the parent". Such a window, redirected so that it is never seen and gone
+// again at once, leaves its pixels behind.
+void Wallpaper::captureRootBackground() {
+    const OwnedWindow window(connection_);
+    const std::array<std::uint32_t, 3> attributes = {XCB_BACK_PIXMAP_PARENT_RELATIVE, 0, 1};
+    xcb_create_window(
+        connection_, XCB_COPY_FROM_PARENT, window.id(), connection_.root(), 0, 0, rootWidth_,
+        rootHeight_, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
+        XCB_CW_BACK_PIXMAP | XCB_CW_BORDER_PIXEL | XCB_CW_OVERRIDE_REDIRECT, attributes.data());
+    const auto nowhere = makeEmptyRegion(connection_);
+    xcb_xfixes_set_window_shape_region(connection_, window.id(), XCB_SHAPE_SK_INPUT, 0, 0,
+                                       nowhere.id());
+    xcb_composite_redirect_window(connection_, window.id(), XCB_COMPOSITE_REDIRECT_MANUAL);
+    const std::uint32_t below = XCB_STACK_MODE_BELOW;
+    xcb_configure_window(connection_, window.id(), XCB_CONFIG_WINDOW_STACK_MODE, &below);
+    xcb_map_window(connection_, window.id());
+    const OwnedPixmap pixmap(connection_);
+    xcb_composite_name_window_pixmap(connection_, window.id(), pixmap.id());
+    picture_ = repeatingPicture(connection_, pixmap.id(),
+                                formats_.opaque(connection_.screen().root_visual));
+}
+
+xcb_render_color_t Wallpaper::settingsColor() {
+    if (!settingsColor_) {
+        settingsColor_ = freedesktop::desktopBackgroundColor().value_or(Color::black());
+    }
+    return opaque(*settingsColor_);
+}
+
+} // namespace lumo::x11

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "drawing/PixelRect.h"
+#include "platform/LayerTree.h"
+#include "platform/x11/server/ServerResource.h"
+#include "support/Handle.h"
+#include "support/Lifetime.h"
+#include "support/Signal.h"
+
+#include <xcb/xcb.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+
+namespace lumo::x11 {
+
+class CompositorWatch;
+class Connection;
+class RenderFormats;
+class WindowMirror;
+
+// What lies beneath all windows: the pixmap that the root window's property names; else, while a
+// compositing manager draws the desktop, the colour in the desktop's settings; else the root
+// window's own background. (A desktop that shows its picture in a window needs none of this.)
+// Follows the property while running. Main thread only; only construction waits for the server.
+class Wallpaper {
+  public:
+    Wallpaper(Connection &connection, WindowMirror &mirror, const RenderFormats &formats,
+              const CompositorWatch &compositor);
+
+    // Draws the part within the area, opaque, to a picture whose origin is the area's top left.
+    void drawOnto(xcb_render_picture_t picture, const drawing::PixelRect &area);
+
+    // Calls the observer after it has become another one.
+    Handle onChange(std::function<void()> observer) {
+        return changed_.subscribe(std::move(observer));
+    }
+
+  private:
+    void readProperty(std::size_t index);
+    void readPixmap(std::size_t index, xcb_pixmap_t pixmap);
+    void settle(OwnedPicture picture);
+    void rootIs(std::uint16_t width, std::uint16_t height);
+    void captureRootBackground();
+    xcb_render_color_t settingsColor();
+
+    Connection &connection_;
+    const RenderFormats &formats_;
+    const CompositorWatch &compositor_;
+    OwnedPicture picture_; // repeats, from the root window's origin; none while not known
+    bool isNamed_ = false; // picture_ is the one that the property names
+    bool isSettled_ = false;
+    std::uint16_t rootWidth_;
+    std::uint16_t rootHeight_;
+    unsigned reading_ = 0; // which reading of the property the replies must belong to
+    std::optional<Color> settingsColor_;
+    Signal<> changed_;
+    Handle events_;
+    Handle mirrorChanges_;
+    Lifetime lifetime_;
+};
+
+} // namespace lumo::x11

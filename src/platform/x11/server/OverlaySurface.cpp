@@ -1,0 +1,181 @@
+#include "platform/x11/server/OverlaySurface.h"
+
+#include "platform/x11/server/Connection.h"
+#include "platform/x11/server/PropertyWriter.h"
+#include "platform/x11/server/RenderFormats.h"
+
+#include <sys/utsname.h>
+#include <xcb/shape.h>
+
+#include <array>
+#include <utility>
+#include <vector>
+
+namespace lumo::x11 {
+
+OverlaySurface::OverlaySurface(Connection &connection, const RenderFormats &formats, Care care,
+                               const drawing::PixelRect &area)
+    : connection_(connection)
+    , care_(care)
+    , colormap_(connection)
+    , window_(connection)
+    , area_(area) {
+    const auto translucent = formats.translucentVisual();
+    depth_ = translucent != XCB_NONE ? 32 : connection_.screen().root_depth;
+    visual_ = translucent != XCB_NONE ? translucent : connection_.screen().root_visual;
+    create();
+    describe();
+    if (care_ == Care::manager) {
+        describeToManager();
+    }
+    const auto &extensions = connection_.extensions();
+    if (extensions.xfixes && extensions.shape) {
+        nothing_ = makeEmptyRegion(connection_);
+        const xcb_rectangle_t outside = {-1, -1, 1, 1};
+        outside_ = OwnedRegion(connection_);
+        xcb_xfixes_create_region(connection_, outside_.id(), 1, &outside);
+        xcb_xfixes_set_window_shape_region(connection_, id(), XCB_SHAPE_SK_INPUT, 0, 0,
+                                           nothing_.id());
+    }
+}
+
+void OverlaySurface::create() {
+    xcb_create_colormap(connection_, XCB_COLORMAP_ALLOC_NONE, colormap_.id(), connection_.root(),
+                        visual_);
+    // What becomes of it under a manager is told to the window itself.
+    const std::uint32_t events =
+        care_ == Care::manager ? XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY
+                               : std::uint32_t{XCB_EVENT_MASK_NO_EVENT};
+    const std::array<std::uint32_t, 5> attributes = {
+        XCB_BACK_PIXMAP_NONE, 0, care_ == Care::none ? 1U : 0U, events, colormap_.id()};
+    xcb_create_window(
+        connection_, depth_, id(), connection_.root(), static_cast<std::int16_t>(area_.x),
+        static_cast<std::int16_t>(area_.y), static_cast<std::uint16_t>(area_.width),
+        static_cast<std::uint16_t>(area_.height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, visual_,
+        XCB_CW_BACK_PIXMAP | XCB_CW_BORDER_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK |
+            XCB_CW_COLORMAP,
+        attributes.data());
+}
+
+void OverlaySurface::describe() {
+    setIdentity(connection_, id(), "Lumo");
+    utsname machine{};
+    if (uname(&machine) == 0) {
+        setText(connection_, id(), XCB_ATOM_WM_CLIENT_MACHINE, XCB_ATOM_STRING, machine.nodename);
+    }
+    // Managers hide a managed utility window while another application is active.
+    setValues(connection_, id(), "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM,
+              {connection_.atom(care_ == Care::none ? "_NET_WM_WINDOW_TYPE_UTILITY"
+                                                    : "_NET_WM_WINDOW_TYPE_NORMAL")});
+    setValues(connection_, id(), "_NET_WM_STATE", XCB_ATOM_ATOM,
+              {connection_.atom("_NET_WM_STATE_SKIP_TASKBAR"),
+               connection_.atom("_NET_WM_STATE_SKIP_PAGER"),
+               connection_.atom("_KDE_NET_WM_STATE_SKIP_SWITCHER"),
+               connection_.atom("_NET_WM_STATE_STICKY")});
+    constexpr std::uint32_t allDesktops = 0xffffffff;
+    setValues(connection_, id(), "_NET_WM_DESKTOP", XCB_ATOM_CARDINAL, {allDesktops});
+    // A compositing manager must not step aside for it because it covers a whole screen.
+    constexpr std::uint32_t neverBypass = 2;
+    setValues(connection_, id(), "_NET_WM_BYPASS_COMPOSITOR", XCB_ATOM_CARDINAL, {neverBypass});
+    setValues(connection_, id(), "_COMPTON_SHADOW", XCB_ATOM_CARDINAL, {0});
+    // WM_HINTS with nothing but "wants no input", from the Inter-Client Communication Conventions.
+    setValues(connection_, id(), "WM_HINTS", XCB_ATOM_WM_HINTS, {1, 0, 0, 0, 0, 0, 0, 0, 0});
+}
+
+void OverlaySurface::describeToManager() {
+    // Flags for functions and decorations, and none of either.
+    setValues(connection_, id(), "_MOTIF_WM_HINTS", connection_.atom("_MOTIF_WM_HINTS"),
+              {3, 0, 0, 0, 0});
+    // Never active, not even when it comes up.
+    setValues(connection_, id(), "_NET_WM_USER_TIME", XCB_ATOM_CARDINAL, {0});
+    constexpr std::uint32_t userPosition = 1;
+    constexpr std::uint32_t userSize = 2;
+    constexpr std::uint32_t smallest = 16;
+    constexpr std::uint32_t largest = 32;
+    constexpr std::uint32_t gravity = 512;
+    const auto x = static_cast<std::uint32_t>(area_.x);
+    const auto y = static_cast<std::uint32_t>(area_.y);
+    const auto width = static_cast<std::uint32_t>(area_.width);
+    const auto height = static_cast<std::uint32_t>(area_.height);
+    setValues(connection_, id(), "WM_NORMAL_HINTS", XCB_ATOM_WM_SIZE_HINTS,
+              {userPosition | userSize | smallest | largest | gravity, x, y, width, height, width,
+               height, width, height, 0, 0, 0, 0, 0, 0, 0, 0, XCB_GRAVITY_STATIC});
+}
+
+bool OverlaySurface::letsClicksThrough() const {
+    if (!nothing_) {
+        return false;
+    }
+    const auto reply =
+        connection_.wait(xcb_shape_get_rectangles(connection_, id(), XCB_SHAPE_SK_INPUT),
+                         xcb_shape_get_rectangles_reply);
+    return reply && reply->rectangles_len == 0;
+}
+
+void OverlaySurface::move(const drawing::PixelRect &area) {
+    if (area == area_) {
+        return;
+    }
+    area_ = area;
+    if (care_ == Care::manager) {
+        describeToManager(); // the size that it may have
+    }
+    const std::array<std::uint32_t, 4> values = {
+        static_cast<std::uint32_t>(area.x), static_cast<std::uint32_t>(area.y),
+        static_cast<std::uint32_t>(area.width), static_cast<std::uint32_t>(area.height)};
+    xcb_configure_window(connection_, id(),
+                         XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH |
+                             XCB_CONFIG_WINDOW_HEIGHT,
+                         values.data());
+}
+
+void OverlaySurface::setMapped(bool isMapped) {
+    if (isMapped != isMapped_) {
+        isMapped_ = isMapped;
+        isMapped ? xcb_map_window(connection_, id()) : xcb_unmap_window(connection_, id());
+    }
+}
+
+void OverlaySurface::setCutAway(bool isCutAway) {
+    if (isCutAway != isCutAway_) {
+        isCutAway_ = isCutAway;
+        applyShape();
+    }
+}
+
+void OverlaySurface::setShape(OwnedRegion shape) {
+    shape_ = std::move(shape);
+    if (!isCutAway_) {
+        applyShape();
+    }
+}
+
+void OverlaySurface::setPattern(OwnedRegion pattern) {
+    pattern_ = std::move(pattern);
+    if (!isCutAway_) {
+        applyShape();
+    }
+}
+
+void OverlaySurface::applyShape() {
+    if (isCutAway_) {
+        useShape(outside_.id());
+    } else if (!shape_ && !pattern_) {
+        useShape(XCB_NONE);
+    } else {
+        const auto region = makeEmptyRegion(connection_);
+        if (shape_ && pattern_) {
+            xcb_xfixes_intersect_region(connection_, shape_.id(), pattern_.id(), region.id());
+        } else {
+            xcb_xfixes_copy_region(connection_, shape_ ? shape_.id() : pattern_.id(), region.id());
+        }
+        xcb_xfixes_union_region(connection_, region.id(), outside_.id(), region.id());
+        useShape(region.id());
+    }
+}
+
+void OverlaySurface::useShape(xcb_xfixes_region_t shape) {
+    xcb_xfixes_set_window_shape_region(connection_, id(), XCB_SHAPE_SK_BOUNDING, 0, 0, shape);
+}
+
+} // namespace lumo::x11

@@ -1,0 +1,105 @@
+#pragma once
+
+#include "drawing/PixelRect.h"
+#include "drawing/PointSpace.h"
+#include "platform/Screens.h"
+#include "platform/x11/server/PendingReads.h"
+#include "support/Signal.h"
+
+#include <xcb/randr.h>
+#include <xcb/xcb.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lumo {
+class MainLoop;
+}
+
+namespace lumo::x11 {
+
+class Connection;
+
+// A display, or several that show the same.
+struct Monitor {
+    drawing::PixelRect area;
+    bool isPrimary = false;
+    std::string name;
+    std::string description; // what its display says about itself; empty when nothing
+
+    bool operator==(const Monitor &) const = default;
+};
+
+// Monitors that have no pixel in common, so that none is darkened twice. One that shows all of
+// another becomes one with it, under the name of the one that comes first; of two that overlap
+// otherwise the later one loses the common part, or where a rectangle would not be left of it, they
+// become one around both. Empty ones are dropped.
+std::vector<Monitor> apart(std::vector<Monitor> monitors);
+
+// The monitors of the root window, as screens that have no pixel in common: see apart(). A display
+// that is plugged in or changes its mode shows itself by a burst of events with states in between;
+// they are answered once, when the burst is over. Construction waits for the server; nothing after
+// it does.
+//
+// The scale is that of the resource Xft.dpi in quarter steps, at least 1, times QT_SCALE_FACTOR
+// from the environment.
+class X11Screens final : public Screens {
+  public:
+    // Both outlive the screens.
+    X11Screens(Connection &connection, MainLoop &mainLoop);
+    ~X11Screens() override;
+
+    const std::vector<Screen> &screens() const override { return screens_; }
+    Handle onScreenParametersDidChange(std::function<void()> observer) override;
+
+    // The rectangles of screens(), in the same order.
+    const std::vector<drawing::PixelRect> &pixelRects() const { return pixelRects_; }
+
+    const drawing::PointSpace &pointSpace() const { return pointSpace_; }
+
+    // A number that is another one after each change.
+    std::uint64_t revision() const { return revision_; }
+
+    // False while something that was heard of is still to be read.
+    bool isSettled() const { return reads_.isIdle() && replies_.isEmpty(); }
+
+  private:
+    void handle(const xcb_generic_event_t &event);
+    void readWhenQuiet(std::uint32_t things);
+    void requestReads();
+    void readMonitors();
+    void applyMonitors(const xcb_randr_get_monitors_reply_t *reply);
+    void readMonitor(const std::shared_ptr<std::vector<Monitor>> &found, std::size_t index,
+                     const xcb_randr_monitor_info_t &info);
+    void finishMonitors(std::vector<Monitor> found);
+    void update();
+
+    Connection &connection_;
+    MainLoop &mainLoop_;
+    xcb_atom_t edid_;
+    double userScale_;
+    PendingReads reads_;
+    ReplyQueue replies_;
+    Handle quiet_; // while a burst of events lasts
+    double burstBeganAt_ = 0;
+    drawing::PixelRect root_;
+    double resourceScale_ = 1;
+    std::vector<Monitor> monitors_;
+
+    std::vector<Screen> screens_;
+    std::vector<drawing::PixelRect> pixelRects_;
+    drawing::PointSpace pointSpace_;
+    std::uint64_t revision_ = 1;
+    Signal<> changes_;
+    Handle events_;
+    Handle batches_;
+};
+
+// The scale that a text of resources asks for: Xft.dpi by 96, in quarter steps, at least 1; 1 when
+// it does not say.
+double scaleOfResources(std::string_view resources);
+
+} // namespace lumo::x11

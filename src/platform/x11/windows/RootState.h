@@ -1,0 +1,79 @@
+#pragma once
+
+#include "platform/x11/server/PendingReads.h"
+#include "platform/x11/server/PropertyReply.h"
+
+#include <xcb/xcb.h>
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace lumo::x11 {
+
+class Connection;
+struct MirrorChange;
+
+// What the root window's properties say: the window manager, the active window, the current
+// desktop. Fed with events by its owner, which asks for reads at the end of each batch.
+class RootState {
+  public:
+    using Note = std::function<void(bool MirrorChange::*)>;
+
+    // Calls the function with each thing that changes from then on. The root window's property
+    // events must have been selected.
+    RootState(Connection &connection, Note note);
+
+    void handle(const xcb_property_notify_event_t &event);
+    void handle(const xcb_destroy_notify_event_t &event);
+
+    // Asks the server for what events have said is different.
+    void requestReads();
+
+    // True when nothing is being read.
+    bool isSettled() const;
+
+    std::optional<xcb_window_t> activeWindow() const;
+
+    // Absent when the window manager does not say.
+    std::optional<std::uint32_t> currentDesktop() const { return currentDesktop_; }
+
+    // Empty when no window manager runs or it has no name.
+    const std::string &windowManagerName() const { return managerName_; }
+
+    bool isWindowManagerRunning() const { return managerWindow_ != XCB_NONE; }
+
+    // Whether the window manager says that it understands the hint.
+    bool supports(xcb_atom_t hint) const;
+
+    // The managed windows, as the window manager says.
+    const std::vector<xcb_window_t> &clients() const { return clients_; }
+
+  private:
+    void apply(unsigned index, const xcb_get_property_reply_t *reply);
+    void applyManagerCandidate(xcb_window_t candidate);
+    void readManager();
+    void setManager(xcb_window_t window, const std::string &name);
+
+    Connection &connection_;
+    Note note_;
+    std::vector<xcb_atom_t> atoms_;
+    xcb_atom_t utf8String_;
+    xcb_atom_t managerNameAtom_;
+    PendingReads reads_;
+    ReplyQueue replies_;
+
+    // The window that stands for the manager: as the root's property says, and once that window
+    // has confirmed it.
+    xcb_window_t managerCandidate_ = XCB_NONE;
+    xcb_window_t managerWindow_ = XCB_NONE;
+    std::string managerName_;
+    std::vector<xcb_atom_t> supported_; // sorted
+    std::vector<xcb_window_t> clients_;
+    std::optional<xcb_window_t> activeWindow_;
+    std::optional<std::uint32_t> currentDesktop_;
+};
+
+} // namespace lumo::x11

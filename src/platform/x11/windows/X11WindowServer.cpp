@@ -1,0 +1,130 @@
+#include "platform/x11/windows/X11WindowServer.h"
+
+#include "platform/x11/server/X11Screens.h"
+#include "platform/x11/windows/WindowMirror.h"
+#include "platform/x11/windows/X11Workspace.h"
+
+#include <algorithm>
+#include <string>
+
+namespace lumo::x11 {
+
+namespace {
+
+int layerOf(const MirrorWindow &window) {
+    switch (window.band) {
+    case WindowBand::below:
+        return X11WindowServer::belowLayer;
+    case WindowBand::above:
+        return window.isDock ? X11WindowServer::dockLayer : X11WindowServer::aboveLayer;
+    case WindowBand::floating:
+        return X11WindowServer::floatingLayer;
+    case WindowBand::desktop:
+    case WindowBand::normal:
+        break;
+    }
+    return 0;
+}
+
+bool overlap(const drawing::PixelRect &a, const drawing::PixelRect &b) {
+    return a.x < b.maxX() && b.x < a.maxX() && a.y < b.maxY() && b.y < a.maxY();
+}
+
+} // namespace
+
+X11WindowServer::X11WindowServer(const WindowMirror &mirror, const X11Screens &screens,
+                                 const X11Workspace &workspace)
+    : mirror_(mirror)
+    , screens_(screens)
+    , workspace_(workspace) {
+}
+
+std::shared_ptr<const WindowRecords> X11WindowServer::onScreenWindows() const {
+    const Revisions now = {mirror_.revision(), screens_.revision(), workspace_.revision()};
+    if (!records_ || now != madeFrom_) {
+        auto records = makeRecords();
+        madeFrom_ = now;
+        if (!records_ || *records_ != records) {
+            records_ = std::make_shared<const WindowRecords>(std::move(records));
+        }
+    }
+    return records_;
+}
+
+WindowRecords X11WindowServer::makeRecords() const {
+    std::vector<const MirrorWindow *> windows;
+    const auto &stacking = mirror_.stacking();
+    for (std::size_t i = stacking.size(); i-- > 0;) {
+        const auto *window = mirror_.find(stacking[i]);
+        if (isOnScreen(*window)) {
+            windows.push_back(window);
+        }
+    }
+    const auto isOrdinary = [](const MirrorWindow *window) {
+        return window->band == WindowBand::normal;
+    };
+    const auto firstOrdinary = std::ranges::find_if(windows, isOrdinary);
+    for (const auto *front : activeWindowAndOwners()) {
+        const auto place = std::ranges::find(firstOrdinary, windows.end(), front);
+        if (place != windows.end() && isOrdinary(front)) {
+            std::rotate(firstOrdinary, place, place + 1);
+        }
+    }
+    WindowRecords records;
+    records.reserve(windows.size());
+    for (const auto *window : windows) {
+        records.push_back(makeRecord(*window));
+    }
+    return records;
+}
+
+// From the last owner to the active window itself. Owners may name each other in a circle.
+std::vector<const MirrorWindow *> X11WindowServer::activeWindowAndOwners() const {
+    std::vector<const MirrorWindow *> found;
+    auto next = mirror_.activeWindow();
+    while (next) {
+        const auto *window = mirror_.find(*next);
+        if (window == nullptr || std::ranges::find(found, window) != found.end()) {
+            break;
+        }
+        found.push_back(window);
+        next = window->transientFor;
+    }
+    std::ranges::reverse(found);
+    return found;
+}
+
+bool X11WindowServer::isOnScreen(const MirrorWindow &window) const {
+    if (!window.isDescribed || !window.isMapped || window.isInputOnly || window.isMinimized ||
+        window.band == WindowBand::desktop || !mirror_.isOnCurrentDesktop(window)) {
+        return false;
+    }
+    const auto &screens = screens_.pixelRects();
+    return std::any_of(screens.begin(), screens.end(),
+                       [&](const auto &screen) { return overlap(screen, window.geometry); });
+}
+
+Dictionary X11WindowServer::makeRecord(const MirrorWindow &window) const {
+    const auto bounds = screens_.pointSpace().windowBounds(window.visibleArea());
+    const auto *owner = workspace_.runningApplication(window.processIdentifier);
+    Dictionary record = {
+        {windowKey::number, Value(window.client)},
+        {windowKey::ownerPID, Value(window.processIdentifier)},
+        {windowKey::ownerName,
+         Value(owner != nullptr && owner->localizedName ? *owner->localizedName
+                                                        : window.className)},
+        {windowKey::layer, Value(layerOf(window))},
+        {windowKey::bounds, Value(Dictionary{{boundsKey::x, Value(bounds.x)},
+                                             {boundsKey::y, Value(bounds.y)},
+                                             {boundsKey::width, Value(bounds.width)},
+                                             {boundsKey::height, Value(bounds.height)}})},
+        {windowKey::isOnscreen, Value(true)},
+        {windowKey::alpha, Value(window.opacity)},
+    };
+    if (window.title) {
+        record.set(windowKey::name, Value(*window.title));
+    }
+    return record;
+}
+
+} // namespace lumo::x11

@@ -1,0 +1,222 @@
+#include "platform/x11/windows/X11Workspace.h"
+
+#include "platform/freedesktop/ProgramIdentity.h"
+#include "platform/x11/server/Connection.h"
+#include "platform/x11/windows/WindowMirror.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+#include <tuple>
+
+namespace lumo::x11 {
+
+namespace {
+
+// The name of the program that a process runs; empty when it can't be told.
+std::string executableOf(std::int32_t processIdentifier) {
+    std::error_code error;
+    const auto path =
+        std::filesystem::read_symlink("/proc/" + std::to_string(processIdentifier) + "/exe", error);
+    return error ? std::string() : path.filename().string();
+}
+
+bool isInTaskbars(const MirrorWindow &window) {
+    return window.isManaged && !window.skipsTaskbar && !window.isDock &&
+           window.band != WindowBand::desktop;
+}
+
+// Whether a window tells more about its application than another one of it does: one in task bars
+// before others, then one with a class, then the older.
+bool tellsMore(const MirrorWindow &a, const MirrorWindow &b) {
+    const auto rank = [](const MirrorWindow &window) {
+        return std::make_tuple(!isInTaskbars(window), !window.isManaged, window.className.empty(),
+                               window.client);
+    };
+    return rank(a) < rank(b);
+}
+
+} // namespace
+
+X11Workspace::X11Workspace(Connection &connection, WindowMirror &mirror, const Log &log)
+    : mirror_(mirror)
+    , pager_(connection, mirror)
+    , opener_(log)
+    , own_{getpid(), freedesktop::program::identifier, freedesktop::program::name,
+           ActivationPolicy::accessory} {
+    handle({});
+    changes_ = mirror.onChange([this](const auto &change) { handle(change); });
+}
+
+const RunningApplication *X11Workspace::frontmostApplication() const {
+    refresh();
+    return frontmost_ ? &running_[*frontmost_] : nullptr;
+}
+
+const std::vector<RunningApplication> &X11Workspace::runningApplications() const {
+    refresh();
+    return running_;
+}
+
+const RunningApplication *X11Workspace::runningApplication(std::int32_t processIdentifier) const {
+    refresh();
+    const auto found = std::lower_bound(
+        running_.begin(), running_.end(), processIdentifier,
+        [](const auto &application, auto pid) { return application.processIdentifier < pid; });
+    return found != running_.end() && found->processIdentifier == processIdentifier ? &*found
+                                                                                    : nullptr;
+}
+
+Handle X11Workspace::onDidActivateApplication(std::function<void()> observer) {
+    return activated_.subscribe(std::move(observer));
+}
+
+Handle X11Workspace::onDidTerminateApplication(std::function<void()> observer) {
+    return terminated_.subscribe(std::move(observer));
+}
+
+Handle X11Workspace::onActiveSpaceDidChange(std::function<void()> observer) {
+    return spaceChanged_.subscribe(std::move(observer));
+}
+
+std::uint64_t X11Workspace::revision() const {
+    return mirror_.identityRevision() + entries_.revision();
+}
+
+void X11Workspace::refresh() const {
+    if (mirrorRevision_ == mirror_.identityRevision() && entriesRevision_ == entries_.revision()) {
+        return;
+    }
+    mirrorRevision_ = mirror_.identityRevision();
+    entriesRevision_ = entries_.revision();
+
+    std::map<std::int32_t, const MirrorWindow *> best;
+    for (const auto frame : mirror_.stacking()) {
+        const auto &window = *mirror_.find(frame);
+        if (!window.isDescribed || window.processIdentifier == 0) {
+            continue;
+        }
+        auto &known = best[window.processIdentifier];
+        if (known == nullptr || tellsMore(window, *known)) {
+            known = &window;
+        }
+    }
+    running_.clear();
+    for (const auto &[pid, window] : best) {
+        running_.push_back(identify(*window));
+    }
+    std::erase_if(identities_, [&](const auto &entry) { return !best.contains(entry.first); });
+
+    frontmost_.reset();
+    const auto active = mirror_.activeWindow();
+    const auto *front = active ? mirror_.find(*active) : nullptr;
+    for (std::size_t i = 0; front != nullptr && i < running_.size(); ++i) {
+        if (running_[i].processIdentifier == front->processIdentifier) {
+            frontmost_ = i;
+        }
+    }
+}
+
+const RunningApplication &X11Workspace::identify(const MirrorWindow &window) const {
+    const auto pid = window.processIdentifier;
+    auto &identity = identities_[pid];
+    auto &application = identity.application;
+    if (pid == own_.processIdentifier) {
+        application = own_;
+    } else if (identity.entriesRevision != entries_.revision() ||
+               identity.className != window.className ||
+               identity.instanceName != window.instanceName) {
+        identity.className = window.className;
+        identity.instanceName = window.instanceName;
+        application = {pid, std::nullopt, std::nullopt, ActivationPolicy::accessory};
+        const auto *entry = entries_.find(window.className, window.instanceName, executableOf(pid));
+        if (entry != nullptr) {
+            application.bundleIdentifier = entry->identifier;
+            application.localizedName = entry->name;
+        } else if (!window.className.empty()) {
+            application.bundleIdentifier = window.className;
+            application.localizedName = window.className;
+        }
+        identity.entriesRevision = entries_.revision();
+    }
+    application.activationPolicy =
+        isInTaskbars(window) ? ActivationPolicy::regular : ActivationPolicy::accessory;
+    return application;
+}
+
+void X11Workspace::handle(const MirrorChange &change) {
+    refresh();
+    std::vector<std::int32_t> processes;
+    for (const auto &application : running_) {
+        processes.push_back(application.processIdentifier);
+    }
+    const auto before = std::exchange(announcedProcesses_, std::move(processes));
+    const bool hasTerminated = !std::includes(
+        announcedProcesses_.begin(), announcedProcesses_.end(), before.begin(), before.end());
+    const auto *frontmost = frontmostApplication();
+    const decltype(announcedFront_) front = {mirror_.activeWindow(),
+                                             frontmost ? frontmost->processIdentifier : 0};
+    const bool hasActivated = std::exchange(announcedFront_, front) != front;
+    if (hasTerminated) {
+        terminated_.emit();
+    }
+    if (change.currentDesktop) {
+        spaceChanged_.emit();
+    }
+    if (hasActivated) {
+        activated_.emit();
+    }
+}
+
+std::vector<InstalledApplication> X11Workspace::installedApplications() const {
+    std::vector<InstalledApplication> applications;
+    for (const auto *entry : entries_.inMenu()) {
+        applications.push_back({entry->identifier, entry->name});
+    }
+    return applications;
+}
+
+bool X11Workspace::activate(std::int32_t processIdentifier) {
+    if (!pager_.isHeard()) {
+        return false;
+    }
+    // Of the application's windows those that are shown, else those that could be.
+    std::vector<const MirrorWindow *> shown;
+    const MirrorWindow *hidden = nullptr;
+    bool isOnTop = true; // no other application's ordinary window is above one of them
+    for (const auto frame : mirror_.stacking()) {
+        const auto &window = *mirror_.find(frame);
+        if (!window.isManaged || window.isOwn || window.isDock ||
+            window.band == WindowBand::desktop) {
+            continue;
+        }
+        const bool isShown =
+            window.isMapped && !window.isMinimized && mirror_.isOnCurrentDesktop(window);
+        if (window.processIdentifier != processIdentifier) {
+            isOnTop &= !isShown || window.band != WindowBand::normal || shown.empty();
+        } else if (isShown) {
+            shown.push_back(&window);
+        } else {
+            hidden = &window;
+        }
+    }
+    const auto *front = shown.empty() ? hidden : shown.back();
+    if (front == nullptr) {
+        return false;
+    }
+    const bool isActive = frontmostApplication() != nullptr &&
+                          frontmostApplication()->processIdentifier == processIdentifier;
+    if (isActive && isOnTop && !shown.empty()) {
+        return true;
+    }
+    for (const auto *window : shown) {
+        if (window != front && !isOnTop) {
+            pager_.raise(*window);
+        }
+    }
+    pager_.activate(*front);
+    return true;
+}
+} // namespace lumo::x11

@@ -1,0 +1,86 @@
+#pragma once
+
+#include "platform/Workspace.h"
+#include "platform/freedesktop/DesktopEntries.h"
+#include "platform/freedesktop/UrlOpener.h"
+#include "platform/x11/windows/Pager.h"
+#include "support/Handle.h"
+#include "support/Signal.h"
+
+#include <xcb/xcb.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace lumo::x11 {
+
+class Connection;
+class WindowMirror;
+struct MirrorChange;
+struct MirrorWindow;
+
+// The applications behind the windows: every process that has one is running, the one with the
+// active window is frontmost.
+//
+// An application's bundle identifier is that of its desktop entry, else the class of its windows.
+// It is a regular one while it has a managed window that task bars show, whatever its entry says,
+// and else an accessory.
+class X11Workspace final : public Workspace {
+  public:
+    // All arguments outlive the object.
+    X11Workspace(Connection &connection, WindowMirror &mirror, const Log &log);
+
+    const RunningApplication *frontmostApplication() const override;
+    const std::vector<RunningApplication> &runningApplications() const override;
+    const RunningApplication *runningApplication(std::int32_t processIdentifier) const override;
+    std::vector<InstalledApplication> installedApplications() const override;
+    const RunningApplication &ownApplication() const override { return own_; }
+    bool activate(std::int32_t processIdentifier) override;
+    bool open(std::string_view url) override { return opener_.open(url); }
+    Handle onDidActivateApplication(std::function<void()> observer) override;
+    Handle onDidTerminateApplication(std::function<void()> observer) override;
+    Handle onActiveSpaceDidChange(std::function<void()> observer) override;
+
+    // A number that is another one after the applications, or what is known of them, changed.
+    std::uint64_t revision() const;
+
+  private:
+    // What a process was found to be by a window of it.
+    struct Identity {
+        std::string instanceName;
+        std::string className;
+        std::uint64_t entriesRevision = 0;
+        RunningApplication application;
+    };
+
+    void handle(const MirrorChange &change);
+    void refresh() const;
+    const RunningApplication &identify(const MirrorWindow &window) const;
+
+    WindowMirror &mirror_;
+    Pager pager_;
+    freedesktop::UrlOpener opener_;
+    RunningApplication own_;
+
+    // Derived from the mirror and the entries as they were at these revisions.
+    mutable freedesktop::DesktopEntries entries_;
+    mutable std::unordered_map<std::int32_t, Identity> identities_;
+    mutable std::vector<RunningApplication> running_; // by process identifier
+    mutable std::uint64_t mirrorRevision_ = 0;
+    mutable std::uint64_t entriesRevision_ = 0;
+    mutable std::optional<std::size_t> frontmost_;
+
+    std::vector<std::int32_t> announcedProcesses_; // sorted
+    std::pair<std::optional<xcb_window_t>, std::int32_t> announcedFront_;
+    Signal<> activated_;
+    Signal<> terminated_;
+    Signal<> spaceChanged_;
+    Handle changes_;
+};
+
+} // namespace lumo::x11
