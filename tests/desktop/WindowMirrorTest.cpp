@@ -224,21 +224,21 @@ TEST(WindowMirror, KnowsWhatEachWindowIs) {
     auto &session = mirrored.session;
     struct Case {
         SampleWindow window;
-        WindowBand band;
+        StackingLayer stackingLayer;
         bool isManaged;
     };
     const std::vector<Case> cases = {
-        {{.title = "Plain"}, WindowBand::normal, true},
-        {{.title = "Dialog", .type = "DIALOG"}, WindowBand::normal, true},
-        {{.title = "Desktop", .type = "DESKTOP"}, WindowBand::desktop, true},
-        {{.title = "Dock", .type = "DOCK"}, WindowBand::above, true},
-        {{.title = "Kept above", .state = "ABOVE"}, WindowBand::above, true},
-        {{.title = "Kept below", .state = "BELOW"}, WindowBand::below, true},
-        {{.title = "Notification", .type = "NOTIFICATION"}, WindowBand::floating, true},
+        {{.title = "Plain"}, StackingLayer::normal, true},
+        {{.title = "Dialog", .type = "DIALOG"}, StackingLayer::normal, true},
+        {{.title = "Desktop", .type = "DESKTOP"}, StackingLayer::desktop, true},
+        {{.title = "Dock", .type = "DOCK"}, StackingLayer::above, true},
+        {{.title = "Kept above", .state = "ABOVE"}, StackingLayer::above, true},
+        {{.title = "Kept below", .state = "BELOW"}, StackingLayer::below, true},
+        {{.title = "Notification", .type = "NOTIFICATION"}, StackingLayer::floating, true},
         {{.title = "Menu", .type = "POPUP_MENU", .overrideRedirect = true},
-         WindowBand::floating,
+         StackingLayer::floating,
          false},
-        {{.title = "Bare", .overrideRedirect = true}, WindowBand::floating, false},
+        {{.title = "Bare", .overrideRedirect = true}, StackingLayer::floating, false},
     };
     std::vector<SampleWindow> windows(cases.size());
     std::transform(cases.begin(), cases.end(), windows.begin(),
@@ -253,7 +253,7 @@ TEST(WindowMirror, KnowsWhatEachWindowIs) {
             EXPECT_EQ(window->client, client);
             EXPECT_EQ(window->frame, session.frameOf(client));
             EXPECT_EQ(window, mirror.find(window->frame));
-            EXPECT_EQ(window->band, cases[i].band);
+            EXPECT_EQ(window->stackingLayer, cases[i].stackingLayer);
             EXPECT_EQ(window->isManaged, cases[i].isManaged);
             EXPECT_EQ(window->title, cases[i].window.title);
             EXPECT_EQ(window->className, "Sample");
@@ -324,9 +324,9 @@ TEST(WindowMirror, FollowsTitlesOwnersOpacityAndStates) {
         return !window.isMinimized && window.isMapped && mirrored.mirror->activeWindow() == client;
     }));
     session.setKeptAbove(client, true);
-    EXPECT_TRUE(mirrored.eventually([&] { return window.band == WindowBand::above; }));
+    EXPECT_TRUE(mirrored.eventually([&] { return window.stackingLayer == StackingLayer::above; }));
     session.setKeptAbove(client, false);
-    EXPECT_TRUE(mirrored.eventually([&] { return window.band == WindowBand::normal; }));
+    EXPECT_TRUE(mirrored.eventually([&] { return window.stackingLayer == StackingLayer::normal; }));
     EXPECT_TRUE(mirrored.mirror->isOnCurrentDesktop(window));
     MirrorChange seen;
     const auto subscription = mirrored.mirror->onChange([&](const MirrorChange &change) {
@@ -366,7 +366,8 @@ TEST(WindowMirror, FollowsWindowManagersThatComeGoAndReplaceEachOther) {
         return mirrored.mirror->windowManagerName() == name && window.isManaged == isManaged &&
                (window.frame != client) == isManaged &&
                window.frame == mirrored.session.frameOf(client) && window.client == client &&
-               window.title == "Sample" && window.isMapped && window.band == WindowBand::normal &&
+               window.title == "Sample" && window.isMapped &&
+               window.stackingLayer == StackingLayer::normal &&
                (isManaged || !mirrored.mirror->activeWindow()) &&
                differenceFromServer(*mirrored.connection, *mirrored.mirror).empty();
     };

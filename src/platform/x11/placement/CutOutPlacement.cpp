@@ -75,8 +75,8 @@ CutOutPlacement::Rule CutOutPlacement::ruleOf(const Order &order) const {
 
 bool CutOutPlacement::staysClear(const MirrorWindow &window, std::size_t index,
                                  const Rule &rule) const {
-    if (window.band != WindowBand::normal) {
-        return window.band > WindowBand::normal && rule.order.level <= 0;
+    if (window.stackingLayer != StackingLayer::normal) {
+        return window.stackingLayer > StackingLayer::normal && rule.order.level <= 0;
     }
     if (rule.order.kind != Order::Kind::below) {
         return false;

@@ -10,13 +10,13 @@ namespace lumo::x11 {
 struct Order {
     enum class Kind {
         out,   // nowhere
-        front, // above all that is in its band or below that
+        front, // above all of its stacking layer and of those below
         below, // directly beneath the reference
     };
 
     Kind kind = Kind::out;
     xcb_window_t reference = XCB_NONE; // for Kind::below: a window of a program, or its frame
-    int level = 0;                     // for Kind::front: 0 is ordinary windows' band
+    int level = 0; // for Kind::front: 0 is the stacking layer of ordinary windows
 
     bool operator==(const Order &) const = default;
 };

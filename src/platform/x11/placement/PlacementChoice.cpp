@@ -82,14 +82,14 @@ void PlacementChoice::missedRaise(xcb_window_t active) {
 std::vector<xcb_window_t> PlacementChoice::ordinaryWindowsAbove(xcb_window_t client) const {
     std::vector<xcb_window_t> windows;
     const auto *active = mirror_.find(client);
-    if (active == nullptr || !active->isMapped || active->band != WindowBand::normal) {
+    if (active == nullptr || !active->isMapped || active->stackingLayer != StackingLayer::normal) {
         return windows;
     }
     const auto &stacking = mirror_.stacking();
     for (std::size_t i = stacking.size(); i-- > 0 && stacking[i] != active->frame;) {
         const auto &window = *mirror_.find(stacking[i]);
         if (window.isMapped && window.isManaged && !window.isInputOnly && !window.isOwn &&
-            window.band == WindowBand::normal && !window.transientFor &&
+            window.stackingLayer == StackingLayer::normal && !window.transientFor &&
             window.processIdentifier != active->processIdentifier) {
             windows.push_back(window.frame);
         }

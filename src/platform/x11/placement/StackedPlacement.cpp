@@ -45,7 +45,7 @@ StackedPlacement::Target StackedPlacement::targetOfFront(int level) const {
     }
     for (std::size_t index = stacking.size(); index > 0; --index) {
         const auto *window = mirror_.find(stacking[index - 1]);
-        if (window->canBeSeen() && window->band <= WindowBand::normal) {
+        if (window->canBeSeen() && window->stackingLayer <= StackingLayer::normal) {
             return {window, XCB_STACK_MODE_ABOVE, index};
         }
     }

@@ -7,7 +7,7 @@ namespace lumo::x11 {
 struct MirrorChange {
     bool stacking = false;   // order, or the set of windows
     bool appearance = false; // geometry, mapping, shape, opacity: what would be seen differently
-    bool properties = false; // titles, owners, bands
+    bool properties = false; // titles, owners, stacking layers
     bool activeWindow = false;
     bool currentDesktop = false;
     bool windowManager = false; // came, went, was replaced, understands other hints

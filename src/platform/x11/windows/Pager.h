@@ -20,7 +20,7 @@ class Pager {
     // Shows the managed window, raises it and gives it the focus.
     void activate(const MirrorWindow &window);
 
-    // Raises the managed window above those of its band.
+    // Raises the managed window above the others of its stacking layer.
     void raise(const MirrorWindow &window);
 
   private:

@@ -91,18 +91,18 @@ std::int32_t WindowFacts::processIdentifier() const {
     return connectedProcess != 0 ? connectedProcess : statedProcess;
 }
 
-WindowBand bandOf(const WindowFacts &facts, bool isLeftAlone) {
+StackingLayer stackingLayerOf(const WindowFacts &facts, bool isLeftAlone) {
     using Type = WindowFacts::Type;
     if (facts.type == Type::desktop) {
-        return WindowBand::desktop;
+        return StackingLayer::desktop;
     }
     if (facts.type == Type::floating || isLeftAlone) {
-        return WindowBand::floating;
+        return StackingLayer::floating;
     }
     if (facts.isBelow) {
-        return WindowBand::below;
+        return StackingLayer::below;
     }
-    return facts.type == Type::dock || facts.isAbove ? WindowBand::above : WindowBand::normal;
+    return facts.type == Type::dock || facts.isAbove ? StackingLayer::above : StackingLayer::normal;
 }
 
 WindowProperties::WindowProperties(Connection &connection)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/x11/windows/WindowBand.h"
+#include "platform/x11/windows/StackingLayer.h"
 
 #include <xcb/xcb.h>
 
@@ -60,7 +60,7 @@ struct WindowFacts {
 
 // Where a window belongs, by its facts and whether it has asked all window managers to leave it
 // alone. Without a window manager those that would be managed are ordinary ones.
-WindowBand bandOf(const WindowFacts &facts, bool isLeftAlone);
+StackingLayer stackingLayerOf(const WindowFacts &facts, bool isLeftAlone);
 
 // The window properties that make up the facts: which they are, how to ask for them and what the
 // answers mean. Each has an index below count.

@@ -451,7 +451,8 @@ void WindowMirror::describe(xcb_window_t window) {
     next.skipsTaskbar = facts.skipsTaskbar;
     next.transientFor = facts.transientFor;
     // What is made on this connection are overlays, ordered among ordinary windows.
-    next.band = bandOf(facts, next.isOverrideRedirect && !next.isManaged && !next.isOwn);
+    next.stackingLayer =
+        stackingLayerOf(facts, next.isOverrideRedirect && !next.isManaged && !next.isOwn);
     const auto opacity = frame.facts.opacity ? frame.facts.opacity : facts.opacity;
     next.opacity = opacity.value_or(0xffffffff) / static_cast<double>(0xffffffff);
     next.processIdentifier = facts.processIdentifier();

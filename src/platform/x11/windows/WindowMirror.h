@@ -4,7 +4,7 @@
 #include "platform/x11/server/PendingReads.h"
 #include "platform/x11/windows/MirrorChange.h"
 #include "platform/x11/windows/RootState.h"
-#include "platform/x11/windows/WindowBand.h"
+#include "platform/x11/windows/StackingLayer.h"
 #include "platform/x11/windows/WindowFacts.h"
 #include "support/Handle.h"
 #include "support/Signal.h"
@@ -43,7 +43,7 @@ struct MirrorWindow {
     std::optional<xcb_window_t> transientFor; // as WindowFacts::transientFor
     std::uint8_t depth = 0;
     xcb_visualid_t visual = XCB_NONE;
-    WindowBand band = WindowBand::normal;
+    StackingLayer stackingLayer = StackingLayer::normal;
     double opacity = 1;
     std::int32_t processIdentifier = 0; // 0 when unknown
     std::string instanceName;           // the two parts of WM_CLASS

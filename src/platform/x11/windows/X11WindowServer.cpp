@@ -12,15 +12,15 @@ namespace lumo::x11 {
 namespace {
 
 int layerOf(const MirrorWindow &window) {
-    switch (window.band) {
-    case WindowBand::below:
+    switch (window.stackingLayer) {
+    case StackingLayer::below:
         return X11WindowServer::belowLayer;
-    case WindowBand::above:
+    case StackingLayer::above:
         return window.isDock ? X11WindowServer::dockLayer : X11WindowServer::aboveLayer;
-    case WindowBand::floating:
+    case StackingLayer::floating:
         return X11WindowServer::floatingLayer;
-    case WindowBand::desktop:
-    case WindowBand::normal:
+    case StackingLayer::desktop:
+    case StackingLayer::normal:
         break;
     }
     return 0;
@@ -61,7 +61,7 @@ WindowRecords X11WindowServer::makeRecords() const {
         }
     }
     const auto isOrdinary = [](const MirrorWindow *window) {
-        return window->band == WindowBand::normal;
+        return window->stackingLayer == StackingLayer::normal;
     };
     const auto firstOrdinary = std::ranges::find_if(windows, isOrdinary);
     for (const auto *front : activeWindowAndOwners()) {
@@ -96,7 +96,7 @@ std::vector<const MirrorWindow *> X11WindowServer::activeWindowAndOwners() const
 
 bool X11WindowServer::isOnScreen(const MirrorWindow &window) const {
     if (!window.isDescribed || !window.isMapped || window.isInputOnly || window.isMinimized ||
-        window.band == WindowBand::desktop || !mirror_.isOnCurrentDesktop(window)) {
+        window.stackingLayer == StackingLayer::desktop || !mirror_.isOnCurrentDesktop(window)) {
         return false;
     }
     const auto &screens = screens_.pixelRects();

@@ -25,7 +25,7 @@ std::string executableOf(std::int32_t processIdentifier) {
 
 bool isInTaskbars(const MirrorWindow &window) {
     return window.isManaged && !window.skipsTaskbar && !window.isDock &&
-           window.band != WindowBand::desktop;
+           window.stackingLayer != StackingLayer::desktop;
 }
 
 // Whether a window tells more about its application than another one of it does: one in task bars
@@ -189,13 +189,13 @@ bool X11Workspace::activate(std::int32_t processIdentifier) {
     for (const auto frame : mirror_.stacking()) {
         const auto &window = *mirror_.find(frame);
         if (!window.isManaged || window.isOwn || window.isDock ||
-            window.band == WindowBand::desktop) {
+            window.stackingLayer == StackingLayer::desktop) {
             continue;
         }
         const bool isShown =
             window.isMapped && !window.isMinimized && mirror_.isOnCurrentDesktop(window);
         if (window.processIdentifier != processIdentifier) {
-            isOnTop &= !isShown || window.band != WindowBand::normal || shown.empty();
+            isOnTop &= !isShown || window.stackingLayer != StackingLayer::normal || shown.empty();
         } else if (isShown) {
             shown.push_back(&window);
         } else {

@@ -3,7 +3,7 @@
 namespace lumo::x11 {
 
 // What a top-level window is for, as far as ordering goes.
-enum class WindowBand {
+enum class StackingLayer {
     desktop,  // the desktop itself, under everything and in no list
     below,    // kept below by the user
     normal,   // ordinary windows
