@@ -58,7 +58,8 @@ X11PlatformWindow::X11PlatformWindow(OverlaySurroundings &surroundings, const Re
 }
 
 std::unique_ptr<OverlaySurface> X11PlatformWindow::makeWindow() const {
-    const bool isManaged = surroundings_.placementChoice.kind() == PlacementKind::managed;
+    const bool isManaged =
+        surroundings_.placementChoice.habits().placement == PlacementKind::managed;
     auto window = std::make_unique<OverlaySurface>(
         connection_, surroundings_.drawing.formats,
         isManaged ? OverlaySurface::Care::manager : OverlaySurface::Care::none, appearance().area);
@@ -69,20 +70,19 @@ std::unique_ptr<OverlaySurface> X11PlatformWindow::makeWindow() const {
 }
 
 std::unique_ptr<Placement> X11PlatformWindow::makePlacement() {
-    auto &choice = surroundings_.placementChoice;
+    const auto &habits = surroundings_.placementChoice.habits();
     const auto &mirror = surroundings_.mirror;
     const auto &mainLoop = surroundings_.mainLoop;
-    switch (choice.kind()) {
+    switch (habits.placement) {
     case PlacementKind::managed:
-        return std::make_unique<ManagedPlacement>(connection_, mirror, mainLoop, choice,
-                                                  window_->id());
-    case PlacementKind::holes:
+        return std::make_unique<ManagedPlacement>(connection_, mirror, mainLoop, window_->id());
+    case PlacementKind::cutOuts:
         return std::make_unique<CutOutPlacement>(connection_, mirror, mainLoop, surroundings_.log,
-                                                 choice, *window_);
+                                                 habits.focusRaises, *window_);
     case PlacementKind::below:
         break;
     }
-    return std::make_unique<BelowPlacement>(connection_, mirror, mainLoop, choice, window_->id());
+    return std::make_unique<BelowPlacement>(connection_, mirror, mainLoop, window_->id());
 }
 
 // Whether a manager handles a window can't be changed while one does, so another window takes over.
@@ -91,7 +91,8 @@ void X11PlatformWindow::usePlacement() {
         return;
     }
     placement_.reset();
-    const bool needsManager = surroundings_.placementChoice.kind() == PlacementKind::managed;
+    const bool needsManager =
+        surroundings_.placementChoice.habits().placement == PlacementKind::managed;
     if (needsManager != (window_->care() == OverlaySurface::Care::manager)) {
         painter_.reset();
         retired_ = std::move(window_);
@@ -239,7 +240,9 @@ void X11PlatformWindow::place(const drawing::PixelRect &area, const Order &order
     window_->move(area);
     placed_ = order;
     if (!placement_->holds(order)) {
-        placement_->enforce(order);
+        if (placement_->enforce(order) == Placement::Outcome::abandoned && !isPlacementStale_) {
+            surroundings_.placementChoice.abandon(surroundings_.placementChoice.habits().placement);
+        }
         damageWhatComesOut(order);
     }
 }

@@ -7,10 +7,13 @@
 
 namespace lumo::x11 {
 
-void BelowPlacement::enforce(const Order &order) {
+Placement::Outcome BelowPlacement::enforce(const Order &order) {
     const auto wanted = target(order);
-    if (!wanted || underWay_ == order || !mayCorrect(order)) {
-        return;
+    if (!wanted || underWay_ == order) {
+        return Outcome::pursued;
+    }
+    if (isConflict(order, *wanted)) {
+        return Outcome::abandoned;
     }
     if (wanted->sibling == nullptr) {
         xcb_configure_window(connection_, overlay_, XCB_CONFIG_WINDOW_STACK_MODE,
@@ -21,7 +24,7 @@ void BelowPlacement::enforce(const Order &order) {
                              XCB_CONFIG_WINDOW_SIBLING | XCB_CONFIG_WINDOW_STACK_MODE,
                              values.data());
     }
-    // What came of it has been announced by the time this is answered.
+    // Its events have arrived by the time this is answered.
     underWay_ = order;
     connection_.whenReplied<xcb_get_input_focus_reply_t>(
         xcb_get_input_focus(connection_), lifetime_.guard([this, order](const auto *) {
@@ -29,6 +32,7 @@ void BelowPlacement::enforce(const Order &order) {
                 underWay_.reset();
             }
         }));
+    return Outcome::pursued;
 }
 
 } // namespace lumo::x11

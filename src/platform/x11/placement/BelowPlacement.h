@@ -7,13 +7,13 @@
 
 namespace lumo::x11 {
 
-// Restacks the overlay itself, which no window manager handles, directly among the frames of other
+// Restacks the overlay itself, an override-redirect window, directly among the frames of other
 // windows.
 class BelowPlacement final : public StackedPlacement {
   public:
     using StackedPlacement::StackedPlacement;
 
-    void enforce(const Order &order) override;
+    [[nodiscard]] Outcome enforce(const Order &order) override;
     bool mayBeSeen(const Order & /*order*/) override { return true; }
 
   private:

@@ -6,13 +6,13 @@
 
 namespace lumo::x11 {
 
-// Tells the corrections of an order that windows coming and going make necessary from a fight with
-// somebody who undoes each.
+// Tells the corrections of an order that windows coming and going make necessary from a conflict:
+// the window manager or a client undoes the same correction again and again.
 class Corrections {
   public:
     // Notes one more, at that time in seconds: the order did not hold because of that window. True
-    // when the same has been corrected for the same reason so often that it is a fight.
-    bool isFight(const Order &order, xcb_window_t offender, double now) {
+    // when the same has been corrected for the same reason so often that it is a conflict.
+    bool isConflict(const Order &order, xcb_window_t offender, double now) {
         if (order != order_ || offender != offender_) {
             order_ = order;
             offender_ = offender;

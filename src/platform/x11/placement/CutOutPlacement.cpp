@@ -2,7 +2,6 @@
 
 #include "platform/MainLoop.h"
 #include "platform/freedesktop/LogOnce.h"
-#include "platform/x11/placement/PlacementChoice.h"
 #include "platform/x11/server/Connection.h"
 #include "platform/x11/server/OverlaySurface.h"
 #include "platform/x11/server/ProtocolRectangle.h"
@@ -27,12 +26,12 @@ bool overlap(const drawing::PixelRect &a, const drawing::PixelRect &b) {
 
 CutOutPlacement::CutOutPlacement(Connection &connection, const WindowMirror &mirror,
                                  const MainLoop &mainLoop, freedesktop::LogOnce &log,
-                                 const PlacementChoice &choice, OverlaySurface &overlay)
+                                 bool focusRaises, OverlaySurface &overlay)
     : connection_(connection)
     , mirror_(mirror)
     , mainLoop_(mainLoop)
     , log_(log)
-    , choice_(choice)
+    , focusRaises_(focusRaises)
     , overlay_(overlay) {
 }
 
@@ -87,7 +86,7 @@ bool CutOutPlacement::staysClear(const MirrorWindow &window, std::size_t index,
             return piece.isHole && piece.window == window.frame;
         });
     }
-    if (choice_.focusRaises() || &window == rule.reference) {
+    if (focusRaises_ || &window == rule.reference) {
         return index >= rule.referenceIndex;
     }
     return &window == rule.active ||
@@ -97,7 +96,6 @@ bool CutOutPlacement::staysClear(const MirrorWindow &window, std::size_t index,
 }
 
 const CutOutPlacement::Plan &CutOutPlacement::plan(const Order &order) const {
-    // Whoever learns that focus does not raise makes another placement.
     if (plannedFrom_ != mirror_.revision() || plannedOrder_ != order ||
         plan_.overlay != overlay_.area()) {
         plan_ = makePlan(order);
@@ -166,9 +164,9 @@ bool CutOutPlacement::holds(const Order &order) const {
            (plan(order) == pushed_ && coveredWindowAbove(order) == XCB_NONE);
 }
 
-void CutOutPlacement::enforce(const Order &order) {
+Placement::Outcome CutOutPlacement::enforce(const Order &order) {
     if (order.kind == Order::Kind::out) {
-        return;
+        return Outcome::pursued;
     }
     if (const auto &wanted = plan(order); wanted != pushed_) {
         push(wanted);
@@ -176,6 +174,7 @@ void CutOutPlacement::enforce(const Order &order) {
     if (const auto offender = coveredWindowAbove(order); offender != XCB_NONE && !isRaising_) {
         raise(order, offender);
     }
+    return Outcome::pursued;
 }
 
 void CutOutPlacement::follow(const Order &order) {
@@ -234,7 +233,7 @@ void CutOutPlacement::raise(const Order &order, xcb_window_t offender) {
     if (now < pausedUntil_) {
         return;
     }
-    if (corrections_.isFight(order, offender, now)) {
+    if (corrections_.isConflict(order, offender, now)) {
         log_.print("[Lumo] Something keeps taking an overlay from the top; it is put back ever "
                    "more seldom");
         corrections_.clear();

@@ -21,7 +21,6 @@ namespace lumo::x11 {
 
 class Connection;
 class OverlaySurface;
-class PlacementChoice;
 class WindowMirror;
 struct MirrorWindow;
 
@@ -33,15 +32,15 @@ struct MirrorWindow;
 // that really lie above it only those stay as they are that hide a part of it or belong to it.
 class CutOutPlacement final : public Placement {
   public:
-    // All arguments outlive the object. The overlay's shape is this object's from now on.
+    // What is passed by reference outlives the object. The overlay's shape is this object's from
+    // now on.
     CutOutPlacement(Connection &connection, const WindowMirror &mirror, const MainLoop &mainLoop,
-                    freedesktop::LogOnce &log, const PlacementChoice &choice,
-                    OverlaySurface &overlay);
+                    freedesktop::LogOnce &log, bool focusRaises, OverlaySurface &overlay);
     ~CutOutPlacement() override;
 
     bool isPossible(const Order &order) const override;
     bool holds(const Order &order) const override;
-    void enforce(const Order &order) override;
+    [[nodiscard]] Outcome enforce(const Order &order) override;
     void follow(const Order &order) override;
     bool mayBeSeen(const Order & /*order*/) override { return true; }
     std::vector<xcb_window_t> lowerWindows(const Order &order) const override;
@@ -88,7 +87,7 @@ class CutOutPlacement final : public Placement {
     const WindowMirror &mirror_;
     const MainLoop &mainLoop_;
     freedesktop::LogOnce &log_;
-    const PlacementChoice &choice_;
+    const bool focusRaises_;
     OverlaySurface &overlay_;
 
     Plan pushed_;

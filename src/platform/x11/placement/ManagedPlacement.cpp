@@ -1,7 +1,6 @@
 #include "platform/x11/placement/ManagedPlacement.h"
 
 #include "platform/MainLoop.h"
-#include "platform/x11/placement/PlacementChoice.h"
 #include "platform/x11/server/ClientMessage.h"
 #include "platform/x11/server/Connection.h"
 #include "platform/x11/windows/WindowMirror.h"
@@ -10,22 +9,15 @@ namespace lumo::x11 {
 
 namespace {
 
-// How long, in seconds, a manager may take to answer a request while nothing else happens, and how
-// long it is left alone in any case: it may be about to raise something.
-constexpr double longestAnswer = 0.5;
-constexpr double shortestAnswer = 0.01;
+// How long, in seconds, a window manager may take over a request while nothing else happens, and
+// how long it is left alone in any case: it may be about to raise something.
+constexpr double longestWait = 0.5;
+constexpr double shortestWait = 0.01;
 
-// How many requests in a row may go unheard.
-constexpr int mostUnheard = 8;
+// How many requests in a row it may ignore.
+constexpr int mostIgnored = 8;
 
 } // namespace
-
-ManagedPlacement::ManagedPlacement(Connection &connection, const WindowMirror &mirror,
-                                   const MainLoop &mainLoop, PlacementChoice &choice,
-                                   xcb_window_t overlay)
-    : StackedPlacement(connection, mirror, mainLoop, choice, overlay)
-    , choice_(choice) {
-}
 
 bool ManagedPlacement::mayBeSeen(const Order &order) {
     const auto *overlay = mirror_.find(overlay_);
@@ -33,39 +25,37 @@ bool ManagedPlacement::mayBeSeen(const Order &order) {
     return hasBeenPlaced_;
 }
 
-bool ManagedPlacement::isAnswerDue(const Order &order) const {
+bool ManagedPlacement::isRequestDue(const Order &order) const {
     const double waited = mainLoop_.now() - askedAt_;
-    return order != asked_ || waited >= longestAnswer ||
-           (mirror_.revision() != askedIn_ && waited >= shortestAnswer);
+    return order != asked_ || waited >= longestWait ||
+           (mirror_.revision() != askedIn_ && waited >= shortestWait);
 }
 
-void ManagedPlacement::enforce(const Order &order) {
+Placement::Outcome ManagedPlacement::enforce(const Order &order) {
     const auto wanted = target(order);
-    if (!wanted || !isAnswerDue(order)) {
-        return;
+    if (!wanted || !isRequestDue(order)) {
+        return Outcome::pursued;
     }
-    const bool isFirst = order != asked_;
-    const bool isUnheard = !isFirst && mirror_.revision() == askedIn_;
-    unheard_ = isUnheard ? unheard_ + 1 : 0;
-    if (unheard_ >= mostUnheard) {
-        choice_.orderDoesNotHold();
-        return;
+    const bool wasIgnored = order == asked_ && mirror_.revision() == askedIn_;
+    ignored_ = wasIgnored ? ignored_ + 1 : 0;
+    if (ignored_ >= mostIgnored) {
+        return Outcome::abandoned;
     }
     const auto *overlay = mirror_.find(overlay_);
     const bool isManaged = overlay != nullptr && overlay->isManaged;
-    if (isManaged && overlay->isMapped && !isUnheard && !mayCorrect(order)) {
-        return;
+    if (isManaged && overlay->isMapped && !wasIgnored && isConflict(order, *wanted)) {
+        return Outcome::abandoned;
     }
     asked_ = order;
     askedAt_ = mainLoop_.now();
     askedIn_ = mirror_.revision();
-    if (!isManaged) {
-        return;
+    if (isManaged && !overlay->isMapped) {
+        xcb_map_window(connection_, overlay_); // it has been minimised
     }
-    if (!overlay->isMapped) {
-        xcb_map_window(connection_, overlay_); // somebody has minimised it
+    if (isManaged) {
+        ask(*wanted);
     }
-    ask(*wanted);
+    return Outcome::pursued;
 }
 
 void ManagedPlacement::ask(const Target &wanted) {

@@ -6,29 +6,27 @@
 
 namespace lumo::x11 {
 
-// Leaves the overlay to the window manager as a window like others, and asks the manager to restack
-// it the way pagers ask.
+// Leaves the overlay to the window manager as a window like others, and asks it to restack the
+// overlay the way pagers ask.
 class ManagedPlacement final : public StackedPlacement {
   public:
-    // The overlay is one that managers handle.
-    ManagedPlacement(Connection &connection, const WindowMirror &mirror, const MainLoop &mainLoop,
-                     PlacementChoice &choice, xcb_window_t overlay);
+    // The overlay is a managed window.
+    using StackedPlacement::StackedPlacement;
 
-    void enforce(const Order &order) override;
+    [[nodiscard]] Outcome enforce(const Order &order) override;
 
-    // False until the manager has put it into an order for the first time.
+    // False until the window manager has put it into an order for the first time.
     bool mayBeSeen(const Order &order) override;
 
   private:
     void ask(const Target &wanted);
-    bool isAnswerDue(const Order &order) const;
+    bool isRequestDue(const Order &order) const;
 
-    PlacementChoice &choice_;
     bool hasBeenPlaced_ = false;
     Order asked_;
     double askedAt_ = 0;        // seconds
     std::uint64_t askedIn_ = 0; // the mirror's revision
-    int unheard_ = 0;           // requests since something last came of one
+    int ignored_ = 0;           // requests in a row after which nothing has changed
 };
 
 } // namespace lumo::x11

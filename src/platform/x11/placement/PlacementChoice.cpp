@@ -11,8 +11,8 @@ namespace lumo::x11 {
 
 namespace {
 
-// How long after it has given a window the focus a manager may take to raise it, in seconds.
-constexpr double patience = 0.5;
+// How long after it has focused a window a window manager may take to raise it, in seconds.
+constexpr double longestRaise = 0.5;
 
 } // namespace
 
@@ -55,7 +55,7 @@ void PlacementChoice::watchActivation() {
         missedRaiseOf_.reset();
         return;
     }
-    raiseIsDue_ = mainLoop_.after(patience, [this, active, above = std::move(above)] {
+    raiseIsDue_ = mainLoop_.after(longestRaise, [this, active, above = std::move(above)] {
         const auto stillAbove = ordinaryWindowsAbove(*active);
         const bool hasStayed = std::ranges::any_of(above, [&](xcb_window_t window) {
             return std::ranges::find(stillAbove, window) != stillAbove.end();
@@ -68,17 +68,17 @@ void PlacementChoice::watchActivation() {
     });
 }
 
-// Once may be chance, as when a manager takes over from another.
+// Once may be chance, as when one window manager replaces another.
 void PlacementChoice::missedRaise(xcb_window_t active) {
     if (std::exchange(missedRaiseOf_, active).value_or(active) == active) {
         return;
     }
-    log_.print("[Lumo] Focus does not raise windows under " + managerInWords() +
-               "; overlays lie on top, with holes for what stays clear");
-    set({PlacementKind::holes, false});
+    log_.print("[Lumo] Focus does not raise windows under " + managerDisplayName() +
+               "; overlays lie on top, with cut-outs for what stays clear");
+    set({PlacementKind::cutOuts, false});
 }
 
-// Those of other programs that could be seen to lie above it.
+// Of other programs, and neither docks nor dialogs.
 std::vector<xcb_window_t> PlacementChoice::ordinaryWindowsAbove(xcb_window_t client) const {
     std::vector<xcb_window_t> windows;
     const auto *active = mirror_.find(client);
@@ -97,14 +97,14 @@ std::vector<xcb_window_t> PlacementChoice::ordinaryWindowsAbove(xcb_window_t cli
     return windows;
 }
 
-void PlacementChoice::orderDoesNotHold() {
-    if (habits_.placement == PlacementKind::holes) {
+void PlacementChoice::abandon(PlacementKind kind) {
+    if (kind != habits_.placement || kind == PlacementKind::cutOuts) {
         return;
     }
-    log_.print("[Lumo] " + managerInWords() +
-               " keeps taking overlays out of their place; they lie on top now, with holes for "
+    log_.print("[Lumo] " + managerDisplayName() +
+               " keeps taking overlays out of their place; they lie on top now, with cut-outs for "
                "what stays clear");
-    set({PlacementKind::holes, habits_.focusRaises});
+    set({PlacementKind::cutOuts, habits_.focusRaises});
 }
 
 void PlacementChoice::set(const ManagerHabits &habits) {
@@ -114,7 +114,7 @@ void PlacementChoice::set(const ManagerHabits &habits) {
     }
 }
 
-std::string PlacementChoice::managerInWords() const {
+std::string PlacementChoice::managerDisplayName() const {
     const auto &name = mirror_.windowManagerName();
     return name.empty() ? std::string("The desktop") : name;
 }

@@ -24,23 +24,23 @@ namespace lumo::x11 {
 class WindowMirror;
 struct MirrorChange;
 
-// Which placement suits the window manager that runs: by its name at first, and by what it does
-// from then on. Another manager, or none, is chosen for afresh. Main thread only.
+// Which placement suits the window manager that runs: by its name at first, and by its behaviour
+// from then on. Chosen anew when another window manager runs, or none. Main thread only.
 class PlacementChoice {
   public:
     // The arguments outlive the object.
     PlacementChoice(WindowMirror &mirror, MainLoop &mainLoop, freedesktop::LogOnce &log);
 
-    PlacementKind kind() const { return habits_.placement; }
-    bool focusRaises() const { return habits_.focusRaises; }
+    const ManagerHabits &habits() const { return habits_; }
 
-    // Calls the observer after kind() or focusRaises() has changed.
+    // Calls the observer after habits() have changed.
     Handle onChange(std::function<void()> observer) {
         return changed_.subscribe(std::move(observer));
     }
 
-    // For a placement whose order somebody keeps undoing: what cannot be fought is taken instead.
-    void orderDoesNotHold();
+    // Takes cut-outs from now on, since a placement of that kind has been abandoned. Nothing when
+    // that kind is no longer the chosen one.
+    void abandon(PlacementKind kind);
 
   private:
     void handle(const MirrorChange &change);
@@ -49,7 +49,7 @@ class PlacementChoice {
     void missedRaise(xcb_window_t active);
     std::vector<xcb_window_t> ordinaryWindowsAbove(xcb_window_t client) const;
     void set(const ManagerHabits &habits);
-    std::string managerInWords() const;
+    std::string managerDisplayName() const;
 
     const WindowMirror &mirror_;
     MainLoop &mainLoop_;
@@ -59,8 +59,7 @@ class PlacementChoice {
     Signal<> changed_;
     Handle mirrorChanges_;
     Handle raiseIsDue_;
-    std::optional<xcb_window_t>
-        missedRaiseOf_; // the last window that got the focus and stayed below
+    std::optional<xcb_window_t> missedRaiseOf_; // the last window that got the focus, unraised
 };
 
 } // namespace lumo::x11

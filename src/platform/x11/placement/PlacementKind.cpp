@@ -14,29 +14,29 @@ struct Entry {
 
 constexpr ManagerHabits below = {PlacementKind::below, true};
 constexpr ManagerHabits managed = {PlacementKind::managed, true};
-constexpr ManagerHabits holes = {PlacementKind::holes, true};
-constexpr ManagerHabits holesWithoutRaising = {PlacementKind::holes, false};
+constexpr ManagerHabits cutOuts = {PlacementKind::cutOuts, true};
+constexpr ManagerHabits cutOutsWithoutRaising = {PlacementKind::cutOuts, false};
 
 // clang-format off
 constexpr auto entries = std::to_array<Entry>({
-    {"Openbox", below},              // lets windows that it does not manage lie among its own
+    {"Openbox", below},              // lets override-redirect windows lie among its own
     {"Fluxbox", below},              // the same
     {"Xfwm4", below},                // the same, its compositor on or off
     {"IceWM", below},                // the same
-    {"KWin", managed},               // draws what it does not manage above all it does, wherever it lies
-    {"Mutter", holes},               // raises what it does not manage at once, each time
-    {"GNOME Shell", holes},          // is Mutter
-    {"Metacity", holes},             // the ancestor of Mutter, and keeps its order the same way
-    {"Marco", holes},                // descends from Metacity
-    {"Muffin", holes},               // descends from Mutter
-    {"Compiz", holes},               // draws what it does not manage above all it does
-    {"i3", holesWithoutRaising},     // tiles, and focusing leaves the order as it is
-    {"awesome", holesWithoutRaising}, // tiles, and the pointer focuses without raising
-    {"bspwm", holesWithoutRaising},  // tiles
-    {"qtile", holesWithoutRaising},  // tiles
-    {"herbstluftwm", holesWithoutRaising}, // tiles
-    {"xmonad", holesWithoutRaising}, // tiles
-    {"dwm", holesWithoutRaising},    // tiles
+    {"KWin", managed},               // draws override-redirect windows above all managed ones, wherever they lie
+    {"Mutter", cutOuts},               // raises override-redirect windows at once, each time
+    {"GNOME Shell", cutOuts},          // is Mutter
+    {"Metacity", cutOuts},             // the ancestor of Mutter, and keeps its order the same way
+    {"Marco", cutOuts},                // descends from Metacity
+    {"Muffin", cutOuts},               // descends from Mutter
+    {"Compiz", cutOuts},               // draws override-redirect windows above all managed ones
+    {"i3", cutOutsWithoutRaising},     // tiles, and focusing leaves the order as it is
+    {"awesome", cutOutsWithoutRaising}, // tiles, and the pointer focuses without raising
+    {"bspwm", cutOutsWithoutRaising},  // tiles
+    {"qtile", cutOutsWithoutRaising},  // tiles
+    {"herbstluftwm", cutOutsWithoutRaising}, // tiles
+    {"xmonad", cutOutsWithoutRaising}, // tiles
+    {"dwm", cutOutsWithoutRaising},    // tiles
 });
 // clang-format on
 
@@ -44,7 +44,7 @@ constexpr auto entries = std::to_array<Entry>({
 
 ManagerHabits habitsOf(std::string_view managerName) {
     if (managerName.empty()) {
-        return holes; // nobody raises a window but its own program
+        return cutOuts; // only its own program raises a window
     }
     const auto known = std::ranges::find_if(
         entries, [&](const Entry &entry) { return managerName.starts_with(entry.name); });

@@ -5,7 +5,7 @@
 namespace lumo::x11 {
 
 // The ways to get an overlay among the other windows, one class each.
-enum class PlacementKind { below, managed, holes };
+enum class PlacementKind { below, managed, cutOuts };
 
 // What is known of a window manager beforehand.
 struct ManagerHabits {
@@ -17,8 +17,8 @@ struct ManagerHabits {
     bool operator==(const ManagerHabits &) const = default;
 };
 
-// By the name that the manager gives itself, empty while none runs. One that nobody has met gets
-// what asks the least of it; how it takes that is seen at run time.
+// By the name that the window manager gives itself, empty while none runs. An unknown one gets the
+// placement that asks the least of it; whether that holds is seen at run time.
 ManagerHabits habitsOf(std::string_view managerName);
 
 } // namespace lumo::x11

@@ -1,7 +1,6 @@
 #include "platform/x11/placement/StackedPlacement.h"
 
 #include "platform/MainLoop.h"
-#include "platform/x11/placement/PlacementChoice.h"
 #include "platform/x11/windows/WindowMirror.h"
 
 #include <algorithm>
@@ -18,13 +17,11 @@ std::size_t indexOf(const std::vector<xcb_window_t> &windows, xcb_window_t windo
 } // namespace
 
 StackedPlacement::StackedPlacement(Connection &connection, const WindowMirror &mirror,
-                                   const MainLoop &mainLoop, PlacementChoice &choice,
-                                   xcb_window_t overlay)
+                                   const MainLoop &mainLoop, xcb_window_t overlay)
     : connection_(connection)
     , mirror_(mirror)
     , mainLoop_(mainLoop)
-    , overlay_(overlay)
-    , choice_(choice) {
+    , overlay_(overlay) {
 }
 
 std::optional<StackedPlacement::Target> StackedPlacement::target(const Order &order) const {
@@ -100,13 +97,8 @@ std::vector<xcb_window_t> StackedPlacement::lowerWindows(const Order &order) con
     return windows;
 }
 
-bool StackedPlacement::mayCorrect(const Order &order) {
-    if (!corrections_.isFight(order, offender(*target(order)), mainLoop_.now())) {
-        return true;
-    }
-    corrections_.clear();
-    choice_.orderDoesNotHold();
-    return false;
+bool StackedPlacement::isConflict(const Order &order, const Target &target) {
+    return corrections_.isConflict(order, offender(target), mainLoop_.now());
 }
 
 } // namespace lumo::x11
