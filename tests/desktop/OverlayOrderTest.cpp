@@ -236,6 +236,7 @@ TEST_F(OverlayOrder, LetsClicksThroughEvenWhileItIsResized) {
 
 TEST_F(OverlayOrder, TellsManagersToLeaveItAlone) {
     const auto overlay = overlays->makeWindow(frame());
+    settle();
     const auto window = idOf(*overlay);
     EXPECT_TRUE(session.isOverrideRedirect(window));
     EXPECT_EQ(session.classOf(window), "Lumo");

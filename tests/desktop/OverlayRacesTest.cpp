@@ -3,9 +3,11 @@
 #include "reference/EffectLook.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 #include <xcb/shape.h>
 
 #include <array>
+#include <csignal>
 #include <random>
 #include <vector>
 
@@ -136,6 +138,28 @@ TEST_F(OverlayRaces, OfWindowsBeneathABlur) {
     EXPECT_LE(distanceFromFresh(), 2);
     EXPECT_FALSE(connection->isLost());
     EXPECT_EQ(lines, std::vector<std::string>());
+}
+
+// As when a display is plugged in while the overlays of others show.
+TEST_F(OverlayRaces, OfANewOverlayWithAServerThatDoesNotReply) {
+    settle();
+    const auto isViewable = [this] {
+        return session.isViewable(static_cast<xcb_window_t>(overlay_->windowNumber()));
+    };
+    desktop.server().signal(SIGSTOP);
+    alarm(30); // whoever waits for the server does so forever
+    overlay_ = overlays->makeWindow(frame());
+    overlay_->commit(tree(frame()));
+    overlay_->orderFront();
+    EXPECT_EQ(bytesOfTurn(), 0) << "mapped before clicks are known to go through";
+    desktop.server().signal(SIGCONT);
+    alarm(0);
+    EXPECT_TRUE(eventually(isViewable));
+
+    // Gone before the reply arrives.
+    overlays->makeWindow(frame())->orderFront();
+    settle();
+    EXPECT_TRUE(isViewable());
 }
 
 TEST_F(OverlayRaces, OfCompositorsThatComeAndGo) {

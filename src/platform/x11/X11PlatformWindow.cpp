@@ -36,67 +36,65 @@ X11PlatformWindow::X11PlatformWindow(OverlaySurroundings &surroundings, const Re
     , connection_(surroundings.connection)
     , redirection_(surroundings.redirection.hold())
     , wanted_{frame, 1, {}, {}}
-    , window_(makeWindow())
+    , habits_(surroundings.placementChoice.habits())
+    , surface_(makeSurface())
     , placement_(makePlacement())
-    , compositorChanges_(surroundings.compositor.onChange([this] { dropPainter(); }))
-    , choiceChanges_(surroundings.placementChoice.onChange([this] {
-        isPlacementStale_ = true; // it may be in the midst of its work
-        requestPush();
-    }))
+    , compositorChanges_(surroundings.compositor.onChange([this] { replacePainter(); }))
+    , choiceChanges_(surroundings.placementChoice.onChange([this] { requestPush(); }))
     , mirrorChanges_(surroundings.mirror.onChange([this](const auto &) { followWindows(); }))
     , screenChanges_(surroundings.screens.onScreenParametersDidChange([this] { requestPush(); }))
     , rendererImprovements_(surroundings.backdropRenderers.onImprovement([this] {
         if (paintsBackdrop_) {
-            dropPainter();
+            replacePainter();
         }
     })) {
-    mayBeShown_ = window_->letsClicksThrough();
-    if (!mayBeShown_) {
-        surroundings_.log.print("[Lumo] The X server cannot let clicks through an overlay (XFixes "
-                                "2 and Shape 1.1); none is shown");
-    }
 }
 
-std::unique_ptr<OverlaySurface> X11PlatformWindow::makeWindow() const {
-    const bool isManaged =
-        surroundings_.placementChoice.habits().placement == PlacementKind::managed;
-    auto window = std::make_unique<OverlaySurface>(
+std::unique_ptr<OverlaySurface> X11PlatformWindow::makeSurface() {
+    const bool isManaged = habits_.placement == PlacementKind::managed;
+    auto surface = std::make_unique<OverlaySurface>(
         connection_, surroundings_.drawing.formats,
-        isManaged ? OverlaySurface::Care::manager : OverlaySurface::Care::none, appearance().area);
+        isManaged ? OverlaySurface::Control::managed : OverlaySurface::Control::overrideRedirect,
+        appearance().area, [this] { requestPush(); });
     if (isManaged) {
-        surroundings_.mirror.claimFrameOf(window->id());
+        surroundings_.mirror.claimFrameOf(surface->id());
     }
-    return window;
+    return surface;
 }
 
 std::unique_ptr<Placement> X11PlatformWindow::makePlacement() {
-    const auto &habits = surroundings_.placementChoice.habits();
     const auto &mirror = surroundings_.mirror;
     const auto &mainLoop = surroundings_.mainLoop;
-    switch (habits.placement) {
+    switch (habits_.placement) {
     case PlacementKind::managed:
-        return std::make_unique<ManagedPlacement>(connection_, mirror, mainLoop, window_->id());
+        return std::make_unique<ManagedPlacement>(connection_, mirror, mainLoop, surface_->id());
     case PlacementKind::cutOuts:
         return std::make_unique<CutOutPlacement>(connection_, mirror, mainLoop, surroundings_.log,
-                                                 habits.focusRaises, *window_);
+                                                 habits_.focusRaises, *surface_);
     case PlacementKind::below:
         break;
     }
-    return std::make_unique<BelowPlacement>(connection_, mirror, mainLoop, window_->id());
+    return std::make_unique<BelowPlacement>(connection_, mirror, mainLoop, surface_->id());
 }
 
-// Whether a manager handles a window can't be changed while one does, so another window takes over.
-void X11PlatformWindow::usePlacement() {
-    if (!std::exchange(isPlacementStale_, false)) {
+bool X11PlatformWindow::isPlacementStale() const {
+    return habits_ != surroundings_.placementChoice.habits();
+}
+
+// Whether a window is managed can't be changed while one manager runs, so another surface takes
+// over.
+void X11PlatformWindow::renewPlacement() {
+    if (!isPlacementStale()) {
         return;
     }
+    habits_ = surroundings_.placementChoice.habits();
     placement_.reset();
-    const bool needsManager =
-        surroundings_.placementChoice.habits().placement == PlacementKind::managed;
-    if (needsManager != (window_->care() == OverlaySurface::Care::manager)) {
+    const bool needsManager = habits_.placement == PlacementKind::managed;
+    if (needsManager != (surface_->control() == OverlaySurface::Control::managed)) {
         painter_.reset();
-        retired_ = std::move(window_);
-        window_ = makeWindow();
+        retired_ = std::move(surface_);
+        surface_ = makeSurface();
+        stage_ = Stage::out;
     }
     placement_ = makePlacement();
 }
@@ -159,89 +157,108 @@ void X11PlatformWindow::commit(const LayerTree &tree) {
 }
 
 void X11PlatformWindow::requestPush() {
-    if (!isPushRequested_ && mayBeShown_) {
-        isPushRequested_ = true;
+    if (nextPush_ != NextPush::posted) {
+        nextPush_ = NextPush::posted;
         surroundings_.mainLoop.post(lifetime_.guard([this] { push(); }));
     }
 }
 
 void X11PlatformWindow::followWindows() {
-    if (!window_->isMapped() || wanted_.order.kind == Order::Kind::out || isPlacementStale_) {
+    if (!surface_->isMapped() || wanted_.order.kind == Order::Kind::out || isPlacementStale()) {
         return;
     }
     placement_->follow(placed_);
     if (!placement_->holds(wanted_.order) ||
-        (isAwaitingPlace_ && placement_->mayBeSeen(wanted_.order))) {
+        (stage_ == Stage::awaitingPlace && placement_->mayBeSeen(wanted_.order))) {
         requestPush();
     }
 }
 
 void X11PlatformWindow::push() {
-    isPushRequested_ = false;
-    usePlacement();
+    nextPush_ = NextPush::none;
+    renewPlacement();
     const auto order = wanted_.order;
     const auto wanted = appearance();
-    if (order.kind == Order::Kind::out) {
-        isPainting_ = false;
-        if (painter_) {
-            painter_->suspend();
-        }
-        window_->setMapped(false);
+    if (order.kind == Order::Kind::out || wanted.alpha <= 0) {
         retired_.reset();
+    }
+    if (order.kind == Order::Kind::out) {
+        goOut();
         return;
     }
-    // Its place among the windows would be a random one.
-    if (!window_->isMapped() && !placement_->isPossible(order)) {
+    if (!isReady(order)) {
         return;
     }
     preparePainter(showsBackdrop(wanted.tree));
-    isAwaitingPlace_ = !placement_->mayBeSeen(order);
-    if (wanted.alpha <= 0) {
-        retired_.reset();
-    }
-    if (wanted.alpha <= 0 || isAwaitingPlace_) {
-        isPainting_ = false;
-        hide(wanted.area, order);
-    } else if (isPainting_) {
-        isPushAwaited_ = true;
+    if (!placement_->mayBeSeen(order)) {
+        hide(Stage::awaitingPlace, wanted.area, order);
+    } else if (wanted.alpha <= 0) {
+        hide(Stage::transparent, wanted.area, order);
+    } else if (stage_ == Stage::painting) {
+        nextPush_ = NextPush::whenPainted;
     } else {
-        isPainting_ = true;
-        painter_->paint(wanted, [this, area = wanted.area, order] {
-            isPainting_ = false;
-            show(area, order);
-            if (std::exchange(isPushAwaited_, false)) {
-                requestPush();
-            }
-        });
+        paint(wanted, order);
     }
 }
 
-void X11PlatformWindow::show(const drawing::PixelRect &area, const Order &order) {
-    place(area, order);
-    painter_->present();
-    window_->setCutAway(false);
-    window_->setMapped(true);
-    retired_.reset();
+bool X11PlatformWindow::isReady(const Order &order) const {
+    switch (surface_->state()) {
+    case OverlaySurface::State::unconfirmed:
+        return false; // the confirmation requests a push
+    case OverlaySurface::State::unusable:
+        surroundings_.log.print("[Lumo] The X server cannot let clicks through an overlay (XFixes "
+                                "2 and Shape 1.1); none is shown");
+        return false;
+    case OverlaySurface::State::unmapped:
+        // Its place among the windows would be a random one.
+        return placement_->isPossible(order);
+    case OverlaySurface::State::mapped:
+        break;
+    }
+    return true;
 }
 
-void X11PlatformWindow::hide(const drawing::PixelRect &area, const Order &order) {
+void X11PlatformWindow::goOut() {
+    stage_ = Stage::out;
     if (painter_) {
         painter_->suspend();
     }
-    window_->setCutAway(true);
+    surface_->unmap();
+}
+
+void X11PlatformWindow::hide(Stage stage, const drawing::PixelRect &area, const Order &order) {
+    stage_ = stage;
+    painter_->suspend();
+    surface_->setCutAway(true);
     place(area, order);
-    window_->setMapped(true);
-    if (!isAwaitingPlace_) {
-        retired_.reset();
-    }
+    surface_->map();
+}
+
+void X11PlatformWindow::paint(const drawing::PlacedLayers &appearance, const Order &order) {
+    stage_ = Stage::painting;
+    painter_->paint(appearance, [this, area = appearance.area, order] {
+        show(area, order);
+        if (nextPush_ == NextPush::whenPainted) {
+            requestPush();
+        }
+    });
+}
+
+void X11PlatformWindow::show(const drawing::PixelRect &area, const Order &order) {
+    stage_ = Stage::shown;
+    place(area, order);
+    painter_->present();
+    surface_->setCutAway(false);
+    surface_->map();
+    retired_.reset();
 }
 
 void X11PlatformWindow::place(const drawing::PixelRect &area, const Order &order) {
-    window_->move(area);
+    surface_->move(area);
     placed_ = order;
     if (!placement_->holds(order)) {
-        if (placement_->enforce(order) == Placement::Outcome::abandoned && !isPlacementStale_) {
-            surroundings_.placementChoice.abandon(surroundings_.placementChoice.habits().placement);
+        if (placement_->enforce(order) == Placement::Outcome::abandoned) {
+            surroundings_.placementChoice.abandon(habits_.placement);
         }
         damageWhatComesOut(order);
     }
@@ -249,17 +266,23 @@ void X11PlatformWindow::place(const drawing::PixelRect &area, const Order &order
 
 void X11PlatformWindow::preparePainter(bool withBackdrop) {
     if (painter_ && withBackdrop != paintsBackdrop_) {
-        painter_.reset();
+        removePainter();
     }
     if (!painter_) {
-        isPainting_ = false;
         painter_ = makePainter(withBackdrop);
         paintsBackdrop_ = withBackdrop;
     }
 }
 
-void X11PlatformWindow::dropPainter() {
+void X11PlatformWindow::removePainter() {
     painter_.reset();
+    if (stage_ == Stage::painting || stage_ == Stage::shown) {
+        stage_ = Stage::unpainted;
+    }
+}
+
+void X11PlatformWindow::replacePainter() {
+    removePainter();
     requestPush();
 }
 
@@ -271,15 +294,15 @@ std::unique_ptr<Painter> X11PlatformWindow::makePainter(bool withBackdrop) {
             return makeScenePainter(std::move(renderer), SceneBelow::Windows::blended);
         }
     }
-    if (surroundings_.compositor.isCompositing() && window_->depth() == 32) {
-        return std::make_unique<TranslucentPainter>(drawing, window_->id());
+    if (surroundings_.compositor.isCompositing() && surface_->depth() == 32) {
+        return std::make_unique<TranslucentPainter>(drawing, surface_->id());
     }
     if (extensions.composite && extensions.damage &&
-        drawing.formats.opaque(window_->visual()) != XCB_NONE) {
+        drawing.formats.opaque(surface_->visual()) != XCB_NONE) {
         return makeScenePainter(std::make_unique<FlatRenderer>(drawing),
                                 SceneBelow::Windows::opaque);
     }
-    return std::make_unique<LinesPainter>(connection_, *window_);
+    return std::make_unique<LinesPainter>(connection_, *surface_);
 }
 
 std::unique_ptr<Painter>
@@ -289,15 +312,15 @@ X11PlatformWindow::makeScenePainter(std::unique_ptr<BackdropRenderer> renderer,
     auto scene = std::make_unique<SceneBelow>(
         connection_, surroundings_.surfaces, surroundings_.wallpaper, windows,
         [this] { return placement_->lowerWindows(wanted_.order); });
-    const ScenePainter::Canvas canvas{window_->id(), window_->depth(),
-                                      window_->depth() == 32
+    const ScenePainter::Canvas canvas{surface_->id(), surface_->depth(),
+                                      surface_->depth() == 32
                                           ? drawing.formats.translucent()
-                                          : drawing.formats.opaque(window_->visual())};
+                                          : drawing.formats.opaque(surface_->visual())};
     // The painter is in the midst of its work when it fails.
     auto failed = [this, way = surroundings_.backdropRenderers.wayInUse()] {
         surroundings_.mainLoop.post(lifetime_.guard([this, way] {
             surroundings_.backdropRenderers.stepDownFrom(way);
-            dropPainter();
+            replacePainter();
         }));
     };
     return std::make_unique<ScenePainter>(drawing.connection, surroundings_.mainLoop,
@@ -318,13 +341,13 @@ drawing::PlacedLayers X11PlatformWindow::appearance() const {
 // window itself. What it uncovers by going down would stay as it was under the overlay.
 void X11PlatformWindow::damageWhatComesOut(const Order &order) {
     const auto &extensions = connection_.extensions();
-    if (!window_->isMapped() || !surroundings_.compositor.isCompositing() || !extensions.damage ||
+    if (!surface_->isMapped() || !surroundings_.compositor.isCompositing() || !extensions.damage ||
         !extensions.xfixes) {
         return;
     }
     const auto staysBeneath = placement_->lowerWindows(order);
     for (const auto window : surroundings_.mirror.stacking()) {
-        if (window == window_->id()) {
+        if (window == surface_->id()) {
             break;
         }
         const auto *found = surroundings_.mirror.find(window);

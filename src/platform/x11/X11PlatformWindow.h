@@ -6,6 +6,7 @@
 #include "platform/x11/painting/Painter.h"
 #include "platform/x11/painting/SceneBelow.h"
 #include "platform/x11/placement/Placement.h"
+#include "platform/x11/placement/PlacementKind.h"
 #include "platform/x11/server/OverlaySurface.h"
 #include "support/Handle.h"
 #include "support/Lifetime.h"
@@ -54,15 +55,15 @@ struct OverlaySurroundings {
 // One overlay as an X window, of the kind that the placement needs. What is asked of it is kept,
 // and sent to the server as one difference from what that was told before: first what shows the
 // least, so that no state in between is ever seen. What takes long to paint is waited for, in the
-// loop, before anything that would uncover it is asked for. Where the server cannot let clicks
-// through, or nothing can draw the overlay, it never comes on screen.
+// loop, before anything that would uncover it is asked for; so is the server's confirmation that
+// clicks go through. Where the server cannot do that, or nothing can draw the overlay, it never
+// comes on screen. Main thread only; waits for nothing.
 class X11PlatformWindow final : public PlatformWindow {
   public:
-    // Waits for the server.
     X11PlatformWindow(OverlaySurroundings &surroundings, const Rect &frame);
 
     // Another one after another placement was chosen that needs another kind of X window.
-    std::int64_t windowNumber() const override { return window_->id(); }
+    std::int64_t windowNumber() const override { return surface_->id(); }
 
     Rect frame() const override { return wanted_.frame; }
     void setFrame(const Rect &frame) override;
@@ -84,41 +85,55 @@ class X11PlatformWindow final : public PlatformWindow {
         LayerTree tree;
     };
 
-    std::unique_ptr<OverlaySurface> makeWindow() const;
+    // What the surface shows.
+    enum class Stage {
+        out,           // nothing: it is not mapped
+        awaitingPlace, // nothing: the window manager has not put it in its place yet
+        transparent,   // nothing: that is what is wanted
+        unpainted,     // what a former painter has left
+        painting,      // what was shown before, while what is wanted is being painted
+        shown,         // what is wanted, or was at the last push
+    };
+
+    // When the difference between what is wanted and what is shown is sent next.
+    enum class NextPush { none, posted, whenPainted };
+
+    std::unique_ptr<OverlaySurface> makeSurface();
     std::unique_ptr<Placement> makePlacement();
-    void usePlacement();
+    bool isPlacementStale() const;
+    void renewPlacement();
     void setOrder(const Order &order);
     void requestPush();
     void followWindows();
     void push();
+    bool isReady(const Order &order) const;
+    void goOut();
+    void hide(Stage stage, const drawing::PixelRect &area, const Order &order);
+    void paint(const drawing::PlacedLayers &appearance, const Order &order);
     void show(const drawing::PixelRect &area, const Order &order);
-    void hide(const drawing::PixelRect &area, const Order &order);
     void place(const drawing::PixelRect &area, const Order &order);
     void preparePainter(bool withBackdrop);
     std::unique_ptr<Painter> makePainter(bool withBackdrop);
     std::unique_ptr<Painter> makeScenePainter(std::unique_ptr<BackdropRenderer> renderer,
                                               SceneBelow::Windows windows);
-    void dropPainter();
+    void removePainter();
+    void replacePainter();
     drawing::PlacedLayers appearance() const;
     void damageWhatComesOut(const Order &order);
 
     OverlaySurroundings &surroundings_;
     Connection &connection_;
     Handle redirection_;
-    bool mayBeShown_ = false; // clicks are known to go through
 
     Wanted wanted_;
     int level_ = 0;
-    bool isPushRequested_ = false;
-    bool isPainting_ = false;    // the rest of a push follows when that is done
-    bool isPushAwaited_ = false; // another one then
+    NextPush nextPush_ = NextPush::none;
 
-    std::unique_ptr<OverlaySurface> window_;
+    ManagerHabits habits_; // that the surface and the placement are made for
+    std::unique_ptr<OverlaySurface> surface_;
     std::unique_ptr<OverlaySurface> retired_; // shows until its successor does
-    Order placed_;                            // what the server was last asked for
-
-    bool isPlacementStale_ = false; // another one is to be used from the next push on
-    bool isAwaitingPlace_ = false;  // not to be seen before it is where it belongs
+    Stage stage_ = Stage::out;
+    Order placed_; // what the server was last asked for
     std::unique_ptr<Placement> placement_;
     std::unique_ptr<Painter> painter_;
     bool paintsBackdrop_ = false; // the painter was made for a tree that shows a backdrop

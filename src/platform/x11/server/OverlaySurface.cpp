@@ -13,10 +13,11 @@
 
 namespace lumo::x11 {
 
-OverlaySurface::OverlaySurface(Connection &connection, const RenderFormats &formats, Care care,
-                               const drawing::PixelRect &area)
+OverlaySurface::OverlaySurface(Connection &connection, const RenderFormats &formats,
+                               Control control, const drawing::PixelRect &area,
+                               std::function<void()> stateKnown)
     : connection_(connection)
-    , care_(care)
+    , control_(control)
     , colormap_(connection)
     , window_(connection)
     , area_(area) {
@@ -25,29 +26,23 @@ OverlaySurface::OverlaySurface(Connection &connection, const RenderFormats &form
     visual_ = translucent != XCB_NONE ? translucent : connection_.screen().root_visual;
     create();
     describe();
-    if (care_ == Care::manager) {
+    if (control_ == Control::managed) {
         describeToManager();
     }
-    const auto &extensions = connection_.extensions();
-    if (extensions.xfixes && extensions.shape) {
-        nothing_ = makeEmptyRegion(connection_);
-        const xcb_rectangle_t outside = {-1, -1, 1, 1};
-        outside_ = OwnedRegion(connection_);
-        xcb_xfixes_create_region(connection_, outside_.id(), 1, &outside);
-        xcb_xfixes_set_window_shape_region(connection_, id(), XCB_SHAPE_SK_INPUT, 0, 0,
-                                           nothing_.id());
-    }
+    letClicksThrough(std::move(stateKnown));
 }
 
 void OverlaySurface::create() {
     xcb_create_colormap(connection_, XCB_COLORMAP_ALLOC_NONE, colormap_.id(), connection_.root(),
                         visual_);
-    // What becomes of it under a manager is told to the window itself.
+    // What a window manager does to it is announced to the window itself.
     const std::uint32_t events =
-        care_ == Care::manager ? XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY
-                               : std::uint32_t{XCB_EVENT_MASK_NO_EVENT};
+        control_ == Control::managed
+            ? XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY
+            : std::uint32_t{XCB_EVENT_MASK_NO_EVENT};
     const std::array<std::uint32_t, 5> attributes = {
-        XCB_BACK_PIXMAP_NONE, 0, care_ == Care::none ? 1U : 0U, events, colormap_.id()};
+        XCB_BACK_PIXMAP_NONE, 0, control_ == Control::overrideRedirect ? 1U : 0U, events,
+        colormap_.id()};
     xcb_create_window(
         connection_, depth_, id(), connection_.root(), static_cast<std::int16_t>(area_.x),
         static_cast<std::int16_t>(area_.y), static_cast<std::uint16_t>(area_.width),
@@ -64,9 +59,10 @@ void OverlaySurface::describe() {
         setText(connection_, id(), XCB_ATOM_WM_CLIENT_MACHINE, XCB_ATOM_STRING, machine.nodename);
     }
     // Managers hide a managed utility window while another application is active.
-    setValues(connection_, id(), "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM,
-              {connection_.atom(care_ == Care::none ? "_NET_WM_WINDOW_TYPE_UTILITY"
-                                                    : "_NET_WM_WINDOW_TYPE_NORMAL")});
+    setValues(
+        connection_, id(), "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM,
+        {connection_.atom(control_ == Control::overrideRedirect ? "_NET_WM_WINDOW_TYPE_UTILITY"
+                                                                : "_NET_WM_WINDOW_TYPE_NORMAL")});
     setValues(connection_, id(), "_NET_WM_STATE", XCB_ATOM_ATOM,
               {connection_.atom("_NET_WM_STATE_SKIP_TASKBAR"),
                connection_.atom("_NET_WM_STATE_SKIP_PAGER"),
@@ -102,14 +98,24 @@ void OverlaySurface::describeToManager() {
                height, width, height, 0, 0, 0, 0, 0, 0, 0, 0, XCB_GRAVITY_STATIC});
 }
 
-bool OverlaySurface::letsClicksThrough() const {
-    if (!nothing_) {
-        return false;
+void OverlaySurface::letClicksThrough(std::function<void()> stateKnown) {
+    const auto &extensions = connection_.extensions();
+    if (!extensions.xfixes || !extensions.shape) {
+        state_ = State::unusable;
+        return;
     }
-    const auto reply =
-        connection_.wait(xcb_shape_get_rectangles(connection_, id(), XCB_SHAPE_SK_INPUT),
-                         xcb_shape_get_rectangles_reply);
-    return reply && reply->rectangles_len == 0;
+    const xcb_rectangle_t outside = {-1, -1, 1, 1};
+    outside_ = OwnedRegion(connection_);
+    xcb_xfixes_create_region(connection_, outside_.id(), 1, &outside);
+    const auto nothing = makeEmptyRegion(connection_);
+    xcb_xfixes_set_window_shape_region(connection_, id(), XCB_SHAPE_SK_INPUT, 0, 0, nothing.id());
+    connection_.whenReplied<xcb_shape_get_rectangles_reply_t>(
+        xcb_shape_get_rectangles(connection_, id(), XCB_SHAPE_SK_INPUT),
+        lifetime_.guard([this, stateKnown = std::move(stateKnown)](const auto *reply) {
+            state_ =
+                reply != nullptr && reply->rectangles_len == 0 ? State::unmapped : State::unusable;
+            stateKnown();
+        }));
 }
 
 void OverlaySurface::move(const drawing::PixelRect &area) {
@@ -117,7 +123,7 @@ void OverlaySurface::move(const drawing::PixelRect &area) {
         return;
     }
     area_ = area;
-    if (care_ == Care::manager) {
+    if (control_ == Control::managed) {
         describeToManager(); // the size that it may have
     }
     const std::array<std::uint32_t, 4> values = {
@@ -129,10 +135,17 @@ void OverlaySurface::move(const drawing::PixelRect &area) {
                          values.data());
 }
 
-void OverlaySurface::setMapped(bool isMapped) {
-    if (isMapped != isMapped_) {
-        isMapped_ = isMapped;
-        isMapped ? xcb_map_window(connection_, id()) : xcb_unmap_window(connection_, id());
+void OverlaySurface::map() {
+    if (state_ == State::unmapped) {
+        state_ = State::mapped;
+        xcb_map_window(connection_, id());
+    }
+}
+
+void OverlaySurface::unmap() {
+    if (state_ == State::mapped) {
+        state_ = State::unmapped;
+        xcb_unmap_window(connection_, id());
     }
 }
 

@@ -2,10 +2,12 @@
 
 #include "drawing/PixelRect.h"
 #include "platform/x11/server/ServerResource.h"
+#include "support/Lifetime.h"
 
 #include <xcb/xcb.h>
 
 #include <cstdint>
+#include <functional>
 
 namespace lumo::x11 {
 
@@ -13,28 +15,38 @@ class Connection;
 class RenderFormats;
 
 // The X window of one overlay, and what the server has been told of it. Never focusable, without an
-// entry in any task list. It lets clicks through where the server can. Made unmapped.
+// entry in any task list. It can be mapped once the server has confirmed its empty input shape, so
+// that no click ever meets it. Main thread only; waits for nothing.
 class OverlaySurface {
   public:
-    // Who handles it: nobody (override-redirect), or the window manager.
-    enum class Care { none, manager };
+    // Who stacks and maps it: this program (override-redirect), or the window manager.
+    enum class Control { overrideRedirect, managed };
 
-    // The first two arguments outlive the object.
-    OverlaySurface(Connection &connection, const RenderFormats &formats, Care care,
-                   const drawing::PixelRect &area);
+    enum class State {
+        unconfirmed, // the server has not replied yet
+        unusable,    // the server cannot let clicks through
+        unmapped,
+        mapped,
+    };
+
+    // The first two arguments outlive the object. Calls stateKnown once, from the main loop, when
+    // the state is no longer unconfirmed; never where it has been unusable from the beginning.
+    OverlaySurface(Connection &connection, const RenderFormats &formats, Control control,
+                   const drawing::PixelRect &area, std::function<void()> stateKnown);
 
     xcb_window_t id() const { return window_.id(); }
-    Care care() const { return care_; }
+    Control control() const { return control_; }
+    State state() const { return state_; }
+    bool isMapped() const { return state_ == State::mapped; }
     std::uint8_t depth() const { return depth_; }
     xcb_visualid_t visual() const { return visual_; }
     const drawing::PixelRect &area() const { return area_; }
-    bool isMapped() const { return isMapped_; }
-
-    // Whether the server says that clicks go through. Waits for it.
-    bool letsClicksThrough() const;
 
     void move(const drawing::PixelRect &area);
-    void setMapped(bool isMapped);
+
+    // The state is unmapped or mapped.
+    void map();
+    void unmap();
 
     // Takes away every pixel while staying mapped.
     void setCutAway(bool isCutAway);
@@ -49,22 +61,23 @@ class OverlaySurface {
     void create();
     void describe();
     void describeToManager();
+    void letClicksThrough(std::function<void()> stateKnown);
     void applyShape();
     void useShape(xcb_xfixes_region_t shape); // none: all of the window
 
     Connection &connection_;
-    Care care_;
+    Control control_;
+    State state_ = State::unconfirmed;
     std::uint8_t depth_ = 0;
     xcb_visualid_t visual_ = XCB_NONE;
     OwnedColormap colormap_;
     OwnedWindow window_;
-    OwnedRegion nothing_;
     OwnedRegion outside_; // a pixel; some compositing managers take an empty shape for none at all
     OwnedRegion shape_;
     OwnedRegion pattern_;
     drawing::PixelRect area_;
     bool isCutAway_ = false;
-    bool isMapped_ = false;
+    Lifetime lifetime_;
 };
 
 } // namespace lumo::x11
