@@ -1,6 +1,9 @@
 #include "platform/freedesktop/AtomicFile.h"
 
+#include "platform/freedesktop/FileDescriptor.h"
+
 #include <fcntl.h>
+#include <glib.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -20,31 +23,6 @@ namespace fs = std::filesystem;
 std::error_code lastError() {
     return {errno, std::generic_category()};
 }
-
-class FileDescriptor {
-  public:
-    explicit FileDescriptor(int number)
-        : number_(number) {}
-    FileDescriptor(FileDescriptor &&other) noexcept
-        : number_(std::exchange(other.number_, -1)) {}
-    FileDescriptor &operator=(FileDescriptor &&other) noexcept {
-        std::swap(number_, other.number_);
-        return *this;
-    }
-    FileDescriptor(const FileDescriptor &) = delete;
-    FileDescriptor &operator=(const FileDescriptor &) = delete;
-    ~FileDescriptor() {
-        if (number_ >= 0) {
-            close(number_);
-        }
-    }
-
-    int get() const { return number_; }
-    explicit operator bool() const { return number_ >= 0; }
-
-  private:
-    int number_;
-};
 
 // The path with links followed, also when what the last one names does not exist. Links that run
 // in a circle give the path itself.
@@ -75,22 +53,15 @@ void syncFolder(const fs::path &folder) {
 }
 
 std::error_code makeFolder(const fs::path &folder) {
-    if (mkdir(folder.c_str(), S_IRWXU) == 0) {
-        syncFolder(folder.parent_path());
+    std::error_code ignored;
+    if (fs::is_directory(folder, ignored)) {
         return {};
     }
-    if (errno == EEXIST) {
-        return {};
+    if (g_mkdir_with_parents(folder.c_str(), S_IRWXU) != 0) {
+        return lastError();
     }
-    const auto error = lastError();
-    const auto parent = folder.parent_path();
-    if (error != std::errc::no_such_file_or_directory || parent == folder) {
-        return error;
-    }
-    if (const auto parentError = makeFolder(parent)) {
-        return parentError;
-    }
-    return mkdir(folder.c_str(), S_IRWXU) == 0 || errno == EEXIST ? std::error_code{} : lastError();
+    syncFolder(folder.parent_path());
+    return {};
 }
 
 // Opens the temporary file, and locks it so that no other process writes to it.

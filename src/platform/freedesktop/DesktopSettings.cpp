@@ -1,11 +1,12 @@
 #include "platform/freedesktop/DesktopSettings.h"
 
+#include "platform/freedesktop/GlibPointers.h"
+
 #include <gio/gio.h>
 
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <memory>
 
 namespace lumo::freedesktop {
 
@@ -21,16 +22,14 @@ std::optional<Color> desktopBackgroundColor() {
     if (source == nullptr) {
         return std::nullopt;
     }
-    const std::unique_ptr<GSettingsSchema, decltype(&g_settings_schema_unref)> schema(
-        g_settings_schema_source_lookup(source, backgroundSchema, TRUE), g_settings_schema_unref);
+    const GlibPointer<GSettingsSchema> schema(
+        g_settings_schema_source_lookup(source, backgroundSchema, TRUE));
     // Asking for what a schema lacks would end the program.
     if (!schema || g_settings_schema_has_key(schema.get(), colorKey) == FALSE) {
         return std::nullopt;
     }
-    const std::unique_ptr<GSettings, decltype(&g_object_unref)> settings(
-        g_settings_new_full(schema.get(), nullptr, nullptr), g_object_unref);
-    const std::unique_ptr<gchar, decltype(&g_free)> text(
-        g_settings_get_string(settings.get(), colorKey), g_free);
+    const GlibPointer<GSettings> settings(g_settings_new_full(schema.get(), nullptr, nullptr));
+    const GlibPointer<gchar> text(g_settings_get_string(settings.get(), colorKey));
     return colorFromHexadecimal(text.get());
 }
 

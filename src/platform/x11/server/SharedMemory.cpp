@@ -1,5 +1,7 @@
 #include "platform/x11/server/SharedMemory.h"
 
+#include "platform/freedesktop/FileDescriptor.h"
+
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -8,22 +10,18 @@
 namespace lumo::x11 {
 
 SharedMemory::SharedMemory(xcb_connection_t *connection, std::size_t size) {
-    const int file = memfd_create("lumo", MFD_CLOEXEC);
-    if (file < 0) {
-        return;
-    }
-    void *memory = ftruncate(file, static_cast<off_t>(size)) == 0
-                       ? mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0)
+    freedesktop::FileDescriptor file(memfd_create("lumo", MFD_CLOEXEC));
+    void *memory = file && ftruncate(file.get(), static_cast<off_t>(size)) == 0
+                       ? mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, file.get(), 0)
                        : MAP_FAILED;
     if (memory == MAP_FAILED) {
-        close(file);
         return;
     }
     bytes_ = static_cast<std::uint8_t *>(memory);
     size_ = size;
     segment_ = OwnedSegment(connection);
     // Closes the file once it is sent.
-    xcb_shm_attach_fd(connection, segment_.id(), file, 0);
+    xcb_shm_attach_fd(connection, segment_.id(), file.release(), 0);
 }
 
 SharedMemory::~SharedMemory() {
