@@ -1,44 +1,62 @@
-#include "drawing/gl/GlThread.h"
+#include "support/WorkerThreads.h"
 
+#include <algorithm>
 #include <utility>
 
-namespace lumo::drawing {
+namespace lumo {
 
-GlThread::GlThread()
-    : thread_([this] { run(); }) {
+WorkerThreads::WorkerThreads(std::size_t threadLimit, AtEnd atEnd)
+    : threadLimit_(threadLimit)
+    , atEnd_(atEnd) {
 }
 
-GlThread::~GlThread() {
+WorkerThreads::~WorkerThreads() {
     {
         const std::lock_guard lock(mutex_);
         isEnding_ = true;
     }
-    hasTask_.notify_one();
-    thread_.join();
+    hasNews_.notify_all();
+    for (auto &thread : threads_) {
+        thread.join();
+    }
 }
 
-void GlThread::post(std::function<void()> task) {
+void WorkerThreads::post(std::function<void()> task, Priority priority) {
     {
         const std::lock_guard lock(mutex_);
-        tasks_.push_back(std::move(task));
+        queues_[static_cast<std::size_t>(priority)].push_back(std::move(task));
+        if (idle_ == 0 && threads_.size() < threadLimit_) {
+            threads_.emplace_back([this] { work(); });
+        }
     }
-    hasTask_.notify_one();
+    hasNews_.notify_one();
 }
 
-void GlThread::run() {
+bool WorkerThreads::hasTask() const {
+    return std::ranges::any_of(queues_, [](const Queue &queue) { return !queue.empty(); });
+}
+
+WorkerThreads::Queue &WorkerThreads::firstQueue() {
+    return *std::ranges::find_if(queues_, [](const Queue &queue) { return !queue.empty(); });
+}
+
+void WorkerThreads::work() {
     std::unique_lock lock(mutex_);
     while (true) {
-        hasTask_.wait(lock, [this] { return isEnding_ || !tasks_.empty(); });
-        if (tasks_.empty()) {
+        ++idle_;
+        hasNews_.wait(lock, [this] { return isEnding_ || hasTask(); });
+        --idle_;
+        if (!hasTask() || (isEnding_ && atEnd_ == AtEnd::dropTasks)) {
             return;
         }
-        auto task = std::move(tasks_.front());
-        tasks_.pop_front();
+        auto &queue = firstQueue();
+        auto task = std::move(queue.front());
+        queue.pop_front();
         lock.unlock();
         task();
-        task = nullptr;
+        task = nullptr; // what it owns is destroyed here, without the lock
         lock.lock();
     }
 }
 
-} // namespace lumo::drawing
+} // namespace lumo

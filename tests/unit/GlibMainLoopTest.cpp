@@ -47,6 +47,23 @@ TEST(GlibMainLoopTest, GoesOnWithinATaskThatTurnsItItself) {
     EXPECT_THAT(posted, ElementsAre(1, 2, 3));
 }
 
+TEST(GlibMainLoopTest, WhatATaskPostsWaitsForTheNextTurnAndWhatIsLeftGoesWithTheLoop) {
+    std::vector<int> posted;
+    {
+        GlibMainLoop loop;
+        loop.post([&] {
+            posted.push_back(1);
+            loop.post([&] { posted.push_back(3); });
+        });
+        loop.post([&] { posted.push_back(2); });
+        g_main_context_iteration(nullptr, TRUE);
+        EXPECT_THAT(posted, ElementsAre(1, 2));
+    }
+    while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
+    }
+    EXPECT_THAT(posted, ElementsAre(1, 2));
+}
+
 TEST(GlibMainLoopTest, TimersBearAnyTimeAndTheirReleaseByTheirOwnTask) {
     GlibMainLoop loop;
     int never = 0;

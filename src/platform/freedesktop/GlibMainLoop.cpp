@@ -1,6 +1,9 @@
 #include "platform/freedesktop/GlibMainLoop.h"
 
+#include "platform/freedesktop/FileDescriptor.h"
+#include "platform/freedesktop/GlibPointers.h"
 #include "support/Invariant.h"
+#include "support/WorkerThreads.h"
 
 #include <glib-unix.h>
 #include <glib.h>
@@ -8,19 +11,17 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
 #include <ctime>
-#include <deque>
-#include <mutex>
-#include <thread>
 #include <utility>
-#include <vector>
 
 namespace lumo::freedesktop {
 
 namespace {
+
+constexpr std::size_t backgroundThreadLimit = 2;
 
 // Attaches the source to the default context; the handle takes it away again. The source must bear
 // a dispatch within its own dispatch, in a loop that its task turns: keeping it out of such a loop
@@ -62,41 +63,29 @@ timespec toTimespec(double seconds) {
 }
 
 struct Timer {
-    int fileDescriptor;
+    FileDescriptor file;
     bool repeats;
     bool isRunning = false;
     std::function<void()> task;
 
     Timer(double first, double interval, std::function<void()> function)
-        : fileDescriptor(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC))
+        : file(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC))
         , repeats(interval > 0)
         , task(std::move(function)) {
-        require(fileDescriptor >= 0, "no timer could be made");
+        require(static_cast<bool>(file), "no timer could be made");
         itimerspec setting{};
         setting.it_value = toTimespec(first);
         if (repeats) {
             setting.it_interval = toTimespec(interval);
         }
-        timerfd_settime(fileDescriptor, 0, &setting, nullptr);
-    }
-
-    Timer(Timer &&other) noexcept
-        : fileDescriptor(std::exchange(other.fileDescriptor, -1))
-        , repeats(other.repeats)
-        , task(std::move(other.task)) {}
-    Timer &operator=(Timer &&) = delete;
-
-    ~Timer() {
-        if (fileDescriptor >= 0) {
-            close(fileDescriptor);
-        }
+        timerfd_settime(file.get(), 0, &setting, nullptr);
     }
 };
 
 gboolean dispatchTimer(GSource *source, GSourceFunc /*callback*/, gpointer /*data*/) {
     auto &timer = SourceOf<Timer>::stateOf(source);
     std::uint64_t expirations = 0;
-    if (read(timer.fileDescriptor, &expirations, sizeof expirations) < 0 || timer.isRunning) {
+    if (read(timer.file.get(), &expirations, sizeof expirations) < 0 || timer.isRunning) {
         return G_SOURCE_CONTINUE;
     }
     // The task may release the timer that it runs in; the source lives on until this returns.
@@ -124,138 +113,34 @@ GSourceFuncs watchFunctions = // NOLINT(*-non-const-global-variables): GLib take
     {prepareWatch, nullptr, dispatchWatch, SourceOf<GlibMainLoop::FileDescriptorWatch>::finalize,
      nullptr,      nullptr};
 
+gboolean prepareTask(GSource * /*source*/, gint *timeout) {
+    *timeout = 0;
+    return TRUE;
+}
+
+gboolean dispatchTask(GSource *source, GSourceFunc /*callback*/, gpointer /*data*/) {
+    SourceOf<std::function<void()>>::stateOf(source)();
+    return G_SOURCE_REMOVE;
+}
+
+GSourceFuncs taskFunctions = // NOLINT(*-non-const-global-variables): GLib takes it as such
+    {prepareTask, nullptr, dispatchTask, SourceOf<std::function<void()>>::finalize,
+     nullptr,     nullptr};
+
 } // namespace
 
-// Posted tasks, from any thread to the main one.
-class GlibMainLoop::TaskQueue {
-  public:
-    TaskQueue()
-        : source_(attach(makeSource(*this))) {}
-
-    void push(std::function<void()> task) {
-        {
-            const std::lock_guard lock(mutex_);
-            tasks_.push_back(std::move(task));
-        }
-        g_main_context_wakeup(nullptr);
-    }
-
-  private:
-    struct Reference {
-        TaskQueue *queue;
-    };
-
-    static GSource *makeSource(TaskQueue &queue) {
-        static GSourceFuncs functions = {prepare, nullptr, dispatch, SourceOf<Reference>::finalize,
-                                         nullptr, nullptr};
-        return SourceOf<Reference>::make(functions, Reference{&queue});
-    }
-
-    static gboolean prepare(GSource *source, gint *timeout) {
-        auto &queue = *SourceOf<Reference>::stateOf(source).queue;
-        *timeout = -1;
-        const std::lock_guard lock(queue.mutex_);
-        return queue.tasks_.empty() ? FALSE : TRUE;
-    }
-
-    static gboolean dispatch(GSource *source, GSourceFunc /*callback*/, gpointer /*data*/) {
-        auto &queue = *SourceOf<Reference>::stateOf(source).queue;
-        // What is posted meanwhile waits for the next turn.
-        for (auto left = queue.count(); left > 0; --left) {
-            if (const auto task = queue.takeFirst()) {
-                task();
-            }
-        }
-        return G_SOURCE_CONTINUE;
-    }
-
-    std::size_t count() {
-        const std::lock_guard lock(mutex_);
-        return tasks_.size();
-    }
-
-    // Empty when a loop that a task turned has run everything.
-    std::function<void()> takeFirst() {
-        const std::lock_guard lock(mutex_);
-        if (tasks_.empty()) {
-            return nullptr;
-        }
-        auto task = std::move(tasks_.front());
-        tasks_.pop_front();
-        return task;
-    }
-
-    std::mutex mutex_;
-    std::deque<std::function<void()>> tasks_;
-    Handle source_;
-};
-
-// A few threads, started when first needed. What is user-initiated goes before what is not.
-class GlibMainLoop::BackgroundThreads {
-  public:
-    ~BackgroundThreads() {
-        {
-            const std::lock_guard lock(mutex_);
-            stopping_ = true;
-        }
-        wakeUp_.notify_all();
-        for (auto &thread : threads_) {
-            thread.join();
-        }
-    }
-
-    void run(QualityOfService quality, std::function<void()> task) {
-        {
-            const std::lock_guard lock(mutex_);
-            queues_[static_cast<std::size_t>(quality)].push_back(std::move(task));
-            if (idle_ == 0 && threads_.size() < threadLimit) {
-                threads_.emplace_back([this] { work(); });
-            }
-        }
-        wakeUp_.notify_one();
-    }
-
-  private:
-    static constexpr std::size_t threadLimit = 2;
-
-    bool hasTask() const { return !queues_[0].empty() || !queues_[1].empty(); }
-
-    void work() {
-        std::unique_lock lock(mutex_);
-        while (true) {
-            ++idle_;
-            wakeUp_.wait(lock, [this] { return stopping_ || hasTask(); });
-            --idle_;
-            if (stopping_) {
-                return;
-            }
-            auto &queue = queues_[0].empty() ? queues_[1] : queues_[0];
-            auto task = std::move(queue.front());
-            queue.pop_front();
-            lock.unlock();
-            task();
-            task = nullptr;
-            lock.lock();
-        }
-    }
-
-    std::mutex mutex_;
-    std::condition_variable wakeUp_;
-    std::array<std::deque<std::function<void()>>, 2> queues_;
-    std::vector<std::thread> threads_;
-    std::size_t idle_ = 0;
-    bool stopping_ = false;
-};
-
 GlibMainLoop::GlibMainLoop()
-    : tasks_(std::make_unique<TaskQueue>())
-    , backgroundThreads_(std::make_unique<BackgroundThreads>()) {
+    : backgroundThreads_(
+          std::make_unique<WorkerThreads>(backgroundThreadLimit, WorkerThreads::AtEnd::dropTasks)) {
 }
 
 GlibMainLoop::~GlibMainLoop() {
-    // First the threads, which may still post; then what they posted to.
+    // First the threads, which may still post; then what they posted.
     backgroundThreads_.reset();
-    tasks_.reset();
+    while (GSource *source =
+               g_main_context_find_source_by_funcs_user_data(nullptr, &taskFunctions, this)) {
+        g_source_destroy(source);
+    }
 }
 
 Handle GlibMainLoop::watch(int fileDescriptor, FileDescriptorWatch watch) {
@@ -297,7 +182,12 @@ double GlibMainLoop::now() const {
 }
 
 void GlibMainLoop::post(std::function<void()> task) {
-    tasks_->push(std::move(task));
+    // GLib dispatches sources of one priority in the order in which they were attached, and none in
+    // the turn that attaches it.
+    const GlibPointer<GSource> source(
+        SourceOf<std::function<void()>>::make(taskFunctions, std::move(task)));
+    g_source_set_callback(source.get(), nullptr, this, nullptr); // to find what is left at the end
+    g_source_attach(source.get(), nullptr);
 }
 
 Handle GlibMainLoop::after(double seconds, std::function<void()> task) {
@@ -311,12 +201,14 @@ Handle GlibMainLoop::every(double seconds, std::function<void()> task) {
 Handle GlibMainLoop::schedule(double first, double interval, std::function<void()> task) {
     GSource *source =
         SourceOf<Timer>::make(timerFunctions, Timer(first, interval, std::move(task)));
-    g_source_add_unix_fd(source, SourceOf<Timer>::stateOf(source).fileDescriptor, G_IO_IN);
+    g_source_add_unix_fd(source, SourceOf<Timer>::stateOf(source).file.get(), G_IO_IN);
     return attach(source);
 }
 
 void GlibMainLoop::runInBackground(QualityOfService quality, std::function<void()> task) {
-    backgroundThreads_->run(quality, std::move(task));
+    backgroundThreads_->post(std::move(task), quality == QualityOfService::userInitiated
+                                                  ? WorkerThreads::Priority::urgent
+                                                  : WorkerThreads::Priority::ordinary);
 }
 
 } // namespace lumo::freedesktop

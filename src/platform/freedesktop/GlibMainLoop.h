@@ -4,6 +4,10 @@
 
 #include <memory>
 
+namespace lumo {
+class WorkerThreads;
+}
+
 namespace lumo::freedesktop {
 
 // The main loop on GLib's default context, so that a toolkit which runs that context can take over
@@ -41,13 +45,9 @@ class GlibMainLoop final : public MainLoop {
     void runInBackground(QualityOfService quality, std::function<void()> task) override;
 
   private:
-    class TaskQueue;
-    class BackgroundThreads;
-
     Handle schedule(double first, double interval, std::function<void()> task);
 
-    std::unique_ptr<TaskQueue> tasks_;
-    std::unique_ptr<BackgroundThreads> backgroundThreads_;
+    std::unique_ptr<WorkerThreads> backgroundThreads_;
     bool quitting_ = false;
     int status_ = 0;
 };

@@ -1,9 +1,9 @@
 #include "platform/x11/painting/GlBackdropRenderer.h"
 
-#include "drawing/gl/GlThread.h"
 #include "platform/MainLoop.h"
 #include "platform/x11/painting/GlDisplays.h"
 #include "platform/x11/server/Connection.h"
+#include "support/WorkerThreads.h"
 
 #include <algorithm>
 #include <utility>
@@ -11,7 +11,7 @@
 namespace lumo::x11 {
 
 GlBackdropRenderer::GlBackdropRenderer(Connection &connection, MainLoop &mainLoop,
-                                       drawing::GlThread &thread, GlDisplays &workshop, int number)
+                                       WorkerThreads &thread, GlDisplays &workshop, int number)
     : connection_(connection)
     , mainLoop_(mainLoop)
     , thread_(thread)

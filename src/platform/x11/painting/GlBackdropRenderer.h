@@ -8,11 +8,8 @@
 
 namespace lumo {
 class MainLoop;
-}
-
-namespace lumo::drawing {
-class GlThread;
-}
+class WorkerThreads;
+} // namespace lumo
 
 namespace lumo::x11 {
 
@@ -25,7 +22,7 @@ class GlDisplays;
 class GlBackdropRenderer final : public BackdropRenderer {
   public:
     // The number is another one for each renderer. The arguments outlive the renderer.
-    GlBackdropRenderer(Connection &connection, MainLoop &mainLoop, drawing::GlThread &thread,
+    GlBackdropRenderer(Connection &connection, MainLoop &mainLoop, WorkerThreads &thread,
                        GlDisplays &workshop, int number);
     ~GlBackdropRenderer() override;
     GlBackdropRenderer(const GlBackdropRenderer &) = delete;
@@ -50,7 +47,7 @@ class GlBackdropRenderer final : public BackdropRenderer {
 
     Connection &connection_;
     MainLoop &mainLoop_;
-    drawing::GlThread &thread_;
+    WorkerThreads &thread_;
     GlDisplays &workshop_;
     int number_;
     GlFrame prepared_; // without parts

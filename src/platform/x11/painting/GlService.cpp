@@ -49,7 +49,7 @@ void GlService::start() {
     }
     state_ = State::starting;
     if (!thread_) {
-        thread_ = std::make_unique<drawing::GlThread>();
+        thread_ = std::make_unique<WorkerThreads>(1, WorkerThreads::AtEnd::runTasks);
     }
     auto report = lifetime_.guard([this](const std::string &problem) { started(problem); });
     thread_->post([&workshop = *workshop_, &mainLoop = mainLoop_, name = connection_.displayName(),

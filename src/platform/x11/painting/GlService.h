@@ -1,9 +1,9 @@
 #pragma once
 
-#include "drawing/gl/GlThread.h"
 #include "platform/x11/painting/BackdropRenderer.h"
 #include "support/Lifetime.h"
 #include "support/Signal.h"
+#include "support/WorkerThreads.h"
 
 #include <cstdint>
 #include <functional>
@@ -70,8 +70,8 @@ class GlService {
     bool hasWorked_ = false;
     int lastRenderer_ = 0;
     Signal<> started_;
-    std::unique_ptr<GlDisplays> workshop_;      // the thread's
-    std::unique_ptr<drawing::GlThread> thread_; // from the first start
+    std::unique_ptr<GlDisplays> workshop_;  // the thread's
+    std::unique_ptr<WorkerThreads> thread_; // one, from the first start
     Lifetime lifetime_;
 };
 
