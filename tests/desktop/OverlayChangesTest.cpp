@@ -1,6 +1,5 @@
 #include "OverlayDesktop.h"
 #include "desktop/SampleApplication.h"
-#include "platform/freedesktop/DesktopSettings.h"
 
 #include <gtest/gtest.h>
 #include <xcb/damage.h>
@@ -229,15 +228,6 @@ TEST(OverlayWallpaper, IsTheRootsOwnBackgroundWhereNothingNamesOne) {
     EXPECT_EQ(
         desktop.lastingDifference(*overlay, desktop.wholeArea(), [&] { overlay->orderFront(); }),
         "");
-}
-
-TEST(DesktopSettings, GiveColoursInEveryLengthAndNothingForOtherText) {
-    EXPECT_EQ(freedesktop::colorFromHexadecimal("#f00"), (Color{1, 0, 0, 1}));
-    EXPECT_EQ(freedesktop::colorFromHexadecimal("#0000ff"), (Color{0, 0, 1, 1}));
-    EXPECT_EQ(freedesktop::colorFromHexadecimal("#ffff00003333"), (Color{1, 0, 0.2, 1}));
-    for (const char *text : {"", "#", "#12", "#1234", "123456", "#12345g", "#+12345", "blue"}) {
-        EXPECT_EQ(freedesktop::colorFromHexadecimal(text), std::nullopt) << text;
-    }
 }
 
 } // namespace

@@ -18,7 +18,6 @@
 #include <array>
 #include <cstring>
 #include <functional>
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -521,27 +520,6 @@ TEST(PointerAxisTest, TurnsPositionsIntoMovements) {
     PointerAxis unknown{true, 0, 0};
     unknown.movement(5, 1024);
     EXPECT_EQ(unknown.movement(15, 1024), 10);
-}
-
-// The inverse agrees with the table, and every key of a full keyboard has its place.
-TEST(KeyPositionsTest, AreTheSameBothWays) {
-    int keys = 0;
-    for (std::uint32_t virtualKey = 0; virtualKey < 200; ++virtualKey) {
-        if (const auto keycode = freedesktop::keycodeOfVirtualKey(virtualKey)) {
-            EXPECT_EQ(freedesktop::virtualKeyOfKeycode(*keycode), virtualKey);
-            ++keys;
-        }
-    }
-    EXPECT_GE(keys, 104);
-    EXPECT_EQ(freedesktop::virtualKeyOfKeycode(0), std::nullopt);
-    EXPECT_EQ(freedesktop::virtualKeyOfKeycode(7), std::nullopt);
-    EXPECT_EQ(freedesktop::virtualKeyOfKeycode(1000), std::nullopt);
-    // Keys whose numbers are out of any order, by what Linux calls them.
-    const std::map<std::uint32_t, unsigned> positions = {
-        {49, 57}, {2, 32}, {18, 2}, {23, 6}, {22, 7}, {97, 64}, {126, 103}, {76, 96}, {117, 111}};
-    for (const auto &[virtualKey, kernelKey] : positions) {
-        EXPECT_EQ(freedesktop::keycodeOfVirtualKey(virtualKey), kernelKey + 8) << virtualKey;
-    }
 }
 
 } // namespace

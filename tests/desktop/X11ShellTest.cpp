@@ -1,7 +1,5 @@
 #include "desktop/PrivateDesktop.h"
-#include "desktop/TemporaryDirectory.h"
 #include "desktop/Variable.h"
-#include "platform/freedesktop/AutostartLoginItem.h"
 #include "platform/freedesktop/GlibMainLoop.h"
 #include "platform/freedesktop/GlibPointers.h"
 #include "platform/freedesktop/PackageKitUpdates.h"
@@ -13,13 +11,11 @@
 #include "platform/x11/server/SingleInstance.h"
 #include "platform/x11/server/X11Screens.h"
 
-#include <gio/gdesktopappinfo.h>
+#include <gio/gio.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -29,11 +25,8 @@
 namespace lumo::x11 {
 namespace {
 
-namespace fs = std::filesystem;
 using desktop::PrivateDesktop;
-using desktop::TemporaryDirectory;
 using desktop::Variable;
-using testing::IsEmpty;
 
 // Turns the loop until the condition holds; false when it does not within ten seconds.
 bool runUntil(freedesktop::GlibMainLoop &loop, const std::function<bool()> &condition) {
@@ -44,43 +37,6 @@ bool runUntil(freedesktop::GlibMainLoop &loop, const std::function<bool()> &cond
         g_main_context_iteration(nullptr, TRUE);
     }
     return !isTimeUp;
-}
-
-TEST(LoginItemTest, IsAnEntryThatStartsExactlyTheProgramAndGoesWithoutATrace) {
-    const TemporaryDirectory directory;
-    const fs::path program = directory.path() / "odd \"name\"\t$HOME `x` \\ é\nend ";
-    const fs::path trace = directory.path() / "started";
-    std::ofstream(program) << "#!/bin/sh\n: > " << trace << '\n';
-    fs::permissions(program, fs::perms::owner_all);
-    const fs::path entry = directory.path() / "autostart" / "app.lumo.Lumo.desktop";
-    freedesktop::AutostartLoginItem item(entry, program);
-    EXPECT_EQ(item.unregisterMainApplication(), std::nullopt) << "never registered";
-    EXPECT_EQ(item.registerMainApplication(), std::nullopt);
-    const auto written = fs::last_write_time(entry);
-    EXPECT_EQ(item.registerMainApplication(), std::nullopt);
-    EXPECT_EQ(fs::last_write_time(entry), written) << "nothing to change";
-
-    const freedesktop::GlibPointer<GDesktopAppInfo> info(
-        g_desktop_app_info_new_from_filename(entry.c_str()));
-    ASSERT_TRUE(info) << "its program is not found";
-    EXPECT_STREQ(g_app_info_get_name(G_APP_INFO(info.get())), "Lumo");
-    EXPECT_TRUE(g_app_info_launch(G_APP_INFO(info.get()), nullptr, nullptr, nullptr));
-    freedesktop::GlibMainLoop loop;
-    EXPECT_TRUE(runUntil(loop, [&] { return fs::exists(trace); })) << "something else was started";
-
-    for (const auto *off : {"Hidden=true", "X-GNOME-Autostart-enabled=false"}) {
-        std::ofstream(entry) << "[Desktop Entry]\nType=Application\n" << off << '\n';
-        EXPECT_NE(item.registerMainApplication(), std::nullopt) << off << " is the user's word";
-        EXPECT_EQ(item.unregisterMainApplication(), std::nullopt);
-        EXPECT_EQ(item.registerMainApplication(), std::nullopt) << "asked for anew";
-    }
-    std::ofstream(entry) << "[Desktop Entry]\nHidden=false\nExec=elsewhere\n";
-    EXPECT_EQ(item.registerMainApplication(), std::nullopt) << "moved, not switched off";
-
-    EXPECT_EQ(item.unregisterMainApplication(), std::nullopt);
-    EXPECT_THAT(std::vector(fs::directory_iterator(entry.parent_path()), {}), IsEmpty());
-    freedesktop::AutostartLoginItem nowhere(program / "autostart" / "entry.desktop", program);
-    EXPECT_NE(nowhere.registerMainApplication().value_or(""), "");
 }
 
 TEST(SingleInstanceTest, TheSecondAsksTheFirstToOpenAndGivesWay) {

@@ -1,6 +1,7 @@
 #include "platform/freedesktop/AutostartLoginItem.h"
 
 #include "platform/freedesktop/AtomicFile.h"
+#include "platform/freedesktop/ConfigurationFolder.h"
 #include "platform/freedesktop/GlibPointers.h"
 #include "platform/freedesktop/ProgramIdentity.h"
 
@@ -52,17 +53,36 @@ std::string commandArgument(std::string_view argument) {
     return quoted + '"';
 }
 
+std::string entryText(const std::filesystem::path &program) {
+    return "[Desktop Entry]\n"
+           "Type=Application\n"
+           "Name=" +
+           std::string(program::name) +
+           "\n"
+           "Comment=Focus and privacy\n"
+           "TryExec=" +
+           entryValue(program.string()) +
+           "\n"
+           "Exec=" +
+           entryValue(commandArgument(program.string())) +
+           "\n"
+           "Icon=" +
+           std::string(program::identifier) +
+           "\n"
+           "Terminal=false\n"
+           "X-GNOME-Autostart-enabled=true\n";
+}
+
 // Whether the user has switched the entry off in the desktop's own settings, which keep it for
 // that.
 bool isSwitchedOff(const std::string &entry) {
     const GlibPointer<GKeyFile> file(g_key_file_new());
     const auto says = [&file](const char *key, bool value) {
-        GError *error = nullptr;
-        const bool found = (g_key_file_get_boolean(file.get(), G_KEY_FILE_DESKTOP_GROUP, key,
-                                                   &error) != FALSE) == value;
-        const bool isThere = error == nullptr;
-        g_clear_error(&error);
-        return isThere && found;
+        GError *raw = nullptr;
+        const bool found =
+            g_key_file_get_boolean(file.get(), G_KEY_FILE_DESKTOP_GROUP, key, &raw) != FALSE;
+        const GlibPointer<GError> error(raw);
+        return !error && found == value;
     };
     return g_key_file_load_from_data(file.get(), entry.data(), entry.size(), G_KEY_FILE_NONE,
                                      nullptr) != FALSE &&
@@ -72,7 +92,8 @@ bool isSwitchedOff(const std::string &entry) {
 
 } // namespace
 
-AutostartLoginItem::AutostartLoginItem(std::filesystem::path entry, std::filesystem::path program)
+AutostartLoginItem::AutostartLoginItem(std::optional<std::filesystem::path> entry,
+                                       std::filesystem::path program)
     : entry_(std::move(entry))
     , program_(std::move(program)) {
 }
@@ -80,30 +101,20 @@ AutostartLoginItem::AutostartLoginItem(std::filesystem::path entry, std::filesys
 AutostartLoginItem AutostartLoginItem::ofThisProgram() {
     std::error_code error;
     auto program = std::filesystem::read_symlink("/proc/self/exe", error);
-    return {std::filesystem::path(g_get_user_config_dir()) / "autostart" /
-                (std::string(program::identifier) + ".desktop"),
-            error ? std::filesystem::path("lumo") : std::move(program)};
+    auto entry = userConfigurationFolder();
+    if (entry) {
+        *entry /= "autostart";
+        *entry /= std::string(program::identifier) + ".desktop";
+    }
+    return {std::move(entry), error ? std::filesystem::path("lumo") : std::move(program)};
 }
 
 std::optional<std::string> AutostartLoginItem::registerMainApplication() {
-    const auto text = "[Desktop Entry]\n"
-                      "Type=Application\n"
-                      "Name=" +
-                      std::string(program::name) +
-                      "\n"
-                      "Comment=Focus and privacy\n"
-                      "TryExec=" +
-                      entryValue(program_.string()) +
-                      "\n"
-                      "Exec=" +
-                      entryValue(commandArgument(program_.string())) +
-                      "\n"
-                      "Icon=" +
-                      std::string(program::identifier) +
-                      "\n"
-                      "Terminal=false\n"
-                      "X-GNOME-Autostart-enabled=true\n";
-    const AtomicFile file(entry_);
+    if (!entry_) {
+        return "there is no home folder";
+    }
+    const auto text = entryText(program_);
+    const AtomicFile file(*entry_);
     std::error_code error;
     const auto present = file.read(error);
     if (present == text) {
@@ -118,7 +129,9 @@ std::optional<std::string> AutostartLoginItem::registerMainApplication() {
 
 std::optional<std::string> AutostartLoginItem::unregisterMainApplication() {
     std::error_code error;
-    std::filesystem::remove(entry_, error);
+    if (entry_) {
+        std::filesystem::remove(*entry_, error);
+    }
     return error ? std::optional(error.message()) : std::nullopt;
 }
 

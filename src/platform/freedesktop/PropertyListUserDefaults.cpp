@@ -1,6 +1,8 @@
 #include "platform/freedesktop/PropertyListUserDefaults.h"
 
 #include "platform/MainLoop.h"
+#include "platform/freedesktop/ConfigurationFolder.h"
+#include "platform/freedesktop/GlibPointers.h"
 #include "platform/freedesktop/ProgramIdentity.h"
 #include "support/Invariant.h"
 #include "support/Log.h"
@@ -102,9 +104,10 @@ plist_t makeNode(const Value &value) {
 }
 
 std::string printableInXml(const std::string &text) {
-    gchar *valid = g_utf8_make_valid(text.data(), static_cast<gssize>(text.size()));
+    const GlibPointer<gchar> valid(
+        g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())));
     std::string result;
-    for (const gchar *at = valid; *at != '\0'; ++at) {
+    for (const gchar *at = valid.get(); *at != '\0'; ++at) {
         const bool isControl = static_cast<unsigned char>(*at) < ' ';
         if (isControl && *at != '\t' && *at != '\n' && *at != '\r') {
             result += "\uFFFD";
@@ -112,13 +115,7 @@ std::string printableInXml(const std::string &text) {
             result += *at;
         }
     }
-    g_free(valid);
     return result;
-}
-
-const char *absolutePathIn(const char *variable) {
-    const char *value = g_getenv(variable);
-    return value != nullptr && value[0] == '/' ? value : nullptr;
 }
 
 } // namespace
@@ -128,15 +125,9 @@ void PropertyListUserDefaults::FreePropertyList::operator()(void *list) const {
 }
 
 std::optional<std::filesystem::path> PropertyListUserDefaults::standardFile() {
-    std::filesystem::path folder;
-    if (const char *configuration = absolutePathIn("XDG_CONFIG_HOME")) {
-        folder = configuration;
-    } else if (const char *home = absolutePathIn("HOME")) {
-        folder = std::filesystem::path(home) / ".config";
-    } else {
-        return std::nullopt;
-    }
-    return folder / "lumo" / (std::string(program::identifier) + ".plist");
+    auto folder = userConfigurationFolder();
+    return folder ? std::optional(*folder / "lumo" / (std::string(program::identifier) + ".plist"))
+                  : std::nullopt;
 }
 
 PropertyListUserDefaults::PropertyListUserDefaults(const std::optional<std::filesystem::path> &file,

@@ -24,8 +24,7 @@ namespace lumo::freedesktop {
 // next change and at the end. Either is one line in the log.
 class PropertyListUserDefaults final : public UserDefaults {
   public:
-    // The file under the user's configuration folder, which XDG_CONFIG_HOME names where it is an
-    // absolute path, and else is .config in the home folder. Absent when neither is known.
+    // The file in the user's configuration folder; absent when there is no such folder.
     static std::optional<std::filesystem::path> standardFile();
 
     // Reads the file. Without one, everything is kept in memory only.
