@@ -1,10 +1,8 @@
 #include "platform/x11/input/KeyboardModifiers.h"
 
-#include "platform/EventMonitors.h"
 #include "platform/x11/server/Connection.h"
 #include "platform/x11/server/XcbXkb.h"
 
-#include <span>
 #include <utility>
 
 namespace lumo::x11 {
@@ -13,52 +11,6 @@ namespace {
 
 constexpr double longestStart = 2; // seconds
 constexpr std::uint32_t mappingBit = 1;
-constexpr unsigned modifierCount = 8; // of the core protocol
-
-// From X11/keysymdef.h.
-constexpr xcb_keysym_t numLockKeysym = 0xff7f;
-constexpr xcb_keysym_t scrollLockKeysym = 0xff14;
-constexpr xcb_keysym_t altLeftKeysym = 0xffe9;
-constexpr xcb_keysym_t altRightKeysym = 0xffea;
-constexpr xcb_keysym_t superLeftKeysym = 0xffeb;
-constexpr xcb_keysym_t superRightKeysym = 0xffec;
-
-// The modifiers in which each key of interest was found.
-struct Found {
-    std::uint16_t commandLeft = 0;
-    std::uint16_t commandRight = 0;
-    std::uint16_t optionLeft = 0;
-    std::uint16_t optionRight = 0;
-    std::uint16_t numLock = 0;
-    std::uint16_t scrollLock = 0;
-
-    // Only the first modifier that a key is in counts.
-    void note(xcb_keysym_t keysym, std::uint16_t bit) {
-        auto *const place = placeOf(keysym);
-        if (place != nullptr && *place == 0) {
-            *place = bit;
-        }
-    }
-
-    std::uint16_t *placeOf(xcb_keysym_t keysym) {
-        switch (keysym) {
-        case superLeftKeysym:
-            return &commandLeft;
-        case superRightKeysym:
-            return &commandRight;
-        case altLeftKeysym:
-            return &optionLeft;
-        case altRightKeysym:
-            return &optionRight;
-        case numLockKeysym:
-            return &numLock;
-        case scrollLockKeysym:
-            return &scrollLock;
-        default:
-            return nullptr;
-        }
-    }
-};
 
 } // namespace
 
@@ -78,16 +30,6 @@ KeyboardModifiers::KeyboardModifiers(Connection &connection)
     reads_.want(mappingBit);
     requestReads();
     connection.dispatchUntil([this] { return reads_.isIdle(); }, longestStart);
-}
-
-std::uint32_t KeyboardModifiers::flagsOf(std::uint32_t state) const {
-    const auto flag = [state](std::uint32_t bit, std::uint32_t flagBit) {
-        return (state & bit) != 0 ? flagBit : 0U;
-    };
-    return flag(XCB_MOD_MASK_SHIFT, modifierFlag::shift) |
-           flag(XCB_MOD_MASK_CONTROL, modifierFlag::control) |
-           flag(XCB_MOD_MASK_LOCK, modifierFlag::capsLock) |
-           flag(bits_.option, modifierFlag::option) | flag(bits_.command, modifierFlag::command);
 }
 
 Handle KeyboardModifiers::onChange(std::function<void()> observer) {
@@ -116,10 +58,11 @@ void KeyboardModifiers::requestReads() {
     replies_.add<xcb_get_modifier_mapping_reply_t>(
         xcb_get_modifier_mapping(connection_),
         [this](const xcb_get_modifier_mapping_reply_t *reply) {
-            modifierKeys_.clear();
+            keymap_.modifierKeys.clear();
             if (reply != nullptr) {
                 const auto *keys = xcb_get_modifier_mapping_keycodes(reply);
-                modifierKeys_.assign(keys, keys + xcb_get_modifier_mapping_keycodes_length(reply));
+                keymap_.modifierKeys.assign(keys,
+                                            keys + xcb_get_modifier_mapping_keycodes_length(reply));
             }
         });
     const auto first = connection_.setup().min_keycode;
@@ -128,35 +71,18 @@ void KeyboardModifiers::requestReads() {
         xcb_get_keyboard_mapping(connection_, first, count),
         [this](const xcb_get_keyboard_mapping_reply_t *reply) {
             reads_.finished(mappingBit);
-            if (reply != nullptr && !modifierKeys_.empty()) {
+            if (reply != nullptr && !keymap_.modifierKeys.empty()) {
                 apply(reply);
             }
         });
 }
 
-void KeyboardModifiers::apply(const xcb_get_keyboard_mapping_reply_t *keysyms) {
-    const auto first = connection_.setup().min_keycode;
-    const std::span symbols(
-        xcb_get_keyboard_mapping_keysyms(keysyms),
-        static_cast<std::size_t>(xcb_get_keyboard_mapping_keysyms_length(keysyms)));
-    const std::size_t columns = keysyms->keysyms_per_keycode;
-    const auto keysPerModifier = modifierKeys_.size() / modifierCount;
-    Found found;
-    for (std::size_t column = 0; column < columns; ++column) {
-        for (std::size_t index = 0; index < modifierKeys_.size(); ++index) {
-            if (modifierKeys_[index] >= first) {
-                const auto row = static_cast<std::size_t>(modifierKeys_[index] - first);
-                found.note(symbols[row * columns + column],
-                           static_cast<std::uint16_t>(1U << (index / keysPerModifier)));
-            }
-        }
-    }
-    const auto either = [](std::uint16_t left, std::uint16_t right) {
-        return left != 0 ? left : right;
-    };
-    const ModifierBits bits{either(found.commandLeft, found.commandRight),
-                            either(found.optionLeft, found.optionRight), found.numLock,
-                            found.scrollLock};
+void KeyboardModifiers::apply(const xcb_get_keyboard_mapping_reply_t *symbols) {
+    const auto *first = xcb_get_keyboard_mapping_keysyms(symbols);
+    keymap_.firstKeycode = connection_.setup().min_keycode;
+    keymap_.symbolsPerKey = symbols->keysyms_per_keycode;
+    keymap_.symbols.assign(first, first + xcb_get_keyboard_mapping_keysyms_length(symbols));
+    const auto bits = modifierBits(keymap_);
     if (std::exchange(bits_, bits) != bits) {
         changes_.emit();
     }

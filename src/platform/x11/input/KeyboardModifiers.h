@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/x11/input/Keymap.h"
 #include "platform/x11/server/PendingReads.h"
 #include "support/Handle.h"
 #include "support/Signal.h"
@@ -8,27 +9,14 @@
 
 #include <cstdint>
 #include <functional>
-#include <vector>
 
 namespace lumo::x11 {
 
 class Connection;
 
-// Which bits of a key event's state the keys of the keyboard set; 0 for a key that it lacks. Where
-// the left and the right key set different bits, that of the left one; where several keys have a
-// symbol, that of one which has it without any modifier, as others may be keys that nobody can
-// press. Control and Shift are the same everywhere.
-struct ModifierBits {
-    std::uint16_t command = 0; // Super
-    std::uint16_t option = 0;  // Alt
-    std::uint16_t numLock = 0;
-    std::uint16_t scrollLock = 0;
-
-    bool operator==(const ModifierBits &) const = default;
-};
-
-// The modifier keys as the keyboard has them now. Construction waits for the server; later changes
-// of the mapping are read without waiting. Main thread only.
+// The modifier keys of the keyboard in use. By the core protocol, which describes them for servers
+// with and without the keyboard extension. Construction waits for the server; later changes of the
+// keymap are read without waiting. Main thread only.
 class KeyboardModifiers {
   public:
     explicit KeyboardModifiers(Connection &connection);
@@ -38,7 +26,7 @@ class KeyboardModifiers {
     const ModifierBits &bits() const { return bits_; }
 
     // The modifier flags (modifierFlag) of a state of the keyboard.
-    std::uint32_t flagsOf(std::uint32_t state) const;
+    std::uint32_t flagsOf(std::uint32_t state) const { return modifierFlags(bits_, state); }
 
     // Calls the observer after the bits have changed.
     Handle onChange(std::function<void()> observer);
@@ -46,12 +34,12 @@ class KeyboardModifiers {
   private:
     void handle(const xcb_generic_event_t &event);
     void requestReads();
-    void apply(const xcb_get_keyboard_mapping_reply_t *keysyms);
+    void apply(const xcb_get_keyboard_mapping_reply_t *symbols);
 
     Connection &connection_;
     PendingReads reads_;
     ReplyQueue replies_;
-    std::vector<xcb_keycode_t> modifierKeys_; // those of each bit, padded with 0 to equal counts
+    Keymap keymap_;
     ModifierBits bits_;
     Signal<> changes_;
     Handle events_;
