@@ -32,12 +32,13 @@ int runDelegate(lumo::freedesktop::GlibMainLoop &loop, lumo::x11::Connection &co
         {.windowSystem = "xcb",
          .handleNativeEvent =
              [&backend](const void *event) {
-                 return backend.handleLocal(*static_cast<const xcb_generic_event_t *>(event));
+                 return backend.input().handleToolkitEvent(
+                     *static_cast<const xcb_generic_event_t *>(event));
              },
          .blendsWindows = [&backend] { return backend.isCompositing(); },
          .watchButtons =
              [&backend](auto observer) {
-                 return backend.eventMonitors().addButtonMonitor(std::move(observer));
+                 return backend.input().eventMonitors().addButtonMonitor(std::move(observer));
              },
          .appearance = &appearance});
     lumo::AppDelegate delegate(platform, userInterface);

@@ -267,6 +267,44 @@ TEST_F(LumoShell, ThePopoverActsByTheMouseAndByTheKeyboard) {
     EXPECT_TRUE(isPlain(true));
 }
 
+TEST_F(LumoShell, EmergencyKeysStopOncePerPressWhereverTheyArrive) {
+    start({{"effectMode", "dim"}});
+    // Without a notification service each stop leaves one line.
+    const auto stops = [&] {
+        const auto lines = lumo->process().outputLines();
+        return std::ranges::count_if(lines, [](const std::string &line) {
+            return line.starts_with("[Lumo] Failed to send notification: ");
+        });
+    };
+    long expected = 0;
+    const auto holdEmergencyKeys = [&](const std::string &where) {
+        SCOPED_TRACE(where);
+        const std::vector<Key> keys = {Key::control, Key::option, Key::command, Key::d};
+        std::ranges::for_each(keys, [&](Key key) { session.setKey(key, true); });
+        ++expected;
+        EXPECT_TRUE(session.eventually([&] { return stops() >= expected; }));
+        EXPECT_TRUE(session.remains([&] { return stops() == expected; }, Seconds(1.2)))
+            << stops() << " stops; repeats begin within the second";
+        std::ranges::for_each(keys, [&](Key key) { session.setKey(key, false); });
+    };
+    holdEmergencyKeys("another program");
+    ASSERT_TRUE(openPopover());
+    holdEmergencyKeys("popover");
+    session.press({Key::escape});
+    EXPECT_TRUE(popoverCloses());
+    const auto settings = openSettings();
+    ASSERT_TRUE(settings);
+    holdEmergencyKeys("settings");
+    const auto area = session.areaOf(*settings);
+    session.click({area.x + 80, area.y + 37 + 34 * 2}); // the page of the Cover App
+    session.stillPicture();
+    for (const Key key : {Key::tab, Key::tab, Key::space}) {
+        session.press({key});
+    }
+    ASSERT_TRUE(session.eventually([&] { return session.isKeyboardGrabbed(); }));
+    holdEmergencyKeys("picker");
+}
+
 TEST_F(LumoShell, ThePopoverIsWhollyOnTheScreenOfTheDotAtEveryScale) {
     const Area left{0, 0, 640, 800};
     const Area right{640, 0, 640, 800};

@@ -1,11 +1,9 @@
+#include "platform/x11/input/X11Input.h"
+
 #include "MirroredDesktop.h"
 #include "platform/HotKeyService.h"
 #include "platform/freedesktop/GlibMainLoop.h"
 #include "platform/freedesktop/KeyPositions.h"
-#include "platform/x11/input/KeyboardModifiers.h"
-#include "platform/x11/input/PointerDevices.h"
-#include "platform/x11/input/X11EventMonitors.h"
-#include "platform/x11/input/X11HotKeys.h"
 #include "platform/x11/server/X11Screens.h"
 #include "platform/x11/server/XcbXkb.h"
 #include "support/Log.h"
@@ -101,7 +99,11 @@ class InputTest : public testing::Test {
     Log log_{[this](std::string_view line) { logLines_.emplace_back(line); }};
     freedesktop::GlibMainLoop loop_;
     X11Screens screens_{connection_, loop_};
-    KeyboardModifiers modifiers_{connection_};
+    bool isActive_ = false; // a window of this program's
+    X11Input input_{connection_, *mirrored_.mirror, screens_, [this] { return isActive_; }, log_};
+    const KeyboardModifiers &modifiers_ = input_.modifiers();
+    X11EventMonitors &monitors_ = input_.eventMonitors();
+    X11HotKeys &hotKeys_ = input_.hotKeys();
 };
 
 class HotKeysTest : public InputTest {
@@ -118,7 +120,6 @@ class HotKeysTest : public InputTest {
 
     std::vector<std::string> take() { return std::exchange(events_, {}); }
 
-    X11HotKeys hotKeys_{connection_, modifiers_, log_};
     std::vector<std::string> events_;
     Handle handler_;
 };
@@ -149,18 +150,21 @@ TEST_F(HotKeysTest, FireOncePerPressWhateverTheLocksSay) {
     }
 }
 
-TEST_F(HotKeysTest, AHeldKeyRepeatsItsPressAndIsReleasedOnce) {
+TEST_F(HotKeysTest, AHeldKeyIsPressedAndReleasedOnce) {
     auto toggle = add(49, hotKeyModifier::control, 1);
     auto &session = mirrored_.session;
     session.setKey(Key::control, true);
     session.setKey(Key::space, true);
-    ASSERT_TRUE(eventually([&] { return events_.size() >= 4; })) << "the server repeats keys";
+    int repeats = 0;
+    const auto counting = connection_.onEvent([&](const xcb_generic_event_t &event) {
+        repeats += (event.response_type & 0x7fU) == XCB_KEY_PRESS ? 1 : 0;
+    });
+    ASSERT_TRUE(eventually([&] { return repeats >= 4; })) << "the server repeats keys";
     session.setKey(Key::control, false); // the modifier first
     catchUp();
     session.setKey(Key::space, false);
     catchUp();
-    EXPECT_EQ(std::ranges::count(events_, "-1"), 1);
-    EXPECT_EQ(take().back(), "-1");
+    EXPECT_THAT(take(), ElementsAre("+1", "-1"));
 
     session.setKey(Key::control, true);
     session.setKey(Key::space, true);
@@ -177,8 +181,8 @@ TEST_F(HotKeysTest, AHeldKeyRepeatsItsPressAndIsReleasedOnce) {
 
 // As when a shortcut has just been recorded and its keys are still down.
 TEST_F(HotKeysTest, AKeyThatIsDownAtRegistrationCountsFromItsNextPress) {
-    X11EventMonitors monitors(connection_, modifiers_, *mirrored_.mirror, screens_);
-    const auto keys = monitors.addGlobalMonitor(eventMask(EventType::keyDown), [](const auto &) {});
+    const auto keys =
+        monitors_.addGlobalMonitor(eventMask(EventType::keyDown), [](const auto &) {});
     auto &session = mirrored_.session;
     session.setKey(Key::control, true);
     for (const double held : {0.0, 1.2}) { // repeats begin within the second
@@ -262,7 +266,8 @@ class EventMonitorsTest : public InputTest {
     // A window of this process that was made on another connection, as the toolkit's are.
     xcb_window_t openOwnWindow() {
         const auto window = xcb_generate_id(toolkit_.get());
-        const std::array<std::uint32_t, 2> values = {1, XCB_EVENT_MASK_KEY_PRESS};
+        const std::array<std::uint32_t, 2> values = {
+            1, XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_KEY_RELEASE | XCB_EVENT_MASK_FOCUS_CHANGE};
         xcb_create_window(toolkit_.get(), XCB_COPY_FROM_PARENT, window, mirrored_.session.root(),
                           100, 100, 300, 200, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
                           XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK,
@@ -294,7 +299,6 @@ class EventMonitorsTest : public InputTest {
     };
     std::unique_ptr<xcb_connection_t, Disconnect> toolkit_{
         xcb_connect(mirrored_.desktop.displayName().c_str(), nullptr)};
-    X11EventMonitors monitors_{connection_, modifiers_, *mirrored_.mirror, screens_};
     std::vector<InputEvent> events_;
 };
 
@@ -440,40 +444,131 @@ TEST_F(EventMonitorsTest, InOwnWindowsEventsAreLocal) {
     EXPECT_THAT(take(), IsEmpty());
 }
 
-TEST_F(EventMonitorsTest, LocalOnesMaySwallowWhatTheToolkitHandsOver) {
-    std::vector<std::string> heard;
-    bool swallows = false;
-    const auto first = monitors_.addLocalMonitor(keysMask, [&](const InputEvent &event) {
-        heard.push_back("first " + std::to_string(event.keyCode) + " " +
-                        std::to_string(event.modifierFlags >> 16U));
-        return swallows;
-    });
+// What the toolkit reads from its connection is handed over, and the rest of it kept.
+class ToolkitTest : public EventMonitorsTest {
+  protected:
+    void readToolkitEvents() {
+        syncToolkit();
+        while (auto *event = xcb_poll_for_event(toolkit_.get())) {
+            const XcbPointer<xcb_generic_event_t> owner(event);
+            if (!input_.handleToolkitEvent(*event) && event->response_type == XCB_KEY_PRESS) {
+                typed_.push_back(reinterpret_cast<const xcb_key_press_event_t &>(*event).detail);
+            }
+        }
+    }
+
+    // A local monitor of keys, which swallows them or not.
+    Handle monitorLocally() {
+        return monitors_.addLocalMonitor(keysMask, [this](const InputEvent &event) {
+            local_.push_back(event);
+            return swallows_;
+        });
+    }
+
+    bool swallows_ = false;
+    std::vector<InputEvent> local_;
+    std::vector<xcb_keycode_t> typed_; // what is left to the toolkit
+};
+
+TEST_F(ToolkitTest, LocalMonitorsMaySwallowKeys) {
+    const auto first = monitorLocally();
+    int heardBySecond = 0;
     const auto second = monitors_.addLocalMonitor(keysMask, [&](const InputEvent &) {
-        heard.emplace_back("second");
+        ++heardBySecond;
         return false;
     });
-    // As the toolkit reads them from its connection.
-    const auto window = openOwnWindow();
-    setFocus(window);
+    setFocus(openOwnWindow());
     press({Key::control, Key::d});
+    readToolkitEvents();
+    ASSERT_THAT(local_, SizeIs(1)) << "a modifier key is no key of its own";
+    EXPECT_EQ(local_[0].keyCode, 2);
+    EXPECT_EQ(local_[0].modifierFlags, modifierFlag::control);
+    EXPECT_EQ(heardBySecond, 1);
+    EXPECT_THAT(typed_, SizeIs(2));
+
+    swallows_ = true;
+    typed_.clear();
+    mirrored_.session.setKey(Key::d, true);
+    const auto repeats = [&] {
+        int presses = 0;
+        syncToolkit();
+        while (auto *event = xcb_poll_for_event(toolkit_.get())) {
+            const XcbPointer<xcb_generic_event_t> owner(event);
+            presses += event->response_type == XCB_KEY_PRESS ? 1 : 0;
+            EXPECT_EQ(input_.handleToolkitEvent(*event), event->response_type == XCB_KEY_PRESS);
+        }
+        return presses;
+    };
+    int presses = 0;
+    EXPECT_TRUE(mirrored_.session.eventually([&] { return (presses += repeats()) >= 4; }));
+    mirrored_.session.setKey(Key::d, false);
+    EXPECT_THAT(local_, SizeIs(2)) << "repeats go where the press went";
+    EXPECT_EQ(heardBySecond, 1);
+    EXPECT_THAT(typed_, IsEmpty());
+}
+
+// As its popups make. The keys differ, as the same key would be the same press within a
+// millisecond.
+TEST_F(ToolkitTest, AGrabOfItsOwnMakesKeysLocal) {
+    const auto global = monitor(keysMask);
+    const auto local = monitorLocally();
+    const auto hotKey = hotKeys_.registerHotKey(49, hotKeyModifier::control, {0, 1});
+    int hotKeyPresses = 0;
+    const auto handler = hotKeys_.installEventHandler([&](const HotKeyEvent &event) {
+        hotKeyPresses += event.kind == hotKeyEventKind::pressed ? 1 : 0;
+    });
+    const auto window = openOwnWindow();
+    const auto grab = [&] {
+        const XcbPointer<xcb_grab_keyboard_reply_t> granted(
+            xcb_grab_keyboard_reply(toolkit_.get(),
+                                    xcb_grab_keyboard(toolkit_.get(), 1, window, XCB_CURRENT_TIME,
+                                                      XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
+                                    nullptr));
+        return granted != nullptr && granted->status == XCB_GRAB_STATUS_SUCCESS;
+    };
+    ASSERT_TRUE(grab());
+    press({Key::v});
+    EXPECT_THAT(take(), SizeIs(1)) << "nothing here tells of the grab yet";
+    readToolkitEvents();
+    EXPECT_THAT(local_, IsEmpty()) << "the same press a second time";
+
+    press({Key::c});
+    EXPECT_THAT(take(), IsEmpty());
+    readToolkitEvents();
+    EXPECT_THAT(std::exchange(local_, {}), SizeIs(1));
+    press({Key::control, Key::space});
+    readToolkitEvents();
+    EXPECT_EQ(hotKeyPresses, 1) << "hot keys act there too";
+
+    xcb_ungrab_keyboard(toolkit_.get(), XCB_CURRENT_TIME);
+    readToolkitEvents();
+    local_.clear();
+    press({Key::d});
+    EXPECT_THAT(take(), SizeIs(1));
+    ASSERT_TRUE(grab());
+    readToolkitEvents();
+    xcb_destroy_window(toolkit_.get(), window);
     syncToolkit();
-    std::vector<XcbPointer<xcb_generic_event_t>> presses;
-    while (auto *event = xcb_poll_for_event(toolkit_.get())) {
-        presses.emplace_back(event);
-    }
-    std::erase_if(presses, [](const auto &event) { return event->response_type != XCB_KEY_PRESS; });
-    ASSERT_THAT(presses, SizeIs(2));
-    EXPECT_FALSE(monitors_.handleLocal(*presses.back()));
-    EXPECT_THAT(heard, ElementsAre("first 2 4", "second"));
-    heard.clear();
-    swallows = true;
-    EXPECT_TRUE(monitors_.handleLocal(*presses.back()));
-    EXPECT_THAT(heard, ElementsAre("first 2 4"));
-    heard.clear();
-    xcb_generic_event_t motion{};
-    motion.response_type = XCB_MOTION_NOTIFY;
-    EXPECT_FALSE(monitors_.handleLocal(motion));
-    EXPECT_THAT(heard, IsEmpty());
+    press({Key::n});
+    EXPECT_THAT(take(), SizeIs(1)) << "a window that is gone has no grab";
+    EXPECT_THAT(local_, IsEmpty());
+}
+
+TEST_F(ToolkitTest, ItsActiveWindowSeesHotKeysFirst) {
+    isActive_ = true;
+    swallows_ = true;
+    const auto local = monitorLocally();
+    std::vector<HotKeyEvent> hotKeyEvents;
+    const auto handler = hotKeys_.installEventHandler(
+        [&](const HotKeyEvent &event) { hotKeyEvents.push_back(event); });
+    const auto hotKey = hotKeys_.registerHotKey(49, hotKeyModifier::control, {0, 1});
+    press({Key::control, Key::space});
+    EXPECT_THAT(local_, SizeIs(1)) << "as when a shortcut is recorded that is in use";
+    EXPECT_THAT(hotKeyEvents, IsEmpty());
+    swallows_ = false;
+    press({Key::control, Key::space});
+    EXPECT_THAT(local_, SizeIs(2));
+    EXPECT_THAT(hotKeyEvents, SizeIs(2));
 }
 
 TEST_F(EventMonitorsTest, CostTheServerNothingPerEventAndNothingAtAllWhenUnused) {

@@ -21,9 +21,8 @@ X11Backend::X11Backend(Connection &connection, SingleInstance &instance, MainLoo
     , accessibility_(connection, mirror_)
     , overlayWindows_(
           connection, mirror_, screens_, [this] { return screens_.pointSpace(); }, mainLoop, log)
-    , keyboardModifiers_(connection)
-    , eventMonitors_(connection, keyboardModifiers_, mirror_, screens_)
-    , hotKeys_(connection, keyboardModifiers_, log)
+    , input_(
+          connection, mirror_, screens_, [this] { return isActive(); }, log)
     , userNotifications_(mainLoop)
     , application_(instance, workspace_, std::move(terminate))
     , loginItem_(freedesktop::AutostartLoginItem::ofThisProgram())
@@ -32,21 +31,19 @@ X11Backend::X11Backend(Connection &connection, SingleInstance &instance, MainLoo
     , statusItem_(connection, overlayWindows_.formats(), sessionBus_,
                   [this] { return screens_.pointSpace(); })
     , updates_(freedesktop::makeSystemUpdates(mainLoop)) {
-    // A grabbed key never reaches this program's own windows, whose monitors come before hot keys:
-    // a shortcut can be recorded that is in use.
-    hotKeys_.takesFirst = [this](const xcb_generic_event_t &press) {
-        const auto *front = workspace_.frontmostApplication();
-        return front != nullptr &&
-               front->processIdentifier == workspace_.ownApplication().processIdentifier &&
-               eventMonitors_.handleLocal(press);
-    };
+}
+
+bool X11Backend::isActive() const {
+    const auto *front = workspace_.frontmostApplication();
+    return front != nullptr &&
+           front->processIdentifier == workspace_.ownApplication().processIdentifier;
 }
 
 Platform X11Backend::platform() {
     return {.accessibility = accessibility_,
             .application = application_,
-            .eventMonitors = eventMonitors_,
-            .hotKeyService = hotKeys_,
+            .eventMonitors = input_.eventMonitors(),
+            .hotKeyService = input_.hotKeys(),
             .log = log_,
             .loginItem = loginItem_,
             .loginItemLog = loginItemLog_,
@@ -61,7 +58,7 @@ Platform X11Backend::platform() {
             .windowServer = windowServer_,
             .workspace = workspace_,
             .capabilities = {.liveBackdrop = overlayWindows_.canDrawBackdrops(),
-                             .globalKeyMonitors = eventMonitors_.hearsKeys(),
+                             .globalKeyMonitors = input_.eventMonitors().canMonitorKeys(),
                              .updates = freedesktop::hasSystemUpdates}};
 }
 

@@ -10,9 +10,7 @@
 #include "platform/x11/X11Application.h"
 #include "platform/x11/X11OverlayWindows.h"
 #include "platform/x11/X11StatusItem.h"
-#include "platform/x11/input/KeyboardModifiers.h"
-#include "platform/x11/input/X11EventMonitors.h"
-#include "platform/x11/input/X11HotKeys.h"
+#include "platform/x11/input/X11Input.h"
 #include "platform/x11/server/X11Screens.h"
 #include "platform/x11/windows/WindowMirror.h"
 #include "platform/x11/windows/X11Accessibility.h"
@@ -39,12 +37,7 @@ class X11Backend {
     // What the program is given. Valid as long as the backend.
     Platform platform();
 
-    X11EventMonitors &eventMonitors() { return eventMonitors_; }
-
-    // For the toolkit, see X11EventMonitors::handleLocal() and X11HotKeys::handleLocal().
-    bool handleLocal(const xcb_generic_event_t &event) {
-        return eventMonitors_.handleLocal(event) || hotKeys_.handleLocal(event);
-    }
+    X11Input &input() { return input_; }
 
     // Whether a compositing manager does the blending at the moment.
     bool isCompositing() const { return overlayWindows_.isCompositing(); }
@@ -52,6 +45,8 @@ class X11Backend {
     freedesktop::SessionBus &sessionBus() { return sessionBus_; }
 
   private:
+    bool isActive() const;
+
     MainLoop &mainLoop_;
     Log &log_;
     freedesktop::PropertyListUserDefaults userDefaults_;
@@ -62,9 +57,7 @@ class X11Backend {
     X11WindowServer windowServer_;
     X11Accessibility accessibility_;
     X11OverlayWindows overlayWindows_;
-    KeyboardModifiers keyboardModifiers_;
-    X11EventMonitors eventMonitors_;
-    X11HotKeys hotKeys_;
+    X11Input input_;
     freedesktop::DesktopNotifications userNotifications_;
     X11Application application_;
     freedesktop::AutostartLoginItem loginItem_;

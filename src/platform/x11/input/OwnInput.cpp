@@ -43,11 +43,18 @@ void OwnInput::followMirror() {
         }
     }
     std::ranges::sort(own);
-    watched_ = std::move(own);
+    const auto before = std::exchange(watched_, std::move(own));
+    const auto isGone = [this](xcb_window_t window) {
+        return !std::ranges::binary_search(watched_, window);
+    };
     for (auto *target : {&keyboardWindow_, &pointerWindow_}) {
-        if (!std::ranges::binary_search(watched_, *target)) {
+        if (isGone(*target)) {
             *target = XCB_NONE;
         }
+    }
+    // One that has just grabbed the keyboard may not have been described yet.
+    if (std::ranges::binary_search(before, grabWindow_) && isGone(grabWindow_)) {
+        grabWindow_ = XCB_NONE;
     }
 }
 
@@ -98,6 +105,15 @@ void OwnInput::handle(const xcb_ge_generic_event_t &event) {
         break;
     default:
         break;
+    }
+}
+
+void OwnInput::handleToolkitFocus(const xcb_focus_in_event_t &event) {
+    const bool isIn = (event.response_type & 0x7fU) == XCB_FOCUS_IN;
+    if (isIn && event.mode == XCB_NOTIFY_MODE_GRAB) {
+        grabWindow_ = event.event;
+    } else if (!isIn && event.mode == XCB_NOTIFY_MODE_UNGRAB && event.event == grabWindow_) {
+        grabWindow_ = XCB_NONE;
     }
 }
 

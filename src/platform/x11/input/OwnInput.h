@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/x11/input/InputRouter.h"
 #include "support/Handle.h"
 #include "support/Lifetime.h"
 
@@ -14,9 +15,10 @@ class Connection;
 class WindowMirror;
 
 // Tells whether what the user types and points at goes to a window of this program's own interface.
-// Those are the windows of this process that were made on another connection: the overlays never
-// get any input. Follows the server's own account of it, in the order of the events. Main thread
-// only.
+// Those are the windows of this process that were made on another connection, the toolkit's: the
+// overlays never receive any input. Follows the focus and crossing events of the input extension,
+// and the toolkit's own grabs of the keyboard, which its popups make before their windows are
+// described. Main thread only.
 class OwnInput {
   public:
     // The server must have the input extension.
@@ -24,11 +26,16 @@ class OwnInput {
     OwnInput(const OwnInput &) = delete;
     OwnInput &operator=(const OwnInput &) = delete;
 
-    bool hasKeyboard() const { return keyboardWindow_ != XCB_NONE; }
-    bool hasPointer() const { return pointerWindow_ != XCB_NONE; }
+    InputFocus focus() const {
+        return {.hasKeyboard = keyboardWindow_ != XCB_NONE || grabWindow_ != XCB_NONE,
+                .hasPointer = pointerWindow_ != XCB_NONE};
+    }
 
     // Takes note of an event of the input extension.
     void handle(const xcb_ge_generic_event_t &event);
+
+    // Takes note of a FocusIn or FocusOut event that the toolkit read.
+    void handleToolkitFocus(const xcb_focus_in_event_t &event);
 
   private:
     void followMirror();
@@ -39,7 +46,8 @@ class OwnInput {
     std::uint64_t seenRevision_ = 0;
     std::vector<xcb_window_t> watched_;      // sorted
     xcb_window_t keyboardWindow_ = XCB_NONE; // of watched_
-    xcb_window_t pointerWindow_ = XCB_NONE;
+    xcb_window_t pointerWindow_ = XCB_NONE;  // of watched_
+    xcb_window_t grabWindow_ = XCB_NONE;     // that the toolkit grabbed the keyboard for
     Handle changes_;
     Lifetime lifetime_;
 };

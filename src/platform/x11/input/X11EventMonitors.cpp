@@ -4,9 +4,6 @@
 #include "platform/x11/input/KeyboardModifiers.h"
 #include "platform/x11/server/Connection.h"
 #include "platform/x11/server/X11Screens.h"
-#include "platform/x11/server/XcbXkb.h"
-
-#include <xcb/xinput.h>
 
 #include <memory>
 #include <utility>
@@ -33,32 +30,34 @@ bool canBeHeld(std::uint32_t button) {
            (button >= firstExtraButton && button <= lastButton);
 }
 
-// The virtual key code of a key that is not a modifier key: those only change the flags.
-std::optional<std::uint16_t> ordinaryKey(std::uint32_t keycode) {
+// Absent for a modifier key, which only changes the flags, and for a key without a virtual key
+// code.
+std::optional<InputEvent> keyDownEvent(std::uint32_t keycode, std::uint32_t modifierFlags) {
     constexpr std::uint16_t firstModifierKey = 54; // right Command
     constexpr std::uint16_t lastModifierKey = 63;  // Fn
     const auto key = freedesktop::virtualKeyOfKeycode(keycode);
-    return key && *key >= firstModifierKey && *key <= lastModifierKey ? std::nullopt : key;
+    if (!key || (*key >= firstModifierKey && *key <= lastModifierKey)) {
+        return std::nullopt;
+    }
+    return InputEvent{.type = EventType::keyDown, .modifierFlags = modifierFlags, .keyCode = *key};
 }
 
 } // namespace
 
 X11EventMonitors::X11EventMonitors(Connection &connection, const KeyboardModifiers &modifiers,
-                                   WindowMirror &mirror, const X11Screens &screens)
+                                   const X11Screens &screens)
     : connection_(connection)
     , modifiers_(modifiers)
     , screens_(screens) {
     if (connection.extensions().xinput) {
         devices_.emplace(connection);
-        ownInput_.emplace(connection, mirror);
     }
     if (connection.extensions().xkb) {
         watchKeyboardState();
     }
-    events_ = connection.onEvent([this](const auto &event) { handle(event); });
 }
 
-bool X11EventMonitors::hearsKeys() const {
+bool X11EventMonitors::canMonitorKeys() const {
     return connection_.extensions().xinput && connection_.extensions().xkb;
 }
 
@@ -163,30 +162,9 @@ void X11EventMonitors::selectEvents() {
     }
 }
 
-void X11EventMonitors::handle(const xcb_generic_event_t &event) {
-    const auto &extensions = connection_.extensions();
-    if (event.response_type == XCB_GE_GENERIC) {
-        const auto &generic = reinterpret_cast<const xcb_ge_generic_event_t &>(event);
-        if (devices_ && generic.extension == extensions.xinputOpcode) {
-            handleRaw(generic);
-        }
-    } else if (extensions.xkb && event.response_type == extensions.xkbFirstEvent) {
-        const auto &change = reinterpret_cast<const xcb_xkb_state_notify_event_t &>(event);
-        if (change.xkbType == XCB_XKB_STATE_NOTIFY) {
-            handleKeyboardState(change.mods, change.keycode);
-        }
-    }
-}
-
-void X11EventMonitors::handleRaw(const xcb_ge_generic_event_t &event) {
+void X11EventMonitors::handle(const xcb_ge_generic_event_t &event) {
     const auto &raw = reinterpret_cast<const xcb_input_raw_button_press_event_t &>(event);
     switch (event.event_type) {
-    case XCB_INPUT_RAW_MOTION:
-        handleRawMotion(raw);
-        break;
-    case XCB_INPUT_RAW_KEY_PRESS:
-        handleRawKey(raw.detail);
-        break;
     case XCB_INPUT_RAW_BUTTON_PRESS:
         buttonsDown_ |= canBeHeld(raw.detail) ? 1U << raw.detail : 0U;
         buttons_.emit(raw.detail, true);
@@ -206,30 +184,29 @@ void X11EventMonitors::handleRaw(const xcb_ge_generic_event_t &event) {
         }
         break;
     default:
-        ownInput_->handle(event);
         break;
     }
 }
 
-void X11EventMonitors::handleRawKey(std::uint32_t keycode) {
-    const auto keyCode = ordinaryKey(keycode);
-    if (keyCode && !ownInput_->hasKeyboard()) {
-        global_.emit({.type = EventType::keyDown,
-                      .modifierFlags = modifiers_.flagsOf(keyboardState_),
-                      .keyCode = *keyCode});
-    }
+std::optional<InputEvent>
+X11EventMonitors::keyDown(const xcb_input_raw_key_press_event_t &event) const {
+    return keyDownEvent(event.detail, modifiers_.flagsOf(keyboardState_));
 }
 
-void X11EventMonitors::handleRawMotion(const xcb_input_raw_motion_event_t &event) {
+std::optional<InputEvent> X11EventMonitors::keyDown(const xcb_key_press_event_t &event) const {
+    return keyDownEvent(event.detail, modifiers_.flagsOf(event.state));
+}
+
+std::optional<InputEvent> X11EventMonitors::motion(const xcb_input_raw_motion_event_t &event) {
     const auto movement = devices_->movement(event);
-    if ((movement.x == 0 && movement.y == 0) || ownInput_->hasPointer()) {
-        return;
+    if (movement.x == 0 && movement.y == 0) {
+        return std::nullopt;
     }
     const double scale = screens_.pointSpace().scale();
-    global_.emit({.type = motionType(),
-                  .modifierFlags = modifiers_.flagsOf(keyboardState_),
-                  .deltaX = movement.x / scale,
-                  .deltaY = movement.y / scale});
+    return InputEvent{.type = motionType(),
+                      .modifierFlags = modifiers_.flagsOf(keyboardState_),
+                      .deltaX = movement.x / scale,
+                      .deltaY = movement.y / scale};
 }
 
 EventType X11EventMonitors::motionType() const {
@@ -243,30 +220,21 @@ EventType X11EventMonitors::motionType() const {
                                                      : EventType::otherMouseDragged;
 }
 
-void X11EventMonitors::handleKeyboardState(std::uint8_t state, std::uint8_t keycode) {
-    const auto before = modifiers_.flagsOf(std::exchange(keyboardState_, state));
-    const auto flags = modifiers_.flagsOf(state);
-    if (flags != before && !(ownInput_ && ownInput_->hasKeyboard())) {
-        global_.emit({.type = EventType::flagsChanged,
-                      .modifierFlags = flags,
-                      .keyCode = freedesktop::virtualKeyOfKeycode(keycode).value_or(0)});
+std::optional<InputEvent>
+X11EventMonitors::modifierChange(const xcb_xkb_state_notify_event_t &event) {
+    const auto before = modifiers_.flagsOf(std::exchange(keyboardState_, event.mods));
+    const auto flags = modifiers_.flagsOf(event.mods);
+    if (flags == before) {
+        return std::nullopt;
     }
+    return InputEvent{.type = EventType::flagsChanged,
+                      .modifierFlags = flags,
+                      .keyCode = freedesktop::virtualKeyOfKeycode(event.keycode).value_or(0)};
 }
 
-bool X11EventMonitors::handleLocal(const xcb_generic_event_t &event) const {
-    if ((event.response_type & 0x7fU) != XCB_KEY_PRESS) {
-        return false;
-    }
-    const auto &press = reinterpret_cast<const xcb_key_press_event_t &>(event);
-    const auto keyCode = ordinaryKey(press.detail);
-    if (!keyCode) {
-        return false;
-    }
-    const InputEvent local{.type = EventType::keyDown,
-                           .modifierFlags = modifiers_.flagsOf(press.state),
-                           .keyCode = *keyCode};
+bool X11EventMonitors::sendToLocal(const InputEvent &event) const {
     bool isSwallowed = false;
-    local_.emit({&local, &isSwallowed});
+    local_.emit({&event, &isSwallowed});
     return isSwallowed;
 }
 

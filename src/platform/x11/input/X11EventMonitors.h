@@ -1,13 +1,13 @@
 #pragma once
 
 #include "platform/EventMonitors.h"
-#include "platform/x11/input/OwnInput.h"
 #include "platform/x11/input/PointerDevices.h"
+#include "platform/x11/server/XcbXkb.h"
 #include "support/Handle.h"
 #include "support/Lifetime.h"
 #include "support/Signal.h"
 
-#include <xcb/xcb.h>
+#include <xcb/xinput.h>
 
 #include <array>
 #include <cstdint>
@@ -18,40 +18,48 @@ namespace lumo::x11 {
 
 class Connection;
 class KeyboardModifiers;
-class WindowMirror;
 class X11Screens;
 
-// Global monitors by the raw events of the input extension, which come whoever has the focus and
-// also while another program grabs the devices; the modifier keys by the keyboard extension's
-// account of them. An event costs the same whatever goes on, allocates nothing and asks the server
-// nothing, and motion is asked for only while somebody wants it.
+// The monitors, and what the server is asked for on their behalf; X11Input hands the events over
+// and has them sent to those who are to receive them.
 //
-// Warping the pointer is no motion, and a key that repeats is one press. A server without these
-// extensions lets nothing be monitored globally.
+// Global monitors work by the raw events of the input extension, which come whichever client has
+// the focus and also while one grabs the devices; the modifier keys by the state events of the
+// keyboard extension. Translating an event allocates nothing and makes no request, and motion
+// events are selected only while they are wanted.
 //
-// Local monitors hear of key presses only, and only what the toolkit hands over, see handleLocal().
+// Warping the pointer is no motion. A server without these extensions lets nothing be monitored
+// globally. Local monitors receive key presses only.
 class X11EventMonitors final : public EventMonitors {
   public:
-    // All arguments must outlive the monitors and their handles.
+    // The arguments must outlive the monitors and their handles.
     X11EventMonitors(Connection &connection, const KeyboardModifiers &modifiers,
-                     WindowMirror &mirror, const X11Screens &screens);
+                     const X11Screens &screens);
 
-    // Whether global monitors hear of key presses, with their modifiers.
-    bool hearsKeys() const;
+    // Whether global monitors receive key presses, with their modifiers.
+    bool canMonitorKeys() const;
 
     Handle addGlobalMonitor(EventMask mask,
                             std::function<void(const InputEvent &)> handler) override;
-    // Calls the observer when a mouse button goes down or up, whoever the event is for; the wheels
-    // count. An empty handle on a server that does not tell.
+    // Calls the observer when a mouse button goes down or up, whichever client receives the event;
+    // the wheels count. An empty handle on a server that does not tell.
     Handle addButtonMonitor(std::function<void(std::uint32_t button, bool isDown)> observer);
 
     Handle addLocalMonitor(EventMask mask,
                            std::function<bool(const InputEvent &)> handler) override;
 
-    // For the toolkit that has this program's windows on a connection of its own: is to be called
-    // with each event that it reads there, before it looks at it. True when a monitor swallowed the
-    // event, which is then to be dropped.
-    bool handleLocal(const xcb_generic_event_t &event) const;
+    // What monitors receive of an event of the server; absent where that is nothing. Each event is
+    // to be translated once, also when it is sent to nobody.
+    std::optional<InputEvent> keyDown(const xcb_input_raw_key_press_event_t &event) const;
+    std::optional<InputEvent> keyDown(const xcb_key_press_event_t &event) const;
+    std::optional<InputEvent> motion(const xcb_input_raw_motion_event_t &event);
+    std::optional<InputEvent> modifierChange(const xcb_xkb_state_notify_event_t &event);
+
+    // Takes note of any other event of the input extension.
+    void handle(const xcb_ge_generic_event_t &event);
+
+    void sendToGlobal(const InputEvent &event) const { global_.emit(event); }
+    bool sendToLocal(const InputEvent &event) const; // true when a monitor swallowed the event
 
   private:
     struct LocalEvent {
@@ -61,27 +69,20 @@ class X11EventMonitors final : public EventMonitors {
 
     void selectEvents();
     void watchKeyboardState();
-    void handle(const xcb_generic_event_t &event);
-    void handleRaw(const xcb_ge_generic_event_t &event);
-    void handleRawKey(std::uint32_t keycode);
-    void handleRawMotion(const xcb_input_raw_motion_event_t &event);
-    void handleKeyboardState(std::uint8_t state, std::uint8_t keycode);
     EventType motionType() const;
 
     Connection &connection_;
     const KeyboardModifiers &modifiers_;
     const X11Screens &screens_;
-    std::optional<PointerDevices> devices_; // both absent without the input extension
-    std::optional<OwnInput> ownInput_;
-    std::uint8_t keyboardState_ = 0; // the modifiers in force
-    std::uint32_t buttonsDown_ = 0;  // bit 1 << number; of those that motion may be a drag of
-    std::uint32_t selected_ = 0;     // raw events
-    std::array<int, 32> wanted_{};   // global monitors of each type
-    int wantedButtons_ = 0;          // button monitors
+    std::optional<PointerDevices> devices_; // absent without the input extension
+    std::uint8_t keyboardState_ = 0;        // the modifiers in force
+    std::uint32_t buttonsDown_ = 0; // bit 1 << number; of those that motion may be a drag of
+    std::uint32_t selected_ = 0;    // raw events
+    std::array<int, 32> wanted_{};  // global monitors of each type
+    int wantedButtons_ = 0;         // button monitors
     Signal<InputEvent> global_;
     Signal<std::uint32_t, bool> buttons_;
     Signal<LocalEvent> local_;
-    Handle events_;
     Lifetime lifetime_;
 };
 

@@ -6,8 +6,6 @@
 #include "platform/x11/server/XcbXkb.h"
 #include "support/Log.h"
 
-#include <xcb/xinput.h>
-
 #include <algorithm>
 #include <array>
 #include <string>
@@ -29,8 +27,6 @@ X11HotKeys::X11HotKeys(Connection &connection, KeyboardModifiers &modifiers, con
     , log_(log) {
     makeAutoRepeatDetectable();
     modifierChanges_ = modifiers.onChange([this] { grabAllAnew(); });
-    connectionEvents_ =
-        connection_.onEvent([this](const xcb_generic_event_t &event) { handleEvent(event); });
 }
 
 X11HotKeys::~X11HotKeys() {
@@ -197,86 +193,31 @@ void X11HotKeys::grabAllAnew() {
     std::ranges::for_each(hotKeys_, [this](HotKey &hotKey) { grabWithoutWaiting(hotKey); });
 }
 
-void X11HotKeys::handleEvent(const xcb_generic_event_t &event) {
-    switch (event.response_type & 0x7fU) {
-    case XCB_GE_GENERIC: {
-        // Asked for by the monitor of the emergency keys.
-        const auto &raw = reinterpret_cast<const xcb_input_raw_key_press_event_t &>(event);
-        const auto &extensions = connection_.extensions();
-        if (extensions.xinput && raw.extension == extensions.xinputOpcode &&
-            raw.event_type == XCB_INPUT_RAW_KEY_PRESS) {
-            handlePhysicalPress(raw.detail, event.full_sequence);
-        }
-        break;
-    }
-    case XCB_KEY_PRESS:
-        if (!takesFirst || !takesFirst(event)) {
-            handleKeyPress(reinterpret_cast<const xcb_key_press_event_t &>(event));
-        }
-        break;
-    case XCB_KEY_RELEASE:
-        handleKeyRelease(reinterpret_cast<const xcb_key_release_event_t &>(event));
-        break;
-    default:
-        break;
-    }
+bool X11HotKeys::HotKey::isPressedBy(xcb_keycode_t key, std::uint16_t state) const {
+    const auto modifierBits = static_cast<std::uint16_t>(state & 0xffU); // without the buttons
+    return key == keycode && std::ranges::find(grabbedStates, modifierBits) != grabbedStates.end();
 }
 
-// Auto-repeat makes key presses, but no raw ones.
-void X11HotKeys::handlePhysicalPress(std::uint32_t keycode, std::uint32_t sequence) {
-    for (auto &hotKey : hotKeys_) {
-        if (hotKey.keycode == keycode && hotKey.heldAtRequest &&
-            static_cast<std::int32_t>(sequence - *hotKey.heldAtRequest) >= 0) {
-            hotKey.heldAtRequest.reset();
-        }
-    }
+bool X11HotKeys::isHotKey(xcb_keycode_t keycode, std::uint16_t state) const {
+    return std::ranges::any_of(
+        hotKeys_, [&](const HotKey &hotKey) { return hotKey.isPressedBy(keycode, state); });
 }
 
-bool X11HotKeys::handleLocal(const xcb_generic_event_t &event) {
-    const auto type = event.response_type & 0x7fU;
-    if (type != XCB_KEY_PRESS && type != XCB_KEY_RELEASE) {
-        return false;
-    }
-    const auto &key = reinterpret_cast<const xcb_key_press_event_t &>(event);
-    const std::pair keyAndTime(key.detail, key.time);
-    if (type == XCB_KEY_RELEASE) {
-        lastLocalRelease_ = keyAndTime;
-        handleKeyRelease(key);
-        return false;
-    }
-    if (pressedHotKey(key) == hotKeys_.end()) {
-        return false;
-    }
-    // There, auto-repeat also makes a release, at the same time as the press.
-    if (keyAndTime != lastLocalRelease_) {
-        handleKeyPress(key);
-    }
-    return true;
-}
-
-std::list<X11HotKeys::HotKey>::iterator
-X11HotKeys::pressedHotKey(const xcb_key_press_event_t &event) {
-    const auto state = static_cast<std::uint16_t>(event.state & 0xffU);
-    return std::ranges::find_if(hotKeys_, [&](const HotKey &hotKey) {
-        return hotKey.keycode == event.detail &&
-               std::ranges::find(hotKey.grabbedStates, state) != hotKey.grabbedStates.end();
-    });
-}
-
-void X11HotKeys::handleKeyPress(const xcb_key_press_event_t &event) {
-    const auto pressed = pressedHotKey(event);
+void X11HotKeys::press(xcb_keycode_t keycode, std::uint16_t state) {
+    const auto pressed = std::ranges::find_if(
+        hotKeys_, [&](const HotKey &hotKey) { return hotKey.isPressedBy(keycode, state); });
     if (pressed != hotKeys_.end() && !pressed->heldAtRequest) {
         pressed->isDown = true;
         events_.emit({pressed->id, hotKeyEventKind::pressed});
     }
 }
 
-void X11HotKeys::handleKeyRelease(const xcb_key_release_event_t &event) {
+void X11HotKeys::release(xcb_keycode_t keycode) {
     // While a grab is active the modifiers' own releases arrive as well, and the state may have
     // changed: the key alone counts.
     std::vector<HotKeyID> released;
     for (auto &hotKey : hotKeys_) {
-        if (hotKey.keycode != event.detail) {
+        if (hotKey.keycode != keycode) {
             continue;
         }
         hotKey.heldAtRequest.reset();
@@ -286,6 +227,15 @@ void X11HotKeys::handleKeyRelease(const xcb_key_release_event_t &event) {
     }
     for (const auto &id : released) {
         events_.emit({id, hotKeyEventKind::released});
+    }
+}
+
+void X11HotKeys::notePhysicalPress(xcb_keycode_t keycode, std::uint32_t sequence) {
+    for (auto &hotKey : hotKeys_) {
+        if (hotKey.keycode == keycode && hotKey.heldAtRequest &&
+            static_cast<std::int32_t>(sequence - *hotKey.heldAtRequest) >= 0) {
+            hotKey.heldAtRequest.reset();
+        }
     }
 }
 

@@ -10,7 +10,6 @@
 #include <functional>
 #include <list>
 #include <optional>
-#include <utility>
 #include <vector>
 
 namespace lumo {
@@ -23,9 +22,9 @@ class Connection;
 class KeyboardModifiers;
 
 // Hot keys as passive grabs of a key on the root window, one for each state of the lock keys.
-// Events arrive on the main thread; auto-repeat is reported as repeated presses without releases
-// between them. A hot key that is unregistered while it is held is reported as released; one whose
-// key is down already when it is registered waits for the next press.
+// X11Input hands the presses over, on the main thread. A hot key that is unregistered while it is
+// held is reported as released; one whose key is down already when it is registered waits for the
+// next press.
 //
 // Registering waits for the server, to learn whether another client has the key. When the keyboard
 // gets other modifiers, all hot keys are grabbed anew without waiting; one that can't be had then
@@ -39,14 +38,16 @@ class X11HotKeys final : public HotKeyService {
     HotKeyRegistration registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
                                       HotKeyID id) override;
 
-    // Sees the presses of hot keys first, as they come from the server; those that it answers with
-    // true are none of theirs.
-    std::function<bool(const xcb_generic_event_t &press)> takesFirst;
+    // Whether a press of this key, with this state of the modifiers, is that of a hot key.
+    bool isHotKey(xcb_keycode_t keycode, std::uint16_t state) const;
 
-    // For the toolkit that has this program's windows on a connection of its own: while one of them
-    // has grabbed the keyboard, hot keys arrive there. Is to be called with each event that it
-    // reads, before it looks at it. True when that was a hot key's and is to be dropped.
-    bool handleLocal(const xcb_generic_event_t &event);
+    // The press of a hot key, from whatever source; auto-repeats left out.
+    void press(xcb_keycode_t keycode, std::uint16_t state);
+
+    void release(xcb_keycode_t keycode);
+
+    // The user pressed a key, by a raw event with this sequence number, which auto-repeat has not.
+    void notePhysicalPress(xcb_keycode_t keycode, std::uint32_t sequence);
 
   private:
     struct HotKey {
@@ -59,6 +60,8 @@ class X11HotKeys final : public HotKeyService {
         bool isDown = false;
         // While its key is down since before this request, what comes is auto-repeat.
         std::optional<std::uint32_t> heldAtRequest = {};
+
+        bool isPressedBy(xcb_keycode_t key, std::uint16_t state) const;
     };
 
     void makeAutoRepeatDetectable();
@@ -73,20 +76,13 @@ class X11HotKeys final : public HotKeyService {
     void ungrab(HotKey &hotKey);
     void unregister(std::list<HotKey>::iterator hotKey);
     void grabAllAnew();
-    void handleEvent(const xcb_generic_event_t &event);
-    void handlePhysicalPress(std::uint32_t keycode, std::uint32_t sequence);
-    std::list<HotKey>::iterator pressedHotKey(const xcb_key_press_event_t &event);
-    void handleKeyPress(const xcb_key_press_event_t &event);
-    void handleKeyRelease(const xcb_key_release_event_t &event);
 
     Connection &connection_;
     const KeyboardModifiers &modifiers_;
     const Log &log_;
     std::list<HotKey> hotKeys_;
     std::uint64_t lastGrabSerial_ = 0;
-    std::pair<xcb_keycode_t, xcb_timestamp_t> lastLocalRelease_{};
     Signal<HotKeyEvent> events_;
-    Handle connectionEvents_;
     Handle modifierChanges_;
     Lifetime lifetime_;
 };
