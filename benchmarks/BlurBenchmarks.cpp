@@ -93,15 +93,15 @@ void measureFrames(x11::Connection &connection, int width, int height, double in
         });
         const auto layers = drawing::materialLayers(appearance, planes);
         const drawing::MaterialRenderer material(width, height, layers.material);
-        const auto cells = material.cellsFor({pixels.x, pixels.y, pixels.width, pixels.height});
+        const auto cells = material.cellsFor(pixels);
         const std::vector<std::uint8_t> from(4 * static_cast<std::size_t>(cells.width) *
                                                  static_cast<std::size_t>(cells.height),
                                              100);
         const auto stride = 4 * static_cast<std::size_t>(pixels.width);
         std::vector<std::uint8_t> to(stride * static_cast<std::size_t>(pixels.height));
         const auto work = timesOf([&] {
-            material.render({pixels.x, pixels.y, pixels.width, pixels.height}, from.data(),
-                            4 * static_cast<std::size_t>(cells.width), to.data(), stride);
+            material.render(pixels, from.data(), 4 * static_cast<std::size_t>(cells.width),
+                            to.data(), stride);
         });
         std::printf("  %dx%d, radius %.0f, %s changed: the pixels %s, with the server %s\n", width,
                     height, 24 + 10 * intensity, name, work.c_str(), frame.c_str());

@@ -74,9 +74,8 @@ GlFrame frameOf(const Pixmaps &pixmaps, int width, int height, double intensity)
             height,
             pixmaps.scene.id(),
             pixmaps.canvas.id(),
-            std::make_shared<const drawing::GlLayers>(
-                drawing::glLayers(appearance, width, height).value()),
-            {whole}};
+            std::make_shared<const drawing::GlLayers>(drawing::glLayers(appearance).value()),
+            whole};
 }
 
 // Arguments: width and height of the display, radius of the base blur, whether all of it is damaged
@@ -97,8 +96,8 @@ void oneFrame(benchmark::State &state) {
     state.SetLabel(reinterpret_cast<const char *>(glGetString(GL_RENDERER)));
     if (state.range(3) == 0) {
         constexpr int reach = 3 * 34;
-        frame.parts = {
-            {width / 2 - 200 - reach, height / 2 - 150 - reach, 400 + 2 * reach, 300 + 2 * reach}};
+        frame.parts = drawing::PixelRect{width / 2 - 200 - reach, height / 2 - 150 - reach,
+                                         400 + 2 * reach, 300 + 2 * reach};
     }
     GLuint query = 0;
     glGenQueries(1, &query);

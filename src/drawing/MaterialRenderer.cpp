@@ -184,7 +184,7 @@ int MaterialRenderer::reach() const {
     return static_cast<int>(std::ceil(cutOff * widest)) + cellSize();
 }
 
-MaterialRenderer::Cells MaterialRenderer::shownCells(const Part &part) const {
+MaterialRenderer::Cells MaterialRenderer::shownCells(const PixelRect &part) const {
     const int widened = cellShift_ >= widenedCell ? widenedCell : 0;
     Cells shown{cellsAround(part.x, part.width, widened),
                 cellsAround(part.y, part.height, widened)};
@@ -194,7 +194,7 @@ MaterialRenderer::Cells MaterialRenderer::shownCells(const Part &part) const {
     return shown;
 }
 
-Part MaterialRenderer::cellsFor(const Part &pixels) const {
+PixelRect MaterialRenderer::cellsFor(const PixelRect &pixels) const {
     const auto shown = shownCells(pixels);
     auto columns = shown.columns;
     auto rows = shown.rows;
@@ -207,7 +207,7 @@ Part MaterialRenderer::cellsFor(const Part &pixels) const {
     return {columns.first, rows.first, columns.count(), rows.count()};
 }
 
-PixelGrid MaterialRenderer::load(const Cells &needed, const Part &available,
+PixelGrid MaterialRenderer::load(const Cells &needed, const PixelRect &available,
                                  const std::uint8_t *cells, std::size_t cellStride) const {
     PixelGrid grid(needed.columns, needed.rows);
     for (int y = 0; y < available.height; ++y) {
@@ -299,8 +299,9 @@ PixelGrid MaterialRenderer::composed(const PixelGrid &input, const Cells &shown)
     return result;
 }
 
-void MaterialRenderer::render(const Part &part, const std::uint8_t *cells, std::size_t cellStride,
-                              std::uint8_t *pixels, std::size_t pixelStride) const {
+void MaterialRenderer::render(const PixelRect &part, const std::uint8_t *cells,
+                              std::size_t cellStride, std::uint8_t *pixels,
+                              std::size_t pixelStride) const {
     const auto shown = shownCells(part);
     Cells needed = shown;
     for (const auto &plan : plans_) {
@@ -321,8 +322,8 @@ void MaterialRenderer::render(const Part &part, const std::uint8_t *cells, std::
     spread(grid, part, pixels, pixelStride);
 }
 
-void MaterialRenderer::spread(const PixelGrid &composed, const Part &part, std::uint8_t *pixels,
-                              std::size_t pixelStride) const {
+void MaterialRenderer::spread(const PixelGrid &composed, const PixelRect &part,
+                              std::uint8_t *pixels, std::size_t pixelStride) const {
     const int shift = cellShift_ >= widenedCell ? widenedCell : 0;
     const int size = 1 << shift;
     const Range cells = cellsAround(part.x, part.width, shift);

@@ -2,6 +2,7 @@
 
 #include "drawing/PixelGrid.h"
 #include "drawing/PixelKernels.h"
+#include "drawing/PixelRect.h"
 
 #include <array>
 #include <cstddef>
@@ -44,14 +45,6 @@ struct Material {
     bool operator==(const Material &) const = default;
 };
 
-// A rectangle in pixels or cells from the view's top left, y down.
-struct Part {
-    int x = 0;
-    int y = 0;
-    int width = 0;
-    int height = 0;
-};
-
 // Draws a material from a shrunken copy of what lies behind a view: one cell for each square of
 // cellSize() by cellSize() pixels, counted from the view's top left, with the mean of its pixels.
 // Where such a square reaches beyond the view the mean counts what is outside as black.
@@ -79,11 +72,11 @@ class MaterialRenderer {
     float opacity() const { return opacity_; }
 
     // The cells from which that part of the view, which is not empty, is drawn.
-    Part cellsFor(const Part &pixels) const;
+    PixelRect cellsFor(const PixelRect &pixels) const;
 
     // Draws the part from those cells. Cells and pixels have four bytes: blue, green, red, and one
     // that has no meaning in cells and is 255 in pixels. The rows are as long as said, in bytes.
-    void render(const Part &part, const std::uint8_t *cells, std::size_t cellStride,
+    void render(const PixelRect &part, const std::uint8_t *cells, std::size_t cellStride,
                 std::uint8_t *pixels, std::size_t pixelStride) const;
 
   private:
@@ -100,13 +93,13 @@ class MaterialRenderer {
 
     static Plan planFor(double deviation, int cellShift);
     static Range inputFor(const Plan &plan, Range cells);
-    Cells shownCells(const Part &part) const;
+    Cells shownCells(const PixelRect &part) const;
     std::vector<float> normalisation(const Plan &plan, int pixels, const Range &range) const;
-    PixelGrid load(const Cells &needed, const Part &available, const std::uint8_t *cells,
+    PixelGrid load(const Cells &needed, const PixelRect &available, const std::uint8_t *cells,
                    std::size_t cellStride) const;
     PixelGrid blurred(const PixelGrid &input, const Plan &plan, const Cells &shown) const;
     PixelGrid composed(const PixelGrid &input, const Cells &shown) const;
-    void spread(const PixelGrid &composed, const Part &part, std::uint8_t *pixels,
+    void spread(const PixelGrid &composed, const PixelRect &part, std::uint8_t *pixels,
                 std::size_t pixelStride) const;
 
     int width_;

@@ -4,7 +4,8 @@
 
 namespace lumo::drawing {
 
-// A rectangle in pixels, origin at the top left of the root window, y pointing down.
+// A rectangle in pixels, y pointing down. Its origin is the root window's top left where nothing
+// else is said.
 struct PixelRect {
     int x = 0;
     int y = 0;

@@ -2,6 +2,7 @@
 
 #include "drawing/PixelRect.h"
 #include "drawing/PointSpace.h"
+#include "drawing/Region.h"
 #include "platform/LayerTree.h"
 
 namespace lumo::drawing {
@@ -22,6 +23,9 @@ struct PlacedLayers {
             inView.translated(frame.x - tree.bounds.x, frame.y - tree.bounds.y));
         return {onRoot.x - area.x, onRoot.y - area.y, onRoot.width, onRoot.height};
     }
+
+    // The pixels of the window in which the mask shows no layer, origin at its top left.
+    Region maskedOut() const;
 
     bool operator==(const PlacedLayers &) const = default;
 };

@@ -1,7 +1,5 @@
 #include "drawing/gl/GlLayers.h"
 
-#include "drawing/EvenOddParts.h"
-
 #include <utility>
 
 namespace lumo::drawing {
@@ -44,23 +42,9 @@ GlLayer glLayer(const Layer &layer, const PlacedLayers &appearance) {
     return result;
 }
 
-// Where an odd number of the mask's rectangles is, and the rest.
-void split(const PlacedLayers &appearance, const PixelRect &whole, GlLayers &layers) {
-    if (!appearance.tree.mask) {
-        layers.visible = {whole};
-        return;
-    }
-    std::vector<PixelRect> rectangles;
-    for (const auto &rectangle : appearance.tree.mask->rectangles) {
-        rectangles.push_back(appearance.toWindow(rectangle));
-    }
-    layers.hidden = evenParts(whole.width, whole.height, rectangles);
-    layers.visible = evenParts(whole.width, whole.height, layers.hidden);
-}
-
 } // namespace
 
-std::optional<GlLayers> glLayers(const PlacedLayers &appearance, int width, int height) {
+std::optional<GlLayers> glLayers(const PlacedLayers &appearance) {
     GlLayers result;
     result.alpha = appearance.alpha;
     for (const auto &layer : appearance.tree.layers) {
@@ -73,7 +57,7 @@ std::optional<GlLayers> glLayers(const PlacedLayers &appearance, int width, int 
     if (result.layers.size() > mostGlLayers) {
         return std::nullopt;
     }
-    split(appearance, {0, 0, width, height}, result);
+    result.maskedOut = appearance.maskedOut();
     return result;
 }
 

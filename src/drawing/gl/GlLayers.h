@@ -1,16 +1,13 @@
 #pragma once
 
 #include "drawing/BackdropFilters.h"
-#include "drawing/PixelRect.h"
-#include "platform/LayerTree.h"
+#include "drawing/PlacedLayers.h"
 
 #include <memory>
 #include <optional>
 #include <vector>
 
 namespace lumo::drawing {
-
-struct PlacedLayers;
 
 // One layer that contributes to the picture.
 struct GlLayer {
@@ -29,15 +26,14 @@ struct GlLayer {
 // What is to be drawn over the scene beneath an overlay: a value that threads may hand each other.
 struct GlLayers {
     std::vector<GlLayer> layers;
-    std::vector<PixelRect> visible; // where they are, as disjoint rectangles
-    std::vector<PixelRect> hidden;  // where the scene is as it was, likewise
+    Region maskedOut; // where the scene is as it was, from the overlay's top left
     double alpha = 1;
 };
 
 // The most layers that can be drawn at once.
 inline constexpr std::size_t mostGlLayers = 8;
 
-// The layers of an overlay of that size in pixels; absent when there are too many.
-std::optional<GlLayers> glLayers(const PlacedLayers &appearance, int width, int height);
+// The layers of an overlay; absent when there are too many.
+std::optional<GlLayers> glLayers(const PlacedLayers &appearance);
 
 } // namespace lumo::drawing

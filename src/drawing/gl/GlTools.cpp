@@ -107,9 +107,9 @@ void GlTools::drawIntoTarget(int width, int height) {
     toClip_ = {2 / static_cast<float>(width), -2 / static_cast<float>(height), -1, 1};
 }
 
-void GlTools::draw(GlProgram &program, const std::vector<PixelRect> &rectangles) {
+void GlTools::draw(GlProgram &program, const Region &region) {
     std::vector<float> corners;
-    for (const auto &rectangle : rectangles) {
+    for (const auto &rectangle : region.rectangles()) {
         const auto left = static_cast<float>(rectangle.x);
         const auto top = static_cast<float>(rectangle.y);
         const auto right = static_cast<float>(rectangle.maxX());

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "drawing/PixelRect.h"
+#include "drawing/Region.h"
 #include "drawing/gl/GlProgram.h"
 #include "drawing/gl/GlTexture.h"
 #include "platform/LayerTree.h"
@@ -38,8 +38,8 @@ class GlTools {
     void drawInto(const GlTexture &texture, int width, int height);
     void drawIntoTarget(int width, int height);
 
-    // Draws rectangles with the program in use.
-    void draw(GlProgram &program, const std::vector<PixelRect> &rectangles);
+    // Draws a region with the program in use.
+    void draw(GlProgram &program, const Region &region);
 
   private:
     struct ImageTexture {

@@ -1,6 +1,5 @@
 #include "platform/x11/painting/CpuBlurRenderer.h"
 
-#include "drawing/EvenOddParts.h"
 #include "platform/x11/server/Connection.h"
 #include "platform/x11/server/RenderFormats.h"
 
@@ -79,7 +78,7 @@ void CpuBlurRenderer::prepare(const drawing::PlacedLayers &appearance, const Ren
     appearance_ = appearance;
     target_ = target;
     others_ = std::move(layers.others);
-    holes_ = drawing::hiddenParts(appearance);
+    maskedOut_ = appearance.maskedOut();
     if (layers.material.backdrops.empty()) {
         material_.reset();
         return;
@@ -175,7 +174,7 @@ void CpuBlurRenderer::render(const std::vector<drawing::PixelRect> &parts,
     shrink(parts);
     std::size_t size = 0;
     for (const auto &part : parts) {
-        const auto cells = material_->cellsFor({part.x, part.y, part.width, part.height});
+        const auto cells = material_->cellsFor(part);
         pieces_.push_back({part, cells, size});
         size += bytesOf(cells.width, cells.height);
     }
@@ -277,8 +276,7 @@ void CpuBlurRenderer::draw(const Piece &piece, const std::uint8_t *cells, std::s
         plainPixels_.resize(size);
     }
     auto *pixels = pixels_ ? pixels_.bytes() + offset : plainPixels_.data();
-    material_->render({part.x, part.y, part.width, part.height}, cells,
-                      bytesOf(piece.cells.width, 1), pixels, bytesOf(part.width, 1));
+    material_->render(part, cells, bytesOf(piece.cells.width, 1), pixels, bytesOf(part.width, 1));
     const auto to = staging_ ? staging_.id() : target_.canvasPixmap;
     const auto depth = staging_ ? cellDepth : target_.depth;
     if (pixels_) {
@@ -315,7 +313,7 @@ void CpuBlurRenderer::putPlainly(const drawing::PixelRect &part, xcb_pixmap_t to
 void CpuBlurRenderer::finish() {
     images_ = drawLayersOnto(target_.canvas, tools_, *appearance_, others_);
     layOver();
-    for (const auto &hole : holes_) {
+    for (const auto &hole : maskedOut_.rectangles()) {
         xcb_render_composite(connection_, XCB_RENDER_PICT_OP_SRC, target_.scene, XCB_NONE,
                              target_.canvas, coordinate(hole.x), coordinate(hole.y), 0, 0,
                              coordinate(hole.x), coordinate(hole.y), extent(hole.width),

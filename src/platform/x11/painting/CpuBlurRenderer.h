@@ -47,7 +47,7 @@ class CpuBlurRenderer final : public BackdropRenderer {
     // A part of the canvas on its way.
     struct Piece {
         drawing::PixelRect pixels;
-        drawing::Part cells;
+        drawing::PixelRect cells;
         std::size_t offset = 0; // of the cells in the memory that receives them
     };
 
@@ -72,7 +72,7 @@ class CpuBlurRenderer final : public BackdropRenderer {
     std::optional<drawing::PlacedLayers> appearance_;
     std::optional<drawing::MaterialRenderer> material_;
     std::vector<Layer> others_;
-    std::vector<drawing::PixelRect> holes_;
+    drawing::Region maskedOut_;
     std::vector<Step> steps_; // the last one holds the cells
     int stepsFor_ = 0;        // the cell size that they are for
 

@@ -29,7 +29,7 @@ void GlBackdropRenderer::prepare(const drawing::PlacedLayers &appearance,
     cancel();
     prepared_ = {target.width, target.height, target.scenePixmap, target.canvasPixmap, nullptr, {}};
     reach_ = 0;
-    if (auto layers = drawing::glLayers(appearance, target.width, target.height)) {
+    if (auto layers = drawing::glLayers(appearance)) {
         for (const auto &layer : layers->layers) {
             if (layer.backdrop && layer.backdrop->deviation > 0) {
                 reach_ = std::max(reach_, drawing::blurGrid(layer.backdrop->deviation).reach());
@@ -48,7 +48,7 @@ void GlBackdropRenderer::render(const std::vector<drawing::PixelRect> &parts,
     }
     job_ = std::make_shared<Job>();
     job_->frame = prepared_;
-    job_->frame.parts = parts;
+    job_->frame.parts = drawing::Region(parts);
     job_->done = std::move(done);
     connection_.whenReplied<xcb_get_input_focus_reply_t>(
         xcb_get_input_focus(connection_), [this, job = job_](const auto * /*reply*/) {

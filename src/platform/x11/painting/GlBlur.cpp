@@ -24,31 +24,15 @@ int dividedUp(int value, int divisor) {
 
 // The texels of a grid that the pixels of the parts are drawn from: with one more to each side for
 // linear interpolation. There is a margin of one texel around the grid.
-std::vector<drawing::PixelRect> texels(const std::vector<drawing::PixelRect> &parts, int factor,
-                                       int width, int height) {
+drawing::Region texels(const drawing::Region &parts, int factor, int width, int height) {
     std::vector<drawing::PixelRect> result;
-    for (const auto &part : parts) {
+    for (const auto &part : parts.rectangles()) {
         const int left = part.x / factor;
         const int top = part.y / factor;
-        const drawing::PixelRect inGrid{left, top, dividedUp(part.maxX(), factor) + 2 - left,
-                                        dividedUp(part.maxY(), factor) + 2 - top};
-        result.push_back(inGrid.intersection({0, 0, width, height}));
+        result.push_back({left, top, dividedUp(part.maxX(), factor) + 2 - left,
+                          dividedUp(part.maxY(), factor) + 2 - top});
     }
-    return result;
-}
-
-std::vector<drawing::PixelRect> common(const std::vector<drawing::PixelRect> &some,
-                                       const std::vector<drawing::PixelRect> &others) {
-    std::vector<drawing::PixelRect> result;
-    for (const auto &one : some) {
-        for (const auto &other : others) {
-            const auto both = one.intersection(other);
-            if (!both.isEmpty()) {
-                result.push_back(both);
-            }
-        }
-    }
-    return result;
+    return drawing::Region(result) & drawing::PixelRect{0, 0, width, height};
 }
 
 // Two neighbours are looked at by one look between them.
@@ -127,7 +111,7 @@ bool GlBlur::adopt(const GlFrame &frame) {
     }
     const bool isSamePlan = isSameSize && frame.layers == adopted_.layers;
     adopted_ = frame;
-    adopted_.parts.clear();
+    adopted_.parts = {};
     if (!isSameSize) {
         reduced_.clear();
         blurred_.clear();
@@ -189,7 +173,7 @@ void GlBlur::drawScene(const GlFrame &frame) {
     device_.unbind(source_);
 }
 
-void GlBlur::reduce(const std::vector<drawing::PixelRect> &parts) {
+void GlBlur::reduce(const drawing::Region &parts) {
     auto &program = tools_.reduce;
     program.use();
     glUniform1i(program["source"], sceneUnit);
@@ -213,7 +197,7 @@ void GlBlur::reduce(const std::vector<drawing::PixelRect> &parts) {
     }
 }
 
-void GlBlur::blurAll(const std::vector<drawing::PixelRect> &parts) {
+void GlBlur::blurAll(const drawing::Region &parts) {
     tools_.blur.use();
     glUniform1i(tools_.blur["source"], firstLayerUnit);
     for (const auto &[blur, across, whole] : blurred_) {
@@ -223,7 +207,7 @@ void GlBlur::blurAll(const std::vector<drawing::PixelRect> &parts) {
 }
 
 void GlBlur::blurPass(const drawing::BlurGrid &blur, const Grid &from, const Grid &to, float dx,
-                      float dy, const std::vector<drawing::PixelRect> &parts) {
+                      float dy, const drawing::Region &parts) {
     auto &program = tools_.blur;
     from.texture.bindTo(firstLayerUnit);
     setSize(program["sourceSize"], from.width, from.height);
@@ -233,7 +217,7 @@ void GlBlur::blurPass(const drawing::BlurGrid &blur, const Grid &from, const Gri
     tools_.draw(program, texels(parts, to.factor, to.width, to.height));
 }
 
-void GlBlur::compose(const std::vector<drawing::PixelRect> &parts) {
+void GlBlur::compose(const drawing::Region &parts) {
     auto &program = tools_.compose;
     program.use();
     glUniform1i(program["scene"], sceneUnit);
@@ -241,9 +225,9 @@ void GlBlur::compose(const std::vector<drawing::PixelRect> &parts) {
     glUniform1i(program["isUpsideDown"], device_.isSourceUpsideDown() ? 1 : 0);
     setLayers();
     tools_.drawIntoTarget(adopted_.width, adopted_.height);
-    tools_.draw(program, common(parts, adopted_.layers->visible));
+    tools_.draw(program, parts - adopted_.layers->maskedOut);
     glUniform1i(program["layerCount"], 0);
-    tools_.draw(program, common(parts, adopted_.layers->hidden));
+    tools_.draw(program, parts & adopted_.layers->maskedOut);
 }
 
 void GlBlur::setLayers() {

@@ -20,7 +20,7 @@ struct GlFrame {
     xcb_pixmap_t scene = XCB_NONE;
     xcb_pixmap_t canvas = XCB_NONE;
     std::shared_ptr<const drawing::GlLayers> layers;
-    std::vector<drawing::PixelRect> parts;
+    drawing::Region parts;
 };
 
 // The state in the graphics hardware of one display, and its drawing. Lives on the device's thread.
@@ -54,11 +54,11 @@ class GlBlur {
     void planBlurs();
     Grid makeGrid(int factor) const;
     void drawScene(const GlFrame &frame);
-    void reduce(const std::vector<drawing::PixelRect> &parts);
-    void blurAll(const std::vector<drawing::PixelRect> &parts);
+    void reduce(const drawing::Region &parts);
+    void blurAll(const drawing::Region &parts);
     void blurPass(const drawing::BlurGrid &blur, const Grid &from, const Grid &to, float dx,
-                  float dy, const std::vector<drawing::PixelRect> &parts);
-    void compose(const std::vector<drawing::PixelRect> &parts);
+                  float dy, const drawing::Region &parts);
+    void compose(const drawing::Region &parts);
     void setLayers();
 
     GlxDevice &device_;

@@ -1,6 +1,5 @@
 #include "platform/x11/painting/LayerGroup.h"
 
-#include "drawing/EvenOddParts.h"
 #include "platform/x11/server/ProtocolRectangle.h"
 #include "platform/x11/server/RenderFormats.h"
 
@@ -177,13 +176,11 @@ class GroupDrawing {
     }
 
     void applyMask() {
-        std::vector<xcb_rectangle_t> hidden;
-        for (const auto &part : drawing::hiddenParts(appearance_)) {
-            hidden.push_back(toProtocol(part));
-        }
-        if (!hidden.empty()) {
+        const auto maskedOut = toProtocol(appearance_.maskedOut());
+        if (!maskedOut.empty()) {
             xcb_render_fill_rectangles(connection_, XCB_RENDER_PICT_OP_CLEAR, canvas_, {},
-                                       static_cast<std::uint32_t>(hidden.size()), hidden.data());
+                                       static_cast<std::uint32_t>(maskedOut.size()),
+                                       maskedOut.data());
         }
     }
 

@@ -1,6 +1,5 @@
 #include "platform/x11/painting/LinesPainter.h"
 
-#include "drawing/EvenOddParts.h"
 #include "platform/x11/painting/LayerGroup.h"
 #include "platform/x11/server/OverlaySurface.h"
 #include "platform/x11/server/ProtocolRectangle.h"
@@ -60,13 +59,6 @@ Color meanOf(const LayerTree &tree) {
     return mean;
 }
 
-OwnedRegion makeRegion(Connection &connection, const std::vector<xcb_rectangle_t> &rectangles) {
-    OwnedRegion region(connection);
-    xcb_xfixes_create_region(connection, region.id(), static_cast<std::uint32_t>(rectangles.size()),
-                             rectangles.data());
-    return region;
-}
-
 } // namespace
 
 LinesPainter::LinesPainter(Connection &connection, OverlaySurface &window)
@@ -100,20 +92,16 @@ void LinesPainter::present() {
 
 OwnedRegion LinesPainter::linesOf(const drawing::PlacedLayers &appearance, double opacity) const {
     const auto &area = appearance.area;
-    std::vector<xcb_rectangle_t> lines;
+    std::vector<drawing::PixelRect> lines;
     for (int row = 0; row < area.height; ++row) {
         if (std::floor((row + 1) * opacity) > std::floor(row * opacity)) {
-            lines.push_back(toProtocol({0, row, area.width, 1}));
+            lines.push_back({0, row, area.width, 1});
         }
     }
-    auto region = makeRegion(connection_, lines);
-    std::vector<xcb_rectangle_t> hidden;
-    std::ranges::transform(drawing::hiddenParts(appearance), std::back_inserter(hidden),
-                           toProtocol);
-    if (!hidden.empty()) {
-        const auto taken = makeRegion(connection_, hidden);
-        xcb_xfixes_subtract_region(connection_, region.id(), taken.id(), region.id());
-    }
+    const auto rectangles = toProtocol(drawing::Region(lines) - appearance.maskedOut());
+    OwnedRegion region(connection_);
+    xcb_xfixes_create_region(connection_, region.id(),
+                             static_cast<std::uint32_t>(rectangles.size()), rectangles.data());
     return region;
 }
 

@@ -41,7 +41,7 @@ void SceneBelow::setArea(const drawing::PixelRect &area) {
 }
 
 void SceneBelow::invalidate() {
-    add({area_});
+    add(area_);
 }
 
 bool SceneBelow::contains(xcb_window_t window) const {
@@ -51,22 +51,17 @@ bool SceneBelow::contains(xcb_window_t window) const {
 void SceneBelow::addDamage(const SurfaceDamage &damage) {
     if (contains(damage.window)) {
         xcb_xfixes_union_region(connection_, changes_.id(), damage.region, changes_.id());
-        changedParts_.add(damage.bounds.intersection(area_));
+        knownChanges_ |= damage.bounds.intersection(area_);
     }
 }
 
-void SceneBelow::add(const std::vector<drawing::PixelRect> &rectangles) {
-    std::vector<xcb_rectangle_t> visible;
-    for (const auto &rectangle : rectangles) {
-        const auto part = rectangle.intersection(area_);
-        if (!part.isEmpty()) {
-            visible.push_back(toProtocol(part));
-            changedParts_.add(part);
-        }
-    }
-    if (!visible.empty()) {
+void SceneBelow::add(const drawing::Region &changed) {
+    const auto visible = changed & area_;
+    if (!visible.isEmpty()) {
+        knownChanges_ |= visible;
+        const auto rectangles = toProtocol(visible);
         xcb_xfixes_set_region(connection_, scratch_.id(),
-                              static_cast<std::uint32_t>(visible.size()), visible.data());
+                              static_cast<std::uint32_t>(rectangles.size()), rectangles.data());
         xcb_xfixes_union_region(connection_, changes_.id(), scratch_.id(), changes_.id());
     }
 }
@@ -102,9 +97,9 @@ bool SceneBelow::update() {
                    [](const Entry &entry) { return entry.geometry; });
     std::transform(newFirst, newLast, std::back_inserter(changed),
                    [](const Entry &entry) { return entry.geometry; });
-    add(changed);
+    add(drawing::Region(changed));
     entries_ = std::move(entries);
-    return !changedParts_.isEmpty();
+    return !knownChanges_.isEmpty();
 }
 
 void SceneBelow::clip(xcb_render_picture_t picture, xcb_xfixes_region_t region) {
@@ -118,7 +113,7 @@ void SceneBelow::draw(xcb_render_picture_t onto) {
     wallpaper_.drawOnto(onto, area_);
     for (const auto &entry : entries_) {
         const auto *surface =
-            changedParts_.meets(entry.geometry) ? surfaces_.find(entry.window) : nullptr;
+            knownChanges_.overlaps(entry.geometry) ? surfaces_.find(entry.window) : nullptr;
         if (surface == nullptr) {
             continue;
         }
@@ -153,7 +148,7 @@ void SceneBelow::drawWindow(const WindowSurface &surface, xcb_render_picture_t o
 
 void SceneBelow::settle() {
     xcb_xfixes_set_region(connection_, changes_.id(), 0, nullptr);
-    changedParts_.clear();
+    knownChanges_ = {};
 }
 
 Handle SceneBelow::onStale(std::function<void()> observer) {

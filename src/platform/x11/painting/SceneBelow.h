@@ -1,7 +1,6 @@
 #pragma once
 
-#include "drawing/PixelParts.h"
-#include "drawing/PixelRect.h"
+#include "drawing/Region.h"
 #include "platform/x11/server/ServerResource.h"
 #include "support/Handle.h"
 #include "support/Signal.h"
@@ -49,9 +48,9 @@ class SceneBelow {
     // What is to be drawn, on the root window.
     xcb_xfixes_region_t changes() const { return changes_.id(); }
 
-    // The same as a few rectangles that cover it, known without asking the server. What has been
-    // damaged since the last event is in the region only; it comes here with its event, later.
-    const drawing::PixelParts &changedParts() const { return changedParts_; }
+    // A region around it that is known without asking the server. What has been damaged since the
+    // last event is in changes() only; it comes here with its event, later.
+    const drawing::Region &knownChanges() const { return knownChanges_; }
 
     // Draws what has changed, opaque. The picture's origin is the area's top left. Leaves the
     // picture clipped to what has changed.
@@ -76,7 +75,7 @@ class SceneBelow {
 
     bool contains(xcb_window_t window) const;
     void addDamage(const SurfaceDamage &damage);
-    void add(const std::vector<drawing::PixelRect> &rectangles);
+    void add(const drawing::Region &changed);
     std::vector<Entry> currentEntries();
     void drawWindow(const WindowSurface &surface, xcb_render_picture_t onto);
     void clip(xcb_render_picture_t picture, xcb_xfixes_region_t region);
@@ -89,7 +88,7 @@ class SceneBelow {
     drawing::PixelRect area_;
     std::vector<Entry> entries_; // as they were at the last update
     OwnedRegion changes_;
-    drawing::PixelParts changedParts_;
+    drawing::Region knownChanges_;
     OwnedRegion scratch_;
     Signal<> stale_;
     Handle surfacesInUse_;

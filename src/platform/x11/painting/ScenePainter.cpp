@@ -70,8 +70,7 @@ void ScenePainter::adopt(const drawing::PlacedLayers &appearance) {
     adopted_ = appearance;
     isDrawing_ = false;
     renderer_->prepare(appearance, target_);
-    parts_.clear();
-    parts_.add(wholeOf(target_));
+    parts_ = wholeOf(target_);
 }
 
 void ScenePainter::paint(const drawing::PlacedLayers &appearance, std::function<void()> painted) {
@@ -94,24 +93,18 @@ void ScenePainter::drawScene() {
     if (!renderer_->needsSceneApart()) {
         xcb_xfixes_union_region(connection_, fresh_.id(), scene_->changes(), fresh_.id());
     }
-    drawing::PixelParts changed;
-    for (auto part : scene_->changedParts().rectangles()) {
-        part.x -= adopted_->area.x;
-        part.y -= adopted_->area.y;
-        changed.add(part);
-    }
-    parts_.add(changed.grown(renderer_->reach(), wholeOf(target_)));
+    const auto &area = adopted_->area;
+    const auto changed = scene_->knownChanges().translated(-area.x, -area.y);
+    parts_ |= changed.grown(renderer_->reach()) & wholeOf(target_);
+    // A renderer has some work with each rectangle.
+    parts_ = drawing::Region(parts_.boxes());
     scene_->settle();
 }
 
 // What a renderer that needs the scene apart is to draw; any other has it from the scene.
 void ScenePainter::clipToParts() {
     const auto &area = adopted_->area;
-    std::vector<xcb_rectangle_t> rectangles;
-    for (const auto &part : parts_.rectangles()) {
-        rectangles.push_back(
-            toProtocol({area.x + part.x, area.y + part.y, part.width, part.height}));
-    }
+    const auto rectangles = toProtocol(parts_.translated(area.x, area.y));
     xcb_xfixes_set_region(connection_, scratch_.id(), static_cast<std::uint32_t>(rectangles.size()),
                           rectangles.data());
     xcb_xfixes_union_region(connection_, fresh_.id(), scratch_.id(), fresh_.id());
@@ -134,7 +127,7 @@ void ScenePainter::draw() {
     isDrawing_ = true;
     isStaleMeanwhile_ = false;
     hasFresh_ = true;
-    renderer_->render(parts_.rectangles(), [this](bool succeeded) { drawn(succeeded); });
+    renderer_->render(parts_.boxes(), [this](bool succeeded) { drawn(succeeded); });
 }
 
 void ScenePainter::drawn(bool succeeded) {
@@ -144,7 +137,7 @@ void ScenePainter::drawn(bool succeeded) {
         failed_();
         return;
     }
-    parts_.clear();
+    parts_ = {};
     if (!std::exchange(isBackground_, true)) {
         // Servers show later drawing into it as well, since they keep the pixmap and not a copy.
         const std::uint32_t background = canvas_.pixmap.id();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "drawing/PixelParts.h"
+#include "drawing/Region.h"
 #include "platform/MainLoop.h"
 #include "platform/x11/painting/BackdropRenderer.h"
 #include "platform/x11/painting/LayerGroup.h"
@@ -65,8 +65,8 @@ class ScenePainter final : public Painter {
     bool isBackground_ = false; // the canvas is the window's background
     OwnedGraphicsContext context_;
 
-    drawing::PixelParts parts_; // to be rendered, or being rendered; from the window's top left
-    OwnedRegion fresh_;         // rendered, or about to be, but not presented; on the root window
+    drawing::Region parts_; // to be rendered, or being rendered; from the window's top left
+    OwnedRegion fresh_;     // rendered, or about to be, but not presented; on the root window
     OwnedRegion scratch_;
     bool isDrawing_ = false;
     bool isStaleMeanwhile_ = false; // since that drawing began
