@@ -62,7 +62,7 @@ class Pixmaps {
     OwnedPixmap canvas;
 };
 
-GlFrame frameOf(const Pixmaps &pixmaps, int width, int height, double intensity) {
+GlxFrame frameOf(const Pixmaps &pixmaps, int width, int height, double intensity) {
     const drawing::PixelRect whole{0, 0, width, height};
     const drawing::PointSpace space({whole}, 1);
     const auto tree = reference::EffectLook{.effectMode = "softBlur",
@@ -70,12 +70,11 @@ GlFrame frameOf(const Pixmaps &pixmaps, int width, int height, double intensity)
                                             .liveBackdrop = true}
                           .tree(width, height);
     const drawing::PlacedLayers appearance{whole, space.screenFrame(whole), space, tree, 1};
-    return {width,
-            height,
-            pixmaps.scene.id(),
+    return {pixmaps.scene.id(),
             pixmaps.canvas.id(),
-            std::make_shared<const drawing::GlLayers>(drawing::glLayers(appearance).value()),
-            whole};
+            {width, height,
+             std::make_shared<const drawing::GlLayers>(drawing::glLayers(appearance).value()),
+             whole}};
 }
 
 // Arguments: width and height of the display, radius of the base blur, whether all of it is damaged
@@ -96,8 +95,8 @@ void oneFrame(benchmark::State &state) {
     state.SetLabel(reinterpret_cast<const char *>(glGetString(GL_RENDERER)));
     if (state.range(3) == 0) {
         constexpr int reach = 3 * 34;
-        frame.parts = drawing::PixelRect{width / 2 - 200 - reach, height / 2 - 150 - reach,
-                                         400 + 2 * reach, 300 + 2 * reach};
+        frame.frame.damage = drawing::PixelRect{width / 2 - 200 - reach, height / 2 - 150 - reach,
+                                                400 + 2 * reach, 300 + 2 * reach};
     }
     GLuint query = 0;
     glGenQueries(1, &query);

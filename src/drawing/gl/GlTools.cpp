@@ -42,7 +42,7 @@ void sampleBetween(GLint wrap) {
 } // namespace
 
 GlTools::GlTools()
-    : reduce(shaders::rectangles, shaders::reduce)
+    : downsample(shaders::rectangles, shaders::downsample)
     , blur(shaders::rectangles, shaders::blur)
     , compose(shaders::rectangles, shaders::compose) {
     glGenFramebuffers(1, &framebuffer_);
@@ -62,7 +62,7 @@ GlTools::~GlTools() {
 }
 
 bool GlTools::areUsable() const {
-    return reduce.isUsable() && blur.isUsable() && compose.isUsable();
+    return downsample.isUsable() && blur.isUsable() && compose.isUsable();
 }
 
 GlTexture GlTools::makeTexture(int width, int height) {

@@ -22,7 +22,7 @@ class GlTools {
 
     bool areUsable() const;
 
-    GlProgram reduce;
+    GlProgram downsample;
     GlProgram blur;
     GlProgram compose;
 

@@ -4,7 +4,7 @@
 namespace lumo::drawing::shaders {
 
 extern const char *const rectangles;
-extern const char *const reduce;
+extern const char *const downsample;
 extern const char *const blur;
 extern const char *const compose;
 

@@ -1,7 +1,6 @@
 #include "platform/x11/painting/GlBackdropRenderer.h"
 
 #include "platform/MainLoop.h"
-#include "platform/x11/painting/GlDisplays.h"
 #include "platform/x11/server/Connection.h"
 #include "support/WorkerThreads.h"
 
@@ -27,7 +26,8 @@ GlBackdropRenderer::~GlBackdropRenderer() {
 void GlBackdropRenderer::prepare(const drawing::PlacedLayers &appearance,
                                  const RenderTarget &target) {
     cancel();
-    prepared_ = {target.width, target.height, target.scenePixmap, target.canvasPixmap, nullptr, {}};
+    prepared_ = {
+        target.scenePixmap, target.canvasPixmap, {target.width, target.height, nullptr, {}}};
     reach_ = 0;
     if (auto layers = drawing::glLayers(appearance)) {
         for (const auto &layer : layers->layers) {
@@ -35,20 +35,20 @@ void GlBackdropRenderer::prepare(const drawing::PlacedLayers &appearance,
                 reach_ = std::max(reach_, drawing::blurGrid(layer.backdrop->deviation).reach());
             }
         }
-        prepared_.layers = std::make_shared<const drawing::GlLayers>(std::move(*layers));
+        prepared_.frame.layers = std::make_shared<const drawing::GlLayers>(std::move(*layers));
     }
 }
 
-void GlBackdropRenderer::render(const std::vector<drawing::PixelRect> &parts,
+void GlBackdropRenderer::render(const std::vector<drawing::PixelRect> &damage,
                                 std::function<void(bool succeeded)> done) {
     cancel();
-    if (!prepared_.layers) {
+    if (!prepared_.frame.layers) {
         done(false);
         return;
     }
     job_ = std::make_shared<Job>();
     job_->frame = prepared_;
-    job_->frame.parts = drawing::Region(parts);
+    job_->frame.frame.damage = drawing::Region(damage);
     job_->done = std::move(done);
     connection_.whenReplied<xcb_get_input_focus_reply_t>(
         xcb_get_input_focus(connection_), [this, job = job_](const auto * /*reply*/) {

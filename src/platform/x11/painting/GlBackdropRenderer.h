@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/x11/painting/BackdropRenderer.h"
-#include "platform/x11/painting/GlBlur.h"
+#include "platform/x11/painting/GlDisplays.h"
 
 #include <atomic>
 #include <memory>
@@ -14,7 +14,6 @@ class WorkerThreads;
 namespace lumo::x11 {
 
 class Connection;
-class GlDisplays;
 
 // Has the layers drawn by OpenGL on its thread. Two connections to the server are in play: before
 // the thread begins, the server has said that the scene is there; and the thread has waited for the
@@ -31,14 +30,14 @@ class GlBackdropRenderer final : public BackdropRenderer {
     bool needsSceneApart() const override { return true; }
     void prepare(const drawing::PlacedLayers &appearance, const RenderTarget &target) override;
     int reach() const override { return reach_; }
-    void render(const std::vector<drawing::PixelRect> &parts,
+    void render(const std::vector<drawing::PixelRect> &damage,
                 std::function<void(bool succeeded)> done) override;
     void cancel() override;
 
   private:
     // One render() on its way through the threads.
     struct Job {
-        GlFrame frame;
+        GlxFrame frame;
         std::function<void(bool succeeded)> done; // main thread only
         std::atomic<bool> isCancelled = false;
     };
@@ -50,7 +49,7 @@ class GlBackdropRenderer final : public BackdropRenderer {
     WorkerThreads &thread_;
     GlDisplays &workshop_;
     int number_;
-    GlFrame prepared_; // without parts
+    GlxFrame prepared_; // without damage
     int reach_ = 0;
     std::shared_ptr<Job> job_; // the last one
 };

@@ -22,13 +22,28 @@ std::string GlDisplays::open(const std::string &displayName, int screenNumber, s
 }
 
 void GlDisplays::close() {
-    blurs_.clear();
+    displays_.clear();
     tools_.reset();
     device_.reset();
 }
 
-bool GlDisplays::draw(int display, const GlFrame &frame) {
-    return device_ && blurs_.try_emplace(display, *device_, *tools_).first->second.draw(frame);
+bool GlDisplays::draw(int display, const GlxFrame &wanted) {
+    if (!device_ || !device_->isConnected()) {
+        return false;
+    }
+    const auto &frame = wanted.frame;
+    auto &known = displays_.try_emplace(display, *tools_).first->second;
+    // A pixmap of another size is another one, even if it has the name of one that is gone.
+    if (!known.surface || known.scene != wanted.scene || known.canvas != wanted.canvas ||
+        known.width != frame.width || known.height != frame.height) {
+        known.surface.reset();
+        known.surface = std::make_unique<GlxSurface>(*device_, wanted.scene, wanted.canvas);
+        known.scene = wanted.scene;
+        known.canvas = wanted.canvas;
+        known.width = frame.width;
+        known.height = frame.height;
+    }
+    return known.blur.draw(frame, *known.surface);
 }
 
 } // namespace lumo::x11

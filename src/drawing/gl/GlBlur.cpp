@@ -1,4 +1,6 @@
-#include "platform/x11/painting/GlBlur.h"
+#include "drawing/gl/GlBlur.h"
+
+#include "drawing/gl/GlSurface.h"
 
 #include <algorithm>
 #include <array>
@@ -7,7 +9,7 @@
 #include <string>
 #include <utility>
 
-namespace lumo::x11 {
+namespace lumo::drawing {
 
 namespace {
 
@@ -22,21 +24,21 @@ int dividedUp(int value, int divisor) {
     return (value + divisor - 1) / divisor;
 }
 
-// The texels of a grid that the pixels of the parts are drawn from: with one more to each side for
+// The texels of a grid from which the damaged pixels are drawn: with one more to each side for
 // linear interpolation. There is a margin of one texel around the grid.
-drawing::Region texels(const drawing::Region &parts, int factor, int width, int height) {
-    std::vector<drawing::PixelRect> result;
-    for (const auto &part : parts.rectangles()) {
+Region texels(const Region &damage, int factor, int width, int height) {
+    std::vector<PixelRect> result;
+    for (const auto &part : damage.rectangles()) {
         const int left = part.x / factor;
         const int top = part.y / factor;
         result.push_back({left, top, dividedUp(part.maxX(), factor) + 2 - left,
                           dividedUp(part.maxY(), factor) + 2 - top});
     }
-    return drawing::Region(result) & drawing::PixelRect{0, 0, width, height};
+    return Region(result) & PixelRect{0, 0, width, height};
 }
 
-// Two neighbours are looked at by one look between them.
-void setWeights(drawing::GlProgram &program, const drawing::BlurGrid &blur) {
+// Two neighbouring texels are fetched at once, by sampling between them.
+void setWeights(GlProgram &program, const BlurGrid &blur) {
     std::vector<double> weights;
     double all = -1;
     for (int distance = 0; distance <= blur.radius + 1; ++distance) {
@@ -60,8 +62,8 @@ void setSize(GLint uniform, int width, int height) {
     glUniform2f(uniform, static_cast<float>(width), static_cast<float>(height));
 }
 
-void setMatrix(drawing::GlProgram &program, const std::string &prefix,
-               const drawing::BackdropFilters::Matrix &matrix) {
+void setMatrix(GlProgram &program, const std::string &prefix,
+               const BackdropFilters::Matrix &matrix) {
     std::array<float, 9> factors{};
     std::array<float, 3> added{};
     for (std::size_t row = 0; row < 3; ++row) {
@@ -76,10 +78,9 @@ void setMatrix(drawing::GlProgram &program, const std::string &prefix,
 
 } // namespace
 
-GlBlur::GlBlur(GlxDevice &device, drawing::GlTools &tools)
-    : device_(device)
-    , tools_(tools)
-    , scene_(drawing::GlTexture::make()) {
+GlBlur::GlBlur(GlTools &tools)
+    : tools_(tools)
+    , scene_(GlTexture::make()) {
     scene_.bindTo(sceneUnit);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
@@ -87,105 +88,79 @@ GlBlur::GlBlur(GlxDevice &device, drawing::GlTools &tools)
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
 }
 
-GlBlur::~GlBlur() {
-    releasePixmaps();
-}
-
-void GlBlur::releasePixmaps() {
-    if (source_ != 0) {
-        device_.rest();
-        device_.release(std::exchange(source_, 0));
-        device_.release(std::exchange(target_, 0));
-    }
-}
-
-bool GlBlur::adopt(const GlFrame &frame) {
-    const bool isSameSize = frame.width == adopted_.width && frame.height == adopted_.height;
-    if (!isSameSize || frame.scene != adopted_.scene || frame.canvas != adopted_.canvas) {
-        releasePixmaps();
-        source_ = device_.makeSource(frame.scene);
-        target_ = device_.makeTarget(frame.canvas);
-    }
-    if (!device_.makeCurrent(target_)) {
+bool GlBlur::draw(const GlFrame &frame, GlSurface &surface) {
+    if (!surface.makeCurrent()) {
+        // What has failed is not to count for the next frame.
+        surface.finish();
         return false;
     }
+    adopt(frame);
+    scene_.bindTo(sceneUnit);
+    surface.bindScene();
+    const bool isUpsideDown = surface.isSceneUpsideDown();
+    downsample(frame, isUpsideDown);
+    blurAll(frame.damage);
+    compose(frame, isUpsideDown);
+    scene_.bindTo(sceneUnit);
+    surface.releaseScene();
+    return surface.finish();
+}
+
+void GlBlur::adopt(const GlFrame &frame) {
+    const bool isSameSize = frame.width == adopted_.width && frame.height == adopted_.height;
     const bool isSamePlan = isSameSize && frame.layers == adopted_.layers;
-    adopted_ = frame;
-    adopted_.parts = {};
+    adopted_ = {frame.width, frame.height, frame.layers, {}};
     if (!isSameSize) {
-        reduced_.clear();
+        downsampled_.clear();
         blurred_.clear();
     }
     if (!isSamePlan) {
         planBlurs();
     }
-    return true;
 }
 
 GlBlur::Grid GlBlur::makeGrid(int factor) const {
     const int width = dividedUp(adopted_.width, factor) + 2;
     const int height = dividedUp(adopted_.height, factor) + 2;
-    return {factor, width, height, drawing::GlTools::makeTexture(width, height)};
+    return {factor, width, height, GlTools::makeTexture(width, height)};
 }
 
 void GlBlur::planBlurs() {
-    auto before = std::exchange(blurred_, {});
-    auto reducedBefore = std::exchange(reduced_, {});
+    auto blurredBefore = std::exchange(blurred_, {});
+    auto downsampledBefore = std::exchange(downsampled_, {});
     for (const auto &layer : adopted_.layers->layers) {
         if (!layer.backdrop || layer.backdrop->deviation <= 0) {
             continue;
         }
-        const auto blur = drawing::blurGrid(layer.backdrop->deviation);
+        const auto blur = blurGrid(layer.backdrop->deviation);
         const auto index = blurred_.size();
-        if (index < before.size() && before[index].blur.factor == blur.factor) {
-            blurred_.push_back(std::move(before[index]));
+        if (index < blurredBefore.size() && blurredBefore[index].blur.factor == blur.factor) {
+            blurred_.push_back(std::move(blurredBefore[index]));
             blurred_.back().blur = blur;
         } else {
             blurred_.push_back({blur, makeGrid(blur.factor), makeGrid(blur.factor)});
         }
-        if (auto known = reducedBefore.extract(blur.factor)) {
-            reduced_.insert(std::move(known));
-        } else if (!reduced_.contains(blur.factor)) {
-            reduced_.emplace(blur.factor, makeGrid(blur.factor));
+        if (auto known = downsampledBefore.extract(blur.factor)) {
+            downsampled_.insert(std::move(known));
+        } else if (!downsampled_.contains(blur.factor)) {
+            downsampled_.emplace(blur.factor, makeGrid(blur.factor));
         }
     }
 }
 
-bool GlBlur::draw(const GlFrame &frame) {
-    if (!device_.isConnected()) {
-        return false;
-    }
-    if (!adopt(frame)) {
-        device_.finish();
-        return false;
-    }
-    drawScene(frame);
-    return device_.finish();
-}
-
-void GlBlur::drawScene(const GlFrame &frame) {
-    scene_.bindTo(sceneUnit);
-    device_.bind(source_);
-    reduce(frame.parts);
-    blurAll(frame.parts);
-    compose(frame.parts);
-    scene_.bindTo(sceneUnit);
-    device_.unbind(source_);
-}
-
-void GlBlur::reduce(const drawing::Region &parts) {
-    auto &program = tools_.reduce;
+void GlBlur::downsample(const GlFrame &frame, bool isUpsideDown) {
+    auto &program = tools_.downsample;
     program.use();
     glUniform1i(program["source"], sceneUnit);
-    setSize(program["sourceSize"], adopted_.width, adopted_.height);
+    setSize(program["sourceSize"], frame.width, frame.height);
     glUniform1f(program["firstBlock"], 0);
     glUniform1i(program["isOpaque"], 1);
-    glUniform1i(program["isUpsideDown"], device_.isSourceUpsideDown() ? 1 : 0);
+    glUniform1i(program["isUpsideDown"], isUpsideDown ? 1 : 0);
     int factor = 1;
-    for (const auto &[gridFactor, grid] : reduced_) {
+    for (const auto &[gridFactor, grid] : downsampled_) {
         glUniform1f(program["ratio"], static_cast<float>(gridFactor) / static_cast<float>(factor));
         tools_.drawInto(grid.texture, grid.width, grid.height);
-        tools_.draw(program, texels(parts, gridFactor, grid.width, grid.height));
+        tools_.draw(program, texels(frame.damage, gridFactor, grid.width, grid.height));
         // The next is made from this one.
         factor = gridFactor;
         grid.texture.bindTo(firstLayerUnit);
@@ -197,37 +172,37 @@ void GlBlur::reduce(const drawing::Region &parts) {
     }
 }
 
-void GlBlur::blurAll(const drawing::Region &parts) {
+void GlBlur::blurAll(const Region &damage) {
     tools_.blur.use();
     glUniform1i(tools_.blur["source"], firstLayerUnit);
     for (const auto &[blur, across, whole] : blurred_) {
-        blurPass(blur, reduced_.at(blur.factor), across, 1, 0, parts);
-        blurPass(blur, across, whole, 0, 1, parts);
+        blurPass(blur, downsampled_.at(blur.factor), across, 1, 0, damage);
+        blurPass(blur, across, whole, 0, 1, damage);
     }
 }
 
-void GlBlur::blurPass(const drawing::BlurGrid &blur, const Grid &from, const Grid &to, float dx,
-                      float dy, const drawing::Region &parts) {
+void GlBlur::blurPass(const BlurGrid &blur, const Grid &from, const Grid &to, float dx, float dy,
+                      const Region &damage) {
     auto &program = tools_.blur;
     from.texture.bindTo(firstLayerUnit);
     setSize(program["sourceSize"], from.width, from.height);
     glUniform2f(program["direction"], dx, dy);
     setWeights(program, blur);
     tools_.drawInto(to.texture, to.width, to.height);
-    tools_.draw(program, texels(parts, to.factor, to.width, to.height));
+    tools_.draw(program, texels(damage, to.factor, to.width, to.height));
 }
 
-void GlBlur::compose(const drawing::Region &parts) {
+void GlBlur::compose(const GlFrame &frame, bool isUpsideDown) {
     auto &program = tools_.compose;
     program.use();
     glUniform1i(program["scene"], sceneUnit);
-    setSize(program["sceneSize"], adopted_.width, adopted_.height);
-    glUniform1i(program["isUpsideDown"], device_.isSourceUpsideDown() ? 1 : 0);
+    setSize(program["sceneSize"], frame.width, frame.height);
+    glUniform1i(program["isUpsideDown"], isUpsideDown ? 1 : 0);
     setLayers();
-    tools_.drawIntoTarget(adopted_.width, adopted_.height);
-    tools_.draw(program, parts - adopted_.layers->maskedOut);
+    tools_.drawIntoTarget(frame.width, frame.height);
+    tools_.draw(program, frame.damage - frame.layers->maskedOut);
     glUniform1i(program["layerCount"], 0);
-    tools_.draw(program, parts & adopted_.layers->maskedOut);
+    tools_.draw(program, frame.damage & frame.layers->maskedOut);
 }
 
 void GlBlur::setLayers() {
@@ -240,40 +215,50 @@ void GlBlur::setLayers() {
         const auto &layer = layers[index];
         const std::string number = "[" + std::to_string(index) + "]";
         const std::string prefix = "layers" + number + ".";
-        const auto unit = firstLayerUnit + static_cast<GLint>(index);
-        glUniform1i(program["sources" + number], unit);
-        glUniform1i(program[prefix + "kind"], layer.backdrop ? 1 : (layer.image ? 2 : 0));
-        glUniform1i(program[prefix + "blend"], static_cast<GLint>(layer.blend));
-        glUniform1f(program[prefix + "opacity"], static_cast<float>(layer.opacity));
-        const auto &frame = layer.frame;
-        glUniform4f(program[prefix + "frame"], static_cast<float>(frame.x),
-                    static_cast<float>(frame.y), static_cast<float>(frame.width),
-                    static_cast<float>(frame.height));
-        const auto &color = layer.color;
-        glUniform4f(program[prefix + "color"], static_cast<float>(color.red * color.alpha),
-                    static_cast<float>(color.green * color.alpha),
-                    static_cast<float>(color.blue * color.alpha), static_cast<float>(color.alpha));
+        const auto unit = static_cast<GLenum>(firstLayerUnit) + static_cast<GLenum>(index);
+        glUniform1i(program["sources" + number], static_cast<GLint>(unit));
+        setLayer(prefix, layer);
         if (layer.image) {
-            tools_.textureOf(layer.image).bindTo(static_cast<GLenum>(unit));
+            tools_.textureOf(layer.image).bindTo(unit);
             const GLint filter = layer.sampling == Sampling::nearest ? GL_NEAREST : GL_LINEAR;
             glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, filter);
             glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, filter);
-        }
-        if (layer.backdrop) {
-            setMatrix(program, prefix, layer.backdrop->matrix);
-            const bool blurs = layer.backdrop->deviation > 0;
-            glUniform1f(program[prefix + "factor"],
-                        blurs ? static_cast<float>(blurred->blur.factor) : 0);
-            if (blurs) {
-                const Grid &grid = blurred->whole;
-                setSize(program[prefix + "size"], grid.width, grid.height);
-                grid.texture.bindTo(static_cast<GLenum>(unit));
-                ++blurred;
-            }
+        } else if (layer.backdrop && layer.backdrop->deviation > 0) {
+            setBackdrop(prefix, *layer.backdrop, &*blurred);
+            blurred->whole.texture.bindTo(unit);
+            ++blurred;
+        } else if (layer.backdrop) {
+            setBackdrop(prefix, *layer.backdrop, nullptr);
         }
     }
-    // Sending an image takes its place.
+    // Sending an image to the hardware binds its texture in the scene's place.
     scene_.bindTo(sceneUnit);
 }
 
-} // namespace lumo::x11
+void GlBlur::setLayer(const std::string &prefix, const GlLayer &layer) {
+    auto &program = tools_.compose;
+    glUniform1i(program[prefix + "kind"], layer.backdrop ? 1 : (layer.image ? 2 : 0));
+    glUniform1i(program[prefix + "blend"], static_cast<GLint>(layer.blend));
+    glUniform1f(program[prefix + "opacity"], static_cast<float>(layer.opacity));
+    const auto &frame = layer.frame;
+    glUniform4f(program[prefix + "frame"], static_cast<float>(frame.x), static_cast<float>(frame.y),
+                static_cast<float>(frame.width), static_cast<float>(frame.height));
+    const auto &color = layer.color;
+    glUniform4f(program[prefix + "color"], static_cast<float>(color.red * color.alpha),
+                static_cast<float>(color.green * color.alpha),
+                static_cast<float>(color.blue * color.alpha), static_cast<float>(color.alpha));
+}
+
+void GlBlur::setBackdrop(const std::string &prefix, const BackdropFilters &filters,
+                         const Blurred *blurred) {
+    auto &program = tools_.compose;
+    setMatrix(program, prefix, filters.matrix);
+    if (blurred == nullptr) {
+        glUniform1f(program[prefix + "factor"], 0);
+        return;
+    }
+    glUniform1f(program[prefix + "factor"], static_cast<float>(blurred->blur.factor));
+    setSize(program[prefix + "size"], blurred->whole.width, blurred->whole.height);
+}
+
+} // namespace lumo::drawing

@@ -14,7 +14,7 @@ in vec2 at;
 
 out vec4 mean;
 
-// The sum of up to 2 x 2 texels by one look at the point in their midst.
+// The sum of up to 2 x 2 texels by one sample at the point in their midst.
 vec4 patchAt(vec2 corner, float side) {
     vec2 low = max(corner, vec2(0.0));
     vec2 high = min(corner + side, sourceSize);
