@@ -93,14 +93,14 @@ void measureFrames(x11::Connection &connection, int width, int height, double in
         });
         const auto layers = drawing::materialLayers(appearance, planes);
         const drawing::MaterialRenderer material(width, height, layers.material);
-        const auto cells = material.cellsFor(pixels);
-        const std::vector<std::uint8_t> from(4 * static_cast<std::size_t>(cells.width) *
-                                                 static_cast<std::size_t>(cells.height),
+        const auto texels = material.texelsFor(pixels);
+        const std::vector<std::uint8_t> from(4 * static_cast<std::size_t>(texels.width) *
+                                                 static_cast<std::size_t>(texels.height),
                                              100);
         const auto stride = 4 * static_cast<std::size_t>(pixels.width);
         std::vector<std::uint8_t> to(stride * static_cast<std::size_t>(pixels.height));
         const auto work = timesOf([&] {
-            material.render(pixels, from.data(), 4 * static_cast<std::size_t>(cells.width),
+            material.render(pixels, from.data(), 4 * static_cast<std::size_t>(texels.width),
                             to.data(), stride);
         });
         std::printf("  %dx%d, radius %.0f, %s changed: the pixels %s, with the server %s\n", width,

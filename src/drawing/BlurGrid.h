@@ -7,7 +7,7 @@ namespace lumo::drawing {
 struct BlurGrid {
     int factor = 1;       // pixels per texel of the grid, a power of two
     double deviation = 0; // of the Gaussian on the grid, in texels
-    int radius = 0;       // texels to each side that count
+    int radius = 0;       // of the kernel, in texels
 
     // By how many pixels a change of one pixel spreads.
     int reach() const { return (radius + 2) * factor; }

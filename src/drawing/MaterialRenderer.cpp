@@ -8,17 +8,17 @@ namespace lumo::drawing {
 
 namespace {
 
-constexpr int coarsestCell = 3; // as a power of two, in pixels
-constexpr int widenedCell = 2;  // the same, of the cells that become pixels in one step
+constexpr int coarsestTexel = 3;  // as a power of two, in pixels
+constexpr int upsampledTexel = 2; // the same, of the texels that become pixels in one step
 constexpr int mostHalvings = 8;
 constexpr double cutOff = 3; // in deviations
 
-// A Gaussian stays one on a grid on which its deviation is at least the first of these many cells,
+// A Gaussian stays one on a grid on which its deviation is at least the first of these many texels,
 // and is cheap on one on which it is below the second.
 constexpr double leastDeviation = 1.6;
 constexpr double mostDeviation = 5;
 
-// What linear interpolation between cells that are so many pixels apart adds to the variance, at
+// What linear interpolation between texels that are so many pixels apart adds to the variance, at
 // that many places in between.
 double varianceOfInterpolation(double distance, int places) {
     double sum = 0;
@@ -29,15 +29,16 @@ double varianceOfInterpolation(double distance, int places) {
     return sum / places * distance * distance;
 }
 
-// The cell whose centre is the last one not after that pixel's.
-int cellBefore(int pixel, int cellShift) {
-    return (2 * pixel + 1 - (1 << cellShift)) >> (cellShift + 1);
+// The texel whose centre is the last one not after that pixel's.
+int texelBefore(int pixel, int texelShift) {
+    return (2 * pixel + 1 - (1 << texelShift)) >> (texelShift + 1);
 }
 
-Range cellsAround(int first, int count, int cellShift) {
+Range texelsAround(int first, int count, int texelShift) {
     const int last = first + count - 1;
-    return cellShift == 0 ? Range{first, last}
-                          : Range{cellBefore(first, cellShift), cellBefore(last, cellShift) + 1};
+    return texelShift == 0
+               ? Range{first, last}
+               : Range{texelBefore(first, texelShift), texelBefore(last, texelShift) + 1};
 }
 
 int toFraction(float value) {
@@ -65,13 +66,13 @@ std::array<std::int16_t, 8> ditherOf(int x, int y) {
 }
 
 // The rows of a grid as channels of pixels, the last two of them kept.
-class WidenedRows {
+class UpsampledRows {
   public:
-    WidenedRows(const PixelGrid &grid, const Range &cells, int cellShift)
+    UpsampledRows(const PixelGrid &grid, const Range &texels, int texelShift)
         : grid_(grid)
-        , cells_(cells)
-        , cellShift_(cellShift) {
-        const auto count = static_cast<std::size_t>(cells.count()) << cellShift;
+        , texels_(texels)
+        , texelShift_(texelShift) {
+        const auto count = static_cast<std::size_t>(texels.count()) << texelShift;
         for (auto &row : rows_) {
             for (auto &channel : row.channels) {
                 channel.resize(count + channelSlack);
@@ -97,10 +98,10 @@ class WidenedRows {
 
     void fill(Row &kept, int row) {
         for (std::size_t channel = 0; channel < 3; ++channel) {
-            const auto *from = grid_.at(channel, cells_.first, row);
+            const auto *from = grid_.at(channel, texels_.first, row);
             auto *to = kept.channels[channel].data();
-            const auto count = static_cast<std::size_t>(cells_.count());
-            if (cellShift_ == 0) {
+            const auto count = static_cast<std::size_t>(texels_.count());
+            if (texelShift_ == 0) {
                 toChannels(from, to, count);
             } else {
                 quadrupled(from, to, count - 1);
@@ -111,8 +112,8 @@ class WidenedRows {
     }
 
     const PixelGrid &grid_;
-    Range cells_;
-    int cellShift_;
+    Range texels_;
+    int texelShift_;
     std::array<Row, 2> rows_;
 };
 
@@ -127,35 +128,35 @@ MaterialRenderer::MaterialRenderer(int width, int height, Material material)
         least = std::min(least, backdrop.deviation);
         opacity_ = backdrop.opacity + opacity_ * (1 - backdrop.opacity);
     }
-    while (cellShift_ < coarsestCell && least >= leastDeviation * (2 << cellShift_)) {
-        ++cellShift_;
+    while (texelShift_ < coarsestTexel && least >= leastDeviation * (2 << texelShift_)) {
+        ++texelShift_;
     }
-    columns_ = (width + cellSize() - 1) >> cellShift_;
-    rows_ = (height + cellSize() - 1) >> cellShift_;
+    columns_ = (width + texelSize() - 1) >> texelShift_;
+    rows_ = (height + texelSize() - 1) >> texelShift_;
     for (const auto &backdrop : material_.backdrops) {
-        plans_.push_back(planFor(backdrop.deviation, cellShift_));
+        plans_.push_back(planFor(backdrop.deviation, texelShift_));
     }
 }
 
 // Taking means and interpolating blur as well; what they do the Gaussian need not.
-MaterialRenderer::Plan MaterialRenderer::planFor(double deviation, int cellShift) {
+MaterialRenderer::Plan MaterialRenderer::planFor(double deviation, int texelShift) {
     Plan plan;
-    double cell = 1 << cellShift;
-    while (plan.halvings < mostHalvings && deviation >= mostDeviation * cell) {
+    double texel = 1 << texelShift;
+    while (plan.halvings < mostHalvings && deviation >= mostDeviation * texel) {
         ++plan.halvings;
-        cell *= 2;
+        texel *= 2;
     }
-    double variance = deviation * deviation - (cell * cell - 1) / 12;
-    const int widened = cellShift >= widenedCell ? 1 << widenedCell : 1;
-    variance -= varianceOfInterpolation(widened, widened);
-    for (int from = 1 << (cellShift + plan.halvings); from > widened; from /= 2) {
+    double variance = deviation * deviation - (texel * texel - 1) / 12;
+    const int upsampled = texelShift >= upsampledTexel ? 1 << upsampledTexel : 1;
+    variance -= varianceOfInterpolation(upsampled, upsampled);
+    for (int from = 1 << (texelShift + plan.halvings); from > upsampled; from /= 2) {
         variance -= varianceOfInterpolation(from, 2);
     }
-    const double inCells = std::sqrt(std::max(variance / (cell * cell), 0.0625));
-    const int radius = std::max(1, static_cast<int>(std::ceil(cutOff * inCells)));
+    const double inTexels = std::sqrt(std::max(variance / (texel * texel), 0.0625));
+    const int radius = std::max(1, static_cast<int>(std::ceil(cutOff * inTexels)));
     double sum = 0;
     for (int k = 0; k <= radius; ++k) {
-        const double weight = std::exp(-0.5 * k * k / (inCells * inCells));
+        const double weight = std::exp(-0.5 * k * k / (inTexels * inTexels));
         plan.weights.push_back(static_cast<float>(weight));
         sum += k == 0 ? weight : 2 * weight;
     }
@@ -165,15 +166,15 @@ MaterialRenderer::Plan MaterialRenderer::planFor(double deviation, int cellShift
     return plan;
 }
 
-Range MaterialRenderer::inputFor(const Plan &plan, Range cells) {
+Range MaterialRenderer::inputFor(const Plan &plan, Range texels) {
     for (int i = 0; i < plan.halvings; ++i) {
-        cells = cells.evened().coarserAround();
+        texels = texels.evened().coarserAround();
     }
-    cells = cells.grown(static_cast<int>(plan.weights.size()) - 1);
+    texels = texels.grown(static_cast<int>(plan.weights.size()) - 1);
     for (int i = 0; i < plan.halvings; ++i) {
-        cells = cells.finer();
+        texels = texels.finer();
     }
-    return cells;
+    return texels;
 }
 
 int MaterialRenderer::reach() const {
@@ -181,21 +182,21 @@ int MaterialRenderer::reach() const {
     for (const auto &backdrop : material_.backdrops) {
         widest = std::max(widest, backdrop.deviation);
     }
-    return static_cast<int>(std::ceil(cutOff * widest)) + cellSize();
+    return static_cast<int>(std::ceil(cutOff * widest)) + texelSize();
 }
 
-MaterialRenderer::Cells MaterialRenderer::shownCells(const PixelRect &part) const {
-    const int widened = cellShift_ >= widenedCell ? widenedCell : 0;
-    Cells shown{cellsAround(part.x, part.width, widened),
-                cellsAround(part.y, part.height, widened)};
-    for (int shift = widened; shift < cellShift_; ++shift) {
+MaterialRenderer::Texels MaterialRenderer::shownTexels(const PixelRect &part) const {
+    const int upsampled = texelShift_ >= upsampledTexel ? upsampledTexel : 0;
+    Texels shown{texelsAround(part.x, part.width, upsampled),
+                 texelsAround(part.y, part.height, upsampled)};
+    for (int shift = upsampled; shift < texelShift_; ++shift) {
         shown = {shown.columns.evened().coarserAround(), shown.rows.evened().coarserAround()};
     }
     return shown;
 }
 
-PixelRect MaterialRenderer::cellsFor(const PixelRect &pixels) const {
-    const auto shown = shownCells(pixels);
+PixelRect MaterialRenderer::texelsFor(const PixelRect &pixels) const {
+    const auto shown = shownTexels(pixels);
     auto columns = shown.columns;
     auto rows = shown.rows;
     for (const auto &plan : plans_) {
@@ -207,11 +208,11 @@ PixelRect MaterialRenderer::cellsFor(const PixelRect &pixels) const {
     return {columns.first, rows.first, columns.count(), rows.count()};
 }
 
-PixelGrid MaterialRenderer::load(const Cells &needed, const PixelRect &available,
-                                 const std::uint8_t *cells, std::size_t cellStride) const {
+PixelGrid MaterialRenderer::load(const Texels &needed, const PixelRect &available,
+                                 const std::uint8_t *texels, std::size_t texelStride) const {
     PixelGrid grid(needed.columns, needed.rows);
     for (int y = 0; y < available.height; ++y) {
-        unpack(cells + static_cast<std::size_t>(y) * cellStride,
+        unpack(texels + static_cast<std::size_t>(y) * texelStride,
                grid.row(available.x, available.y + y), static_cast<std::size_t>(available.width));
     }
     return grid;
@@ -219,9 +220,9 @@ PixelGrid MaterialRenderer::load(const Cells &needed, const PixelRect &available
 
 std::vector<float> MaterialRenderer::normalisation(const Plan &plan, int pixels,
                                                    const Range &range) const {
-    const double cell = 1 << (cellShift_ + plan.halvings);
+    const double texel = 1 << (texelShift_ + plan.halvings);
     const auto inside = [&](int index) {
-        return std::clamp(pixels / cell - index, 0.0, 1.0) * (index < 0 ? 0 : 1);
+        return std::clamp(pixels / texel - index, 0.0, 1.0) * (index < 0 ? 0 : 1);
     };
     const int radius = static_cast<int>(plan.weights.size()) - 1;
     std::vector<float> result(static_cast<std::size_t>(range.count()) + floatSlack);
@@ -237,10 +238,10 @@ std::vector<float> MaterialRenderer::normalisation(const Plan &plan, int pixels,
 }
 
 PixelGrid MaterialRenderer::blurred(const PixelGrid &input, const Plan &plan,
-                                    const Cells &shown) const {
+                                    const Texels &shown) const {
     // What is needed on each grid, the finest first.
-    std::vector<Cells> finer;
-    Cells at = shown;
+    std::vector<Texels> finer;
+    Texels at = shown;
     for (int i = 0; i < plan.halvings; ++i) {
         finer.push_back({at.columns.evened(), at.rows.evened()});
         at = {finer.back().columns.coarserAround(), finer.back().rows.coarserAround()};
@@ -250,7 +251,7 @@ PixelGrid MaterialRenderer::blurred(const PixelGrid &input, const Plan &plan,
     PixelGrid halved;
     const PixelGrid *source = &input;
     for (int i = 1; i <= plan.halvings; ++i) {
-        Cells wanted{around, at.rows.grown(radius)};
+        Texels wanted{around, at.rows.grown(radius)};
         for (int j = i; j < plan.halvings; ++j) {
             wanted = {wanted.columns.finer(), wanted.rows.finer()};
         }
@@ -283,7 +284,7 @@ PixelGrid MaterialRenderer::blurred(const PixelGrid &input, const Plan &plan,
     return result;
 }
 
-PixelGrid MaterialRenderer::composed(const PixelGrid &input, const Cells &shown) const {
+PixelGrid MaterialRenderer::composed(const PixelGrid &input, const Texels &shown) const {
     PixelGrid result(shown.columns, shown.rows);
     float beneath = 0;
     for (std::size_t i = 0; i < plans_.size(); ++i) {
@@ -299,36 +300,36 @@ PixelGrid MaterialRenderer::composed(const PixelGrid &input, const Cells &shown)
     return result;
 }
 
-void MaterialRenderer::render(const PixelRect &part, const std::uint8_t *cells,
-                              std::size_t cellStride, std::uint8_t *pixels,
+void MaterialRenderer::render(const PixelRect &part, const std::uint8_t *texels,
+                              std::size_t texelStride, std::uint8_t *pixels,
                               std::size_t pixelStride) const {
-    const auto shown = shownCells(part);
-    Cells needed = shown;
+    const auto shown = shownTexels(part);
+    Texels needed = shown;
     for (const auto &plan : plans_) {
         needed = {needed.columns.united(inputFor(plan, shown.columns)),
                   needed.rows.united(inputFor(plan, shown.rows))};
     }
-    auto grid = composed(load(needed, cellsFor(part), cells, cellStride), shown);
-    const int widened = cellShift_ >= widenedCell ? widenedCell : 0;
-    for (int shift = cellShift_; shift > widened; --shift) {
-        auto columns = cellsAround(part.x, part.width, widened);
-        auto rows = cellsAround(part.y, part.height, widened);
-        for (int finer = widened; finer < shift - 1; ++finer) {
+    auto grid = composed(load(needed, texelsFor(part), texels, texelStride), shown);
+    const int upsampled = texelShift_ >= upsampledTexel ? upsampledTexel : 0;
+    for (int shift = texelShift_; shift > upsampled; --shift) {
+        auto columns = texelsAround(part.x, part.width, upsampled);
+        auto rows = texelsAround(part.y, part.height, upsampled);
+        for (int finer = upsampled; finer < shift - 1; ++finer) {
             columns = columns.evened().coarserAround();
             rows = rows.evened().coarserAround();
         }
         grid = grid.doubled(columns.evened(), rows.evened());
     }
-    spread(grid, part, pixels, pixelStride);
+    upsample(grid, part, pixels, pixelStride);
 }
 
-void MaterialRenderer::spread(const PixelGrid &composed, const PixelRect &part,
-                              std::uint8_t *pixels, std::size_t pixelStride) const {
-    const int shift = cellShift_ >= widenedCell ? widenedCell : 0;
+void MaterialRenderer::upsample(const PixelGrid &composed, const PixelRect &part,
+                                std::uint8_t *pixels, std::size_t pixelStride) const {
+    const int shift = texelShift_ >= upsampledTexel ? upsampledTexel : 0;
     const int size = 1 << shift;
-    const Range cells = cellsAround(part.x, part.width, shift);
-    const auto offset = static_cast<std::size_t>(part.x - cells.first * size - size / 2);
-    WidenedRows widened(composed, cells, shift);
+    const Range texels = texelsAround(part.x, part.width, shift);
+    const auto offset = static_cast<std::size_t>(part.x - texels.first * size - size / 2);
+    UpsampledRows upsampled(composed, texels, shift);
     FinalRow row;
     row.count = static_cast<std::size_t>(part.width);
     // The grain kernel's scale ends at 255 * 128 instead of 32768.
@@ -340,10 +341,10 @@ void MaterialRenderer::spread(const PixelGrid &composed, const PixelRect &part,
     }
     for (int y = 0; y < part.height; ++y) {
         const int line = part.y + y;
-        const int upper = cellBefore(line, shift);
+        const int upper = texelBefore(line, shift);
         const double down = (line + 0.5) / size - 0.5 - upper;
-        row.upper = widened.at(upper, offset);
-        row.lower = down > 0 ? widened.at(upper + 1, offset) : row.upper;
+        row.upper = upsampled.at(upper, offset);
+        row.lower = down > 0 ? upsampled.at(upper + 1, offset) : row.upper;
         row.down = static_cast<std::int16_t>(std::lround(down * 32767));
         if (material_.grain) {
             row.grain =

@@ -45,8 +45,8 @@ struct Material {
     bool operator==(const Material &) const = default;
 };
 
-// Draws a material from a shrunken copy of what lies behind a view: one cell for each square of
-// cellSize() by cellSize() pixels, counted from the view's top left, with the mean of its pixels.
+// Draws a material from a downsampled copy of what lies behind a view: one texel for each square of
+// texelSize() by texelSize() pixels, counted from the view's top left, with the mean of its pixels.
 // Where such a square reaches beyond the view the mean counts what is outside as black.
 //
 // The blur is a Gaussian cut off at three deviations or a little more, with weights normalised over
@@ -59,11 +59,7 @@ class MaterialRenderer {
     MaterialRenderer(int width, int height, Material material);
 
     const Material &material() const { return material_; }
-    int cellSize() const { return 1 << cellShift_; }
-
-    // The size of the whole shrunken copy, in cells.
-    int cellColumns() const { return columns_; }
-    int cellRows() const { return rows_; }
+    int texelSize() const { return 1 << texelShift_; }
 
     // Pixels that lie further than this from a change change no more than can be seen.
     int reach() const;
@@ -71,41 +67,42 @@ class MaterialRenderer {
     // How opaque the result is as a whole, over what lies behind the view.
     float opacity() const { return opacity_; }
 
-    // The cells from which that part of the view, which is not empty, is drawn.
-    PixelRect cellsFor(const PixelRect &pixels) const;
+    // The texels from which that part of the view, which is not empty, is drawn.
+    PixelRect texelsFor(const PixelRect &pixels) const;
 
-    // Draws the part from those cells. Cells and pixels have four bytes: blue, green, red, and one
-    // that has no meaning in cells and is 255 in pixels. The rows are as long as said, in bytes.
-    void render(const PixelRect &part, const std::uint8_t *cells, std::size_t cellStride,
+    // Draws the part from those texels. Texels and pixels have four bytes: blue, green, red, and
+    // one that has no meaning in texels and is 255 in pixels. The rows are as long as said, in
+    // bytes.
+    void render(const PixelRect &part, const std::uint8_t *texels, std::size_t texelStride,
                 std::uint8_t *pixels, std::size_t pixelStride) const;
 
   private:
     // How one backdrop is computed.
     struct Plan {
-        int halvings = 0;           // from the cells to the grid on which it is blurred
-        std::vector<float> weights; // there, from the centre outwards; they add up to 1
+        int halvings = 0;           // from the texels to the grid on which it is blurred
+        std::vector<float> weights; // of the kernel there, from the centre outwards
     };
 
-    struct Cells {
+    struct Texels {
         Range columns;
         Range rows;
     };
 
-    static Plan planFor(double deviation, int cellShift);
-    static Range inputFor(const Plan &plan, Range cells);
-    Cells shownCells(const PixelRect &part) const;
+    static Plan planFor(double deviation, int texelShift);
+    static Range inputFor(const Plan &plan, Range texels);
+    Texels shownTexels(const PixelRect &part) const;
     std::vector<float> normalisation(const Plan &plan, int pixels, const Range &range) const;
-    PixelGrid load(const Cells &needed, const PixelRect &available, const std::uint8_t *cells,
-                   std::size_t cellStride) const;
-    PixelGrid blurred(const PixelGrid &input, const Plan &plan, const Cells &shown) const;
-    PixelGrid composed(const PixelGrid &input, const Cells &shown) const;
-    void spread(const PixelGrid &composed, const PixelRect &part, std::uint8_t *pixels,
-                std::size_t pixelStride) const;
+    PixelGrid load(const Texels &needed, const PixelRect &available, const std::uint8_t *texels,
+                   std::size_t texelStride) const;
+    PixelGrid blurred(const PixelGrid &input, const Plan &plan, const Texels &shown) const;
+    PixelGrid composed(const PixelGrid &input, const Texels &shown) const;
+    void upsample(const PixelGrid &composed, const PixelRect &part, std::uint8_t *pixels,
+                  std::size_t pixelStride) const;
 
     int width_;
     int height_;
     Material material_;
-    int cellShift_ = 0;
+    int texelShift_ = 0;
     int columns_ = 0;
     int rows_ = 0;
     float opacity_ = 0;

@@ -20,14 +20,14 @@ struct Range {
     // With an even number first and an odd one last, made so outwards.
     Range evened() const { return {first & ~1, last | 1}; }
 
-    // Of cells twice as large: those between whose centres the centres of the range's cells lie.
+    // Of texels twice as large: those between whose centres the centres of the range's texels lie.
     Range coarserAround() const { return {(first - 1) >> 1, (last + 1) >> 1}; }
 
-    // Of cells half as large: those within the range's cells.
+    // Of texels half as large: those within the range's texels.
     Range finer() const { return {2 * first, 2 * last + 1}; }
 };
 
-// Colours in the cells of a part of a grid, whose origin may lie elsewhere. Black at first.
+// Colours in the texels of a part of a grid, whose origin may lie elsewhere. Black at first.
 class PixelGrid {
   public:
     PixelGrid() = default;
@@ -36,7 +36,7 @@ class PixelGrid {
     const Range &columns() const { return columns_; }
     const Range &rows() const { return rows_; }
 
-    // Where the row's cell of that column is, for one channel.
+    // Where the row's texel of that column is, for one channel.
     float *at(std::size_t channel, int column, int row) {
         return values_.data() + index(channel, column, row);
     }
@@ -50,11 +50,11 @@ class PixelGrid {
         return {at(0, column, row), at(1, column, row), at(2, column, row)};
     }
 
-    // The means of four cells each. The grid has all that lie in those coarser cells.
+    // The means of four texels each. The grid has all that lie in those coarser texels.
     PixelGrid halved(const Range &columns, const Range &rows) const;
 
-    // The values at the centres of finer cells, on the surface through this grid's centres. The
-    // grid has all cells that coarserAround() says; both ranges are even ones.
+    // The values at the centres of finer texels, on the surface through this grid's centres. The
+    // grid has all texels that coarserAround() says; both ranges are even ones.
     PixelGrid doubled(const Range &columns, const Range &rows) const;
 
   private:

@@ -1,6 +1,9 @@
 #include "platform/x11/painting/CpuBlurRenderer.h"
 
+#include "platform/x11/painting/RequestTransfer.h"
+#include "platform/x11/painting/SharedMemoryTransfer.h"
 #include "platform/x11/server/Connection.h"
+#include "platform/x11/server/ProtocolRectangle.h"
 #include "platform/x11/server/RenderFormats.h"
 
 #include <algorithm>
@@ -14,13 +17,7 @@ namespace lumo::x11 {
 
 namespace {
 
-constexpr std::uint8_t cellDepth = 32;
-constexpr std::size_t bytesPerPixel = 4;
-constexpr std::uint32_t allPlanes = ~std::uint32_t{0};
-
-std::size_t bytesOf(int width, int height) {
-    return bytesPerPixel * static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
-}
+constexpr std::uint8_t texelDepth = 32;
 
 int halfUp(int value) {
     return (value + 1) / 2;
@@ -36,6 +33,13 @@ drawing::PixelRect inset(const drawing::PixelRect &rect, int margin,
     return {left, top, right - left, bottom - top};
 }
 
+// The texels of half the size that have a share in it.
+drawing::PixelRect halved(const drawing::PixelRect &rect) {
+    const int left = rect.x / 2;
+    const int top = rect.y / 2;
+    return {left, top, halfUp(rect.maxX()) - left, halfUp(rect.maxY()) - top};
+}
+
 bool hasFourBytesPerPixel(const Connection &connection, std::uint8_t depth) {
     const auto *formats = xcb_setup_pixmap_formats(&connection.setup());
     const std::span all(
@@ -43,10 +47,6 @@ bool hasFourBytesPerPixel(const Connection &connection, std::uint8_t depth) {
     return std::ranges::any_of(all, [depth](const xcb_format_t &format) {
         return format.depth == depth && format.bits_per_pixel == 32;
     });
-}
-
-std::int16_t coordinate(int value) {
-    return static_cast<std::int16_t>(value);
 }
 
 std::uint16_t extent(int value) {
@@ -58,15 +58,18 @@ std::uint16_t extent(int value) {
 bool CpuBlurRenderer::isPossible(const DrawingTools &tools) {
     return std::endian::native == std::endian::little &&
            tools.connection.setup().image_byte_order == XCB_IMAGE_ORDER_LSB_FIRST &&
-           hasFourBytesPerPixel(tools.connection, cellDepth) &&
+           hasFourBytesPerPixel(tools.connection, texelDepth) &&
            tools.formats.translucent() != XCB_NONE;
 }
 
 CpuBlurRenderer::CpuBlurRenderer(const DrawingTools &tools, drawing::GrainPlanes &planes)
     : tools_(tools)
     , connection_(tools.connection)
-    , planes_(planes)
-    , isSharing_(connection_.extensions().shm) {
+    , planes_(planes) {
+    transfers_.push_back(std::make_unique<RequestTransfer>(connection_));
+    if (connection_.extensions().shm) {
+        transfers_.push_back(std::make_unique<SharedMemoryTransfer>(connection_));
+    }
 }
 
 void CpuBlurRenderer::prepare(const drawing::PlacedLayers &appearance, const RenderTarget &target) {
@@ -86,52 +89,50 @@ void CpuBlurRenderer::prepare(const drawing::PlacedLayers &appearance, const Ren
     if (!material_ || isOtherTarget || material_->material() != layers.material) {
         material_.emplace(target.width, target.height, std::move(layers.material));
     }
-    if (isOtherTarget || material_->cellSize() != stepsFor_) {
-        makeSteps();
+    if (isOtherTarget || material_->texelSize() != levelsFor_) {
+        makeLevels();
     }
     if (isOtherTarget) {
         makeStaging();
     }
 }
 
-CpuBlurRenderer::Step CpuBlurRenderer::makeStep(xcb_pixmap_t from, xcb_render_pictformat_t format,
-                                                int width, int height, bool shrinks) {
-    Step step{OwnedPixmap(connection_), OwnedPicture(connection_), OwnedPicture(connection_), width,
-              height};
-    xcb_create_pixmap(connection_, cellDepth, step.pixmap.id(), connection_.root(), extent(width),
+CpuBlurRenderer::Level CpuBlurRenderer::makeLevel(xcb_pixmap_t from, xcb_render_pictformat_t format,
+                                                  int width, int height) {
+    Level level{OwnedPixmap(connection_), OwnedPicture(connection_), OwnedPicture(connection_)};
+    xcb_create_pixmap(connection_, texelDepth, level.pixmap.id(), connection_.root(), extent(width),
                       extent(height));
-    xcb_render_create_picture(connection_, step.picture.id(), step.pixmap.id(),
+    xcb_render_create_picture(connection_, level.picture.id(), level.pixmap.id(),
                               tools_.formats.translucent(), 0, nullptr);
-    // Beyond its edges it is transparent, hence black, as the cells are to be there.
-    xcb_render_create_picture(connection_, step.source.id(), from, format, 0, nullptr);
-    if (shrinks) {
-        constexpr xcb_render_fixed_t one = 1 << 16;
-        const xcb_render_transform_t half{2 * one, 0, 0, 0, 2 * one, 0, 0, 0, one};
-        xcb_render_set_picture_transform(connection_, step.source.id(), half);
-        constexpr std::string_view filter = "bilinear";
-        xcb_render_set_picture_filter(connection_, step.source.id(),
-                                      static_cast<std::uint16_t>(filter.size()), filter.data(), 0,
-                                      nullptr);
-    }
-    return step;
+    // Beyond its edges it is transparent, hence black, as the texels are to be there.
+    xcb_render_create_picture(connection_, level.source.id(), from, format, 0, nullptr);
+    return level;
 }
 
-void CpuBlurRenderer::makeSteps() {
-    steps_.clear();
-    stepsFor_ = material_->cellSize();
-    if (stepsFor_ == 1) {
-        steps_.push_back(
-            makeStep(target_.scenePixmap, target_.format, target_.width, target_.height, false));
+void CpuBlurRenderer::makeLevels() {
+    levels_.clear();
+    levelsFor_ = material_->texelSize();
+    if (levelsFor_ == 1) {
+        levels_.push_back(
+            makeLevel(target_.scenePixmap, target_.format, target_.width, target_.height));
         return;
     }
     int width = target_.width;
     int height = target_.height;
-    for (int size = 2; size <= stepsFor_; size *= 2) {
-        const auto from = steps_.empty() ? target_.scenePixmap : steps_.back().pixmap.id();
-        const auto format = steps_.empty() ? target_.format : tools_.formats.translucent();
+    for (int size = 2; size <= levelsFor_; size *= 2) {
+        const auto from = levels_.empty() ? target_.scenePixmap : levels_.back().pixmap.id();
+        const auto format = levels_.empty() ? target_.format : tools_.formats.translucent();
         width = halfUp(width);
         height = halfUp(height);
-        steps_.push_back(makeStep(from, format, width, height, true));
+        levels_.push_back(makeLevel(from, format, width, height));
+        const auto source = levels_.back().source.id();
+        constexpr xcb_render_fixed_t one = 1 << 16;
+        const xcb_render_transform_t half{2 * one, 0, 0, 0, 2 * one, 0, 0, 0, one};
+        xcb_render_set_picture_transform(connection_, source, half);
+        constexpr std::string_view filter = "bilinear";
+        xcb_render_set_picture_filter(connection_, source,
+                                      static_cast<std::uint16_t>(filter.size()), filter.data(), 0,
+                                      nullptr);
     }
 }
 
@@ -142,7 +143,7 @@ void CpuBlurRenderer::makeStaging() {
     if (target_.depth < 24 || target_.depth == 30 ||
         !hasFourBytesPerPixel(connection_, target_.depth)) {
         staging_ = OwnedPixmap(connection_);
-        xcb_create_pixmap(connection_, cellDepth, staging_.id(), connection_.root(),
+        xcb_create_pixmap(connection_, texelDepth, staging_.id(), connection_.root(),
                           extent(target_.width), extent(target_.height));
         stagingPicture_ = OwnedPicture(connection_);
         xcb_render_create_picture(connection_, stagingPicture_.id(), staging_.id(),
@@ -158,172 +159,89 @@ int CpuBlurRenderer::reach() const {
 }
 
 void CpuBlurRenderer::cancel() {
-    ++round_;
+    if (!transfers_.empty()) {
+        transfers_.back()->cancel();
+    }
     done_ = nullptr;
 }
 
-void CpuBlurRenderer::render(const std::vector<drawing::PixelRect> &parts,
+void CpuBlurRenderer::render(const std::vector<drawing::PixelRect> &damage,
                              std::function<void(bool succeeded)> done) {
     cancel();
     done_ = std::move(done);
-    pieces_.clear();
     if (!material_) {
         std::exchange(done_, nullptr)(false);
         return;
     }
-    shrink(parts);
-    std::size_t size = 0;
-    for (const auto &part : parts) {
-        const auto cells = material_->cellsFor(part);
-        pieces_.push_back({part, cells, size});
-        size += bytesOf(cells.width, cells.height);
+    downsample(damage);
+    tiles_.clear();
+    for (const auto &part : damage) {
+        tiles_.push_back({material_->texelsFor(part), part});
     }
-    if (isSharing_ && cells_.size() < size) {
-        cells_ = SharedMemory(connection_, size);
-        isSharing_ = static_cast<bool>(cells_);
-    }
-    if (isSharing_) {
-        fetchShared();
-    } else {
-        fetchPlainly(0);
-    }
+    transfer();
 }
 
-void CpuBlurRenderer::shrink(const std::vector<drawing::PixelRect> &parts) {
+void CpuBlurRenderer::downsample(const std::vector<drawing::PixelRect> &damage) {
     const drawing::PixelRect whole{0, 0, target_.width, target_.height};
-    for (const auto &part : parts) {
+    for (const auto &part : damage) {
         auto changed = inset(part, material_->reach(), whole);
-        for (const auto &step : steps_) {
-            if (stepsFor_ > 1) {
-                const int left = changed.x / 2;
-                const int top = changed.y / 2;
-                changed = {left, top, halfUp(changed.maxX()) - left, halfUp(changed.maxY()) - top};
+        for (const auto &level : levels_) {
+            if (levelsFor_ > 1) {
+                changed = halved(changed);
             }
-            xcb_render_composite(connection_, XCB_RENDER_PICT_OP_SRC, step.source.id(), XCB_NONE,
-                                 step.picture.id(), coordinate(changed.x), coordinate(changed.y), 0,
-                                 0, coordinate(changed.x), coordinate(changed.y),
-                                 extent(changed.width), extent(changed.height));
+            const auto at = toProtocol(changed);
+            xcb_render_composite(connection_, XCB_RENDER_PICT_OP_SRC, level.source.id(), XCB_NONE,
+                                 level.picture.id(), at.x, at.y, 0, 0, at.x, at.y, at.width,
+                                 at.height);
         }
     }
 }
 
-// Replies come in the order of requests, so the last one stands for all.
-void CpuBlurRenderer::fetchShared() {
-    xcb_shm_get_image_cookie_t cookie{};
-    for (const auto &piece : pieces_) {
-        cookie =
-            xcb_shm_get_image(connection_, steps_.back().pixmap.id(), coordinate(piece.cells.x),
-                              coordinate(piece.cells.y), extent(piece.cells.width),
-                              extent(piece.cells.height), allPlanes, XCB_IMAGE_FORMAT_Z_PIXMAP,
-                              cells_.segment(), static_cast<std::uint32_t>(piece.offset));
+void CpuBlurRenderer::transfer() {
+    if (transfers_.empty()) {
+        std::exchange(done_, nullptr)(false);
+        return;
     }
-    connection_.whenReplied<xcb_shm_get_image_reply_t>(
-        cookie, lifetime_.guard([this, round = round_](const auto *reply) {
-            if (round != round_) {
-                return;
-            }
-            if (reply == nullptr) {
-                // The server is not on this machine after all.
-                isSharing_ = false;
-                cells_ = {};
-                fetchPlainly(0);
-                return;
-            }
-            std::size_t size = 0;
-            for (const auto &piece : pieces_) {
-                size += bytesOf(piece.pixels.width, piece.pixels.height);
-            }
-            if (pixels_.size() < size) {
-                pixels_ = SharedMemory(connection_, size);
-            }
-            std::size_t offset = 0;
-            for (const auto &piece : pieces_) {
-                draw(piece, cells_.bytes() + piece.offset, offset);
-                offset += bytesOf(piece.pixels.width, piece.pixels.height);
-            }
-            finish();
-        }));
+    const TileRoute route{levels_.back().pixmap.id(),
+                          staging_ ? staging_.id() : target_.canvasPixmap,
+                          staging_ ? texelDepth : target_.depth, context_.id()};
+    transfers_.back()->start(
+        route, tiles_,
+        [this](const Tile &tile, const std::uint8_t *texels, std::uint8_t *pixels) {
+            material_->render(tile.pixels, texels,
+                              bytesPerPixel * static_cast<std::size_t>(tile.texels.width), pixels,
+                              bytesPerPixel * static_cast<std::size_t>(tile.pixels.width));
+        },
+        [this](bool succeeded) { transferred(succeeded); });
 }
 
-void CpuBlurRenderer::fetchPlainly(std::size_t index) {
-    const auto &cells = pieces_[index].cells;
-    const auto cookie = xcb_get_image(
-        connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, steps_.back().pixmap.id(), coordinate(cells.x),
-        coordinate(cells.y), extent(cells.width), extent(cells.height), allPlanes);
-    connection_.whenReplied<xcb_get_image_reply_t>(
-        cookie, lifetime_.guard([this, index, round = round_](const auto *reply) {
-            if (round != round_) {
-                return;
-            }
-            if (reply == nullptr) {
-                std::exchange(done_, nullptr)(false);
-                return;
-            }
-            pixels_ = {};
-            draw(pieces_[index], xcb_get_image_data(reply), 0);
-            if (index + 1 < pieces_.size()) {
-                fetchPlainly(index + 1);
-            } else {
-                finish();
-            }
-        }));
-}
-
-void CpuBlurRenderer::draw(const Piece &piece, const std::uint8_t *cells, std::size_t offset) {
-    const auto &part = piece.pixels;
-    const auto size = bytesOf(part.width, part.height);
-    if (!pixels_) {
-        plainPixels_.resize(size);
-    }
-    auto *pixels = pixels_ ? pixels_.bytes() + offset : plainPixels_.data();
-    material_->render(part, cells, bytesOf(piece.cells.width, 1), pixels, bytesOf(part.width, 1));
-    const auto to = staging_ ? staging_.id() : target_.canvasPixmap;
-    const auto depth = staging_ ? cellDepth : target_.depth;
-    if (pixels_) {
-        xcb_shm_put_image(connection_, to, context_.id(), extent(part.width), extent(part.height),
-                          0, 0, extent(part.width), extent(part.height), coordinate(part.x),
-                          coordinate(part.y), depth, XCB_IMAGE_FORMAT_Z_PIXMAP, 0,
-                          pixels_.segment(), static_cast<std::uint32_t>(offset));
-    } else {
-        putPlainly(part, to, depth);
+void CpuBlurRenderer::transferred(bool succeeded) {
+    if (!succeeded) {
+        transfers_.pop_back();
+        transfer();
+        return;
     }
     if (staging_) {
-        xcb_render_composite(connection_, XCB_RENDER_PICT_OP_SRC, stagingPicture_.id(), XCB_NONE,
-                             target_.canvas, coordinate(part.x), coordinate(part.y), 0, 0,
-                             coordinate(part.x), coordinate(part.y), extent(part.width),
-                             extent(part.height));
+        for (const auto &tile : tiles_) {
+            copyToCanvas(stagingPicture_.id(), tile.pixels);
+        }
     }
-}
-
-void CpuBlurRenderer::putPlainly(const drawing::PixelRect &part, xcb_pixmap_t to,
-                                 std::uint8_t depth) {
-    const auto rowBytes = bytesOf(part.width, 1);
-    const auto most = static_cast<std::size_t>(xcb_get_maximum_request_length(connection_)) * 4 -
-                      sizeof(xcb_put_image_request_t) - sizeof(std::uint32_t);
-    const int rowsAtOnce = std::max(1, static_cast<int>(most / rowBytes));
-    for (int row = 0; row < part.height; row += rowsAtOnce) {
-        const int rows = std::min(rowsAtOnce, part.height - row);
-        xcb_put_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, to, context_.id(), extent(part.width),
-                      extent(rows), coordinate(part.x), coordinate(part.y + row), 0, depth,
-                      static_cast<std::uint32_t>(bytesOf(part.width, rows)),
-                      plainPixels_.data() + static_cast<std::size_t>(row) * rowBytes);
-    }
-}
-
-void CpuBlurRenderer::finish() {
     images_ = drawLayersOnto(target_.canvas, tools_, *appearance_, others_);
-    layOver();
-    for (const auto &hole : maskedOut_.rectangles()) {
-        xcb_render_composite(connection_, XCB_RENDER_PICT_OP_SRC, target_.scene, XCB_NONE,
-                             target_.canvas, coordinate(hole.x), coordinate(hole.y), 0, 0,
-                             coordinate(hole.x), coordinate(hole.y), extent(hole.width),
-                             extent(hole.height));
+    blendSceneOver();
+    for (const auto &part : maskedOut_.rectangles()) {
+        copyToCanvas(target_.scene, part);
     }
     std::exchange(done_, nullptr)(true);
 }
 
+void CpuBlurRenderer::copyToCanvas(xcb_render_picture_t source, const drawing::PixelRect &part) {
+    const auto at = toProtocol(part);
+    xcb_render_composite(connection_, XCB_RENDER_PICT_OP_SRC, source, XCB_NONE, target_.canvas,
+                         at.x, at.y, 0, 0, at.x, at.y, at.width, at.height);
+}
+
 // What is not all opaque lets the scene through.
-void CpuBlurRenderer::layOver() {
+void CpuBlurRenderer::blendSceneOver() {
     const double opacity = material_->opacity() * appearance_->alpha;
     const auto through = static_cast<std::uint16_t>(std::lround((1 - opacity) * 0xffff));
     if (through == 0) {
