@@ -317,9 +317,9 @@ X11PlatformWindow::makeScenePainter(std::unique_ptr<BackdropRenderer> renderer,
                                           ? drawing.formats.translucent()
                                           : drawing.formats.opaque(surface_->visual())};
     // The painter is in the midst of its work when it fails.
-    auto failed = [this, way = surroundings_.backdropRenderers.wayInUse()] {
-        surroundings_.mainLoop.post(lifetime_.guard([this, way] {
-            surroundings_.backdropRenderers.stepDownFrom(way);
+    auto failed = [this, method = surroundings_.backdropRenderers.methodInUse()] {
+        surroundings_.mainLoop.post(lifetime_.guard([this, method] {
+            surroundings_.backdropRenderers.stepDownFrom(method);
             replacePainter();
         }));
     };

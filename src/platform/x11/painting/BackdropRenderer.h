@@ -27,7 +27,7 @@ struct RenderTarget {
     xcb_render_picture_t scene = XCB_NONE;
 
     // What the overlay window shows. Always opaque in the end, also under a compositing manager:
-    // where the layers let something through, by their alpha or by holes, it is the scene that
+    // where the layers let something through, by their alpha or by the mask, it is the scene that
     // shows.
     xcb_pixmap_t canvasPixmap = XCB_NONE;
     xcb_render_picture_t canvas = XCB_NONE;
@@ -66,18 +66,19 @@ class BackdropRenderer {
     // prepared. Small steps that can't be seen may be left out.
     virtual int reach() const = 0;
 
-    // Draws these parts of the canvas anew: disjoint, not empty, within the target, in pixels from
-    // its top left, and what changed beneath already grown by the reach. The scene has been asked
-    // for on the Connection, so it is there for whatever is asked for on it from now on; a renderer
-    // with a connection of its own has to make sure (Connection::whenReplied). Pixels outside the
-    // parts may be drawn as well, if they come out as they were. The canvas picture is clipped to
-    // the parts or less (for one that draws in place, to exactly what of the scene is new).
+    // Draws the damaged parts of the canvas anew: disjoint, not empty, within the target, in pixels
+    // from its top left, and each what changed of the scene already grown by the reach. The scene
+    // has been asked for on the Connection, so it is there for whatever is asked for on it from now
+    // on; a renderer with a connection of its own has to make sure (Connection::whenReplied).
+    // Pixels outside the damage may be drawn as well, if they come out as they were. The canvas
+    // picture is clipped to the damage or less (for one that draws in place, to exactly what of the
+    // scene is new).
     //
     // Calls the function once, perhaps before returning, when requests made on the Connection after
-    // that find the parts in the canvas; with false when this renderer can't draw any more (its
-    // owner then replaces it, see BackdropRenderers). A further render() before that ends this one
-    // without its function being called, and includes its parts.
-    virtual void render(const std::vector<drawing::PixelRect> &parts,
+    // that find the damaged parts in the canvas; with false when this renderer can't draw any more
+    // (its owner then replaces it, see BackdropRenderers). A further render() before that ends this
+    // one without its function being called, and includes its damage.
+    virtual void render(const std::vector<drawing::PixelRect> &damage,
                         std::function<void(bool succeeded)> done) = 0;
 
     // Ends an unfinished render() without its function being called.

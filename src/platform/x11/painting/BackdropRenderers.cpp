@@ -14,8 +14,12 @@ namespace lumo::x11 {
 
 namespace {
 
-constexpr std::size_t glWay = 0;
 constexpr double glRetryInterval = 60; // seconds
+
+// As in the log line.
+std::string nameOf(RenderingMethod method) {
+    return method == RenderingMethod::openGl ? "OpenGL" : "the processor";
+}
 
 std::uint8_t overlayDepth(const DrawingTools &tools) {
     return tools.formats.translucentVisual() != XCB_NONE ? std::uint8_t{32}
@@ -38,17 +42,12 @@ BackdropRenderers::BackdropRenderers(const DrawingTools &tools, MainLoop &mainLo
     : tools_(tools)
     , mainLoop_(mainLoop)
     , log_(log)
-    , inUse_(choice == RendererChoice::gl ? glWay : glWay + 1) {
+    , inUse_(choice == RendererChoice::gl ? RenderingMethod::openGl
+                                          : methodAfter(RenderingMethod::openGl)) {
     if (choice != RendererChoice::cpu) {
         gl_ = std::make_unique<GlService>(tools.connection, mainLoop, overlayDepth(tools),
                                           choice == RendererChoice::gl);
         glStarts_ = gl_->onStarted([this] { glStarted(); });
-    }
-    ways_ = {{"OpenGL", [this] { return gl_->make(); }}};
-    if (CpuBlurRenderer::isPossible(tools_)) {
-        ways_.push_back({"the processor", [this] {
-                             return std::make_unique<CpuBlurRenderer>(tools_, grainPlanes_);
-                         }});
     }
 }
 
@@ -56,7 +55,8 @@ bool BackdropRenderers::isPossible() const {
     const auto &extensions = tools_.connection.extensions();
     return extensions.composite && extensions.damage && extensions.xfixes &&
            tools_.formats.translucent() != XCB_NONE &&
-           (ways_.size() > 1 || (gl_ && gl_->state() != GlService::State::refused));
+           (CpuBlurRenderer::isPossible(tools_) ||
+            (gl_ && gl_->state() != GlService::State::refused));
 }
 
 std::unique_ptr<BackdropRenderer> BackdropRenderers::make() {
@@ -64,8 +64,8 @@ std::unique_ptr<BackdropRenderer> BackdropRenderers::make() {
     if (gl_ && !nextGlStart_) {
         gl_->start();
     }
-    while (isPossible() && inUse_ < ways_.size()) {
-        if (auto renderer = ways_[inUse_].make()) {
+    while (isPossible() && inUse_ != RenderingMethod::none) {
+        if (auto renderer = makeByMethodInUse()) {
             return renderer;
         }
         stepDownFrom(inUse_);
@@ -73,20 +73,34 @@ std::unique_ptr<BackdropRenderer> BackdropRenderers::make() {
     return nullptr;
 }
 
-void BackdropRenderers::stepDownFrom(std::size_t way) {
-    if (way != inUse_ || inUse_ == ways_.size()) {
+std::unique_ptr<BackdropRenderer> BackdropRenderers::makeByMethodInUse() {
+    if (inUse_ == RenderingMethod::openGl) {
+        return gl_->make();
+    }
+    return std::make_unique<CpuBlurRenderer>(tools_, grainPlanes_);
+}
+
+RenderingMethod BackdropRenderers::methodAfter(RenderingMethod method) const {
+    return method == RenderingMethod::openGl && CpuBlurRenderer::isPossible(tools_)
+               ? RenderingMethod::processor
+               : RenderingMethod::none;
+}
+
+void BackdropRenderers::stepDownFrom(RenderingMethod method) {
+    if (method != inUse_ || method == RenderingMethod::none) {
         return;
     }
-    std::string failed(ways_[inUse_++].name);
-    if (way == glWay) {
+    inUse_ = methodAfter(method);
+    std::string failed = nameOf(method);
+    if (method == RenderingMethod::openGl) {
         failed += gl_->problem().empty() ? "" : " (" + gl_->problem() + ")";
         gl_->stop();
         hasLostGl_ = true;
         tryGlLater();
     }
     log_.print("[Lumo] Live blur by " + failed + " does not work: " +
-               (inUse_ < ways_.size() ? "going on with " + std::string(ways_[inUse_].name)
-                                      : "there is none from now on"));
+               (inUse_ == RenderingMethod::none ? "there is none from now on"
+                                                : "going on with " + nameOf(inUse_)));
 }
 
 void BackdropRenderers::reconsider() {
@@ -97,8 +111,8 @@ void BackdropRenderers::reconsider() {
 }
 
 void BackdropRenderers::glStarted() {
-    if (gl_->state() == GlService::State::ready && inUse_ > glWay) {
-        inUse_ = glWay;
+    if (gl_->state() == GlService::State::ready && inUse_ != RenderingMethod::openGl) {
+        inUse_ = RenderingMethod::openGl;
         if (hasLostGl_) {
             log_.print("[Lumo] Live blur by OpenGL works again");
         }

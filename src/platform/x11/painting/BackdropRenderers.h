@@ -7,11 +7,8 @@
 #include "support/Handle.h"
 #include "support/Signal.h"
 
-#include <cstddef>
 #include <functional>
 #include <memory>
-#include <string_view>
-#include <vector>
 
 namespace lumo {
 class MainLoop;
@@ -34,13 +31,12 @@ enum class RendererChoice {
 // nothing for automatic.
 RendererChoice rendererChoiceOfUser();
 
-// The ways to draw backdrop layers, best first, and which of them is in use. Shared by all
-// overlays. Main thread only.
+// The methods of drawing backdrop layers, best first.
+enum class RenderingMethod { openGl, processor, none };
+
+// Makes renderers by the best method that works. Shared by all overlays. Main thread only.
 class BackdropRenderers {
   public:
-    // A renderer, or null where this way can't be gone at all.
-    using Make = std::function<std::unique_ptr<BackdropRenderer>()>;
-
     // What it is given outlives it. Waits for the server.
     BackdropRenderers(const DrawingTools &tools, MainLoop &mainLoop, freedesktop::LogOnce &log,
                       RendererChoice choice = rendererChoiceOfUser());
@@ -48,30 +44,27 @@ class BackdropRenderers {
     // Whether backdrop layers can be drawn here at all. Never changes.
     bool isPossible() const;
 
-    // One of the best kind that works; null when none does.
+    // One by the best method that works; null when none does.
     std::unique_ptr<BackdropRenderer> make();
 
-    // Which way make() goes at present.
-    std::size_t wayInUse() const { return inUse_; }
+    // By which method make() works at present.
+    RenderingMethod methodInUse() const { return inUse_; }
 
-    // That way has failed: from now on the next one is gone. Says so in one line; nothing when that
-    // has been done already. Graphics hardware is tried again after a while.
-    void stepDownFrom(std::size_t way);
+    // That method has failed: from now on the next one is used. Says so in one line; nothing when
+    // that has been done already. Graphics hardware is tried again after a while.
+    void stepDownFrom(RenderingMethod method);
 
     // Something has changed that may help what has failed: it is tried again soon.
     void reconsider();
 
-    // Calls the observer when a better way has come up than make() went before.
+    // Calls the observer when there is a better method than make() used before.
     Handle onImprovement(std::function<void()> observer) {
         return improved_.subscribe(std::move(observer));
     }
 
   private:
-    struct Way {
-        std::string_view name; // as in the log line
-        Make make;
-    };
-
+    std::unique_ptr<BackdropRenderer> makeByMethodInUse();
+    RenderingMethod methodAfter(RenderingMethod method) const;
     void glStarted();
     void tryGlLater();
 
@@ -80,8 +73,7 @@ class BackdropRenderers {
     freedesktop::LogOnce &log_;
     drawing::GrainPlanes grainPlanes_;
     std::unique_ptr<GlService> gl_; // null when it is not wanted
-    std::vector<Way> ways_;
-    std::size_t inUse_;
+    RenderingMethod inUse_;
     bool hasLostGl_ = false;
     Signal<> improved_;
     Handle glStarts_;

@@ -9,7 +9,7 @@ void FlatRenderer::prepare(const drawing::PlacedLayers &appearance, const Render
     target_ = target;
 }
 
-void FlatRenderer::render(const std::vector<drawing::PixelRect> & /*parts*/,
+void FlatRenderer::render(const std::vector<drawing::PixelRect> & /*damage*/,
                           std::function<void(bool succeeded)> done) {
     xcb_render_composite(tools_.connection, XCB_RENDER_PICT_OP_OVER, layers_.picture.id(), XCB_NONE,
                          target_.canvas, 0, 0, 0, 0, 0, 0,

@@ -14,7 +14,7 @@ class FlatRenderer final : public BackdropRenderer {
     bool needsSceneApart() const override { return false; }
     void prepare(const drawing::PlacedLayers &appearance, const RenderTarget &target) override;
     int reach() const override { return 0; }
-    void render(const std::vector<drawing::PixelRect> &parts,
+    void render(const std::vector<drawing::PixelRect> &damage,
                 std::function<void(bool succeeded)> done) override;
     void cancel() override {}
 

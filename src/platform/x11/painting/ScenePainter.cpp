@@ -29,7 +29,7 @@ ScenePainter::ScenePainter(Connection &connection, MainLoop &mainLoop,
     , failed_(std::move(failed))
     , fresh_(makeEmptyRegion(connection_))
     , scratch_(makeEmptyRegion(connection_))
-    , sceneChanges_(scene_->onStale([this] { scheduleRedraw(); })) {
+    , sceneChanges_(scene_->onStale([this] { sceneChanged(); })) {
 }
 
 ScenePainter::Buffer ScenePainter::makeBuffer(const drawing::PixelRect &area) {
@@ -44,7 +44,7 @@ ScenePainter::Buffer ScenePainter::makeBuffer(const drawing::PixelRect &area) {
 
 void ScenePainter::makeTarget(const drawing::PixelRect &area) {
     canvas_ = makeBuffer(area);
-    isBackground_ = false;
+    background_ = XCB_NONE;
     if (renderer_->needsSceneApart()) {
         apart_ = makeBuffer(area);
     }
@@ -68,16 +68,18 @@ void ScenePainter::adopt(const drawing::PlacedLayers &appearance) {
         scene_->invalidate();
     }
     adopted_ = appearance;
-    isDrawing_ = false;
+    state_ = State::resting;
     renderer_->prepare(appearance, target_);
-    parts_ = wholeOf(target_);
+    damage_ = wholeOf(target_);
 }
 
 void ScenePainter::paint(const drawing::PlacedLayers &appearance, std::function<void()> painted) {
-    if (hasFailed_) {
+    if (state_ == State::failed) {
         return;
     }
-    isSuspended_ = false;
+    if (state_ == State::suspended) {
+        state_ = State::resting;
+    }
     painted_ = std::move(painted);
     if (adopted_ != appearance) {
         adopt(appearance);
@@ -95,16 +97,16 @@ void ScenePainter::drawScene() {
     }
     const auto &area = adopted_->area;
     const auto changed = scene_->knownChanges().translated(-area.x, -area.y);
-    parts_ |= changed.grown(renderer_->reach()) & wholeOf(target_);
+    damage_ |= changed.grown(renderer_->reach()) & wholeOf(target_);
     // A renderer has some work with each rectangle.
-    parts_ = drawing::Region(parts_.boxes());
+    damage_ = drawing::Region(damage_.boxes());
     scene_->settle();
 }
 
 // What a renderer that needs the scene apart is to draw; any other has it from the scene.
-void ScenePainter::clipToParts() {
+void ScenePainter::clipToDamage() {
     const auto &area = adopted_->area;
-    const auto rectangles = toProtocol(parts_.translated(area.x, area.y));
+    const auto rectangles = toProtocol(damage_.translated(area.x, area.y));
     xcb_xfixes_set_region(connection_, scratch_.id(), static_cast<std::uint32_t>(rectangles.size()),
                           rectangles.data());
     xcb_xfixes_union_region(connection_, fresh_.id(), scratch_.id(), fresh_.id());
@@ -117,44 +119,43 @@ void ScenePainter::draw() {
     nextRedraw_.reset();
     drawnAt_ = mainLoop_.now();
     drawScene();
-    if (parts_.isEmpty()) {
+    if (damage_.isEmpty()) {
         drawn(true);
         return;
     }
     if (renderer_->needsSceneApart()) {
-        clipToParts();
+        clipToDamage();
     }
-    isDrawing_ = true;
-    isStaleMeanwhile_ = false;
+    state_ = State::rendering;
     hasFresh_ = true;
-    renderer_->render(parts_.boxes(), [this](bool succeeded) { drawn(succeeded); });
+    renderer_->render(damage_.boxes(), [this](bool succeeded) { drawn(succeeded); });
 }
 
 void ScenePainter::drawn(bool succeeded) {
-    isDrawing_ = false;
+    const bool isOutdated = state_ == State::renderingOutdated;
+    state_ = succeeded ? State::resting : State::failed;
     if (!succeeded) {
-        hasFailed_ = true;
         failed_();
         return;
     }
-    parts_ = {};
-    if (!std::exchange(isBackground_, true)) {
+    damage_ = {};
+    if (background_ != canvas_.pixmap.id()) {
         // Servers show later drawing into it as well, since they keep the pixmap and not a copy.
-        const std::uint32_t background = canvas_.pixmap.id();
-        xcb_change_window_attributes(connection_, window_.window, XCB_CW_BACK_PIXMAP, &background);
+        background_ = canvas_.pixmap.id();
+        xcb_change_window_attributes(connection_, window_.window, XCB_CW_BACK_PIXMAP, &background_);
     }
     if (painted_) {
         std::exchange(painted_, nullptr)();
     } else {
         present();
     }
-    if (std::exchange(isStaleMeanwhile_, false)) {
-        scheduleRedraw();
+    if (isOutdated) {
+        sceneChanged();
     }
 }
 
 void ScenePainter::present() {
-    if (isDrawing_ || !std::exchange(hasFresh_, false)) {
+    if (isRendering() || !std::exchange(hasFresh_, false)) {
         return;
     }
     const auto &area = adopted_->area;
@@ -167,21 +168,27 @@ void ScenePainter::present() {
 }
 
 void ScenePainter::suspend() {
-    isSuspended_ = true;
     nextRedraw_.reset();
     painted_ = nullptr;
-    if (std::exchange(isDrawing_, false)) {
+    if (isRendering()) {
         renderer_->cancel();
+    }
+    if (state_ != State::failed) {
+        state_ = State::suspended;
+    }
+}
+
+void ScenePainter::sceneChanged() {
+    if (isRendering()) {
+        state_ = State::renderingOutdated;
+    } else if (state_ == State::resting && !nextRedraw_) {
+        scheduleRedraw();
     }
 }
 
 void ScenePainter::scheduleRedraw() {
-    if (isDrawing_) {
-        isStaleMeanwhile_ = true;
-    } else if (!isSuspended_ && !hasFailed_ && !nextRedraw_) {
-        const double wait = drawnAt_ + refreshInterval - mainLoop_.now();
-        nextRedraw_ = mainLoop_.after(std::max(wait, 0.0), [this] { draw(); });
-    }
+    const double wait = drawnAt_ + refreshInterval - mainLoop_.now();
+    nextRedraw_ = mainLoop_.after(std::max(wait, 0.0), [this] { draw(); });
 }
 
 } // namespace lumo::x11

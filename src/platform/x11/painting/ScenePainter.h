@@ -37,6 +37,14 @@ class ScenePainter final : public Painter {
     void suspend() override;
 
   private:
+    enum class State {
+        suspended,         // until the next paint()
+        resting,           // nothing is being rendered
+        rendering,         // from the scene as it is
+        renderingOutdated, // the scene has changed since that began
+        failed,            // for good
+    };
+
     struct Buffer {
         OwnedPixmap pixmap;
         OwnedPicture picture;
@@ -48,7 +56,11 @@ class ScenePainter final : public Painter {
     void draw();
     void drawn(bool succeeded);
     void drawScene();
-    void clipToParts();
+    void clipToDamage();
+    bool isRendering() const {
+        return state_ == State::rendering || state_ == State::renderingOutdated;
+    }
+    void sceneChanged();
     void scheduleRedraw();
 
     Connection &connection_;
@@ -62,17 +74,14 @@ class ScenePainter final : public Painter {
     Buffer canvas_; // what the window shows, its background as well
     Buffer apart_;  // the scene, if the renderer needs it apart
     RenderTarget target_;
-    bool isBackground_ = false; // the canvas is the window's background
+    xcb_pixmap_t background_ = XCB_NONE; // the window's: the canvas once that has been rendered
     OwnedGraphicsContext context_;
 
-    drawing::Region parts_; // to be rendered, or being rendered; from the window's top left
-    OwnedRegion fresh_;     // rendered, or about to be, but not presented; on the root window
+    drawing::Region damage_; // to be rendered, or being rendered; from the window's top left
+    OwnedRegion fresh_;      // rendered, or about to be, but not presented; on the root window
     OwnedRegion scratch_;
-    bool isDrawing_ = false;
-    bool isStaleMeanwhile_ = false; // since that drawing began
-    bool hasFresh_ = false;
-    bool isSuspended_ = true;
-    bool hasFailed_ = false;
+    bool hasFresh_ = false; // there may be some of it
+    State state_ = State::suspended;
     double drawnAt_ = 0; // seconds
     std::function<void()> painted_;
     Handle sceneChanges_;
