@@ -2,8 +2,8 @@
 
 namespace lumo::drawing {
 
-// On what grid a Gaussian is computed so that its cost does not grow with its size: a coarser one,
-// yet fine enough that nobody can tell.
+// The downsampled grid on which a Gaussian is computed, so that its cost does not grow with its
+// deviation: fine enough that the difference cannot be seen.
 struct BlurGrid {
     int factor = 1;       // pixels per texel of the grid, a power of two
     double deviation = 0; // of the Gaussian on the grid, in texels

@@ -10,8 +10,8 @@ namespace lumo::drawing {
 // A vertex and a fragment shader, linked. Made and used with a context current on the thread.
 class GlProgram {
   public:
-    // What is wrong with the shaders, if anything, is a fault of the driver's or ours: the program
-    // is then not usable.
+    // A shader that does not compile is a fault of the driver's or ours: the program is then not
+    // usable.
     GlProgram(const char *vertexSource, const char *fragmentSource);
     ~GlProgram() { glDeleteProgram(program_); }
     GlProgram(const GlProgram &) = delete;

@@ -60,7 +60,7 @@ bool BackdropRenderers::isPossible() const {
 }
 
 std::unique_ptr<BackdropRenderer> BackdropRenderers::make() {
-    // Whoever draws until then, it is only loaded now that a backdrop is to be shown.
+    // OpenGL is only loaded now that a backdrop is to be shown; the processor draws until then.
     if (gl_ && !nextGlStart_) {
         gl_->start();
     }

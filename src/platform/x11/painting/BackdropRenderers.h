@@ -27,7 +27,7 @@ enum class RendererChoice {
     cpu,       // never OpenGL
 };
 
-// What the user says in the environment, under LUMO_RENDERER: "gl", "cpu", or anything else or
+// What the user says in the environment, under LUMO_RENDERER: "gl", "cpu", or another value or
 // nothing for automatic.
 RendererChoice rendererChoiceOfUser();
 

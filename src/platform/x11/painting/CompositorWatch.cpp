@@ -30,7 +30,7 @@ CompositorWatch::CompositorWatch(Connection &connection, MainLoop &mainLoop)
         }
         const auto &notify = reinterpret_cast<const xcb_xfixes_selection_notify_event_t &>(event);
         if (notify.selection == selection_) {
-            ownerIs(notify.owner != XCB_NONE);
+            announcedIs(notify.owner != XCB_NONE);
         }
     });
     xcb_xfixes_select_selection_input(connection_, connection_.root(), selection_,
@@ -42,17 +42,17 @@ CompositorWatch::CompositorWatch(Connection &connection, MainLoop &mainLoop)
     if (!owner || owner->owner == XCB_NONE) {
         return;
     }
-    hasOwner_ = true;
+    state_ = State::announced;
     const auto attempt = attemptToRedirect();
     probed(XcbPointer<xcb_generic_error_t>(xcb_request_check(connection_, attempt)) == nullptr);
 }
 
-void CompositorWatch::ownerIs(bool someone) {
-    hasOwner_ = someone;
-    if (!someone) {
+void CompositorWatch::announcedIs(bool isAnnounced) {
+    if (!isAnnounced) {
         nextProbe_.reset();
-        set(false);
-    } else if (!isCompositing_) {
+        set(State::absent);
+    } else if (!isCompositing()) {
+        set(State::announced);
         probe();
     }
 }
@@ -79,19 +79,20 @@ void CompositorWatch::probe() {
 }
 
 void CompositorWatch::probed(bool couldRedirect) {
-    if (!hasOwner_) {
+    if (state_ == State::absent) {
         return;
     }
     if (couldRedirect) {
         nextProbe_ = mainLoop_.after(probeInterval, [this] { probe(); });
     } else {
-        set(true);
+        set(State::compositing);
     }
 }
 
-void CompositorWatch::set(bool isCompositing) {
-    if (isCompositing != isCompositing_) {
-        isCompositing_ = isCompositing;
+void CompositorWatch::set(State state) {
+    const bool wasCompositing = isCompositing();
+    state_ = state;
+    if (isCompositing() != wasCompositing) {
         changed_.emit();
     }
 }

@@ -19,10 +19,10 @@ class Connection;
 // Main thread only.
 class CompositorWatch {
   public:
-    // Waits for the server to learn how things stand.
+    // Waits for the server to learn the present state.
     CompositorWatch(Connection &connection, MainLoop &mainLoop);
 
-    bool isCompositing() const { return isCompositing_; }
+    bool isCompositing() const { return state_ == State::compositing; }
 
     // Calls the observer after isCompositing() has changed.
     Handle onChange(std::function<void()> observer) {
@@ -30,17 +30,22 @@ class CompositorWatch {
     }
 
   private:
-    void ownerIs(bool someone);
+    enum class State {
+        absent,
+        announced, // but does not have the windows yet
+        compositing,
+    };
+
+    void announcedIs(bool isAnnounced);
     xcb_void_cookie_t attemptToRedirect();
     void probe();
     void probed(bool couldRedirect);
-    void set(bool isCompositing);
+    void set(State state);
 
     Connection &connection_;
     MainLoop &mainLoop_;
     xcb_atom_t selection_;
-    bool hasOwner_ = false;
-    bool isCompositing_ = false;
+    State state_ = State::absent;
     Signal<> changed_;
     Handle events_;
     Handle nextProbe_;

@@ -259,7 +259,7 @@ bool GlxDevice::finish() {
     const bool isWhole = !reportsResets_ || glGetGraphicsResetStatusARB() == GL_NO_ERROR;
     const bool isRight = glGetError() == GL_NO_ERROR;
     XSync(display_, False);
-    // Of what every client is told there is nothing to know here.
+    // Events that the server sends to every client are of no use here.
     while (XPending(display_) > 0) {
         XEvent event;
         XNextEvent(display_, &event);

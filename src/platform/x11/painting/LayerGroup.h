@@ -12,7 +12,7 @@ namespace lumo::x11 {
 class Connection;
 class RenderFormats;
 
-// What drawing needs; all of it outlives whoever is handed it.
+// What drawing needs; all of it outlives the objects that are handed it.
 struct DrawingTools {
     Connection &connection;
     const RenderFormats &formats;

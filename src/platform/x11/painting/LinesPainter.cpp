@@ -115,7 +115,7 @@ std::uint32_t LinesPainter::pixelOf(const Color &color) const {
         return static_cast<std::uint32_t>(std::lround(std::clamp(value, 0.0, 1.0) * largest))
                << std::countr_zero(mask);
     };
-    // Whatever is no colour is alpha, if anything.
+    // Bits of no colour are alpha or unused.
     const auto other = ~(visual->red_mask | visual->green_mask | visual->blue_mask);
     return channel(color.red, visual->red_mask) | channel(color.green, visual->green_mask) |
            channel(color.blue, visual->blue_mask) | (window_.depth() == 32 ? other : 0U);

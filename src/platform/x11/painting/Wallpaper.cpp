@@ -62,7 +62,7 @@ Wallpaper::Wallpaper(Connection &connection, WindowMirror &mirror, const RenderF
         }
     })) {
     readProperty(0);
-    connection_.dispatchUntil([this] { return isSettled_; }, longestWait);
+    connection_.dispatchUntil([this] { return source_ != Source::unread; }, longestWait);
 }
 
 void Wallpaper::readProperty(std::size_t index) {
@@ -105,8 +105,7 @@ void Wallpaper::readPixmap(std::size_t index, xcb_pixmap_t pixmap) {
 }
 
 void Wallpaper::settle(OwnedPicture picture) {
-    isNamed_ = static_cast<bool>(picture);
-    isSettled_ = true;
+    source_ = picture ? Source::property : Source::rootBackground;
     picture_ = std::move(picture);
     changed_.emit();
 }
@@ -115,7 +114,7 @@ void Wallpaper::rootIs(std::uint16_t width, std::uint16_t height) {
     if (width != rootWidth_ || height != rootHeight_) {
         rootWidth_ = width;
         rootHeight_ = height;
-        if (!isNamed_) {
+        if (source_ != Source::property) {
             picture_.reset();
         }
         changed_.emit();
@@ -138,7 +137,7 @@ void Wallpaper::drawOnto(xcb_render_picture_t picture, const drawing::PixelRect 
                          static_cast<std::uint16_t>(area.height));
 }
 
-// The server tells nobody the root window's background, but draws it into a window whose own
+// The server tells no client the root window's background, but draws it into a window whose own
 // background is "that of the parent". Such a window, redirected so that it is never seen and gone
 // again at once, leaves its pixels behind.
 void Wallpaper::captureRootBackground() {

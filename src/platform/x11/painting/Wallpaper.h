@@ -39,6 +39,8 @@ class Wallpaper {
     }
 
   private:
+    enum class Source { unread, property, rootBackground };
+
     void readProperty(std::size_t index);
     void readPixmap(std::size_t index, xcb_pixmap_t pixmap);
     void settle(OwnedPicture picture);
@@ -49,9 +51,8 @@ class Wallpaper {
     Connection &connection_;
     const RenderFormats &formats_;
     const CompositorWatch &compositor_;
-    OwnedPicture picture_; // repeats, from the root window's origin; none while not known
-    bool isNamed_ = false; // picture_ is the one that the property names
-    bool isSettled_ = false;
+    OwnedPicture picture_;           // repeats, from the root window's origin; none while not known
+    Source source_ = Source::unread; // as last read
     std::uint16_t rootWidth_;
     std::uint16_t rootHeight_;
     unsigned reading_ = 0; // which reading of the property the replies must belong to

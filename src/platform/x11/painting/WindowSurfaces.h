@@ -41,7 +41,7 @@ struct SurfaceDamage {
 };
 
 // The surfaces of other programs' windows, shared by all that is drawn from them. The server keeps
-// such pixels only of redirected windows, so somebody must see to that. Nothing here waits for the
+// such pixels only of redirected windows, so a Redirection must be held. Nothing here waits for the
 // server: a window that is gone by the time of a request draws nothing. Main thread only.
 class WindowSurfaces {
   public:
@@ -57,7 +57,7 @@ class WindowSurfaces {
     Handle onDamage(std::function<void(const SurfaceDamage &)> observer);
 
     // Calls the observer when a window may look different: once after it has been damaged, until
-    // that damage is collected. XCB_NONE stands for anything that concerns more than one.
+    // that damage is collected. XCB_NONE stands for a change that concerns more than one.
     Handle onStale(std::function<void(xcb_window_t)> observer);
 
     // The surfaces are given up when the last of these is released.
