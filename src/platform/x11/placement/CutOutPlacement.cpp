@@ -5,12 +5,12 @@
 #include "platform/x11/server/Connection.h"
 #include "platform/x11/server/OverlaySurface.h"
 #include "platform/x11/server/ProtocolRectangle.h"
-#include "platform/x11/server/ServerResource.h"
 #include "platform/x11/windows/WindowMirror.h"
 
 #include <xcb/shape.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace lumo::x11 {
 
@@ -18,8 +18,21 @@ namespace {
 
 constexpr double longestPause = 64; // seconds
 
-bool overlap(const drawing::PixelRect &a, const drawing::PixelRect &b) {
-    return !a.intersection(b).isEmpty();
+using drawing::CutOutPiece;
+using drawing::CutOutWindow;
+
+CutOutWindow::Layer layerOf(const MirrorWindow &window) {
+    switch (window.stackingLayer) {
+    case StackingLayer::desktop:
+    case StackingLayer::below:
+        return CutOutWindow::Layer::below;
+    case StackingLayer::normal:
+        break;
+    case StackingLayer::above:
+    case StackingLayer::floating:
+        return CutOutWindow::Layer::above;
+    }
+    return CutOutWindow::Layer::ordinary;
 }
 
 } // namespace
@@ -39,15 +52,18 @@ CutOutPlacement::~CutOutPlacement() {
     overlay_.setShape({});
 }
 
-bool CutOutPlacement::isPossible(const Order &order) const {
-    if (order.kind != Order::Kind::below) {
-        return order.kind == Order::Kind::front;
-    }
-    const auto *reference = mirror_.find(order.reference);
-    return reference != nullptr && reference->isMapped;
+// Null when the order has none, or it is not on screen.
+const MirrorWindow *CutOutPlacement::referenceOf(const Order &order) const {
+    const auto *reference =
+        order.kind == Order::Kind::below ? mirror_.find(order.reference) : nullptr;
+    return reference != nullptr && reference->isMapped ? reference : nullptr;
 }
 
-bool CutOutPlacement::belongsTo(const MirrorWindow &window, const MirrorWindow &owner) const {
+bool CutOutPlacement::isPossible(const Order &order) const {
+    return order.kind == Order::Kind::front || referenceOf(order) != nullptr;
+}
+
+bool CutOutPlacement::isDialogOf(const MirrorWindow &window, const MirrorWindow &owner) const {
     if (!window.transientFor) {
         return false;
     }
@@ -56,48 +72,77 @@ bool CutOutPlacement::belongsTo(const MirrorWindow &window, const MirrorWindow &
                              : leader->frame == owner.frame;
 }
 
-CutOutPlacement::Rule CutOutPlacement::ruleOf(const Order &order) const {
-    Rule rule{order, nullptr, 0, nullptr};
-    const auto *reference =
-        order.kind == Order::Kind::below ? mirror_.find(order.reference) : nullptr;
-    if (reference != nullptr && reference->isMapped) {
-        const auto &stacking = mirror_.stacking();
-        rule.reference = reference;
-        rule.referenceIndex = static_cast<std::size_t>(
-            std::ranges::find(stacking, reference->frame) - stacking.begin());
+CutOutWindow CutOutPlacement::describe(const MirrorWindow &window,
+                                       const MirrorWindow *reference) const {
+    const auto active = mirror_.activeWindow();
+    const bool isKnown = window.canBeSeen() && window.isDescribed;
+    return {.id = window.frame,
+            .area = isKnown ? window.visibleArea() : drawing::PixelRect{},
+            .layer = layerOf(window),
+            .isFocused = active && mirror_.find(*active) == &window,
+            .isDialogOfReference = reference != nullptr && isDialogOf(window, *reference)};
+}
+
+drawing::CutOutRule CutOutPlacement::ruleOf(const Order &order,
+                                            const MirrorWindow *reference) const {
+    drawing::CutOutRule rule{.focusRaises = focusRaises_, .coversLayersAbove = order.level > 0};
+    if (order.kind == Order::Kind::below) {
+        rule.reference = reference != nullptr ? reference->frame : order.reference;
     }
-    if (const auto active = mirror_.activeWindow()) {
-        rule.active = mirror_.find(*active);
+    for (const auto &piece : pushed_.pieces) {
+        if (piece.isClear) {
+            rule.clearBefore.push_back(piece.window);
+        }
     }
     return rule;
 }
 
-bool CutOutPlacement::staysClear(const MirrorWindow &window, std::size_t index,
-                                 const Rule &rule) const {
-    if (window.stackingLayer != StackingLayer::normal) {
-        return window.stackingLayer > StackingLayer::normal && rule.order.level <= 0;
+std::vector<CutOutPlacement::WindowShape>
+CutOutPlacement::shapesOf(const std::vector<CutOutPiece> &pieces) const {
+    std::vector<WindowShape> shapes;
+    for (const auto &piece : pieces) {
+        const auto &window = *mirror_.find(piece.window);
+        if (window.shapeSerial != 0) {
+            shapes.push_back({window.frame, window.geometry.x + window.borderWidth,
+                              window.geometry.y + window.borderWidth, window.shapeSerial});
+        }
     }
-    if (rule.order.kind != Order::Kind::below) {
-        return false;
+    return shapes;
+}
+
+CutOutPlacement::Plan CutOutPlacement::makePlan(const Order &order) const {
+    const auto *reference = referenceOf(order);
+    const auto &stacking = mirror_.stacking();
+    std::vector<CutOutWindow> windows;
+    auto above = stacking.size(); // how many of the windows lie above the overlay
+    for (std::size_t i = stacking.size(); i-- > 0;) {
+        const auto &window = *mirror_.find(stacking[i]);
+        if (window.canBeSeen() || &window == reference) {
+            windows.push_back(describe(window, reference));
+        } else if (stacking[i] == overlay_.id()) {
+            above = windows.size();
+        }
     }
-    if (rule.reference == nullptr) {
-        // What was clear stays so until another order comes.
-        return std::ranges::any_of(pushed_.pieces, [&](const Piece &piece) {
-            return piece.isHole && piece.window == window.frame;
-        });
+    const auto isClear = drawing::clearWindows(windows, ruleOf(order, reference));
+    Plan plan;
+    plan.shape.overlay = overlay_.area();
+    plan.shape.pieces = drawing::cutOutPieces(windows, isClear, plan.shape.overlay);
+    plan.shape.windowShapes = shapesOf(plan.shape.pieces);
+    for (std::size_t i = 0; i < windows.size(); ++i) {
+        if (isClear[i] || !mirror_.find(windows[i].id)->canBeSeen()) {
+            continue;
+        }
+        plan.covered.push_back(windows[i].id);
+        if (i < above && plan.offender == XCB_NONE && !windows[i].area.isEmpty()) {
+            plan.offender = windows[i].id;
+        }
     }
-    if (focusRaises_ || &window == rule.reference) {
-        return index >= rule.referenceIndex;
-    }
-    return &window == rule.active ||
-           (index > rule.referenceIndex &&
-            (overlap(window.visibleArea(), rule.reference->visibleArea()) ||
-             belongsTo(window, *rule.reference)));
+    return plan;
 }
 
 const CutOutPlacement::Plan &CutOutPlacement::plan(const Order &order) const {
     if (plannedFrom_ != mirror_.revision() || plannedOrder_ != order ||
-        plan_.overlay != overlay_.area()) {
+        plan_.shape.overlay != overlay_.area()) {
         plan_ = makePlan(order);
         plannedOrder_ = order;
         plannedFrom_ = mirror_.revision();
@@ -105,74 +150,29 @@ const CutOutPlacement::Plan &CutOutPlacement::plan(const Order &order) const {
     return plan_;
 }
 
-CutOutPlacement::Plan CutOutPlacement::makePlan(const Order &order) const {
-    Plan plan{overlay_.area(), {}};
-    const auto rule = ruleOf(order);
-    const auto &stacking = mirror_.stacking();
-    for (std::size_t i = stacking.size(); i-- > 0;) {
-        const auto &window = *mirror_.find(stacking[i]);
-        const auto area = window.visibleArea();
-        if (window.canBeSeen() && window.isDescribed && overlap(area, plan.overlay)) {
-            plan.pieces.push_back({window.frame, area, window.geometry, window.shapeSerial,
-                                   staysClear(window, i, rule)});
-        }
-    }
-    // What hides no hole has no part in it.
-    drawing::PixelRect holesBeneath;
-    std::vector<Piece> needed;
-    std::for_each(plan.pieces.rbegin(), plan.pieces.rend(), [&](const Piece &piece) {
-        if (piece.isHole) {
-            holesBeneath = holesBeneath.united(piece.area);
-        }
-        if (piece.isHole || overlap(piece.area, holesBeneath)) {
-            needed.push_back(piece);
-        }
-    });
-    std::ranges::reverse(needed);
-    plan.pieces = std::move(needed);
-    return plan;
-}
-
 std::vector<xcb_window_t> CutOutPlacement::lowerWindows(const Order &order) const {
-    std::vector<xcb_window_t> windows;
-    const auto rule = ruleOf(order);
-    const auto &stacking = mirror_.stacking();
-    for (std::size_t i = 0; i < stacking.size(); ++i) {
-        const auto &window = *mirror_.find(stacking[i]);
-        if (window.canBeSeen() && !staysClear(window, i, rule)) {
-            windows.push_back(window.frame);
-        }
-    }
-    return windows;
-}
-
-// The topmost window above the overlay that should be seen through it.
-xcb_window_t CutOutPlacement::coveredWindowAbove(const Order &order) const {
-    const auto rule = ruleOf(order);
-    const auto &stacking = mirror_.stacking();
-    for (std::size_t i = stacking.size(); i-- > 0 && stacking[i] != overlay_.id();) {
-        const auto &window = *mirror_.find(stacking[i]);
-        if (window.canBeSeen() && window.isDescribed && !staysClear(window, i, rule)) {
-            return window.frame;
-        }
-    }
-    return XCB_NONE;
+    const auto &covered = plan(order).covered;
+    return {covered.rbegin(), covered.rend()};
 }
 
 bool CutOutPlacement::holds(const Order &order) const {
-    return order.kind == Order::Kind::out ||
-           (plan(order) == pushed_ && coveredWindowAbove(order) == XCB_NONE);
+    if (order.kind == Order::Kind::out) {
+        return true;
+    }
+    const auto &wanted = plan(order);
+    return wanted.shape == pushed_ && wanted.offender == XCB_NONE;
 }
 
 Placement::Outcome CutOutPlacement::enforce(const Order &order) {
     if (order.kind == Order::Kind::out) {
         return Outcome::pursued;
     }
-    if (const auto &wanted = plan(order); wanted != pushed_) {
-        push(wanted);
+    const auto &wanted = plan(order);
+    if (wanted.shape != pushed_) {
+        push(wanted.shape);
     }
-    if (const auto offender = coveredWindowAbove(order); offender != XCB_NONE && !isRaising_) {
-        raise(order, offender);
+    if (wanted.offender != XCB_NONE && !isRaising_) {
+        raise(order, wanted.offender);
     }
     return Outcome::pursued;
 }
@@ -181,51 +181,72 @@ void CutOutPlacement::follow(const Order &order) {
     if (order.kind == Order::Kind::out) {
         return;
     }
-    if (const auto &wanted = plan(order); wanted != pushed_ && !coversWhatWasClear(wanted)) {
+    const auto &wanted = plan(order).shape;
+    if (wanted != pushed_ && !coversWhatWasClear(wanted)) {
         push(wanted);
     }
 }
 
-bool CutOutPlacement::coversWhatWasClear(const Plan &plan) const {
-    return std::ranges::any_of(pushed_.pieces, [&](const Piece &before) {
-        const auto *window = before.isHole ? mirror_.find(before.window) : nullptr;
+bool CutOutPlacement::coversWhatWasClear(const Shape &shape) const {
+    return std::ranges::any_of(pushed_.pieces, [&](const CutOutPiece &before) {
+        const auto *window = before.isClear ? mirror_.find(before.window) : nullptr;
         return window != nullptr && window->canBeSeen() &&
-               std::ranges::none_of(plan.pieces, [&](const Piece &now) {
-                   return now.isHole && now.window == before.window;
+               std::ranges::none_of(shape.pieces, [&](const CutOutPiece &now) {
+                   return now.isClear && now.window == before.window;
                });
     });
 }
 
-void CutOutPlacement::push(const Plan &plan) {
-    pushed_ = plan;
-    const auto whole = toProtocol(plan.overlay);
+void CutOutPlacement::push(const Shape &shape) {
+    pushed_ = shape;
+    overlay_.setShape(shape.windowShapes.empty() ? regionOf(shape) : regionOfShaped(shape));
+}
+
+OwnedRegion CutOutPlacement::regionOf(const Shape &shape) const {
+    const auto &overlay = shape.overlay;
+    const auto rectangles = toProtocol((drawing::Region(overlay) - drawing::cutOuts(shape.pieces))
+                                           .translated(-overlay.x, -overlay.y));
+    OwnedRegion region(connection_);
+    xcb_xfixes_create_region(connection_, region.id(),
+                             static_cast<std::uint32_t>(rectangles.size()), rectangles.data());
+    return region;
+}
+
+// The same as drawing::cutOuts() does, in the server, which knows the windows' shapes.
+OwnedRegion CutOutPlacement::regionOfShaped(const Shape &shape) const {
+    const auto whole = toProtocol(shape.overlay);
     OwnedRegion shown(connection_);
     xcb_xfixes_create_region(connection_, shown.id(), 1, &whole);
     const auto covered = makeEmptyRegion(connection_);
-    for (const auto &piece : plan.pieces) {
-        const auto area = toProtocol(piece.area);
-        const OwnedRegion part(connection_);
-        xcb_xfixes_create_region(connection_, part.id(), 1, &area);
-        if (piece.shapeSerial != 0) {
-            const OwnedRegion shape(connection_);
-            xcb_xfixes_create_region_from_window(connection_, shape.id(), piece.window,
-                                                 XCB_SHAPE_SK_BOUNDING);
-            const int border = mirror_.find(piece.window)->borderWidth;
-            xcb_xfixes_translate_region(connection_, shape.id(),
-                                        static_cast<std::int16_t>(piece.geometry.x + border),
-                                        static_cast<std::int16_t>(piece.geometry.y + border));
-            xcb_xfixes_intersect_region(connection_, part.id(), shape.id(), part.id());
-        }
-        if (piece.isHole) {
+    for (const auto &piece : shape.pieces) {
+        const auto part = regionOf(piece, shape);
+        if (piece.isClear) {
             xcb_xfixes_subtract_region(connection_, part.id(), covered.id(), part.id());
             xcb_xfixes_subtract_region(connection_, shown.id(), part.id(), shown.id());
         } else {
             xcb_xfixes_union_region(connection_, covered.id(), part.id(), covered.id());
         }
     }
-    xcb_xfixes_translate_region(connection_, shown.id(), static_cast<std::int16_t>(-plan.overlay.x),
-                                static_cast<std::int16_t>(-plan.overlay.y));
-    overlay_.setShape(std::move(shown));
+    xcb_xfixes_translate_region(connection_, shown.id(),
+                                static_cast<std::int16_t>(-shape.overlay.x),
+                                static_cast<std::int16_t>(-shape.overlay.y));
+    return shown;
+}
+
+OwnedRegion CutOutPlacement::regionOf(const CutOutPiece &piece, const Shape &shape) const {
+    const auto area = toProtocol(piece.area);
+    OwnedRegion part(connection_);
+    xcb_xfixes_create_region(connection_, part.id(), 1, &area);
+    const auto found = std::ranges::find(shape.windowShapes, piece.window, &WindowShape::window);
+    if (found != shape.windowShapes.end()) {
+        const OwnedRegion bounding(connection_);
+        xcb_xfixes_create_region_from_window(connection_, bounding.id(), piece.window,
+                                             XCB_SHAPE_SK_BOUNDING);
+        xcb_xfixes_translate_region(connection_, bounding.id(), static_cast<std::int16_t>(found->x),
+                                    static_cast<std::int16_t>(found->y));
+        xcb_xfixes_intersect_region(connection_, part.id(), bounding.id(), part.id());
+    }
+    return part;
 }
 
 void CutOutPlacement::raise(const Order &order, xcb_window_t offender) {
@@ -244,7 +265,7 @@ void CutOutPlacement::raise(const Order &order, xcb_window_t offender) {
     const std::uint32_t above = XCB_STACK_MODE_ABOVE;
     xcb_configure_window(connection_, overlay_.id(), XCB_CONFIG_WINDOW_STACK_MODE, &above);
     isRaising_ = true;
-    // What came of it has been announced by the time this is answered.
+    // Its events have arrived by the time this is answered.
     connection_.whenReplied<xcb_get_input_focus_reply_t>(
         xcb_get_input_focus(connection_),
         lifetime_.guard([this](const auto *) { isRaising_ = false; }));

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "drawing/PixelRect.h"
+#include "drawing/CutOuts.h"
 #include "platform/x11/placement/Corrections.h"
 #include "platform/x11/placement/Placement.h"
+#include "platform/x11/server/ServerResource.h"
 #include "support/Lifetime.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -24,12 +24,8 @@ class OverlaySurface;
 class WindowMirror;
 struct MirrorWindow;
 
-// Keeps the overlay on top of all others, cut out where a window is to be seen as it is: the
-// reference, what lies above that, docks, windows kept on top, menus and their like. There is no
-// place among the windows to fight about.
-//
-// Where focus does not raise, the reference counts as the topmost of the ordinary windows; of those
-// that really lie above it only those stay as they are that hide a part of it or belong to it.
+// Keeps the overlay above all other windows, cut out where drawing::clearWindows() says that they
+// stay clear. So there is no place in the stacking order to be in conflict about.
 class CutOutPlacement final : public Placement {
   public:
     // What is passed by reference outlives the object. The overlay's shape is this object's from
@@ -46,41 +42,44 @@ class CutOutPlacement final : public Placement {
     std::vector<xcb_window_t> lowerWindows(const Order &order) const override;
 
   private:
-    // A window that has a part in the shape.
-    struct Piece {
+    // That a window is not a rectangle. Only the server knows what it is instead.
+    struct WindowShape {
         xcb_window_t window = XCB_NONE;
-        drawing::PixelRect area; // what is seen of it
-        drawing::PixelRect geometry;
-        std::uint64_t shapeSerial = 0; // 0: the area is all there is
-        bool isHole = false;           // else it hides holes beneath it
+        int x = 0; // of the shape's origin, on the root window
+        int y = 0;
+        std::uint64_t serial = 0; // another one after each change
 
-        bool operator==(const Piece &) const = default;
+        bool operator==(const WindowShape &) const = default;
     };
 
-    // The shape as a value: from the topmost window down to the lowest with a hole.
-    struct Plan {
+    // The overlay's shape as a value.
+    struct Shape {
         drawing::PixelRect overlay;
-        std::vector<Piece> pieces;
+        std::vector<drawing::CutOutPiece> pieces;
+        std::vector<WindowShape> windowShapes; // of pieces
 
-        bool operator==(const Plan &) const = default;
+        bool operator==(const Shape &) const = default;
     };
 
-    // What decides which windows stay clear, looked up once for all of them.
-    struct Rule {
-        Order order;
-        const MirrorWindow *reference = nullptr; // null when there is none on screen
-        std::size_t referenceIndex = 0;          // in the mirror's stacking
-        const MirrorWindow *active = nullptr;
+    // What an order comes to, as the windows are.
+    struct Plan {
+        Shape shape;
+        std::vector<xcb_window_t> covered; // from the top
+        xcb_window_t offender = XCB_NONE;  // the topmost of these that lies above the overlay
     };
 
-    Rule ruleOf(const Order &order) const;
-    bool staysClear(const MirrorWindow &window, std::size_t index, const Rule &rule) const;
-    bool belongsTo(const MirrorWindow &window, const MirrorWindow &owner) const;
     const Plan &plan(const Order &order) const;
     Plan makePlan(const Order &order) const;
-    xcb_window_t coveredWindowAbove(const Order &order) const;
-    bool coversWhatWasClear(const Plan &plan) const;
-    void push(const Plan &plan);
+    const MirrorWindow *referenceOf(const Order &order) const;
+    drawing::CutOutWindow describe(const MirrorWindow &window, const MirrorWindow *reference) const;
+    bool isDialogOf(const MirrorWindow &window, const MirrorWindow &owner) const;
+    drawing::CutOutRule ruleOf(const Order &order, const MirrorWindow *reference) const;
+    std::vector<WindowShape> shapesOf(const std::vector<drawing::CutOutPiece> &pieces) const;
+    bool coversWhatWasClear(const Shape &shape) const;
+    void push(const Shape &shape);
+    OwnedRegion regionOf(const Shape &shape) const;
+    OwnedRegion regionOfShaped(const Shape &shape) const;
+    OwnedRegion regionOf(const drawing::CutOutPiece &piece, const Shape &shape) const;
     void raise(const Order &order, xcb_window_t offender);
 
     Connection &connection_;
@@ -90,8 +89,8 @@ class CutOutPlacement final : public Placement {
     const bool focusRaises_;
     OverlaySurface &overlay_;
 
-    Plan pushed_;
-    mutable Plan plan_; // of that order, from the mirror as it was then
+    Shape pushed_;
+    mutable Plan plan_; // for that order, from the mirror as it was then
     mutable Order plannedOrder_;
     mutable std::uint64_t plannedFrom_ = 0;
 

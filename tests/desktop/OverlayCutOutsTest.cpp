@@ -14,10 +14,10 @@ using desktop::Area;
 using desktop::SampleApplication;
 using desktop::Spot;
 
-// Without a window manager an overlay lies on top, with holes.
-class OverlayHoles : public testing::Test, protected OverlayDesktop {
+// Without a window manager an overlay lies on top, with cut-outs.
+class OverlayCutOuts : public testing::Test, protected OverlayDesktop {
   protected:
-    OverlayHoles()
+    OverlayCutOuts()
         : OverlayDesktop(
               {.width = 800, .height = 600, .windowManager = desktop::WindowManager::none}) {
         overlay_->commit(tree(frame()));
@@ -81,21 +81,18 @@ class OverlayHoles : public testing::Test, protected OverlayDesktop {
     static constexpr Spot inNothing = {700, 50};
 };
 
-TEST_F(OverlayHoles, AreWhereWindowsStayAsTheyAre) {
-    overlay_->orderFront();
-    EXPECT_EQ(wrongCover({inLowest, inReference, inHigher, inNothing}, {inDock, inMenu}), "");
-    overlay_->orderBelow(app_.window(2));
-    EXPECT_EQ(wrongCover({inLowest, inNothing}, {inReference, inHigher, inDock, inMenu}), "");
-
-    // A window of the program's own in somebody's panel, as a tray icon is, makes that no overlay.
+TEST_F(OverlayCutOuts, FollowTheWindows) {
+    // A window of the program's own in a client's panel, as a tray icon is, makes that no overlay.
     const auto icon = xcb_generate_id(*connection);
     xcb_create_window(*connection, XCB_COPY_FROM_PARENT, icon, connection->root(), 0, 0, 20, 20, 0,
                       XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
     xcb_reparent_window(*connection, icon, app_.window(0), 5, 5);
     xcb_map_window(*connection, icon);
     settle();
+    overlay_->orderBelow(app_.window(2));
     EXPECT_EQ(wrongCover({inLowest, inNothing}, {inReference, inHigher, inDock, inMenu}), "");
 
+    settle();
     std::uint64_t bytes = 0;
     for (int tick = 0; tick < 60; ++tick) {
         overlay_->orderBelow(app_.window(2));
@@ -103,7 +100,7 @@ TEST_F(OverlayHoles, AreWhereWindowsStayAsTheyAre) {
     }
     EXPECT_EQ(bytes, 0);
 
-    // From here on nobody asks again: the windows themselves make the holes follow.
+    // From here on nothing is asked of the overlay.
     session.move(app_.window(2), 450, 20);
     EXPECT_EQ(wrongCover({inLowest, inReference}, {inNothing, {740, 260}, inHigher}), "");
     session.resize(app_.window(2), 200, 100);
@@ -130,7 +127,7 @@ TEST_F(OverlayHoles, AreWhereWindowsStayAsTheyAre) {
 }
 
 // The picture beneath has nothing of the windows that stay clear, wherever they were before.
-TEST_F(OverlayHoles, LeaveBehindWhatIsBeneath) {
+TEST_F(OverlayCutOuts, AreNoPartOfThePictureBeneath) {
     const auto wish = [this] { overlay_->orderBelow(app_.window(2)); };
     wish();
     EXPECT_EQ(lastingDifference(*overlay_, {0, 0, 149, 560}, wish), "");

@@ -1,0 +1,77 @@
+#include "drawing/CutOuts.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace lumo::drawing {
+
+namespace {
+
+bool overlap(const PixelRect &a, const PixelRect &b) {
+    return !a.intersection(b).isEmpty();
+}
+
+// Of an ordinary window, when the reference is among the windows.
+bool staysClear(std::span<const CutOutWindow> windows, std::size_t index, std::size_t reference,
+                const CutOutRule &rule) {
+    if (rule.focusRaises || index == reference) {
+        return index <= reference;
+    }
+    const auto &window = windows[index];
+    return window.isFocused ||
+           (index < reference &&
+            (overlap(window.area, windows[reference].area) || window.isDialogOfReference));
+}
+
+} // namespace
+
+std::vector<bool> clearWindows(std::span<const CutOutWindow> windows, const CutOutRule &rule) {
+    std::vector<bool> isClear(windows.size(), false);
+    const auto reference = static_cast<std::size_t>(
+        std::ranges::find(windows, rule.reference,
+                          [](const CutOutWindow &window) { return std::optional(window.id); }) -
+        windows.begin());
+    for (std::size_t i = 0; i < windows.size(); ++i) {
+        if (windows[i].layer != CutOutWindow::Layer::ordinary) {
+            isClear[i] = windows[i].layer == CutOutWindow::Layer::above && !rule.coversLayersAbove;
+        } else if (reference < windows.size()) {
+            isClear[i] = staysClear(windows, i, reference, rule);
+        } else if (rule.reference) {
+            isClear[i] =
+                std::ranges::find(rule.clearBefore, windows[i].id) != rule.clearBefore.end();
+        }
+    }
+    return isClear;
+}
+
+std::vector<CutOutPiece> cutOutPieces(std::span<const CutOutWindow> windows,
+                                      const std::vector<bool> &isClear, const PixelRect &overlay) {
+    std::vector<CutOutPiece> pieces;
+    PixelRect clearBeneath;
+    for (std::size_t i = windows.size(); i-- > 0;) {
+        const auto &area = windows[i].area;
+        if (overlap(area, overlay) && (isClear[i] || overlap(area, clearBeneath))) {
+            pieces.push_back({windows[i].id, area, isClear[i]});
+        }
+        if (overlap(area, overlay) && isClear[i]) {
+            clearBeneath = clearBeneath.united(area);
+        }
+    }
+    std::ranges::reverse(pieces);
+    return pieces;
+}
+
+Region cutOuts(std::span<const CutOutPiece> pieces) {
+    Region clear;
+    Region covered;
+    for (const auto &piece : pieces) {
+        if (piece.isClear) {
+            clear |= Region(piece.area) - covered;
+        } else {
+            covered |= piece.area;
+        }
+    }
+    return clear;
+}
+
+} // namespace lumo::drawing
