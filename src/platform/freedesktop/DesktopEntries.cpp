@@ -1,5 +1,8 @@
 #include "platform/freedesktop/DesktopEntries.h"
 
+#include "platform/freedesktop/GlibPointers.h"
+#include "platform/freedesktop/GlibSignal.h"
+
 #include <gio/gdesktopappinfo.h>
 #include <gio/gio.h>
 
@@ -82,11 +85,12 @@ void DesktopEntries::load() {
     entries_.clear();
     GList *all = g_app_info_get_all();
     for (const GList *each = all; each != nullptr; each = each->next) {
-        if (G_IS_DESKTOP_APP_INFO(each->data)) {
-            entries_.push_back(entryOf(G_DESKTOP_APP_INFO(each->data)));
+        const GlibPointer<GObject> info(static_cast<GObject *>(each->data));
+        if (G_IS_DESKTOP_APP_INFO(info.get())) {
+            entries_.push_back(entryOf(G_DESKTOP_APP_INFO(info.get())));
         }
     }
-    g_list_free_full(all, g_object_unref);
+    g_list_free(all);
     std::sort(entries_.begin(), entries_.end(), [](const auto &a, const auto &b) {
         return a.isInMenu != b.isInMenu ? a.isInMenu : a.identifier < b.identifier;
     });
@@ -97,17 +101,13 @@ void DesktopEntries::watch() {
     if (monitor_) {
         return;
     }
-    GAppInfoMonitor *monitor = g_app_info_monitor_get();
+    const GlibPointer<GAppInfoMonitor> monitor(g_app_info_monitor_get());
     const auto changed = +[](GAppInfoMonitor *, gpointer self) {
         auto &entries = *static_cast<DesktopEntries *>(self);
         entries.isLoaded_ = false;
         ++entries.revision_;
     };
-    const auto connected = g_signal_connect(monitor, "changed", G_CALLBACK(changed), this);
-    monitor_ = Handle([monitor, connected] {
-        g_signal_handler_disconnect(monitor, connected);
-        g_object_unref(monitor);
-    });
+    monitor_ = connectToSignal(monitor.get(), "changed", G_CALLBACK(changed), this);
 }
 
 } // namespace lumo::freedesktop

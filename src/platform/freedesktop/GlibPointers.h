@@ -1,39 +1,35 @@
 #pragma once
 
-#include <gio/gio.h>
-
 #include <memory>
-#include <string>
+
+// As GLib declares them, so that headers can name them without GLib's own.
+// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl*)
+using GCancellable = struct _GCancellable;
+using GDBusConnection = struct _GDBusConnection;
+using GDBusNodeInfo = struct _GDBusNodeInfo;
+using GError = struct _GError;
+using GKeyFile = struct _GKeyFile;
+using GSettingsSchema = struct _GSettingsSchema;
+using GSource = struct _GSource;
+using GVariant = struct _GVariant;
+// NOLINTEND(bugprone-reserved-identifier,cert-dcl*)
 
 namespace lumo::freedesktop {
 
 struct GlibDeleter {
-    void operator()(gchar *text) const noexcept { g_free(text); }
-    void operator()(GVariant *variant) const noexcept { g_variant_unref(variant); }
-    void operator()(GError *error) const noexcept { g_error_free(error); }
-    void operator()(GDBusNodeInfo *info) const noexcept { g_dbus_node_info_unref(info); }
-    void operator()(GKeyFile *file) const noexcept { g_key_file_unref(file); }
-    void operator()(GSettingsSchema *schema) const noexcept { g_settings_schema_unref(schema); }
-    void operator()(GSource *source) const noexcept { g_source_unref(source); }
-    void operator()(gpointer object) const noexcept { g_object_unref(object); }
+    void operator()(char *text) const noexcept;
+    void operator()(GDBusNodeInfo *info) const noexcept;
+    void operator()(GError *error) const noexcept;
+    void operator()(GKeyFile *file) const noexcept;
+    void operator()(GSettingsSchema *schema) const noexcept;
+    void operator()(GSource *source) const noexcept;
+    void operator()(GVariant *variant) const noexcept;
+    void operator()(void *object) const noexcept; // any GObject
 };
 
-// Owns one reference to a GObject or to any of the types above, and is how this program frees them.
+// Owns one reference to a GObject or to one of the types above. This is how the program frees what
+// it has from GLib.
 template <class T>
 using GlibPointer = std::unique_ptr<T, GlibDeleter>;
-
-// Cancels whatever was begun with it when it is destroyed.
-class Cancellation {
-  public:
-    Cancellation() = default;
-    ~Cancellation() { g_cancellable_cancel(cancellable_.get()); }
-    Cancellation(const Cancellation &) = delete;
-    Cancellation &operator=(const Cancellation &) = delete;
-
-    GCancellable *get() const { return cancellable_.get(); }
-
-  private:
-    GlibPointer<GCancellable> cancellable_{g_cancellable_new()};
-};
 
 } // namespace lumo::freedesktop

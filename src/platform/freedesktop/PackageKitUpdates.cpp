@@ -1,7 +1,10 @@
 #include "platform/freedesktop/PackageKitUpdates.h"
 
-#include "platform/freedesktop/GlibPointers.h"
+#include "platform/freedesktop/AsyncCalls.h"
+#include "platform/freedesktop/SessionBus.h"
 #include "support/Handle.h"
+
+#include <gio/gio.h>
 
 #include <array>
 #include <optional>
@@ -44,97 +47,88 @@ Package packageOf(std::string_view identifier) {
 } // namespace
 
 // One check on its way: first a transaction that finds the package of the file, then one that lists
-// the updates there are. Kept alive by what it waits for.
-class PackageKitUpdates::Check : public std::enable_shared_from_this<Check> {
+// the updates there are.
+class PackageKitUpdates::Check {
   public:
     using Completion = std::function<void(const UpdateResult &)>;
 
-    Check(MainLoop &mainLoop, std::string file, GCancellable *cancellable, Completion completion)
-        : mainLoop_(mainLoop)
-        , file_(std::move(file))
-        , cancellable_(G_CANCELLABLE(g_object_ref(cancellable)))
-        , completion_(std::move(completion)) {}
-    ~Check() { forgetSignals(); }
+    Check(MainLoop &mainLoop, std::string file, Completion completion)
+        : file_(std::move(file))
+        , completion_(std::move(completion))
+        , timeout_(mainLoop.after(longestCheck, [this] { finish(); })) {
+        // A connection of its own: the shared one is handed out even when it is closed.
+        const GlibPointer<char> address(
+            g_dbus_address_get_for_bus_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr));
+        connectToBus(calls_, address.get(),
+                     [this](GlibPointer<GDBusConnection> connection, const auto & /*error*/) {
+                         connected(std::move(connection));
+                     });
+    }
     Check(const Check &) = delete;
     Check &operator=(const Check &) = delete;
 
     bool isUnderWay() const { return completion_ != nullptr; }
 
-    void begin() {
-        timeout_ = mainLoop_.after(longestCheck, [this] { finish(); });
-        g_bus_get(G_BUS_TYPE_SYSTEM, cancellable_.get(), answered<&Check::connected>(), hold());
-    }
-
   private:
-    using Held = std::shared_ptr<Check>;
-
-    Held *hold() { return new Held(shared_from_this()); }
-
-    // A callback that hands the step its result, unless the check is over.
-    template <void (Check::*step)(GObject *, GAsyncResult *)>
-    static GAsyncReadyCallback answered() {
-        return [](GObject *source, GAsyncResult *result, gpointer data) {
-            const std::unique_ptr<Held> check(static_cast<Held *>(data));
-            ((**check).*step)(source, result);
-        };
-    }
-
-    void connected(GObject * /*source*/, GAsyncResult *result) {
-        bus_.reset(g_bus_get_finish(result, nullptr));
-        if (!bus_ || !isUnderWay()) {
+    void connected(GlibPointer<GDBusConnection> connection) {
+        if (!connection) {
             finish();
             return;
         }
+        bus_ = std::move(connection);
         g_dbus_connection_set_exit_on_close(bus_.get(), FALSE);
         createTransaction();
     }
 
-    void createTransaction() {
-        g_dbus_connection_call(bus_.get(), serviceName, servicePath, serviceName,
-                               "CreateTransaction", nullptr, G_VARIANT_TYPE("(o)"),
-                               G_DBUS_CALL_FLAGS_NONE, longestCall, cancellable_.get(),
-                               answered<&Check::transactionCreated>(), hold());
+    // Calls a method of the service; without a reply the check is over.
+    void call(const char *path, const char *interface, const char *method, GVariant *arguments,
+              const char *replyType, const std::function<void(GVariant *reply)> &finished) {
+        calls_.start(
+            [this, finished](GObject *, GAsyncResult *result) {
+                const GlibPointer<GVariant> reply(
+                    g_dbus_connection_call_finish(bus_.get(), result, nullptr));
+                if (reply) {
+                    finished(reply.get());
+                } else {
+                    finish();
+                }
+            },
+            g_dbus_connection_call, bus_.get(), serviceName, path, interface, method, arguments,
+            G_VARIANT_TYPE(replyType), G_DBUS_CALL_FLAGS_NONE, longestCall);
     }
 
-    void transactionCreated(GObject * /*source*/, GAsyncResult *result) {
-        const GlibPointer<GVariant> reply(
-            g_dbus_connection_call_finish(bus_.get(), result, nullptr));
-        if (!reply || !isUnderWay()) {
-            finish();
-            return;
-        }
-        const char *path = nullptr;
-        g_variant_get(reply.get(), "(&o)", &path);
-        const auto heard = +[](GDBusConnection *, const char *, const char *, const char *,
-                               const char *signal, GVariant *parameters, gpointer data) {
-            const auto check = static_cast<Check *>(data)->shared_from_this();
-            check->handleSignal(signal, parameters);
+    void createTransaction() {
+        call(servicePath, serviceName, "CreateTransaction", nullptr, "(o)",
+             [this](GVariant *reply) {
+                 const char *path = nullptr;
+                 g_variant_get(reply, "(&o)", &path);
+                 listen(path);
+                 ask(path);
+             });
+    }
+
+    void listen(const char *path) {
+        const auto received = +[](GDBusConnection *, const char *, const char *, const char *,
+                                  const char *signal, GVariant *parameters, gpointer data) {
+            static_cast<Check *>(data)->handleSignal(signal, parameters);
         };
-        signals_ = g_dbus_connection_signal_subscribe(
+        const auto subscription = g_dbus_connection_signal_subscribe(
             bus_.get(), serviceName, transactionInterface, nullptr, path, nullptr,
-            G_DBUS_SIGNAL_FLAGS_NONE, heard, this, nullptr);
-        ask(path);
+            G_DBUS_SIGNAL_FLAGS_NONE, received, this, nullptr);
+        signals_ = Handle([bus = bus_.get(), subscription] {
+            g_dbus_connection_signal_unsubscribe(bus, subscription);
+        });
     }
 
     void ask(const char *path) {
-        const char *method = own_ ? "GetUpdates" : "SearchFiles";
-        GVariant *arguments = nullptr;
+        const auto nothing = [](GVariant *) {};
         if (own_) {
-            arguments = g_variant_new("(t)", filterNone);
+            call(path, transactionInterface, "GetUpdates", g_variant_new("(t)", filterNone), "()",
+                 nothing);
         } else {
             const std::array<const char *, 2> files{file_.c_str(), nullptr};
-            arguments = g_variant_new("(t^as)", filterInstalled, files.data());
-        }
-        g_dbus_connection_call(bus_.get(), serviceName, path, transactionInterface, method,
-                               arguments, nullptr, G_DBUS_CALL_FLAGS_NONE, longestCall,
-                               cancellable_.get(), answered<&Check::asked>(), hold());
-    }
-
-    void asked(GObject * /*source*/, GAsyncResult *result) {
-        const GlibPointer<GVariant> reply(
-            g_dbus_connection_call_finish(bus_.get(), result, nullptr));
-        if (!reply) {
-            finish();
+            call(path, transactionInterface, "SearchFiles",
+                 g_variant_new("(t^as)", filterInstalled, files.data()), "()", nothing);
         }
     }
 
@@ -163,7 +157,7 @@ class PackageKitUpdates::Check : public std::enable_shared_from_this<Check> {
     }
 
     void handleFinished(bool succeeded) {
-        forgetSignals(); // what is left to say is that the transaction goes
+        signals_.reset(); // all that is left to come is that the transaction goes
         if (!succeeded) {
             finish();
         } else if (!own_) {
@@ -177,49 +171,39 @@ class PackageKitUpdates::Check : public std::enable_shared_from_this<Check> {
         }
     }
 
-    void forgetSignals() {
-        if (const auto signals = std::exchange(signals_, 0); signals != 0) {
-            g_dbus_connection_signal_unsubscribe(bus_.get(), signals);
-        }
-    }
-
+    // The completion may destroy the check.
     void finish(const UpdateResult &result = {UpdateResult::Kind::serviceUnavailable, {}}) {
-        forgetSignals();
+        signals_.reset();
         timeout_.reset();
-        if (const auto completion = std::exchange(completion_, nullptr)) {
-            if (g_cancellable_is_cancelled(cancellable_.get()) == FALSE) {
-                completion(result);
-            }
-        }
+        calls_.cancel();
+        bus_.reset();
+        const auto completion = std::exchange(completion_, nullptr);
+        completion(result);
     }
 
-    MainLoop &mainLoop_;
     std::string file_;
-    GlibPointer<GCancellable> cancellable_;
-    Completion completion_;
+    Completion completion_; // none once it was called
     GlibPointer<GDBusConnection> bus_;
-    unsigned signals_ = 0;
     std::optional<Package> own_;
     std::optional<std::string> newer_;
     bool isListing_ = false;
+    Handle signals_;
     Handle timeout_;
+    AsyncCalls calls_;
 };
 
 PackageKitUpdates::PackageKitUpdates(MainLoop &mainLoop, std::string file)
     : mainLoop_(mainLoop)
-    , file_(std::move(file))
-    , cancellation_(std::make_unique<Cancellation>()) {
+    , file_(std::move(file)) {
 }
 
 PackageKitUpdates::~PackageKitUpdates() = default;
 
 void PackageKitUpdates::checkForUpdates(std::function<void(const UpdateResult &)> completion) {
-    // Somebody who asks again while a check is under way wants one answer.
-    if (check_ && check_->isUnderWay()) {
-        return;
+    // A second request while a check is under way wants the same answer.
+    if (!check_ || !check_->isUnderWay()) {
+        check_ = std::make_unique<Check>(mainLoop_, file_, std::move(completion));
     }
-    check_ = std::make_shared<Check>(mainLoop_, file_, cancellation_->get(), std::move(completion));
-    check_->begin();
 }
 
 } // namespace lumo::freedesktop

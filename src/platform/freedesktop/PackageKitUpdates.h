@@ -9,8 +9,6 @@
 
 namespace lumo::freedesktop {
 
-class Cancellation;
-
 // Asks the system's package service, PackageKit on the system bus, about the package that this
 // program was installed by. Only asks: nothing is downloaded or installed. Lumo never asks by
 // itself, since the desktop does that for all packages.
@@ -30,8 +28,7 @@ class PackageKitUpdates final : public UpdateFramework {
 
     MainLoop &mainLoop_;
     std::string file_;
-    std::unique_ptr<Cancellation> cancellation_; // of whatever is under way at the end
-    std::shared_ptr<Check> check_;               // the last one
+    std::unique_ptr<Check> check_; // the last one
 };
 
 } // namespace lumo::freedesktop

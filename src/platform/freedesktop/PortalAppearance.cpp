@@ -1,7 +1,8 @@
 #include "platform/freedesktop/PortalAppearance.h"
 
-#include "platform/freedesktop/GlibPointers.h"
 #include "platform/freedesktop/SessionBus.h"
+
+#include <gio/gio.h>
 
 #include <string_view>
 #include <utility>
@@ -25,11 +26,8 @@ constexpr int longestCall = 10000; // milliseconds
 } // namespace
 
 PortalAppearance::PortalAppearance(SessionBus &bus)
-    : bus_(bus)
-    , cancellation_(std::make_unique<Cancellation>()) {
+    : bus_(bus) {
 }
-
-PortalAppearance::~PortalAppearance() = default;
 
 Handle PortalAppearance::onChange(std::function<void()> observer) {
     if (!busChanges_) {
@@ -39,7 +37,8 @@ Handle PortalAppearance::onChange(std::function<void()> observer) {
     return changed_.subscribe(std::move(observer));
 }
 
-// To the announcements first, so that no change falls between the question and them.
+// To the announcements first, so that no change falls between the question and them. Without a
+// proxy, which would be woken by every setting of the desktop and would follow the name's owner.
 void PortalAppearance::listen() {
     auto *connection = bus_.connection();
     if (connection == nullptr) {
@@ -68,20 +67,18 @@ void PortalAppearance::listen() {
 }
 
 void PortalAppearance::ask() {
-    using Watched = std::pair<PortalAppearance *, Lifetime::Watch>;
-    const auto answered = +[](GObject *source, GAsyncResult *result, gpointer data) {
-        const std::unique_ptr<Watched> watched(static_cast<Watched *>(data));
-        const GlibPointer<GVariant> reply(
-            g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, nullptr));
-        if (watched->second && reply) {
-            const GlibPointer<GVariant> value(g_variant_get_child_value(reply.get(), 0));
-            watched->first->take(value.get());
-        }
-    };
-    g_dbus_connection_call(bus_.connection(), serviceName, objectPath, settingsInterface, "Read",
-                           g_variant_new("(ss)", appearanceNamespace, colorSchemeKey),
-                           G_VARIANT_TYPE("(v)"), G_DBUS_CALL_FLAGS_NONE, longestCall,
-                           cancellation_->get(), answered, new Watched(this, lifetime_.watch()));
+    calls_.start(
+        [this](GObject *source, GAsyncResult *result) {
+            const GlibPointer<GVariant> reply(
+                g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, nullptr));
+            if (reply) {
+                const GlibPointer<GVariant> value(g_variant_get_child_value(reply.get(), 0));
+                take(value.get());
+            }
+        },
+        g_dbus_connection_call, bus_.connection(), serviceName, objectPath, settingsInterface,
+        "Read", g_variant_new("(ss)", appearanceNamespace, colorSchemeKey), G_VARIANT_TYPE("(v)"),
+        G_DBUS_CALL_FLAGS_NONE, longestCall);
 }
 
 // The value may come in one box or more.

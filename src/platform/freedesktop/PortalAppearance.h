@@ -1,29 +1,24 @@
 #pragma once
 
 #include "platform/Appearance.h"
+#include "platform/freedesktop/AsyncCalls.h"
+#include "platform/freedesktop/GlibPointers.h"
 #include "support/Handle.h"
-#include "support/Lifetime.h"
 #include "support/Signal.h"
 
-#include <memory>
+#include <functional>
 #include <optional>
-
-using GVariant = struct _GVariant; // NOLINT(bugprone-reserved-identifier,cert-dcl*): its own name
 
 namespace lumo::freedesktop {
 
-class Cancellation;
 class SessionBus;
 
-// The preference as the desktop's portal tells it on the session bus. Nothing is asked before
-// somebody subscribes.
+// The preference as the desktop's portal tells it on the session bus. Nothing is asked before the
+// first subscription. Main thread only.
 class PortalAppearance final : public Appearance {
   public:
     // The bus outlives the object.
     explicit PortalAppearance(SessionBus &bus);
-    ~PortalAppearance() override;
-    PortalAppearance(const PortalAppearance &) = delete;
-    PortalAppearance &operator=(const PortalAppearance &) = delete;
 
     std::optional<bool> prefersDark() const override { return prefersDark_; }
     Handle onChange(std::function<void()> observer) override;
@@ -34,12 +29,11 @@ class PortalAppearance final : public Appearance {
     void take(GVariant *colorScheme);
 
     SessionBus &bus_;
-    std::unique_ptr<Cancellation> cancellation_;
     std::optional<bool> prefersDark_;
     Signal<> changed_;
-    Handle busChanges_; // none until somebody subscribes
+    Handle busChanges_; // none before the first subscription
     Handle announcements_;
-    Lifetime lifetime_;
+    AsyncCalls calls_;
 };
 
 } // namespace lumo::freedesktop

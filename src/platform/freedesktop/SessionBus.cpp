@@ -1,6 +1,8 @@
 #include "platform/freedesktop/SessionBus.h"
 
-#include "platform/freedesktop/GlibPointers.h"
+#include "platform/freedesktop/GlibSignal.h"
+
+#include <gio/gio.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -29,24 +31,35 @@ std::string sessionBusAddress() {
     if (!std::filesystem::exists(socket, error)) {
         return {};
     }
-    char *escaped = g_dbus_address_escape_value(socket.c_str());
-    auto result = "unix:path=" + std::string(escaped);
-    g_free(escaped);
-    return result;
+    const GlibPointer<char> escaped(g_dbus_address_escape_value(socket.c_str()));
+    return "unix:path=" + std::string(escaped.get());
+}
+
+void connectToBus(AsyncCalls &calls, const std::string &address,
+                  std::function<void(GlibPointer<GDBusConnection>, GlibPointer<GError>)> finish) {
+    calls.start(
+        [finish = std::move(finish)](GObject *, GAsyncResult *result) {
+            GError *error = nullptr;
+            GlibPointer<GDBusConnection> connection(
+                g_dbus_connection_new_for_address_finish(result, &error));
+            finish(std::move(connection), GlibPointer<GError>(error));
+        },
+        g_dbus_connection_new_for_address, address.c_str(),
+        static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                          G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
+        nullptr);
 }
 
 SessionBus::SessionBus(MainLoop &mainLoop)
     : mainLoop_(mainLoop)
-    , cancellation_(std::make_unique<Cancellation>())
     , pause_(firstPause) {
     connect();
 }
 
 SessionBus::~SessionBus() {
-    if (connection_ != nullptr) {
-        g_signal_handler_disconnect(connection_, closedSignal_);
-        g_dbus_connection_close(connection_, nullptr, nullptr, nullptr);
-        g_object_unref(connection_);
+    if (connection_) {
+        closed_.reset();
+        g_dbus_connection_close(connection_.get(), nullptr, nullptr, nullptr);
     }
 }
 
@@ -60,43 +73,32 @@ void SessionBus::connect() {
         tryAgainLater();
         return;
     }
-    constexpr auto flags =
-        static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                          G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
-    using Watched = std::pair<SessionBus *, Lifetime::Watch>;
-    const auto connected = +[](GObject *, GAsyncResult *result, gpointer data) {
-        const std::unique_ptr<Watched> watched(static_cast<Watched *>(data));
-        GDBusConnection *connection = g_dbus_connection_new_for_address_finish(result, nullptr);
-        if (watched->second) {
-            watched->first->adopt(connection);
-        } else if (connection != nullptr) {
-            g_object_unref(connection);
-        }
-    };
-    g_dbus_connection_new_for_address(address.c_str(), flags, nullptr, cancellation_->get(),
-                                      connected, new Watched(this, lifetime_.watch()));
+    connectToBus(calls_, address,
+                 [this](GlibPointer<GDBusConnection> connection, const auto & /*error*/) {
+                     adopt(std::move(connection));
+                 });
 }
 
-void SessionBus::adopt(GDBusConnection *connection) {
-    if (connection == nullptr) {
+void SessionBus::adopt(GlibPointer<GDBusConnection> connection) {
+    if (!connection) {
         tryAgainLater();
         return;
     }
-    connection_ = connection;
+    connection_ = std::move(connection);
     pause_ = firstPause;
-    g_dbus_connection_set_exit_on_close(connection_, FALSE);
+    g_dbus_connection_set_exit_on_close(connection_.get(), FALSE);
     const auto closed = +[](GDBusConnection *, gboolean, GError *, gpointer self) {
         static_cast<SessionBus *>(self)->drop();
     };
-    closedSignal_ = g_signal_connect(connection_, "closed", G_CALLBACK(closed), this);
+    closed_ = connectToSignal(connection_.get(), "closed", G_CALLBACK(closed), this);
     changed_.emit();
 }
 
+// Observers may still need what they hold of the connection, so that it goes last.
 void SessionBus::drop() {
-    auto *connection = std::exchange(connection_, nullptr);
-    g_signal_handler_disconnect(connection, closedSignal_);
+    const auto connection = std::move(connection_);
+    closed_.reset();
     changed_.emit();
-    g_object_unref(connection);
     tryAgainLater();
 }
 

@@ -8,16 +8,11 @@
 
 #include <cstdlib>
 #include <string>
+#include <string_view>
 
 namespace lumo::freedesktop {
 
 namespace {
-
-// A start that is under way. Without its opener only what it owns may be touched.
-struct Start {
-    const Log *log;
-    std::string name;
-};
 
 GlibPointer<GAppInfo> settingsProgram() {
     // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing changes the environment
@@ -36,24 +31,7 @@ GlibPointer<GAppInfo> programFor(std::string_view scheme) {
         g_app_info_get_default_for_uri_scheme(std::string(scheme).c_str()));
 }
 
-void finish(GObject *program, GAsyncResult *result, gpointer data) {
-    const std::unique_ptr<Start> start(static_cast<Start *>(data));
-    GError *raw = nullptr;
-    g_app_info_launch_uris_finish(G_APP_INFO(program), result, &raw);
-    const GlibPointer<GError> error(raw);
-    if (error && g_error_matches(raw, G_IO_ERROR, G_IO_ERROR_CANCELLED) == FALSE) {
-        start->log->print("[Lumo] could not start " + start->name + ": " + raw->message);
-    }
-}
-
 } // namespace
-
-UrlOpener::UrlOpener(const Log &log)
-    : log_(log)
-    , cancellation_(std::make_unique<Cancellation>()) {
-}
-
-UrlOpener::~UrlOpener() = default;
 
 bool UrlOpener::open(std::string_view url) {
     const auto scheme = url.substr(0, url.find(':'));
@@ -64,9 +42,17 @@ bool UrlOpener::open(std::string_view url) {
     }
     std::string text(url);
     GList one{text.data(), nullptr, nullptr};
-    g_app_info_launch_uris_async(program.get(), isSettingsPage ? nullptr : &one, nullptr,
-                                 cancellation_->get(), finish,
-                                 new Start{&log_, g_app_info_get_name(program.get())});
+    calls_.start(
+        [this](GObject *source, GAsyncResult *result) {
+            GError *raw = nullptr;
+            g_app_info_launch_uris_finish(G_APP_INFO(source), result, &raw);
+            if (const GlibPointer<GError> error(raw); error) {
+                log_.print("[Lumo] could not start " +
+                           std::string(g_app_info_get_name(G_APP_INFO(source))) + ": " +
+                           error->message);
+            }
+        },
+        g_app_info_launch_uris_async, program.get(), isSettingsPage ? nullptr : &one, nullptr);
     return true;
 }
 
