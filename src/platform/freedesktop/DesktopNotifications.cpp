@@ -1,11 +1,12 @@
 #include "platform/freedesktop/DesktopNotifications.h"
 
-#include "platform/freedesktop/GlibPointers.h"
 #include "platform/freedesktop/ProgramIdentity.h"
 #include "platform/freedesktop/SessionBus.h"
 
 #include <gio/gio.h>
+#include <org.freedesktop.Notifications.h>
 
+#include <array>
 #include <utility>
 
 namespace lumo::freedesktop {
@@ -19,111 +20,94 @@ constexpr const char *defaultSound = "dialog-information"; // a name that every 
 constexpr int leaveItToTheService = -1; // how long the notification stays
 constexpr int longestCall = 10000;      // milliseconds
 
-GVariant *notifyArguments(const UserNotification &notification) {
+// The proxy serves one call: it keeps nothing up to date.
+constexpr auto proxyFlags = static_cast<GDBusProxyFlags>(
+    G_DBUS_PROXY_FLAGS_DO_NOT_LOAD_PROPERTIES | G_DBUS_PROXY_FLAGS_DO_NOT_CONNECT_SIGNALS |
+    G_DBUS_PROXY_FLAGS_DO_NOT_AUTO_START_AT_CONSTRUCTION | G_DBUS_PROXY_FLAGS_NO_MATCH_RULE);
+
+GVariant *hints() {
     GVariantBuilder hints;
     g_variant_builder_init(&hints, G_VARIANT_TYPE_VARDICT);
     g_variant_builder_add(&hints, "{sv}", "desktop-entry",
                           g_variant_new_string(program::identifier));
     g_variant_builder_add(&hints, "{sv}", "sound-name", g_variant_new_string(defaultSound));
-    return g_variant_new("(susssasa{sv}i)", program::name, 0U, program::identifier,
-                         notification.title.c_str(), notification.body.c_str(), nullptr, &hints,
-                         leaveItToTheService);
+    return g_variant_builder_end(&hints);
 }
+
+// What is to be said of the error; absent without one.
+std::optional<std::string> textOf(const GlibPointer<GError> &error) {
+    if (!error) {
+        return std::nullopt;
+    }
+    g_dbus_error_strip_remote_error(error.get());
+    return error->message;
+}
+
+struct CloseConnection {
+    void operator()(GDBusConnection *connection) const {
+        g_dbus_connection_close(connection, nullptr, nullptr, nullptr);
+        g_object_unref(connection);
+    }
+};
 
 } // namespace
 
-// One notification on its way. Each step hands it to the next, by way of the bus's callbacks on the
-// main thread.
-class DesktopNotifications::Delivery {
-  public:
-    using Completion = std::function<void(const std::optional<std::string> &)>;
-
-    static void begin(UserNotification notification, Completion completion,
-                      GCancellable *cancellable, const std::string &address) {
-        constexpr auto flags =
-            static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                              G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
-        auto delivery = std::unique_ptr<Delivery>(
-            new Delivery(std::move(notification), std::move(completion), cancellable));
-        g_dbus_connection_new_for_address(address.c_str(), flags, nullptr, cancellable, connected,
-                                          delivery.release());
-    }
-
-    ~Delivery() {
-        g_clear_object(&connection_);
-        g_object_unref(cancellable_);
-    }
-    Delivery(const Delivery &) = delete;
-    Delivery &operator=(const Delivery &) = delete;
-
-  private:
-    Delivery(UserNotification notification, Completion completion, GCancellable *cancellable)
-        : notification_(std::move(notification))
-        , completion_(std::move(completion))
-        , cancellable_(G_CANCELLABLE(g_object_ref(cancellable))) {}
-
-    static void connected(GObject * /*source*/, GAsyncResult *result, gpointer data) {
-        std::unique_ptr<Delivery> delivery(static_cast<Delivery *>(data));
-        GError *error = nullptr;
-        delivery->connection_ = g_dbus_connection_new_for_address_finish(result, &error);
-        if (delivery->connection_ == nullptr) {
-            delivery->finish(error);
-            return;
-        }
-        auto &self = *delivery;
-        g_dbus_connection_call(self.connection_, serviceName, objectPath, serviceName, "Notify",
-                               notifyArguments(self.notification_), G_VARIANT_TYPE("(u)"),
-                               G_DBUS_CALL_FLAGS_NONE, longestCall, self.cancellable_, answered,
-                               delivery.release());
-    }
-
-    static void answered(GObject *source, GAsyncResult *result, gpointer data) {
-        const std::unique_ptr<Delivery> delivery(static_cast<Delivery *>(data));
-        GError *error = nullptr;
-        GVariant *reply = g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, &error);
-        if (reply != nullptr) {
-            g_variant_unref(reply);
-        }
-        g_dbus_connection_close(delivery->connection_, nullptr, nullptr, nullptr);
-        delivery->finish(error);
-    }
-
-    // Takes the error.
-    void finish(GError *error) {
-        if (error == nullptr) {
-            completion_(std::nullopt);
-            return;
-        }
-        g_dbus_error_strip_remote_error(error);
-        const std::string message = error->message;
-        g_error_free(error);
-        completion_(message);
-    }
-
-    UserNotification notification_;
-    Completion completion_;
-    GCancellable *cancellable_;
-    GDBusConnection *connection_ = nullptr;
-};
-
 DesktopNotifications::DesktopNotifications(MainLoop &mainLoop)
-    : mainLoop_(mainLoop)
-    , cancellation_(std::make_unique<Cancellation>()) {
+    : mainLoop_(mainLoop) {
 }
 
-DesktopNotifications::~DesktopNotifications() = default;
-
-void DesktopNotifications::add(
-    const UserNotification &notification,
-    std::function<void(const std::optional<std::string> &error)> completion) {
-    auto guarded = lifetime_.guard(std::move(completion));
+void DesktopNotifications::add(const UserNotification &notification, Completion completion) {
     const auto address = sessionBusAddress();
     if (address.empty()) {
-        mainLoop_.post(
-            [guarded]() mutable { guarded(std::optional<std::string>("no session bus")); });
+        mainLoop_.post(lifetime_.guard(
+            [completion = std::move(completion)] { completion("no session bus"); }));
         return;
     }
-    Delivery::begin(notification, std::move(guarded), cancellation_->get(), address);
+    connectToBus(
+        calls_, address,
+        [this, notification, completion = std::move(completion)](
+            GlibPointer<GDBusConnection> connection, GlibPointer<GError> error) {
+            if (connection) {
+                findService({connection.release(), CloseConnection()}, notification, completion);
+            } else {
+                completion(textOf(error));
+            }
+        });
+}
+
+void DesktopNotifications::findService(const std::shared_ptr<GDBusConnection> &connection,
+                                       const UserNotification &notification,
+                                       const Completion &completion) {
+    calls_.start(
+        [=, this](GObject *, GAsyncResult *result) {
+            GError *raw = nullptr;
+            const GlibPointer<DbusNotifications> service(
+                dbus_notifications_proxy_new_finish(result, &raw));
+            const GlibPointer<GError> error(raw);
+            if (service) {
+                send(connection, service.get(), notification, completion);
+            } else {
+                completion(textOf(error));
+            }
+        },
+        dbus_notifications_proxy_new, connection.get(), proxyFlags, serviceName, objectPath);
+}
+
+void DesktopNotifications::send(const std::shared_ptr<GDBusConnection> &connection,
+                                DbusNotifications *service, const UserNotification &notification,
+                                const Completion &completion) {
+    g_dbus_proxy_set_default_timeout(G_DBUS_PROXY(service), longestCall);
+    constexpr std::array<const char *, 1> noActions{nullptr};
+    calls_.start(
+        [connection, completion](GObject *source, GAsyncResult *result) {
+            GError *raw = nullptr;
+            dbus_notifications_call_notify_finish(DBUS_NOTIFICATIONS(source), nullptr, result,
+                                                  &raw);
+            completion(textOf(GlibPointer<GError>(raw)));
+        },
+        dbus_notifications_call_notify, service, program::name, 0U, program::identifier,
+        notification.title.c_str(), notification.body.c_str(), noActions.data(), hints(),
+        leaveItToTheService);
 }
 
 } // namespace lumo::freedesktop

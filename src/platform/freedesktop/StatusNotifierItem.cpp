@@ -1,13 +1,16 @@
 #include "platform/freedesktop/StatusNotifierItem.h"
 
 #include "platform/freedesktop/DotPicture.h"
-#include "platform/freedesktop/GlibPointers.h"
+#include "platform/freedesktop/GlibSignal.h"
 #include "platform/freedesktop/ProgramIdentity.h"
 #include "platform/freedesktop/SessionBus.h"
 
+#include <gio/gio.h>
+#include <org.kde.StatusNotifierItem.h>
+#include <org.kde.StatusNotifierWatcher.h>
+
 #include <array>
 #include <cstddef>
-#include <string_view>
 #include <utility>
 
 namespace lumo::freedesktop {
@@ -16,51 +19,11 @@ namespace {
 
 constexpr const char *watcherName = "org.kde.StatusNotifierWatcher";
 constexpr const char *watcherPath = "/StatusNotifierWatcher";
-constexpr const char *itemInterface = "org.kde.StatusNotifierItem";
 constexpr const char *itemPath = "/StatusNotifierItem";
 constexpr int longestCall = 10000; // milliseconds
 
 // The sides of the pictures that are offered, in pixels; hosts take the one that fits best.
 constexpr std::array pictureSides{16, 22, 24, 32, 44, 48};
-
-constexpr const char *introspection = R"xml(<node>
-  <interface name="org.kde.StatusNotifierItem">
-    <property name="Category" type="s" access="read"/>
-    <property name="Id" type="s" access="read"/>
-    <property name="Title" type="s" access="read"/>
-    <property name="Status" type="s" access="read"/>
-    <property name="WindowId" type="i" access="read"/>
-    <property name="IconName" type="s" access="read"/>
-    <property name="IconThemePath" type="s" access="read"/>
-    <property name="IconPixmap" type="a(iiay)" access="read"/>
-    <property name="OverlayIconName" type="s" access="read"/>
-    <property name="OverlayIconPixmap" type="a(iiay)" access="read"/>
-    <property name="AttentionIconName" type="s" access="read"/>
-    <property name="AttentionIconPixmap" type="a(iiay)" access="read"/>
-    <property name="ToolTip" type="(sa(iiay)ss)" access="read"/>
-    <property name="ItemIsMenu" type="b" access="read"/>
-    <method name="ContextMenu">
-      <arg name="x" type="i" direction="in"/>
-      <arg name="y" type="i" direction="in"/>
-    </method>
-    <method name="Activate">
-      <arg name="x" type="i" direction="in"/>
-      <arg name="y" type="i" direction="in"/>
-    </method>
-    <method name="SecondaryActivate">
-      <arg name="x" type="i" direction="in"/>
-      <arg name="y" type="i" direction="in"/>
-    </method>
-    <method name="Scroll">
-      <arg name="delta" type="i" direction="in"/>
-      <arg name="orientation" type="s" direction="in"/>
-    </method>
-    <signal name="NewTitle"/>
-    <signal name="NewIcon"/>
-    <signal name="NewToolTip"/>
-    <signal name="NewStatus"><arg name="status" type="s"/></signal>
-  </interface>
-</node>)xml";
 
 GVariant *noPictures() {
     return g_variant_new_array(G_VARIANT_TYPE("(iiay)"), nullptr, 0);
@@ -89,56 +52,77 @@ GVariant *pictures(const StatusTitle &title) {
     return g_variant_builder_end(&list);
 }
 
+GVariant *toolTip(const std::string &text) {
+    return g_variant_new("(s@a(iiay)ss)", "", noPictures(), text.c_str(), "");
+}
+
 const char *statusText(bool isHidden) {
     return isHidden ? "Passive" : "Active";
 }
 
-GDBusInterfaceInfo *interfaceInfo() {
-    static const GlibPointer<GDBusNodeInfo> node(
-        g_dbus_node_info_new_for_xml(introspection, nullptr));
-    return g_dbus_node_info_lookup_interface(node.get(), itemInterface);
+// With everything that never changes, and the rest empty.
+GlibPointer<DbusStatusNotifierItem> makeItem() {
+    GlibPointer<DbusStatusNotifierItem> item(dbus_status_notifier_item_skeleton_new());
+    auto *raw = item.get();
+    dbus_status_notifier_item_set_category(raw, "ApplicationStatus");
+    dbus_status_notifier_item_set_id(raw, program::identifier);
+    dbus_status_notifier_item_set_title(raw, program::name);
+    dbus_status_notifier_item_set_status(raw, statusText(false));
+    dbus_status_notifier_item_set_icon_pixmap(raw, noPictures());
+    dbus_status_notifier_item_set_overlay_icon_pixmap(raw, noPictures());
+    dbus_status_notifier_item_set_attention_icon_pixmap(raw, noPictures());
+    dbus_status_notifier_item_set_tool_tip(raw, toolTip(""));
+    for (const auto set :
+         {dbus_status_notifier_item_set_icon_name, dbus_status_notifier_item_set_icon_theme_path,
+          dbus_status_notifier_item_set_overlay_icon_name,
+          dbus_status_notifier_item_set_attention_icon_name}) {
+        set(raw, "");
+    }
+    return item;
 }
 
 } // namespace
 
-struct StatusNotifierItem::Vtable {
-    static void call(GDBusConnection * /*connection*/, const char * /*sender*/,
-                     const char * /*path*/, const char * /*interface*/, const char *method,
-                     GVariant *arguments, GDBusMethodInvocation *invocation, gpointer self) {
-        // Answered first, since the host waits.
-        const bool isContextMenu = std::string_view(method) == "ContextMenu";
-        int x = 0;
-        int y = 0;
-        if (isContextMenu) {
-            g_variant_get(arguments, "(ii)", &x, &y);
-        }
+// What the host calls. The reply goes first, since the host waits for it.
+struct StatusNotifierItem::Methods {
+    static gboolean contextMenu(DbusStatusNotifierItem *item, GDBusMethodInvocation *invocation,
+                                int x, int y, gpointer self) {
+        dbus_status_notifier_item_complete_context_menu(item, invocation);
+        static_cast<StatusNotifierItem *>(self)->contextMenu_.emit(x, y);
+        return TRUE;
+    }
+
+    static gboolean activate(DbusStatusNotifierItem * /*item*/, GDBusMethodInvocation *invocation,
+                             int /*x*/, int /*y*/, gpointer /*self*/) {
         g_dbus_method_invocation_return_value(invocation, nullptr);
-        if (isContextMenu) {
-            static_cast<StatusNotifierItem *>(self)->contextMenu_.emit(x, y);
-        }
+        return TRUE;
     }
 
-    static GVariant *get(GDBusConnection * /*connection*/, const char * /*sender*/,
-                         const char * /*path*/, const char * /*interface*/, const char *property,
-                         GError ** /*error*/, gpointer self) {
-        return static_cast<const StatusNotifierItem *>(self)->property(property);
+    static gboolean scroll(DbusStatusNotifierItem * /*item*/, GDBusMethodInvocation *invocation,
+                           int /*delta*/, const char * /*orientation*/, gpointer /*self*/) {
+        g_dbus_method_invocation_return_value(invocation, nullptr);
+        return TRUE;
     }
-
-    static constexpr GDBusInterfaceVTable table{call, get, nullptr, {}};
 };
 
 StatusNotifierItem::StatusNotifierItem(SessionBus &bus)
     : bus_(bus)
-    , busChanges_(bus.onChange([this] {
+    , item_(makeItem()) {
+    const auto answer = [this](const char *method, GCallback function) {
+        methodCalls_.push_back(connectToSignal(item_.get(), method, function, this));
+    };
+    answer("handle-context-menu", G_CALLBACK(&Methods::contextMenu));
+    answer("handle-activate", G_CALLBACK(&Methods::activate));
+    answer("handle-secondary-activate", G_CALLBACK(&Methods::activate));
+    answer("handle-scroll", G_CALLBACK(&Methods::scroll));
+    busChanges_ = bus_.onChange([this] {
         disconnect();
         connect();
-    })) {
+    });
     connect();
 }
 
-StatusNotifierItem::~StatusNotifierItem() {
-    disconnect();
-}
+StatusNotifierItem::~StatusNotifierItem() = default;
 
 Handle StatusNotifierItem::onHostChange(std::function<void()> observer) {
     return hostChanged_.subscribe(std::move(observer));
@@ -151,113 +135,129 @@ Handle StatusNotifierItem::onContextMenu(std::function<void(int x, int y)> obser
 void StatusNotifierItem::setTitle(const StatusTitle &title) {
     if (title != title_) {
         title_ = title;
-        emit("NewIcon");
+        dbus_status_notifier_item_set_icon_pixmap(item_.get(), pictures(title));
+        dbus_status_notifier_item_emit_new_icon(item_.get());
     }
 }
 
 void StatusNotifierItem::setHidden(bool isHidden) {
     if (isHidden != std::exchange(isHidden_, isHidden)) {
-        emit("NewStatus", g_variant_new("(s)", statusText(isHidden)));
+        dbus_status_notifier_item_set_status(item_.get(), statusText(isHidden));
+        dbus_status_notifier_item_emit_new_status(item_.get(), statusText(isHidden));
     }
 }
 
 void StatusNotifierItem::setToolTip(const std::string &text) {
-    toolTip_ = text;
-    emit("NewToolTip");
+    dbus_status_notifier_item_set_tool_tip(item_.get(), toolTip(text));
+    dbus_status_notifier_item_emit_new_tool_tip(item_.get());
 }
 
 void StatusNotifierItem::connect() {
-    connection_ = bus_.connection();
-    if (connection_ == nullptr) {
-        return;
-    }
-    g_object_ref(connection_);
-    cancellation_ = std::make_unique<Cancellation>();
-    exported_ = g_dbus_connection_register_object(connection_, itemPath, interfaceInfo(),
-                                                  &Vtable::table, this, nullptr, nullptr);
-    const auto appeared = +[](GDBusConnection *, const char *, const char *, gpointer self) {
-        static_cast<StatusNotifierItem *>(self)->watcherAppeared();
-    };
-    const auto vanished = +[](GDBusConnection *, const char *, gpointer self) {
-        static_cast<StatusNotifierItem *>(self)->setHost(false, 0);
-    };
-    watch_ = g_bus_watch_name_on_connection(connection_, watcherName, G_BUS_NAME_WATCHER_FLAGS_NONE,
-                                            appeared, vanished, this, nullptr);
-    const auto hostsChanged =
-        +[](GDBusConnection *, const char *, const char *, const char *, const char *, GVariant *,
-            gpointer self) { static_cast<StatusNotifierItem *>(self)->askForHost(); };
-    hostSignals_ = g_dbus_connection_signal_subscribe(
-        connection_, watcherName, watcherName, nullptr, watcherPath, nullptr,
-        G_DBUS_SIGNAL_FLAGS_NONE, hostsChanged, this, nullptr);
-}
-
-void StatusNotifierItem::disconnect() {
-    auto *connection = std::exchange(connection_, nullptr);
+    auto *connection = bus_.connection();
     if (connection == nullptr) {
         return;
     }
-    cancellation_.reset();
-    g_bus_unwatch_name(watch_);
-    g_dbus_connection_signal_unsubscribe(connection, hostSignals_);
-    g_dbus_connection_unregister_object(connection, exported_);
-    g_object_unref(connection);
-    setHost(false, 0);
+    auto *skeleton = G_DBUS_INTERFACE_SKELETON(item_.get());
+    if (g_dbus_interface_skeleton_export(skeleton, connection, itemPath, nullptr) != FALSE) {
+        export_ = Handle([skeleton] { g_dbus_interface_skeleton_unexport(skeleton); });
+    }
+    const auto appeared =
+        +[](GDBusConnection *, const char *, const char *uniqueName, gpointer self) {
+            static_cast<StatusNotifierItem *>(self)->handleWatcher(uniqueName);
+        };
+    const auto vanished = +[](GDBusConnection *, const char *, gpointer self) {
+        static_cast<StatusNotifierItem *>(self)->leaveWatcher();
+    };
+    const auto watch = g_bus_watch_name_on_connection(
+        connection, watcherName, G_BUS_NAME_WATCHER_FLAGS_NONE, appeared, vanished, this, nullptr);
+    watcherWatch_ = Handle([watch] { g_bus_unwatch_name(watch); });
 }
 
-void StatusNotifierItem::watcherAppeared() {
+void StatusNotifierItem::disconnect() {
+    watcherWatch_.reset();
+    export_.reset();
+    leaveWatcher();
+}
+
+// By its unique name, of which the proxy need not follow the owner.
+void StatusNotifierItem::handleWatcher(const char *uniqueName) {
+    leaveWatcher();
+    calls_.start(
+        [this](GObject *, GAsyncResult *result) {
+            adoptWatcher(GlibPointer<DbusStatusNotifierWatcher>(
+                dbus_status_notifier_watcher_proxy_new_finish(result, nullptr)));
+        },
+        dbus_status_notifier_watcher_proxy_new, bus_.connection(),
+        static_cast<GDBusProxyFlags>(G_DBUS_PROXY_FLAGS_DO_NOT_LOAD_PROPERTIES |
+                                     G_DBUS_PROXY_FLAGS_DO_NOT_AUTO_START),
+        uniqueName, watcherPath);
+    askForProcess(uniqueName);
+}
+
+void StatusNotifierItem::adoptWatcher(GlibPointer<DbusStatusNotifierWatcher> watcher) {
+    if (!watcher) {
+        return;
+    }
+    watcher_ = std::move(watcher);
+    g_dbus_proxy_set_default_timeout(G_DBUS_PROXY(watcher_.get()), longestCall);
+    const auto changed = +[](DbusStatusNotifierWatcher *, gpointer self) {
+        static_cast<StatusNotifierItem *>(self)->askForHost();
+    };
+    hostsCome_ = connectToSignal(watcher_.get(), "status-notifier-host-registered",
+                                 G_CALLBACK(changed), this);
+    hostsGo_ = connectToSignal(watcher_.get(), "status-notifier-host-unregistered",
+                               G_CALLBACK(changed), this);
     // By the connection's own name: a well-known one would be one more thing that can be taken.
-    g_dbus_connection_call(
-        connection_, watcherName, watcherPath, watcherName, "RegisterStatusNotifierItem",
-        g_variant_new("(s)", g_dbus_connection_get_unique_name(connection_)), nullptr,
-        G_DBUS_CALL_FLAGS_NO_AUTO_START, longestCall, cancellation_->get(), nullptr, nullptr);
-    askForProcess();
+    calls_.start([](GObject *, GAsyncResult *) {},
+                 dbus_status_notifier_watcher_call_register_status_notifier_item, watcher_.get(),
+                 g_dbus_connection_get_unique_name(bus_.connection()));
     askForHost();
 }
 
-void StatusNotifierItem::askForProcess() {
-    const auto answered = +[](GObject *source, GAsyncResult *result, gpointer self) {
-        GError *raw = nullptr;
-        const GlibPointer<GVariant> reply(
-            g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, &raw));
-        const GlibPointer<GError> error(raw);
-        if (reply) {
-            std::uint32_t process = 0;
-            g_variant_get(reply.get(), "(u)", &process);
-            auto &item = *static_cast<StatusNotifierItem *>(self);
-            item.setHost(item.hasHost_, static_cast<std::int32_t>(process));
-        }
-    };
-    g_dbus_connection_call(
-        connection_, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-        "GetConnectionUnixProcessID", g_variant_new("(s)", watcherName), G_VARIANT_TYPE("(u)"),
-        G_DBUS_CALL_FLAGS_NO_AUTO_START, longestCall, cancellation_->get(), answered, this);
+void StatusNotifierItem::leaveWatcher() {
+    calls_.cancel();
+    hostsCome_.reset();
+    hostsGo_.reset();
+    watcher_.reset();
+    setHost(false, 0);
 }
 
-// A watcher alone shows nothing.
+void StatusNotifierItem::askForProcess(const char *uniqueName) {
+    calls_.start(
+        [this](GObject *source, GAsyncResult *result) {
+            const GlibPointer<GVariant> reply(
+                g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, nullptr));
+            if (reply) {
+                std::uint32_t process = 0;
+                g_variant_get(reply.get(), "(u)", &process);
+                setHost(hasHost_, static_cast<std::int32_t>(process));
+            }
+        },
+        g_dbus_connection_call, bus_.connection(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
+        "org.freedesktop.DBus", "GetConnectionUnixProcessID", g_variant_new("(s)", uniqueName),
+        G_VARIANT_TYPE("(u)"), G_DBUS_CALL_FLAGS_NO_AUTO_START, longestCall);
+}
+
+// A watcher alone shows nothing. Watchers do not announce that this property changes, so the proxy
+// keeps no copy of it.
 void StatusNotifierItem::askForHost() {
-    const auto answered = +[](GObject *source, GAsyncResult *result, gpointer self) {
-        GError *raw = nullptr;
-        const GlibPointer<GVariant> reply(
-            g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, &raw));
-        const GlibPointer<GError> error(raw);
-        // Whoever cancelled may be gone.
-        if (error && g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_CANCELLED) != FALSE) {
-            return;
-        }
-        bool hasHost = false;
-        if (reply) {
-            const GlibPointer<GVariant> boxed(g_variant_get_child_value(reply.get(), 0));
-            const GlibPointer<GVariant> value(g_variant_get_variant(boxed.get()));
-            hasHost = g_variant_is_of_type(value.get(), G_VARIANT_TYPE_BOOLEAN) != FALSE &&
-                      g_variant_get_boolean(value.get()) != FALSE;
-        }
-        auto &item = *static_cast<StatusNotifierItem *>(self);
-        item.setHost(hasHost, item.watcherProcess_);
-    };
-    g_dbus_connection_call(
-        connection_, watcherName, watcherPath, "org.freedesktop.DBus.Properties", "Get",
-        g_variant_new("(ss)", watcherName, "IsStatusNotifierHostRegistered"), G_VARIANT_TYPE("(v)"),
-        G_DBUS_CALL_FLAGS_NO_AUTO_START, longestCall, cancellation_->get(), answered, this);
+    calls_.start(
+        [this](GObject *source, GAsyncResult *result) {
+            const GlibPointer<GVariant> reply(
+                g_dbus_proxy_call_finish(G_DBUS_PROXY(source), result, nullptr));
+            bool hasHost = false;
+            if (reply && g_variant_is_of_type(reply.get(), G_VARIANT_TYPE("(v)")) != FALSE) {
+                GVariant *raw = nullptr;
+                g_variant_get(reply.get(), "(v)", &raw);
+                const GlibPointer<GVariant> value(raw);
+                hasHost = g_variant_is_of_type(raw, G_VARIANT_TYPE_BOOLEAN) != FALSE &&
+                          g_variant_get_boolean(raw) != FALSE;
+            }
+            setHost(hasHost, watcherProcess_);
+        },
+        g_dbus_proxy_call, G_DBUS_PROXY(watcher_.get()), "org.freedesktop.DBus.Properties.Get",
+        g_variant_new("(ss)", watcherName, "IsStatusNotifierHostRegistered"),
+        G_DBUS_CALL_FLAGS_NO_AUTO_START, longestCall);
 }
 
 void StatusNotifierItem::setHost(bool hasHost, std::int32_t watcherProcess) {
@@ -266,46 +266,6 @@ void StatusNotifierItem::setHost(bool hasHost, std::int32_t watcherProcess) {
     watcherProcess_ = watcherProcess;
     if (isNews) {
         hostChanged_.emit();
-    }
-}
-
-GVariant *StatusNotifierItem::property(const std::string &name) const {
-    if (name == "Category") {
-        return g_variant_new_string("ApplicationStatus");
-    }
-    if (name == "Id") {
-        return g_variant_new_string(program::identifier);
-    }
-    if (name == "Title") {
-        return g_variant_new_string(program::name);
-    }
-    if (name == "Status") {
-        return g_variant_new_string(statusText(isHidden_));
-    }
-    if (name == "WindowId") {
-        return g_variant_new_int32(0);
-    }
-    if (name == "IconPixmap") {
-        return pictures(title_);
-    }
-    if (name == "OverlayIconPixmap" || name == "AttentionIconPixmap") {
-        return noPictures();
-    }
-    if (name == "ToolTip") {
-        return g_variant_new("(s@a(iiay)ss)", "", noPictures(), toolTip_.c_str(), "");
-    }
-    if (name == "ItemIsMenu") {
-        return g_variant_new_boolean(FALSE);
-    }
-    return g_variant_new_string("");
-}
-
-void StatusNotifierItem::emit(const char *signal, GVariant *arguments) {
-    if (connection_ != nullptr) {
-        g_dbus_connection_emit_signal(connection_, nullptr, itemPath, itemInterface, signal,
-                                      arguments, nullptr);
-    } else if (arguments != nullptr) {
-        g_variant_unref(g_variant_ref_sink(arguments));
     }
 }
 

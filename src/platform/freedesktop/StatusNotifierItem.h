@@ -1,20 +1,23 @@
 #pragma once
 
 #include "platform/StatusItem.h"
+#include "platform/freedesktop/AsyncCalls.h"
+#include "platform/freedesktop/GlibPointers.h"
 #include "support/Handle.h"
 #include "support/Signal.h"
 
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <string>
+#include <vector>
 
-using GDBusConnection = struct _GDBusConnection; // NOLINT(bugprone-reserved-identifier,cert-*)
-using GVariant = struct _GVariant;               // NOLINT(bugprone-reserved-identifier,cert-*)
+// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl*): as they are generated
+using DbusStatusNotifierItem = struct _DbusStatusNotifierItem;
+using DbusStatusNotifierWatcher = struct _DbusStatusNotifierWatcher;
+// NOLINTEND(bugprone-reserved-identifier,cert-dcl*)
 
 namespace lumo::freedesktop {
 
-class Cancellation;
 class SessionBus;
 
 // The status item as freedesktop.org's StatusNotifierItem on the session bus, drawn by a host: a
@@ -49,31 +52,33 @@ class StatusNotifierItem {
     Handle onContextMenu(std::function<void(int x, int y)> observer);
 
   private:
-    struct Vtable;
+    struct Methods;
 
     void connect();
     void disconnect();
-    void watcherAppeared();
+    void handleWatcher(const char *uniqueName);
+    void adoptWatcher(GlibPointer<DbusStatusNotifierWatcher> watcher);
+    void leaveWatcher();
     void askForHost();
-    void askForProcess();
+    void askForProcess(const char *uniqueName);
     void setHost(bool hasHost, std::int32_t watcherProcess);
-    GVariant *property(const std::string &name) const;
-    void emit(const char *signal, GVariant *arguments = nullptr);
 
     SessionBus &bus_;
+    GlibPointer<DbusStatusNotifierItem> item_;
+    GlibPointer<DbusStatusNotifierWatcher> watcher_; // null while there is none
     StatusTitle title_;
-    std::string toolTip_;
     bool isHidden_ = false;
     bool hasHost_ = false;
     std::int32_t watcherProcess_ = 0;
-    GDBusConnection *connection_ = nullptr; // while the item is exported on it
-    unsigned exported_ = 0;
-    unsigned watch_ = 0;
-    unsigned hostSignals_ = 0;
-    std::unique_ptr<Cancellation> cancellation_;
     Signal<> hostChanged_;
     Signal<int, int> contextMenu_;
+    std::vector<Handle> methodCalls_;
     Handle busChanges_;
+    Handle export_;       // while there is a bus
+    Handle watcherWatch_; // while there is a bus
+    Handle hostsCome_;    // while there is a watcher
+    Handle hostsGo_;      // while there is a watcher
+    AsyncCalls calls_;
 };
 
 } // namespace lumo::freedesktop
