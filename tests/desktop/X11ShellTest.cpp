@@ -1,8 +1,7 @@
+#include "bus/StatusNotifierHost.h"
 #include "desktop/PrivateDesktop.h"
 #include "desktop/Variable.h"
 #include "platform/freedesktop/GlibMainLoop.h"
-#include "platform/freedesktop/GlibPointers.h"
-#include "platform/freedesktop/PackageKitUpdates.h"
 #include "platform/freedesktop/SessionBus.h"
 #include "platform/x11/X11StatusItem.h"
 #include "platform/x11/server/Connection.h"
@@ -11,7 +10,7 @@
 #include "platform/x11/server/SingleInstance.h"
 #include "platform/x11/server/X11Screens.h"
 
-#include <gio/gio.h>
+#include <glib.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -159,98 +158,6 @@ TEST_F(StatusItemTest, AppearsInATrayThatComesLaterAndHearsTheRightButtonsReleas
     }
 }
 
-freedesktop::GlibPointer<GDBusConnection> connectTo(const std::string &address) {
-    return freedesktop::GlibPointer<GDBusConnection>(g_dbus_connection_new_for_address_sync(
-        address.c_str(),
-        static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                          G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
-        nullptr, nullptr, nullptr));
-}
-
-// What panels put on the session bus, as far as an item needs it.
-class FakeHost {
-  public:
-    explicit FakeHost(const std::string &address)
-        : bus_(connectTo(address)) {
-        static const freedesktop::GlibPointer<GDBusNodeInfo> node(g_dbus_node_info_new_for_xml(
-            "<node><interface name='org.kde.StatusNotifierWatcher'>"
-            "<method name='RegisterStatusNotifierItem'><arg type='s' direction='in'/></method>"
-            "<property name='IsStatusNotifierHostRegistered' type='b' access='read'/>"
-            "<signal name='StatusNotifierHostRegistered'/></interface></node>",
-            nullptr));
-        static constexpr GDBusInterfaceVTable table{
-            [](GDBusConnection *, const char *, const char *, const char *, const char *,
-               GVariant *arguments, GDBusMethodInvocation *invocation, gpointer self) {
-                const char *item = nullptr;
-                g_variant_get(arguments, "(&s)", &item);
-                static_cast<FakeHost *>(self)->items.emplace_back(item);
-                g_dbus_method_invocation_return_value(invocation, nullptr);
-            },
-            [](GDBusConnection *, const char *, const char *, const char *, const char *, GError **,
-               gpointer self) {
-                return g_variant_new_boolean(static_cast<FakeHost *>(self)->isHost ? TRUE : FALSE);
-            },
-            nullptr,
-            {}};
-        object_ =
-            g_dbus_connection_register_object(bus_.get(), "/StatusNotifierWatcher",
-                                              node->interfaces[0], &table, this, nullptr, nullptr);
-        // Who sees the name expects the objects:
-        // NOLINTNEXTLINE(cppcoreguidelines-prefer-member-initializer)
-        name_ = g_bus_own_name_on_connection(bus_.get(), "org.kde.StatusNotifierWatcher",
-                                             G_BUS_NAME_OWNER_FLAGS_NONE, nullptr, nullptr, nullptr,
-                                             nullptr);
-    }
-    ~FakeHost() {
-        g_bus_unown_name(name_);
-        g_dbus_connection_unregister_object(bus_.get(), object_);
-        g_dbus_connection_close_sync(bus_.get(), nullptr, nullptr);
-    }
-    FakeHost(const FakeHost &) = delete;
-    FakeHost &operator=(const FakeHost &) = delete;
-
-    void becomeHost() {
-        isHost = true;
-        g_dbus_connection_emit_signal(bus_.get(), nullptr, "/StatusNotifierWatcher",
-                                      "org.kde.StatusNotifierWatcher",
-                                      "StatusNotifierHostRegistered", nullptr, nullptr);
-    }
-
-    void callItem(const char *method, int x, int y) {
-        g_dbus_connection_call(bus_.get(), items.back().c_str(), "/StatusNotifierItem",
-                               "org.kde.StatusNotifierItem", method, g_variant_new("(ii)", x, y),
-                               nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr, nullptr);
-    }
-
-    // The item's properties; asked for without waiting, since the item lives on this very thread.
-    void askForProperties() {
-        const auto answered = +[](GObject *source, GAsyncResult *result, gpointer self) {
-            static_cast<FakeHost *>(self)->properties.reset(
-                g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, nullptr));
-        };
-        g_dbus_connection_call(bus_.get(), items.back().c_str(), "/StatusNotifierItem",
-                               "org.freedesktop.DBus.Properties", "GetAll",
-                               g_variant_new("(s)", "org.kde.StatusNotifierItem"), nullptr,
-                               G_DBUS_CALL_FLAGS_NONE, -1, nullptr, answered, this);
-    }
-
-    std::string propertiesText() const {
-        char *printed = g_variant_print(properties.get(), FALSE);
-        std::string text = printed;
-        g_free(printed);
-        return text;
-    }
-
-    bool isHost = false;
-    std::vector<std::string> items;
-    freedesktop::GlibPointer<GVariant> properties;
-
-  private:
-    freedesktop::GlibPointer<GDBusConnection> bus_;
-    unsigned object_ = 0;
-    unsigned name_ = 0;
-};
-
 TEST_F(StatusItemTest, MovesFromTheTrayToAPanelOnTheSessionBusAndBack) {
     desktop.startSessionBus();
     const auto address = desktop.environment().at("DBUS_SESSION_BUS_ADDRESS");
@@ -259,27 +166,18 @@ TEST_F(StatusItemTest, MovesFromTheTrayToAPanelOnTheSessionBusAndBack) {
     const auto tray = desktop.start({"trayer", "--edge", "top"});
     ASSERT_TRUE(dotAppears(255, 0, 0));
     for (int round = 0; round < 2; ++round) {
-        auto host = std::make_unique<FakeHost>(address);
-        ASSERT_TRUE(eventually([&] { return !host->items.empty(); })) << "offers itself";
+        auto host = std::make_unique<test::StatusNotifierHost>(address);
+        ASSERT_TRUE(eventually([&] { return !host->items().empty(); })) << "offers itself";
         EXPECT_TRUE(findDot(255, 0, 0)) << "a watcher without a host shows nothing";
-        host->becomeHost();
+        host->setHost(true);
         ASSERT_TRUE(eventually([&] { return !findDot(255, 0, 0); })) << "never in both places";
 
         places.clear();
-        host->callItem("Activate", 1, 1);
         host->callItem("ContextMenu", 30, 40);
         ASSERT_TRUE(eventually([&] { return !places.empty(); }));
         ASSERT_EQ(places.size(), 1U);
         EXPECT_FALSE(places[0].item);
         EXPECT_EQ(places[0].pointer, (Point{30, desktop.session().screenArea().height - 40.0}));
-
-        host->askForProperties();
-        ASSERT_TRUE(eventually([&] { return host->properties != nullptr; }));
-        const auto text = host->propertiesText();
-        EXPECT_THAT(text, testing::Not(testing::HasSubstr("'Menu'"))) << "some would show that";
-        EXPECT_THAT(text, testing::HasSubstr("'Lumo - Focus and privacy'"));
-        EXPECT_THAT(text, testing::HasSubstr("'IconPixmap': <[(16, 16, [byte"));
-        EXPECT_THAT(text, testing::HasSubstr("0xff, 0xff, 0x00, 0x00")) << "an opaque red pixel";
 
         host.reset();
         ASSERT_TRUE(dotAppears(255, 0, 0)) << "the tray has it again";
@@ -291,8 +189,8 @@ TEST_F(StatusItemTest, TakesTheTrayOfAPanelThatOffersBoth) {
     desktop.startSessionBus();
     const auto address = desktop.environment().at("DBUS_SESSION_BUS_ADDRESS");
     const Variable busAddress("DBUS_SESSION_BUS_ADDRESS", address);
-    FakeHost panel(address);
-    panel.becomeHost();
+    test::StatusNotifierHost panel(address);
+    panel.setHost(true);
     makeItem();
     auto &session = desktop.session();
     const auto isInTray = [&] {
@@ -301,11 +199,10 @@ TEST_F(StatusItemTest, TakesTheTrayOfAPanelThatOffersBoth) {
         });
     };
     const auto statusBecomes = [&](const std::string &status) {
-        return eventually([&] { return !panel.items.empty(); }) && eventually([&] {
-                   panel.properties.reset();
+        return eventually([&] { return !panel.items().empty(); }) && eventually([&] {
                    panel.askForProperties();
-                   return eventually([&] { return panel.properties != nullptr; }) &&
-                          panel.propertiesText().find("'Status': <'" + status) != std::string::npos;
+                   return eventually([&] { return !panel.properties().empty(); }) &&
+                          panel.properties().find("'Status': <'" + status) != std::string::npos;
                });
     };
     EXPECT_TRUE(statusBecomes("Active"));
@@ -334,117 +231,6 @@ TEST_F(StatusItemTest, TakesTheTrayOfAPanelThatOffersBoth) {
     xcb_flush(server);
     EXPECT_TRUE(statusBecomes("Active"));
     EXPECT_FALSE(isInTray());
-}
-
-// A package service whose answers are scripted: signals of a transaction by the method that is
-// called on it.
-class FakePackageService {
-  public:
-    explicit FakePackageService(const std::string &address)
-        : bus_(connectTo(address)) {
-        static const freedesktop::GlibPointer<GDBusNodeInfo> node(g_dbus_node_info_new_for_xml(
-            "<node><interface name='org.freedesktop.PackageKit'><method name='CreateTransaction'>"
-            "<arg type='o' direction='out'/></method></interface>"
-            "<interface name='org.freedesktop.PackageKit.Transaction'>"
-            "<method name='SearchFiles'><arg type='t' direction='in'/>"
-            "<arg type='as' direction='in'/></method>"
-            "<method name='GetUpdates'><arg type='t' direction='in'/></method></interface></node>",
-            nullptr));
-        static constexpr GDBusInterfaceVTable table{
-            [](GDBusConnection *, const char *, const char *path, const char *, const char *method,
-               GVariant *arguments, GDBusMethodInvocation *invocation, gpointer self) {
-                static_cast<FakePackageService *>(self)->answer(path, method, arguments,
-                                                                invocation);
-            },
-            nullptr,
-            nullptr,
-            {}};
-        g_dbus_connection_register_object(bus_.get(), "/org/freedesktop/PackageKit",
-                                          node->interfaces[0], &table, this, nullptr, nullptr);
-        for (const char *path : {"/1", "/2"}) {
-            g_dbus_connection_register_object(bus_.get(), path, node->interfaces[1], &table, this,
-                                              nullptr, nullptr);
-        }
-        // Who sees the name expects the objects:
-        // NOLINTNEXTLINE(cppcoreguidelines-prefer-member-initializer)
-        name_ = g_bus_own_name_on_connection(bus_.get(), "org.freedesktop.PackageKit",
-                                             G_BUS_NAME_OWNER_FLAGS_NONE, nullptr, nullptr, nullptr,
-                                             nullptr);
-    }
-    ~FakePackageService() {
-        g_bus_unown_name(name_);
-        g_dbus_connection_close_sync(bus_.get(), nullptr, nullptr);
-    }
-    FakePackageService(const FakePackageService &) = delete;
-    FakePackageService &operator=(const FakePackageService &) = delete;
-
-    std::vector<std::string> owners;  // of the file
-    std::vector<std::string> updates; // that there are
-    bool fails = false;
-    std::string searchedFile;
-
-  private:
-    void answer(const std::string &path, const std::string &method, GVariant *arguments,
-                GDBusMethodInvocation *invocation) {
-        if (method == "CreateTransaction") {
-            transaction_ = transaction_ == "/1" ? "/2" : "/1";
-            g_dbus_method_invocation_return_value(invocation,
-                                                  g_variant_new("(o)", transaction_.c_str()));
-            return;
-        }
-        g_dbus_method_invocation_return_value(invocation, nullptr);
-        if (method == "SearchFiles") {
-            const freedesktop::GlibPointer<GVariant> files(g_variant_get_child_value(arguments, 1));
-            const char *file = nullptr;
-            g_variant_get_child(files.get(), 0, "&s", &file);
-            searchedFile = file;
-        }
-        for (const auto &package : method == "SearchFiles" ? owners : updates) {
-            signal(path, "Package", g_variant_new("(uss)", 1U, package.c_str(), "A summary"));
-        }
-        signal(path, "Finished", g_variant_new("(uu)", fails ? 2U : 1U, 5U));
-        signal(path, "Destroy", nullptr);
-    }
-
-    void signal(const std::string &path, const char *name, GVariant *arguments) {
-        g_dbus_connection_emit_signal(bus_.get(), nullptr, path.c_str(),
-                                      "org.freedesktop.PackageKit.Transaction", name, arguments,
-                                      nullptr);
-    }
-
-    freedesktop::GlibPointer<GDBusConnection> bus_;
-    unsigned name_ = 0;
-    std::string transaction_;
-};
-
-TEST(PackageKitUpdatesTest, TellsWhatTheServiceKnowsOfOurPackage) {
-    PrivateDesktop desktop({.windowManager = desktop::WindowManager::none});
-    desktop.startSessionBus();
-    const auto address = desktop.environment().at("DBUS_SESSION_BUS_ADDRESS");
-    const Variable systemBus("DBUS_SYSTEM_BUS_ADDRESS", address);
-    freedesktop::GlibMainLoop loop;
-    freedesktop::PackageKitUpdates updates(loop, "/opt/lumo/bin/lumo");
-    const auto check = [&] {
-        std::optional<UpdateResult> result;
-        updates.checkForUpdates([&](const UpdateResult &each) { result = each; });
-        EXPECT_FALSE(result) << "not before checkForUpdates() has returned";
-        EXPECT_TRUE(runUntil(loop, [&] { return result.has_value(); }));
-        return result.value_or(UpdateResult{});
-    };
-    using Kind = UpdateResult::Kind;
-    EXPECT_EQ(check(), (UpdateResult{Kind::serviceUnavailable, {}}));
-    auto service = std::make_unique<FakePackageService>(address);
-    EXPECT_EQ(check(), (UpdateResult{Kind::notInstalledByPackage, {}}));
-    EXPECT_EQ(service->searchedFile, "/opt/lumo/bin/lumo");
-    service->owners = {"lumo;1.0.0;amd64;installed"};
-    service->updates = {"lumo-extras;9.9;all;stable", "other;3;all;stable"};
-    EXPECT_EQ(check(), (UpdateResult{Kind::upToDate, {}}));
-    service->updates.emplace_back("lumo;1.4.2;amd64;stable");
-    EXPECT_EQ(check(), (UpdateResult{Kind::newerVersion, "1.4.2"}));
-    service->fails = true;
-    EXPECT_EQ(check(), (UpdateResult{Kind::serviceUnavailable, {}}));
-    service.reset();
-    EXPECT_EQ(check(), (UpdateResult{Kind::serviceUnavailable, {}}));
 }
 
 } // namespace

@@ -1,28 +1,31 @@
-#include "desktop/PrivateDesktop.h"
+#include "platform/freedesktop/DesktopNotifications.h"
+
+#include "bus/BusService.h"
+#include "bus/MessageBus.h"
 #include "desktop/TemporaryDirectory.h"
 #include "desktop/Variable.h"
-#include "platform/freedesktop/DesktopNotifications.h"
+#include "platform/freedesktop/FileDescriptor.h"
 #include "platform/freedesktop/GlibMainLoop.h"
+#include "platform/freedesktop/GlibSignal.h"
 
+#include <gio/gio.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include <org.freedesktop.Notifications.h>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <unistd.h>
 
-#include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
-namespace lumo::x11 {
+namespace lumo::freedesktop {
 namespace {
 
-using desktop::PrivateDesktop;
 using desktop::Variable;
-using desktop::WindowManager;
+using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
@@ -30,8 +33,8 @@ using testing::Optional;
 
 // What became of a notification: the error, empty for none; absent when nothing was heard.
 std::optional<std::string> send() {
-    freedesktop::GlibMainLoop loop;
-    freedesktop::DesktopNotifications notifications(loop);
+    GlibMainLoop loop;
+    DesktopNotifications notifications(loop);
     std::optional<std::string> outcome;
     notifications.add({"id", "A title", "A body."}, [&](const auto &error) {
         outcome = error.value_or("");
@@ -43,7 +46,7 @@ std::optional<std::string> send() {
     return outcome;
 }
 
-TEST(UserNotificationsTest, FailAtOnceAndInWordsWithoutABus) {
+TEST(DesktopNotificationsTest, FailAtOnceAndInWordsWithoutABus) {
     const desktop::TemporaryDirectory directory;
     const Variable runtime("XDG_RUNTIME_DIR", directory.path().string());
     {
@@ -58,19 +61,19 @@ TEST(UserNotificationsTest, FailAtOnceAndInWordsWithoutABus) {
 }
 
 // A bus that takes the call and never answers.
-TEST(UserNotificationsTest, NeverWaitForABusThatHangs) {
+TEST(DesktopNotificationsTest, NeverWaitForABusThatHangs) {
     const desktop::TemporaryDirectory directory;
     const auto path = directory.path() / "bus";
-    const int server = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const FileDescriptor server(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     sockaddr_un name{};
     name.sun_family = AF_UNIX;
     std::strncpy(name.sun_path, path.c_str(), sizeof name.sun_path - 1);
-    ASSERT_EQ(bind(server, reinterpret_cast<const sockaddr *>(&name), sizeof name), 0);
-    ASSERT_EQ(listen(server, 4), 0);
+    ASSERT_EQ(bind(server.get(), reinterpret_cast<const sockaddr *>(&name), sizeof name), 0);
+    ASSERT_EQ(listen(server.get(), 4), 0);
     const Variable runtime("XDG_RUNTIME_DIR", directory.path().string());
     const Variable address("DBUS_SESSION_BUS_ADDRESS", std::nullopt);
-    freedesktop::GlibMainLoop loop;
-    auto notifications = std::make_unique<freedesktop::DesktopNotifications>(loop);
+    GlibMainLoop loop;
+    auto notifications = std::make_unique<DesktopNotifications>(loop);
     bool wasHeard = false;
     notifications->add({"id", "A title", "A body."}, [&](const auto &) { wasHeard = true; });
     int turns = 0;
@@ -82,32 +85,57 @@ TEST(UserNotificationsTest, NeverWaitForABusThatHangs) {
     EXPECT_EQ(loop.run(), 3) << "the loop goes on";
     EXPECT_FALSE(wasHeard);
     notifications.reset();
-    close(server);
-    freedesktop::GlibMainLoop afterwards;
+    GlibMainLoop afterwards;
     const auto end = afterwards.after(0.2, [&] { afterwards.quit(0); });
     afterwards.run();
     EXPECT_FALSE(wasHeard) << "nothing is heard after the end";
 }
 
-TEST(UserNotificationsTest, ArriveAtTheDesktopsService) {
-    PrivateDesktop desktop({.windowManager = WindowManager::none});
-    desktop.startSessionBus();
-    const Variable address("DBUS_SESSION_BUS_ADDRESS",
-                           desktop.environment().at("DBUS_SESSION_BUS_ADDRESS"));
+// What the service was given.
+class NotificationService {
+  public:
+    explicit NotificationService(const std::string &address)
+        : service_(address)
+        , notifications_(dbus_notifications_skeleton_new())
+        , calls_(connectToSignal(notifications_.get(), "handle-notify",
+                                 G_CALLBACK(&NotificationService::notify), this)) {
+        service_.offer(notifications_.get(), "/org/freedesktop/Notifications");
+        service_.takeName("org.freedesktop.Notifications");
+    }
+    NotificationService(const NotificationService &) = delete;
+    NotificationService &operator=(const NotificationService &) = delete;
+
+    std::vector<std::string> received;
+
+  private:
+    static gboolean notify(DbusNotifications *notifications, GDBusMethodInvocation *invocation,
+                           const char *program, guint /*replaced*/, const char *icon,
+                           const char *title, const char *body, const char *const *actions,
+                           GVariant *hints, int duration, gpointer self) {
+        const char *entry = "";
+        g_variant_lookup(hints, "desktop-entry", "&s", &entry);
+        EXPECT_EQ(actions[0], nullptr);
+        EXPECT_EQ(duration, -1);
+        static_cast<NotificationService *>(self)->received = {program, icon, entry, title, body};
+        dbus_notifications_complete_notify(notifications, invocation, 1);
+        return TRUE;
+    }
+
+    test::BusService service_;
+    GlibPointer<DbusNotifications> notifications_;
+    Handle calls_;
+};
+
+TEST(DesktopNotificationsTest, ArriveAtTheDesktopsService) {
+    const test::MessageBus messageBus;
+    const Variable address("DBUS_SESSION_BUS_ADDRESS", messageBus.address());
     EXPECT_THAT(send(), Optional(HasSubstr("org.freedesktop.Notifications")))
-        << "nobody has that name on the bus yet";
-    const auto service = desktop.startNotificationService();
-    EXPECT_TRUE(desktop.session().eventually([&] { return send() == ""; })) << service->report();
-    EXPECT_TRUE(desktop.session().eventually([&] {
-        const auto lines = service->outputLines();
-        const auto has = [&](const char *text) {
-            return std::ranges::any_of(lines, [&](const std::string &line) {
-                return line.find(text) != std::string::npos;
-            });
-        };
-        return has("A title") && has("A body.");
-    })) << service->report();
+        << "no program has that name on the bus yet";
+    const NotificationService service(messageBus.address());
+    EXPECT_EQ(send(), "");
+    EXPECT_THAT(service.received,
+                ElementsAre("Lumo", "app.lumo.Lumo", "app.lumo.Lumo", "A title", "A body."));
 }
 
 } // namespace
-} // namespace lumo::x11
+} // namespace lumo::freedesktop
