@@ -75,7 +75,7 @@ FileDescriptor openTemporary(const fs::path &path, std::error_code &error) {
         }
         while (flock(file.get(), LOCK_EX) != 0 && errno == EINTR) {
         }
-        // Whoever held the lock before may have renamed or removed the file meanwhile.
+        // The process that held the lock before may have renamed or removed the file meanwhile.
         struct stat opened {};
         struct stat current {};
         if (fstat(file.get(), &opened) == 0 && stat(path.c_str(), &current) == 0 &&
@@ -142,7 +142,7 @@ AtomicFile::AtomicFile(fs::path path)
 
 std::optional<std::string> AtomicFile::read(std::error_code &error) const {
     error.clear();
-    // Without waiting, for the case that somebody has put a pipe there.
+    // Without waiting, in case it is a pipe.
     const FileDescriptor file(open(path_.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     if (!file) {
         if (errno != ENOENT && errno != ENOTDIR) {

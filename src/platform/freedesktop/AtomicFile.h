@@ -9,8 +9,8 @@
 
 namespace lumo::freedesktop {
 
-// A small file that is read and replaced as a whole, for data that must survive whatever happens
-// to the program or the machine.
+// A small file that is read and replaced as a whole, for data that must survive a crash of the
+// program or the machine.
 class AtomicFile {
   public:
     // Larger files are taken for something else.
@@ -27,7 +27,7 @@ class AtomicFile {
     std::optional<std::string> read(std::error_code &error) const;
 
     // Makes this the contents of the file, with mode 0600, on the disk when this returns; missing
-    // folders are made with mode 0700. Whoever reads at any moment, after a crash too, sees all of
+    // folders are made with mode 0700. A reader at any moment, after a crash too, sees all of
     // the old or all of the new contents. On an error the old contents are in force. At most one
     // temporary file, the path with ".tmp", is ever left behind; processes that replace the same
     // file take turns.

@@ -29,7 +29,7 @@ class FileDescriptor {
     int get() const { return number_; }
     explicit operator bool() const { return number_ >= 0; }
 
-    // Hands the descriptor over to whoever closes it from now on.
+    // Gives up the descriptor, which the caller closes from now on.
     [[nodiscard]] int release() { return std::exchange(number_, -1); }
 
   private:

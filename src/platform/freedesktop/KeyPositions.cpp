@@ -134,7 +134,7 @@ static_assert(std::ranges::is_sorted(positions, {}, &std::pair<std::uint8_t, std
 
 constexpr std::uint8_t noKey = 0xff;
 
-// Virtual key codes by X key code.
+// Virtual key codes by XKB key code.
 constexpr std::array<std::uint8_t, 256> virtualKeys = [] {
     std::array<std::uint8_t, 256> keys{};
     keys.fill(noKey);

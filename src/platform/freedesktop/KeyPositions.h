@@ -5,13 +5,13 @@
 
 namespace lumo::freedesktop {
 
-// The X key code of the key at the position that the virtual key code names on the ANSI layout,
-// whatever the keyboard's layout makes of that key; absent for a code that has no such position. X
-// servers on Linux number keys as the kernel does, plus 8.
+// The XKB key code of the key at the position that the virtual key code names on the ANSI layout,
+// in any layout of the keyboard; absent for a code that has no such position. On Linux these are
+// the kernel's key codes plus 8.
 std::optional<std::uint8_t> keycodeOfVirtualKey(std::uint32_t virtualKeyCode);
 
-// The virtual key code of the position that the key with this X key code has; absent for a key that
-// the ANSI layout does not name.
+// The virtual key code of the position that the key with this XKB key code has; absent for a key
+// that the ANSI layout does not name.
 std::optional<std::uint16_t> virtualKeyOfKeycode(std::uint32_t keycode);
 
 } // namespace lumo::freedesktop

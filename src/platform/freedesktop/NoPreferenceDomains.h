@@ -4,7 +4,7 @@
 
 namespace lumo::freedesktop {
 
-// X11 desktops have no preferences of other programs that could be read by domain.
+// Linux desktops have no preferences of other programs that could be read by domain.
 class NoPreferenceDomains final : public PreferenceDomains {
   public:
     std::optional<Value> value(std::string_view, std::string_view) const override {

@@ -38,7 +38,8 @@ Handle PortalAppearance::onChange(std::function<void()> observer) {
 }
 
 // To the announcements first, so that no change falls between the question and them. Without a
-// proxy, which would be woken by every setting of the desktop and would follow the name's owner.
+// proxy, which every setting of the desktop would wake up, and which would ask for the name's owner
+// once more.
 void PortalAppearance::listen() {
     auto *connection = bus_.connection();
     if (connection == nullptr) {
@@ -47,10 +48,12 @@ void PortalAppearance::listen() {
     }
     const auto announced = +[](GDBusConnection *, const char *, const char *, const char *,
                                const char *, GVariant *arguments, gpointer self) {
-        const char *group = nullptr;
+        if (g_variant_is_of_type(arguments, G_VARIANT_TYPE("(ssv)")) == FALSE) {
+            return;
+        }
         const char *key = nullptr;
         GVariant *value = nullptr;
-        g_variant_get(arguments, "(&s&sv)", &group, &key, &value);
+        g_variant_get(arguments, "(&s&sv)", nullptr, &key, &value);
         const GlibPointer<GVariant> owned(value);
         if (std::string_view(key) == colorSchemeKey) {
             static_cast<PortalAppearance *>(self)->take(value);

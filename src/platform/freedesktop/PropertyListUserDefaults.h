@@ -16,7 +16,7 @@ class MainLoop;
 namespace lumo::freedesktop {
 
 // User defaults in an XML property list. All that is set within one turn of the main loop is
-// written at once, by replacing the whole file; what the file holds besides, of whatever type,
+// written at once, by replacing the whole file; what the file holds besides, of any type,
 // stays in it.
 //
 // A file that can't be read, or is no property list, is set aside under another name and the
@@ -35,7 +35,7 @@ class PropertyListUserDefaults final : public UserDefaults {
     PropertyListUserDefaults(const PropertyListUserDefaults &) = delete;
     PropertyListUserDefaults &operator=(const PropertyListUserDefaults &) = delete;
 
-    // Dates, arrays, dictionaries and whatever else is no Value are absent.
+    // Dates, arrays, dictionaries and all else that is no Value are absent.
     std::optional<Value> object(std::string_view key) const override;
 
     void setBool(std::string_view key, bool value) override;

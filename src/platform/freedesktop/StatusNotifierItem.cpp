@@ -108,13 +108,13 @@ struct StatusNotifierItem::Methods {
 StatusNotifierItem::StatusNotifierItem(SessionBus &bus)
     : bus_(bus)
     , item_(makeItem()) {
-    const auto answer = [this](const char *method, GCallback function) {
+    const auto handle = [this](const char *method, GCallback function) {
         methodCalls_.push_back(connectToSignal(item_.get(), method, function, this));
     };
-    answer("handle-context-menu", G_CALLBACK(&Methods::contextMenu));
-    answer("handle-activate", G_CALLBACK(&Methods::activate));
-    answer("handle-secondary-activate", G_CALLBACK(&Methods::activate));
-    answer("handle-scroll", G_CALLBACK(&Methods::scroll));
+    handle("handle-context-menu", G_CALLBACK(&Methods::contextMenu));
+    handle("handle-activate", G_CALLBACK(&Methods::activate));
+    handle("handle-secondary-activate", G_CALLBACK(&Methods::activate));
+    handle("handle-scroll", G_CALLBACK(&Methods::scroll));
     busChanges_ = bus_.onChange([this] {
         disconnect();
         connect();
@@ -207,7 +207,7 @@ void StatusNotifierItem::adoptWatcher(GlibPointer<DbusStatusNotifierWatcher> wat
                                  G_CALLBACK(changed), this);
     hostsGo_ = connectToSignal(watcher_.get(), "status-notifier-host-unregistered",
                                G_CALLBACK(changed), this);
-    // By the connection's own name: a well-known one would be one more thing that can be taken.
+    // By the connection's unique name: a well-known one could be taken already.
     calls_.start([](GObject *, GAsyncResult *) {},
                  dbus_status_notifier_watcher_call_register_status_notifier_item, watcher_.get(),
                  g_dbus_connection_get_unique_name(bus_.connection()));
