@@ -3,7 +3,6 @@
 #include "MirroredDesktop.h"
 #include "desktop/SampleApplication.h"
 #include "desktop/TemporaryDirectory.h"
-#include "desktop/Variable.h"
 #include "platform/freedesktop/GlibMainLoop.h"
 #include "platform/x11/server/ConnectionWatch.h"
 #include "platform/x11/server/X11Screens.h"
@@ -18,7 +17,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <map>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -304,62 +302,6 @@ TEST_F(WorkspaceTest, RaisesWindowsThroughAWindowManagerThatHears) {
 
     MirroredDesktop bare({.windowManager = WindowManager::none});
     EXPECT_FALSE(X11Accessibility(*bare.connection, *bare.mirror).isProcessTrusted());
-}
-
-TEST_F(WorkspaceTest, OpensUrlsWithWhateverProgramIsMeantForThem) {
-    const auto program = folder / "opener";
-    const auto opened = folder / "opened";
-    writeFile("opener", "#!/bin/sh\nprintf %s \"$1\" > " + opened.string() + "\n");
-    std::filesystem::permissions(program, std::filesystem::perms::owner_all);
-    writeEntry("opener", "Name=Opener\nExec=" + program.string() +
-                             " %u\nMimeType=x-scheme-handler/lumotest;\n");
-    writeFile("config/mimeapps.list",
-              "[Default Applications]\nx-scheme-handler/lumotest=opener.desktop\n");
-    EXPECT_TRUE(eventually([&] { return workspace_.open("lumotest:page"); }));
-    EXPECT_TRUE(eventually([&] {
-        std::string text;
-        std::getline(std::ifstream(opened), text);
-        return text == "lumotest:page";
-    }));
-    EXPECT_FALSE(workspace_.open("lumounknown:page"));
-    EXPECT_FALSE(workspace_.open("no URL"));
-}
-
-TEST_F(WorkspaceTest, OpensTheSettingsOfTheDesktopThatRuns) {
-    const auto opened = folder / "opened-settings";
-    for (const char *entry : {"org.gnome.Settings", "kdesystemsettings", "cinnamon-settings"}) {
-        const auto program = folder / entry;
-        writeFile(entry, "#!/bin/sh\necho \"$# ${0##*/}\" > " + opened.string() + "\n");
-        std::filesystem::permissions(program, std::filesystem::perms::owner_all);
-        writeEntry(entry, "Name=Settings\nExec=" + program.string() + " %u\n");
-    }
-    writeEntry("matecc", "Name=Control Center\nPath=/nowhere\nExec=true\n");
-    const auto page = std::string(systemSettingsScheme) + ":page";
-    for (const auto &expected :
-         std::map<std::string, std::string>{{"ubuntu:GNOME", "org.gnome.Settings"},
-                                            {"KDE", "kdesystemsettings"},
-                                            {"XFCE:X-Cinnamon:", "cinnamon-settings"},
-                                            {"XFCE", ""},
-                                            {"", ""},
-                                            {":", ""},
-                                            {"gnome", ""}}) {
-        const std::string &desktop = expected.first;
-        const std::string &program = expected.second;
-        const desktop::Variable current("XDG_CURRENT_DESKTOP", desktop);
-        std::filesystem::remove(opened);
-        EXPECT_TRUE(eventually([&] { return workspace_.open(page) == !program.empty(); }))
-            << desktop;
-        EXPECT_TRUE(program.empty() || eventually([&] {
-                        std::string text;
-                        std::getline(std::ifstream(opened), text);
-                        return text == "0 " + program;
-                    }))
-            << desktop;
-    }
-    const desktop::Variable current("XDG_CURRENT_DESKTOP", "MATE");
-    EXPECT_TRUE(workspace_.open(page));
-    EXPECT_TRUE(eventually([&] { return !lines_.empty(); })) << "a start that fails is told";
-    EXPECT_THAT(lines_, ElementsAre(testing::StartsWith("[Lumo] could not start Control Center")));
 }
 
 } // namespace
