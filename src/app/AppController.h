@@ -72,7 +72,7 @@ class AppController {
     void enterPeekMode();
     void exitPeekMode();
 
-    // Makes the application that the user works in the Cover App and answers with its display name;
+    // Makes the application that the user works in the Cover App and returns its display name;
     // absent when there is no such application.
     std::optional<std::string> setPrivacyCoverAppFromFrontmost(bool notify);
 

@@ -47,8 +47,9 @@ struct InputEvent {
     std::uint16_t keyCode = 0; // of key events: the virtual key code on the ANSI layout
 };
 
-// Looks at pointer and key events as they happen, whoever they are for. Main thread only. A monitor
-// may be added and released from within any handler; a released one is not called any more.
+// Looks at pointer and key events as they happen, whichever program they are for. Main thread only.
+// A monitor may be added and released from within any handler; a released one is not called any
+// more.
 class EventMonitors {
   public:
     virtual ~EventMonitors() = default;
@@ -59,7 +60,8 @@ class EventMonitors {
                                     std::function<void(const InputEvent &)> handler) = 0;
 
     // Calls the handler for every event of these kinds that goes to this program, before it gets
-    // there. The handler answers true to swallow the event: nobody else hears of it then.
+    // there. The handler returns true to swallow the event: no other handler and no window receives
+    // it then.
     virtual Handle addLocalMonitor(EventMask mask,
                                    std::function<bool(const InputEvent &)> handler) = 0;
 };

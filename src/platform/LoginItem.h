@@ -10,7 +10,7 @@ class LoginItem {
   public:
     virtual ~LoginItem() = default;
 
-    // Registers or unregisters the program; answers with what went wrong in words, or with nothing
+    // Registers or unregisters the program; returns what went wrong in words, or nothing
     // when it succeeded. Asking for what is so already succeeds.
     virtual std::optional<std::string> registerMainApplication() = 0;
     virtual std::optional<std::string> unregisterMainApplication() = 0;

@@ -24,7 +24,7 @@ struct Capabilities {
     // Layers of the kind "backdrop" are drawn: the desktop behind an overlay can be filtered live.
     bool liveBackdrop = false;
 
-    // Global monitors of key presses hear of them.
+    // Global monitors receive key presses.
     bool globalKeyMonitors = true;
 
     // The system can be asked whether there is a newer version of this program.

@@ -13,7 +13,7 @@ namespace lumo {
 
 class SettingsStore;
 
-// Whether somebody may have meant this as an application's bundle identifier: blanks around it
+// Whether the user may have meant this as an application's bundle identifier: blanks around it
 // aside, it is not empty and has no blanks, slashes or control characters.
 bool isBundleIdentifier(std::string_view text);
 
@@ -33,7 +33,7 @@ class RuleList {
     // Those whose name or bundle identifier contains the text, whatever its case; all for none.
     std::vector<AppRule> matching(std::string_view search) const;
 
-    // Adds a rule for the application, switched on, and answers with the rule's identifier. The
+    // Adds a rule for the application, switched on, and returns the rule's identifier. The
     // name is the bundle identifier where there is none; blanks around both are dropped. An
     // application that has a rule has it switched on instead. Absent when there is no bundle
     // identifier.

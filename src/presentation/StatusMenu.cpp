@@ -43,7 +43,7 @@ Handle StatusMenu::onChange(std::function<void()> observer) {
 }
 
 // Later, since the settings announce a change before they hold it. The effect writes one of them
-// at every tick: while nobody looks, that must not cost a turn of the main loop each time.
+// at every tick: while nothing is shown, that must not cost a turn of the main loop each time.
 void StatusMenu::announceChange() {
     if (changed_.isObserved() && !std::exchange(isChangeAnnounced_, true)) {
         platform_.mainLoop.post(lifetime_.guard([this] {

@@ -44,7 +44,7 @@ class StatusMenu {
     StatusMenu &operator=(const StatusMenu &) = delete;
 
     // Calls the observer, in a later turn and once for all changes of a turn, when anything below
-    // may answer differently.
+    // may return something else.
     Handle onChange(std::function<void()> observer);
 
     SettingsStore &settings() { return settings_; }

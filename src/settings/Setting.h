@@ -15,7 +15,7 @@ class UserDefaults;
 // One observable property of the settings store. Main thread only.
 //
 // An assignment, equal ones included, first gives the store's will-change signal, then calls the
-// subscribers with the new value, and only then stores it: use the argument, value() still answers
+// subscribers with the new value, and only then stores it: use the argument, value() still returns
 // the old one.
 template <class T>
 class SettingsProperty {

@@ -98,7 +98,7 @@ class SettingsStore {
     Setting<std::string> shakePeekModifier{*this, "shakePeekModifier", "Shift"};
     Setting<std::string> shakeToggleModifier{*this, "shakeToggleModifier", "None"};
 
-    // The permission guidance has been finished once. Written by whoever closes that window.
+    // The permission guidance has been finished once. Written when that window closes.
     Setting<bool> hasCompletedOnboarding{*this, "hasCompletedOnboarding", false, WriteBack::never};
 
     // Run-time values, never kept.

@@ -18,10 +18,10 @@ struct Size {
     bool operator==(const Size &) const = default;
 };
 
-// A rectangle in points. Which way y points, and where the origin lies, is said by whoever hands
-// one out: window bounds have the origin at the top left and y pointing down, screens and overlays
-// have it at the bottom left and y pointing up. Width and height are not negative in anything that
-// Lumo makes.
+// A rectangle in points. Which way y points, and where the origin lies, is said where one is
+// handed out: window bounds have the origin at the top left and y pointing down, screens and
+// overlays have it at the bottom left and y pointing up. Width and height are not negative in
+// anything that Lumo makes.
 struct Rect {
     double x = 0;
     double y = 0;

@@ -4,7 +4,7 @@
 
 namespace lumo {
 
-// Owns something that must be let go exactly once: a subscription, a timer, an event monitor, a
+// Owns something that must be released exactly once: a subscription, a timer, an event monitor, a
 // grab. Move-only. Destroying it, reset() and assigning over it release what it holds; an empty
 // handle releases nothing. Used on the thread that obtained it.
 class [[nodiscard]] Handle {

@@ -14,7 +14,7 @@ using Subscription = Handle;
 // A value that announces every assignment, equal ones included.
 //
 // A subscriber is called once at once with the current value, and then with the new value of each
-// assignment, before that value is stored: use the argument, value() still answers the old one. An
+// assignment, before that value is stored: use the argument, value() still returns the old one. An
 // assignment made from within an announcement is overwritten by the one being announced. One thread
 // only.
 template <class T>

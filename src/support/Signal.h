@@ -33,7 +33,7 @@ class Signal {
         });
     }
 
-    // False when an emit() would reach nobody, which may save working out what to announce.
+    // False when there is no subscriber, which may save working out what to announce.
     bool isObserved() const {
         return std::ranges::any_of(list_->entries, [](const auto &entry) { return entry->live; });
     }

@@ -45,7 +45,7 @@ class Dictionary {
     std::vector<Entry> entries_;
 };
 
-// One typed value as preferences and window records hold them. The readers answer nothing when the
+// One typed value as preferences and window records hold them. The readers return nothing when the
 // value is of another type; the numeric ones convert between integer and real only where they say
 // so.
 class Value {

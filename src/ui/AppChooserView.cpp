@@ -115,7 +115,7 @@ void AppChooserView::search(const QString &text) {
     nothingFound_->setVisible(isEmpty);
 }
 
-// Only of what was searched for: nobody means the first of all.
+// Only of what was searched for: without a search the first row is not what the user means.
 void AppChooserView::chooseFirst() {
     if (!search_->text().trimmed().isEmpty() && found_->rowCount() > 0) {
         choose(found_->index(0, 0));

@@ -12,7 +12,7 @@ void dressList(QListView &list, std::string_view name);
 
 // Draws a row of a list: a rounded highlight and one line of text, with the symbol that the item
 // names under symbolRole before it, and a check mark at its end while the item is checked.
-// What does not fit ends in an ellipsis, and the whole of it is told in a tool tip.
+// What does not fit ends in an ellipsis, and the whole of it is in a tool tip.
 class ListRow : public QStyledItemDelegate {
   public:
     // What an item may hold besides its text. The symbol's name is a QByteArray.

@@ -37,7 +37,7 @@ void PopoverWindow::open(const Place &place, bool isToldOfButtons) {
     grabInput();
 }
 
-// Input is somebody else's as long as a panel holds the button that opened the popover.
+// Input goes to the panel for as long as it grabs the button that opened the popover.
 void PopoverWindow::grabInput() {
     constexpr double interval = 0.05;
     auto *handle = windowHandle();
@@ -73,8 +73,8 @@ void PopoverWindow::handleButton(unsigned button, bool isDown, const QPoint &at)
     }
 }
 
-// With the pointer all its own, it is dismissed when a click outside ends, so that nobody else gets
-// one half of it.
+// With the pointer all its own, it is dismissed when a click outside ends, so that no other client
+// gets one half of it.
 void PopoverWindow::mousePressEvent(QMouseEvent *event) {
     isPressedOutside_ = !rect().contains(event->position().toPoint());
 }

@@ -25,11 +25,11 @@ class PopoverWindow final : public QWidget {
         QRect item; // where clicks that open and close the popover come from
     };
 
-    // Clicks outside go where they are meant to if the window is told of them by handleButton(),
+    // Clicks outside go where they are meant to if handleButton() reports them,
     // and nowhere if not: the window takes the pointer for itself then.
     void open(const Place &place, bool isToldOfButtons);
 
-    // A mouse button went down or up there, whoever that was for: 1 is the left one, 3 the right.
+    // A mouse button went down or up there, on any window: 1 is the left one, 3 the right.
     void handleButton(unsigned button, bool isDown, const QPoint &at);
 
   protected:

@@ -26,7 +26,8 @@ struct ToolkitHooks {
     // Whether the desktop blends windows, so that a window may be translucent.
     std::function<bool()> blendsWindows = {};
     // Calls the observer, while the handle is kept, when a mouse button goes down or up anywhere:
-    // 1 left, 2 middle, 3 right, more for wheels and others. Empty handles where that isn't told.
+    // 1 left, 2 middle, 3 right, more for wheels and others. Empty handles where the backend can't
+    // report them.
     std::function<Handle(std::function<void(unsigned button, bool isDown)>)> watchButtons = {};
     Appearance *appearance = nullptr; // outlives the interface
     // Draws what is around the popover's and the windows' views; outlives the interface.

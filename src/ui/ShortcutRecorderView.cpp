@@ -60,7 +60,7 @@ void ShortcutRecorderView::showShortcut() {
     button_->setAccessibleName(name_ + QStringLiteral(": ") + button_->text());
 }
 
-// Nobody presses keys for what can't be seen.
+// The user presses no keys for what can't be seen.
 void ShortcutRecorderView::hideEvent(QHideEvent *event) {
     QWidget::hideEvent(event);
     recorder_.isRecording.set(false);

@@ -59,7 +59,7 @@ void Switch::nextCheckState() {
     moveKnob();
 }
 
-// Slides while somebody can see it, and jumps otherwise.
+// Slides while it can be seen, and jumps otherwise.
 void Switch::moveKnob() {
     const double target = isChecked() ? 1 : 0;
     const double start = knob_.currentValue().toDouble();

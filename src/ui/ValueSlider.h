@@ -19,7 +19,7 @@ class ValueSlider final : public QWidget {
     ValueSlider(std::string_view name, const SliderRange &range,
                 std::function<std::string(double)> text);
 
-    // Without a call of onMoved. A value between two steps, or beyond the range, is told as it is,
+    // Without a call of onMoved. A value between two steps, or beyond the range, is shown as it is,
     // with the knob at the nearest step.
     void setValue(double value);
 

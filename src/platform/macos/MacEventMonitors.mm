@@ -21,7 +21,7 @@ static_assert(modifierFlag::deviceIndependent == NSEventModifierFlagDeviceIndepe
 
 namespace {
 
-// Absent for the kinds that nobody monitors. Key events have no deltas and pointer events no key
+// Absent for kinds without a monitor. Key events have no deltas and pointer events no key
 // code: asking for them raises an exception.
 std::optional<InputEvent> inputEvent(NSEvent *event) {
     InputEvent input;

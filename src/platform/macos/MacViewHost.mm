@@ -32,7 +32,7 @@ NSView *hostingView(const HostedView &hosted) {
     return container;
 }
 
-// What is let go from within one of its own events or notifications is used by its callers until
+// What is released from within one of its own events or notifications is used by its callers until
 // they return.
 void keepUntilLater(id object) {
     dispatch_async(dispatch_get_main_queue(), ^{
