@@ -35,7 +35,7 @@ Environment cleanEnvironment(const fs::path &directory) {
         {markerVariable, directory.string()},
     };
     for (const char *inherited : {"PATH", "LD_LIBRARY_PATH", "ASAN_OPTIONS", "UBSAN_OPTIONS",
-                                  "LSAN_OPTIONS", "TSAN_OPTIONS"}) {
+                                  "LSAN_OPTIONS", "TSAN_OPTIONS", "LUMO_SEEDED_FAULT"}) {
         // Nothing changes the environment of the tester.
         // NOLINTNEXTLINE(concurrency-mt-unsafe)
         if (const char *value = std::getenv(inherited)) {
