@@ -72,30 +72,5 @@ TEST(Accessibility, WindowsAndThePopoverAreFoundWhileTheyAreShown) {
     EXPECT_THAT(windows(), ElementsAre("Lumo"));
 }
 
-TEST(Accessibility, SlidersTellWhatTheySetAndSegmentsThatTheyBelongTogether) {
-    test::InterfaceStage stage;
-    stage.selectedTab.set(SettingsTab::general);
-    SettingsView view(stage.settingsModel());
-    view.show();
-    view.activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&view));
-    auto *slider = QAccessible::queryAccessibleInterface(&control<QSlider>(view, "Peek Duration"));
-    ASSERT_TRUE(slider->valueInterface());
-    EXPECT_EQ(slider->valueInterface()->currentValue().toDouble(), 2);
-    EXPECT_EQ(slider->valueInterface()->maximumValue().toDouble(), 5);
-    slider->valueInterface()->setCurrentValue(3.4);
-    EXPECT_EQ(stage.settings.peekDuration.value(), 3.5);
-
-    stage.selectedTab.set(SettingsTab::appearance);
-    auto &segment = control<QRadioButton>(view, "Soft Blur");
-    EXPECT_EQ(QAccessible::queryAccessibleInterface(segment.parentWidget())->role(),
-              QAccessible::Grouping);
-    segment.setFocus();
-    QTest::keyClick(&segment, Qt::Key_Right);
-    EXPECT_EQ(stage.settings.effectMode.value(), EffectMode::tint);
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Left);
-    EXPECT_EQ(stage.settings.effectMode.value(), EffectMode::softBlur);
-}
-
 } // namespace
 } // namespace lumo

@@ -197,18 +197,6 @@ TEST_F(PopoverTest, GoesWhenTheUserActsElsewhere) {
     EXPECT_EQ(dismissals, 4);
 }
 
-TEST_F(PopoverTest, NothingIsDrawnForAssignmentsThatChangeNothing) {
-    test::UpdateCounter updates(*window);
-    for (int tick = 0; tick < 5; ++tick) {
-        stage.settings.privacyCoverRuntimeStatus.set("Off");
-        settle();
-    }
-    EXPECT_EQ(updates.count(), 0);
-    stage.settings.isEnabled.set(true);
-    settle();
-    EXPECT_GT(updates.count(), 0);
-}
-
 TEST(PopoverRows, LeaveOutWhatTheDesktopCanNotDo) {
     test::InterfaceStage stage;
     auto platform = stage.desktop.platform();
@@ -301,31 +289,6 @@ TEST(Theme, TextStandsOutFromWhatItStandsOn) {
             << "a control against its surroundings";
         EXPECT_GE(contrast(Qt::white, palette.color(role::switchedOff)), 3) << "its knob";
         EXPECT_EQ(schemeOf(palette), scheme);
-    }
-}
-
-TEST(Symbols, AllAreDrawnWithinTheirArea) {
-    for (const auto name : symbol::all) {
-        for (const double scale : {1.0, 1.25, 1.5, 2.0}) {
-            QImage image(static_cast<int>(40 * scale), static_cast<int>(40 * scale),
-                         QImage::Format_ARGB32_Premultiplied);
-            image.setDevicePixelRatio(scale);
-            image.fill(Qt::transparent);
-            QPainter painter(&image);
-            paintSymbol(painter, name, {10, 10, 20, 20}, Qt::black);
-            painter.end();
-            int inside = 0;
-            int outside = 0;
-            for (int y = 0; y < image.height(); ++y) {
-                for (int x = 0; x < image.width(); ++x) {
-                    const bool isIn =
-                        QRectF(9.5, 9.5, 21, 21).contains(QPointF(x + 0.5, y + 0.5) / scale);
-                    (isIn ? inside : outside) += qAlpha(image.pixel(x, y)) > 0 ? 1 : 0;
-                }
-            }
-            EXPECT_GT(inside, 20) << name;
-            EXPECT_EQ(outside, 0) << name << " at " << scale;
-        }
     }
 }
 
