@@ -55,34 +55,6 @@ class AppControllerTest : public testing::Test {
     std::unique_ptr<AppController> controller;
 };
 
-TEST_F(AppControllerTest, TheToggleShortcutTurnsTheEffectOnAndOffAndIsRemembered) {
-    start();
-    EXPECT_EQ(status(), "Lumo (Off)");
-    EXPECT_THAT(desktop.openOverlays(), IsEmpty());
-
-    pressToggle();
-    EXPECT_EQ(status(), "Lumo (On)");
-    EXPECT_TRUE(controller->isReady.value());
-    EXPECT_EQ(desktop.openOverlays().size(), 1U);
-    EXPECT_EQ(desktop.defaults.at("isEnabled"), Value(true));
-
-    pressToggle();
-    EXPECT_EQ(status(), "Lumo (Off)");
-    EXPECT_FALSE(controller->isReady.value());
-    EXPECT_THAT(desktop.openOverlays(), IsEmpty());
-    EXPECT_EQ(desktop.defaults.at("isEnabled"), Value(false));
-}
-
-TEST_F(AppControllerTest, AnEffectThatWasOnIsOnAgainAtTheNextStart) {
-    desktop.defaults.emplace("isEnabled", Value(true));
-    start();
-    EXPECT_EQ(status(), "Lumo (On)");
-    EXPECT_EQ(desktop.openOverlays().size(), 1U);
-    controller.reset();
-    EXPECT_THAT(desktop.openOverlays(), IsEmpty());
-    EXPECT_EQ(desktop.mainLoop.timerCount(), 0U);
-}
-
 TEST_F(AppControllerTest, PeekRevealsForItsFullDurationAndOutlivesTheSwitchOff) {
     start();
     pressPeek();
@@ -248,41 +220,6 @@ TEST_F(AppControllerTest, WithoutThePermissionOnlyTheGuidanceIsAskedFor) {
     desktop.mainLoop.runPosted();
     EXPECT_FALSE(permission.hasAccessibilityPermission.value());
     EXPECT_EQ(desktop.openOverlays().size(), 1U) << "what runs goes on";
-}
-
-TEST_F(AppControllerTest, OpensTheSettingsOnAPageInALaterTurn) {
-    using Tab = AppController::SettingsTab;
-    start();
-    std::vector<Tab> opened;
-    controller->openSettings(Tab::rules); // nobody there to open them yet
-    desktop.mainLoop.runPosted();
-    controller->onOpenSettings = [&] { opened.push_back(controller->selectedSettingsTab.value()); };
-    controller->openSettings(Tab::shortcuts);
-    EXPECT_THAT(opened, IsEmpty());
-    desktop.mainLoop.runPosted();
-    EXPECT_THAT(opened, testing::ElementsAre(Tab::shortcuts));
-    EXPECT_EQ(static_cast<int>(Tab::shortcuts), 3);
-    controller->openSettings(Tab::general);
-    controller.reset();
-    desktop.mainLoop.runPosted();
-    EXPECT_THAT(opened, testing::SizeIs(1));
-}
-
-// A status item draws its dot when the message is announced: whatever it reads then must be right
-// once the change has settled.
-TEST_F(AppControllerTest, TheLastAnnouncementOfTheStatusFindsTheSettingStored) {
-    start();
-    std::string drawn;
-    const auto item = controller->statusMessage.subscribe([&](const std::string &message) {
-        drawn = message + (settings().isEnabled.value() ? " on" : " off");
-    });
-    pressToggle();
-    EXPECT_EQ(drawn, "Lumo (On) on");
-    pressToggle();
-    EXPECT_EQ(drawn, "Lumo (Off) off");
-    pressToggle();
-    desktop.pressKey(2, emergencyFlags);
-    EXPECT_EQ(drawn, "Lumo (Off) off");
 }
 
 // Whatever comes in whatever order, the controller's promises hold after each step.

@@ -236,15 +236,6 @@ TEST(GrainCache, RendersTheSameKnownBytesEveryTime) {
     EXPECT_EQ(hash(image->pixels), 0x4aca1fd4ebdfcd0U);
 }
 
-TEST(GrainCache, TellsImagesApartByPixelsAndScale) {
-    EXPECT_EQ(grainCacheKey({100.9, 50.5}, 1.5), (GrainCacheKey{151, 75, 150}));
-    EXPECT_EQ(grainCacheKey({0, 0}, 2), (GrainCacheKey{1, 1, 200}));
-    EXPECT_EQ(grainCacheKey({1, 1}, 1.125), (GrainCacheKey{1, 1, 113})) << "halves go up";
-    EXPECT_THAT(makeFineGrainImage({0, 0}, 2)->pixels, ElementsAre(52, 52, 52, 255));
-    EXPECT_DEATH(grainCacheKey({1e300, 1}, 1), "in range");
-    EXPECT_DEATH(grainCacheKey({1, 1}, std::numeric_limits<double>::quiet_NaN()), "finite");
-}
-
 TEST(GrainCache, RendersOnceForThreadsThatAskAtTheSameTime) {
     std::vector<std::shared_ptr<const Image>> images(4);
     std::vector<std::thread> threads;

@@ -26,17 +26,6 @@ class OverlayScreenViewTest : public testing::Test {
     OverlayScreenView view{frame, *window, desktop.platform()};
 };
 
-TEST_F(OverlayScreenViewTest, StartsWithAClearColourPlaneOverTheMaterial) {
-    EXPECT_EQ(view.layerTree().layers.size(), 4U);
-    EXPECT_EQ(tint().backgroundColor, Color::clear());
-    EXPECT_EQ(tint().opacity, 0.0F);
-    EXPECT_EQ(view.layerTree().mask, std::nullopt);
-    for (const auto &layer : view.layerTree().layers) {
-        EXPECT_EQ(layer.frame, (Rect{0, 0, 101, 53})) << "the view's own coordinates";
-    }
-    EXPECT_EQ(shown().tree, view.layerTree());
-}
-
 TEST_F(OverlayScreenViewTest, ColoursForEachMode) {
     const Color blue{0.3, 0.48, 0.9, 1};
     struct Case {
@@ -114,16 +103,6 @@ TEST_F(OverlayScreenViewTest, DisplaysGrainThatArrivesLaterAndNothingElseByItsel
     EXPECT_EQ(shown().tree, view.layerTree());
     view.removeMask();
     EXPECT_TRUE(shown().tree->mask.has_value());
-}
-
-TEST_F(OverlayScreenViewTest, PrintsAtMostOneLineInAFifthOfASecond) {
-    view.debugLog("one");
-    desktop.advance(0.1);
-    view.debugLog("dropped");
-    desktop.advance(0.11);
-    view.setScreenIdx(-1);
-    view.debugLog("two");
-    EXPECT_THAT(desktop.logLines, ElementsAre("[Lumo][screen 0] one", "[Lumo][screen -1] two"));
 }
 
 } // namespace

@@ -41,32 +41,6 @@ class PresentationTest : public testing::Test {
     std::vector<std::optional<CoverAppChoice>> selected;
 };
 
-TEST_F(PresentationTest, TheMenuSaysWhatTheSettingsAre) {
-    EXPECT_EQ(menu->header(), "Lumo is Off");
-    EXPECT_EQ(menu->toggleTitle(), "Turn Lumo On");
-    EXPECT_EQ(menu->setCoverSubtitle(), "Enable Privacy Cover with current app");
-    EXPECT_EQ(menu->chooseCoverSubtitle(), "Pick from running apps");
-    EXPECT_EQ(menu->setCoverShortcutLabel(), "⌘⌥C");
-    EXPECT_EQ(menu->shortcutSummary(), "Toggle ⌃Space, Peek(temp) ⌘⌥Tab");
-    EXPECT_EQ(menu->privacyCoverSummary(), "Off");
-
-    settings.isEnabled.set(true);
-    settings.privacyCoverBundleID.set("org.example.Editor");
-    settings.privacyCoverDisplayName.set("Editor");
-    settings.coverSetShortcutEnabled.set(false);
-    settings.peekShortcutEnabled.set(false);
-    EXPECT_EQ(menu->header(), "Lumo is On");
-    EXPECT_EQ(menu->toggleTitle(), "Turn Lumo Off");
-    EXPECT_EQ(menu->setCoverSubtitle(), "Current: org.example.Editor");
-    EXPECT_EQ(menu->chooseCoverSubtitle(), "Selected: Editor");
-    EXPECT_EQ(menu->setCoverShortcutLabel(), std::nullopt);
-    EXPECT_EQ(menu->shortcutSummary(), "Toggle ⌃Space, Peek(temp) ⌘⌥Tab");
-    settings.privacyCoverBundleID.set("");
-    settings.privacyCoverDisplayName.set("");
-    EXPECT_EQ(menu->setCoverSubtitle(), "Enable Privacy Cover with current app");
-    EXPECT_EQ(menu->chooseCoverSubtitle(), "Pick from running apps");
-}
-
 TEST_F(PresentationTest, TheCoverLineWarnsOfTroubleAndElseShowsTheHint) {
     using Notice = StatusMenu::CoverNotice;
     struct Case {
@@ -189,16 +163,6 @@ TEST_F(PresentationTest, RulesAreFoundAddedSwitchedAndRemoved) {
 
     settings.useWhitelistMode.set(true);
     EXPECT_EQ(&rulesInForce(settings), &settings.whitelist);
-}
-
-TEST_F(PresentationTest, TheConflictHintNeedsACoverAppAndAFocusPerScreen) {
-    EXPECT_FALSE(shouldShowCoverConflictHint(settings));
-    settings.privacyCoverEnabled.set(true);
-    EXPECT_FALSE(shouldShowCoverConflictHint(settings));
-    settings.privacyCoverBundleID.set("org.example.Editor");
-    EXPECT_TRUE(shouldShowCoverConflictHint(settings));
-    settings.multiScreenMode.set(MultiScreenMode::global);
-    EXPECT_FALSE(shouldShowCoverConflictHint(settings));
 }
 
 TEST_F(PresentationTest, NumbersReadAsPeopleWriteThem) {

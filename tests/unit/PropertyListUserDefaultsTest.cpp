@@ -212,23 +212,6 @@ TEST_F(PropertyListUserDefaultsTest, SetsABrokenFileAsideAndStartsAnew) {
     EXPECT_THAT(kept, testing::UnorderedElementsAreArray(broken));
 }
 
-TEST_F(PropertyListUserDefaultsTest, TakesACutFileForBrokenOrWholeButNeverForLess) {
-    auto &defaults = restart();
-    for (const auto *key : {"a", "b", "c"}) {
-        defaults.setDouble(key, 0.25);
-    }
-    quit();
-    const auto whole = read(file);
-    for (std::size_t size = 0; size < whole.size(); ++size) {
-        write(file, std::string_view(whole).substr(0, size));
-        const auto &cut = restart();
-        if (lines.empty()) {
-            EXPECT_EQ(cut.object("a"), Value(0.25)) << size;
-            EXPECT_EQ(cut.object("c"), Value(0.25)) << size;
-        }
-    }
-}
-
 TEST_F(PropertyListUserDefaultsTest, SetsAsideWhatIsNoFileAtAll) {
     const auto real = folder / "a folder";
     fs::create_directories(real);

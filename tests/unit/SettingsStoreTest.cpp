@@ -118,29 +118,6 @@ TEST_F(SettingsStoreTest, AnnouncesEveryAssignmentBeforeItIsStoredAndWritten) {
     }
 }
 
-TEST_F(SettingsStoreTest, HandsSubscribersTheNewValueWhileTheOldOneIsStillInForce) {
-    auto &store = restart();
-    std::vector<std::pair<double, double>> heard; // argument, value at that moment
-    const auto intensity = store.effectIntensity.subscribe(
-        [&](double next) { heard.emplace_back(next, store.effectIntensity.value()); });
-    store.effectIntensity.set(0.7);
-    EXPECT_THAT(heard, ElementsAre(std::pair(0.6, 0.6), std::pair(0.7, 0.6)));
-
-    // Run-time values do the same, but are never written.
-    desktop.defaults.clear();
-    std::vector<std::string> order;
-    const auto willChange = store.willChange.subscribe([&] { order.emplace_back("will change"); });
-    const auto status = store.privacyCoverRuntimeStatus.subscribe(
-        [&](const std::string &next) { order.push_back(next); });
-    store.privacyCoverRuntimeStatus.set("Searching");
-    store.isPeeking.set(true);
-    store.privacyCoverRuntimeHint.set("Open the app");
-    EXPECT_THAT(order,
-                ElementsAre("Off", "will change", "Searching", "will change", "will change"));
-    EXPECT_THAT(desktop.defaults, IsEmpty());
-    EXPECT_FALSE(restart().isPeeking.value());
-}
-
 TEST_F(SettingsStoreTest, TakesAnythingOfAnotherTypeForMissing) {
     auto types = allWritten();
     types.emplace("privacyCoverBundleID", "text");

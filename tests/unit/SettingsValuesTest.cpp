@@ -72,19 +72,6 @@ TEST(AppRule, HasAnIdentifierInTheFormOfARandomUUID) {
     }
 }
 
-TEST(Modes, AreIdentifiedByExactlyTheirRawValue) {
-    for (const auto mode : allEffectModes) {
-        EXPECT_EQ(effectModeFromRawValue(rawValue(mode)), mode);
-    }
-    for (const auto mode : allMultiScreenModes) {
-        EXPECT_EQ(multiScreenModeFromRawValue(rawValue(mode)), mode);
-    }
-    for (const auto text : {"", "Dim", "softblur", "tint ", "perscreen", "Global"}) {
-        EXPECT_EQ(effectModeFromRawValue(text), std::nullopt);
-        EXPECT_EQ(multiScreenModeFromRawValue(text), std::nullopt);
-    }
-}
-
 TEST(CoverLockPreset, IsTheNearestAndItsDetailLineShowsTheStoredTime) {
     for (const auto &[seconds, line] : {
              std::pair(-1.0, "Fast (-1000 ms): Lower latency, may switch targets more often."),

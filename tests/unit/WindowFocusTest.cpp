@@ -121,15 +121,6 @@ TEST_F(WindowFocusTrackerTest, FindsTitlesOfWindowsOnScreenOnly) {
     EXPECT_EQ(title(notes), std::nullopt);
 }
 
-TEST(FocusChangeEvent, IsTheSameForTheSameProcessAndWindow) {
-    const FocusChangeEvent event{1, "A", 2, "title", std::chrono::system_clock::now()};
-    EXPECT_EQ(event, (FocusChangeEvent{1, "B", 2, {}, {}}));
-    EXPECT_NE(event, (FocusChangeEvent{2, "A", 2, "title", event.timestamp}));
-    EXPECT_NE(event, (FocusChangeEvent{1, "A", 3, "title", event.timestamp}));
-    EXPECT_NE(event, (FocusChangeEvent{1, "A", {}, {}, event.timestamp}));
-    EXPECT_EQ((FocusChangeEvent{1, "A", {}, {}, {}}), (FocusChangeEvent{1, "B", {}, {}, {}}));
-}
-
 TEST(PermissionManager, AnnouncesEveryCheckInALaterTurn) {
     ScriptedDesktop desktop;
     NotificationCenter center;
