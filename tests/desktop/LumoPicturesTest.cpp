@@ -1,4 +1,4 @@
-#include "Scene.h"
+#include "Look.h"
 #include "desktop/LumoProcess.h"
 #include "desktop/PrivateDesktop.h"
 #include "desktop/SampleApplication.h"
@@ -6,7 +6,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <cmath>
+#include <ostream>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -15,6 +15,16 @@ namespace lumo::desktop {
 namespace {
 
 using testing::Values;
+
+struct Stage {
+    std::string name;
+    Compositor compositor = Compositor::none;
+    int depth = 24;
+
+    friend std::ostream &operator<<(std::ostream &stream, const Stage &stage) {
+        return stream << stage.name;
+    }
+};
 
 // Depth 16 has steps of eight, and servers cut off what lies between.
 int allowedIn(const Stage &stage) {
@@ -106,15 +116,14 @@ TEST_P(LumoPictures, AreWhatTheLayersSayAtEveryPixel) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Compositors, LumoPictures,
-    Values(Stage{"none"}, Stage{"picomXrender", WindowManager::openbox, Compositor::picomXrender},
-           Stage{"picomGlx", WindowManager::openbox, Compositor::picomGlx},
-           Stage{"noneDepth16", WindowManager::openbox, Compositor::none, 16},
-           Stage{"picomXrenderDepth16", WindowManager::openbox, Compositor::picomXrender, 16},
-           Stage{"noneDepth30", WindowManager::openbox, Compositor::none, 30},
-           Stage{"picomXrenderDepth30", WindowManager::openbox, Compositor::picomXrender, 30}),
-    [](const auto &stage) { return stage.param.name; });
+INSTANTIATE_TEST_SUITE_P(Compositors, LumoPictures,
+                         Values(Stage{"none"}, Stage{"picomXrender", Compositor::picomXrender},
+                                Stage{"picomGlx", Compositor::picomGlx},
+                                Stage{"noneDepth16", Compositor::none, 16},
+                                Stage{"picomXrenderDepth16", Compositor::picomXrender, 16},
+                                Stage{"noneDepth30", Compositor::none, 30},
+                                Stage{"picomXrenderDepth30", Compositor::picomXrender, 30}),
+                         [](const auto &stage) { return stage.param.name; });
 
 } // namespace
 } // namespace lumo::desktop

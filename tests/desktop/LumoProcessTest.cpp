@@ -1,20 +1,16 @@
 #include "desktop/LumoProcess.h"
 
-#include "Scene.h"
+#include "Look.h"
 #include "desktop/PrivateDesktop.h"
 #include "desktop/RequestCounter.h"
 #include "desktop/SampleApplication.h"
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
-#include <atomic>
-#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace lumo::desktop {
@@ -34,14 +30,6 @@ class LumoProgram : public testing::Test {
         session.activate(front.window());
         session.eventually([&] { return session.activeWindow() == front.window(); });
     }
-
-    std::vector<Sight> rightSights() const {
-        return {{"back", back.window(), {100, 200}, {0xd8, 0x3c, 0x30}, Shown::underEffect},
-                {"front", front.window(), {600, 400}, {0x3c, 0x64, 0xe0}, Shown::plain}};
-    }
-
-    // The one instance of the display is there.
-    bool hasStarted() { return session.selectionOwner("_LUMO_INSTANCE_S0") != XCB_NONE; }
 
     PrivateDesktop desktop{{.width = 900, .height = 700}};
     DesktopSession &session = desktop.session();
@@ -86,9 +74,9 @@ TEST_F(LumoProgram, YieldsToOneThatRunsAlready) {
 }
 
 TEST_F(LumoProgram, AsksTheServerNothingWhileNothingChanges) {
-    LumoProcess lumo(desktop, look.preferences());
-    Scene scene(desktop, lumo, look);
-    ASSERT_EQ(scene.wrongWith(rightSights()), "");
+    LumoProcess lumo(desktop, Look{{"softBlur", 0.6}}.preferences());
+    lumo.waitForOverlays();
+    session.stillPicture();
     const auto ticks = [&](long count) {
         const long end = lumo.process().voluntarySwitches() + count;
         return session.eventually([&] { return lumo.process().voluntarySwitches() >= end; },
@@ -101,114 +89,6 @@ TEST_F(LumoProgram, AsksTheServerNothingWhileNothingChanges) {
     session.activate(back.window());
     EXPECT_TRUE(session.eventually([&] { return requests.count() > 0; }))
         << "a change of focus must be seen in the count";
-}
-
-TEST_F(LumoProgram, BlursInSilenceWhileNothingChanges) {
-    LumoProcess lumo(desktop, Look{{"softBlur", 0.6}}.preferences());
-    lumo.waitForOverlays();
-    session.stillPicture();
-    RequestCounter requests(desktop.displayName(), lumo.processIdentifier());
-    const long end = lumo.process().voluntarySwitches() + 120;
-    ASSERT_TRUE(session.eventually([&] { return lumo.process().voluntarySwitches() >= end; }));
-    EXPECT_EQ(requests.count(), 0) << requests.describe();
-}
-
-TEST_F(LumoProgram, SetsGarbageAsideAndStaysOff) {
-    fs::create_directories(preferencesFile(desktop).parent_path());
-    std::ofstream(preferencesFile(desktop)) << "garbage {]";
-    const auto isSetAside = [&] {
-        for (const auto &entry : fs::directory_iterator(preferencesFile(desktop).parent_path())) {
-            if (entry.path().filename().string().starts_with("app.lumo.Lumo.plist.broken-")) {
-                std::ifstream stream(entry.path());
-                std::string text;
-                return std::getline(stream, text) && text == "garbage {]";
-            }
-        }
-        return false;
-    };
-    LumoProcess lumo(desktop);
-    EXPECT_TRUE(session.eventually(isSetAside)) << lumo.process().report();
-    EXPECT_TRUE(session.eventually([&] { return hasStarted(); }));
-    EXPECT_TRUE(session.remains(
-        [&] { return lumo.overlays().empty() && lumo.process().isRunning(); }, Seconds(0.5)));
-    EXPECT_EQ(lumo.stop(), 0);
-    EXPECT_THAT(lumo.remarks(), SizeIs(1)) << lumo.process().report();
-}
-
-// A file in the way of the folder stops even a privileged user from writing.
-TEST_F(LumoProgram, GoesOnWhereItCannotWriteItsSettings) {
-    fs::remove_all(preferencesFile(desktop).parent_path());
-    std::ofstream(preferencesFile(desktop).parent_path()) << "in the way";
-    LumoProcess lumo(desktop);
-    EXPECT_TRUE(session.eventually([&] { return hasStarted(); }));
-    // Until its hot key is there: turning the effect on is a setting to write.
-    bool isOn = false;
-    for (int attempt = 0; attempt < 10 && !isOn; ++attempt) {
-        session.press({Key::control, Key::space});
-        isOn = session.eventually([&] { return lumo.overlays().size() == 1; }, Seconds(1));
-    }
-    EXPECT_TRUE(isOn) << lumo.process().report();
-    EXPECT_TRUE(session.eventually([&] { return lumo.remarks().size() == 1; }));
-    EXPECT_EQ(lumo.stop(), 0);
-    EXPECT_THAT(lumo.remarks(), SizeIs(1)) << lumo.process().report();
-}
-
-// Looks at one pixel all the time, from a connection and a thread of its own, for how long it is
-// darker than it may be.
-class DarknessWatch {
-  public:
-    DarknessWatch(const std::string &displayName, Spot spot, Colour darkest)
-        : session_(displayName)
-        , thread_([this, spot, darkest] {
-            using Clock = std::chrono::steady_clock;
-            auto lightAt = Clock::now();
-            while (!stop_) {
-                const bool isLight = session_.pixel(spot).red + tolerance >= darkest.red;
-                const auto now = Clock::now();
-                lightAt = isLight ? now : lightAt;
-                longest_ = std::max(longest_.load(), Seconds(now - lightAt).count());
-                ++looks_;
-            }
-        }) {}
-    ~DarknessWatch() {
-        stop_ = true;
-        thread_.join();
-    }
-    DarknessWatch(const DarknessWatch &) = delete;
-    DarknessWatch &operator=(const DarknessWatch &) = delete;
-
-    int looks() const { return looks_; }
-    double longestDarkness() const { return longest_; } // seconds
-
-  private:
-    DesktopSession session_;
-    std::atomic<int> looks_ = 0;
-    std::atomic<double> longest_ = 0;
-    std::atomic<bool> stop_ = false;
-    std::thread thread_;
-};
-
-// A translucent window without a compositing manager is opaque and dark, and that is what the
-// server shows of a killed one's windows until the program has heard of it: about a frame, longer
-// on a busy machine, hence the generous limit. How long it was stands in the test's properties.
-TEST_F(LumoProgram, StaysRightWhileACompositingManagerComesAndGoes) {
-    LumoProcess lumo(desktop, look.preferences());
-    Scene scene(desktop, lumo, look);
-    ASSERT_EQ(scene.wrongWith(rightSights()), "");
-    const Spot spot = {100, 200};
-    const Colour expected = look.over({0xd8, 0x3c, 0x30}, grainAt(900, spot));
-    const DarknessWatch watch(desktop.displayName(), spot, expected);
-    for (int round = 0; round < 3; ++round) {
-        desktop.startCompositor(Compositor::picomXrender);
-        EXPECT_TRUE(session.remains([&] { return lumo.process().isRunning(); }, Seconds(0.3)));
-        EXPECT_EQ(scene.wrongWith(rightSights()), "") << "with a compositing manager";
-        desktop.stopCompositor();
-        EXPECT_TRUE(session.remains([&] { return lumo.process().isRunning(); }, Seconds(0.3)));
-        EXPECT_EQ(scene.wrongWith(rightSights()), "") << "without one again";
-    }
-    RecordProperty("longestDarknessMilliseconds", static_cast<int>(watch.longestDarkness() * 1000));
-    EXPECT_GT(watch.looks(), 200);
-    EXPECT_LT(watch.longestDarkness(), 1);
 }
 
 // OpenGL's drivers are many times the program's size. This X server has no graphics hardware.

@@ -118,75 +118,6 @@ TEST_F(OverlayChanges, BeneathAreDrawnAndNothingElse) {
     app.animate(1, false);
 }
 
-TEST_F(OverlayChanges, OfSizePlaceOrderAndPresenceBeneathAreFollowed) {
-    SampleApplication app(desktop, "Sample",
-                          {{.area = {20, 60, 200, 150}, .colour = "#c83232"},
-                           {.area = {150, 120, 200, 150}, .colour = "#32c832", .page = true},
-                           {.area = {560, 60, 200, 150}, .colour = "#808000"}});
-    const Area covered{0, 0, 550, 600};
-    EXPECT_EQ(lastingDifference(*overlay_, covered, below(app.window(2))), "");
-
-    const std::vector<std::pair<const char *, std::function<void()>>> changes = {
-        {"grown",
-         [&] {
-             app.setArea(0, {20, 60, 400, 300});
-         }},
-        {"shrunk and grown at once",
-         [&] {
-             app.setArea(0, {20, 60, 100, 100});
-             app.setArea(0, {20, 60, 400, 300});
-         }},
-        {"repainted", [&] { app.setColour(0, "#1060a0"); }},
-        {"moved", [&] { session.move(app.window(1), 300, 330); }},
-        {"minimised", [&] { session.minimise(app.window(0)); }},
-        {"restored", [&] { session.restore(app.window(0)); }},
-        {"with another clear window",
-         [&] {
-             session.activate(app.window(0));
-             session.activate(app.window(2));
-         }},
-        {"closed", [&] { app.closeWindow(1); }},
-    };
-    for (const auto &[name, change] : changes) {
-        change();
-        EXPECT_EQ(lastingDifference(*overlay_, covered, below(app.window(2))), "") << name;
-    }
-}
-
-TEST_F(OverlayChanges, OfTheCompositorAtRunTimeShowTheSame) {
-    SampleApplication app(desktop, "Sample",
-                          {{.area = {20, 60, 300, 250}, .colour = "#c83232"},
-                           {.area = {450, 60, 200, 150}, .colour = "#32c832"}});
-    session.setWallpaper([] {
-        desktop::Picture wallpaper(800, 600);
-        for (int x = 0; x < 800; ++x) {
-            for (int y = 0; y < 600; ++y) {
-                wallpaper.at(x, y) = {40, 120, static_cast<std::uint8_t>(y / 3)};
-            }
-        }
-        return wallpaper;
-    }());
-    const Area covered{0, 0, 440, 600};
-    EXPECT_EQ(lastingDifference(*overlay_, covered, below(app.window(1))), "");
-    const auto dimmed = session.pixel(100, 100);
-    for (int round = 0; round < 3; ++round) {
-        const auto compositor = round == 1 ? Compositor::picomGlx : Compositor::picomXrender;
-        desktop.startCompositor(compositor);
-        // Nothing is drawn by us any more once the compositing manager does it.
-        int darkest = 255;
-        EXPECT_TRUE(eventually([&] {
-            darkest = std::min<int>(darkest, session.pixel(100, 100).red);
-            app.setColour(0, "#c83232");
-            return bytesOfTurn() == 0 && overlays->isCompositing();
-        }));
-        EXPECT_GE(darkest, dimmed.red - 2);
-        EXPECT_EQ(lastingDifference(*overlay_, covered, below(app.window(1))), "");
-        desktop.stopCompositor();
-        EXPECT_TRUE(eventually([&] { return !overlays->isCompositing(); }));
-        EXPECT_EQ(lastingDifference(*overlay_, covered, below(app.window(1))), "");
-    }
-}
-
 TEST_F(OverlayChanges, OfTheWallpaperAreFollowedFromEachSource) {
     overlay_->orderFront();
     // The root window's own background, as plain programs set it.
@@ -208,26 +139,6 @@ TEST_F(OverlayChanges, OfTheWallpaperAreFollowedFromEachSource) {
         desktop, "Files",
         {{.area = {0, 0, 800, 600}, .colour = "#208060", .type = "DESKTOP", .page = true}});
     EXPECT_EQ(lastingDifference(*overlay_, wholeArea(), inFront()), "");
-}
-
-TEST(OverlayWallpaper, IsTheRootsOwnBackgroundWhereNothingNamesOne) {
-    OverlayDesktop desktop(smallDesktop);
-    auto *somebody = desktop.session.connection();
-    const std::uint32_t orange = 0xd07020;
-    xcb_change_window_attributes(somebody, desktop.session.root(), XCB_CW_BACK_PIXEL, &orange);
-    xcb_clear_area(somebody, 0, desktop.session.root(), 0, 0, 0, 0);
-    ASSERT_TRUE(desktop.eventually(
-        [&] { return desktop.session.pixel(5, 5) == Colour::parse("#d07020"); }));
-    const auto overlay = desktop.overlays->makeWindow(desktop.frame());
-    overlay->commit(desktop.tree(desktop.frame()));
-    overlay->orderFront();
-    EXPECT_EQ(
-        desktop.lastingDifference(*overlay, desktop.wholeArea(), [&] { overlay->orderFront(); }),
-        "");
-    desktop.session.click({400, 300});
-    EXPECT_EQ(
-        desktop.lastingDifference(*overlay, desktop.wholeArea(), [&] { overlay->orderFront(); }),
-        "");
 }
 
 } // namespace

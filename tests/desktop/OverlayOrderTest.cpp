@@ -234,16 +234,5 @@ TEST_F(OverlayOrder, LetsClicksThroughEvenWhileItIsResized) {
     EXPECT_TRUE(session.isViewable(idOf(*overlay)));
 }
 
-TEST_F(OverlayOrder, TellsManagersToLeaveItAlone) {
-    const auto overlay = overlays->makeWindow(frame());
-    settle();
-    const auto window = idOf(*overlay);
-    EXPECT_TRUE(session.isOverrideRedirect(window));
-    EXPECT_EQ(session.classOf(window), "Lumo");
-    EXPECT_EQ(session.numbers(window, "_NET_WM_BYPASS_COMPOSITOR"), std::vector<std::uint32_t>{2});
-    EXPECT_EQ(session.numbers(window, "_NET_WM_PID"),
-              std::vector<std::uint32_t>{static_cast<std::uint32_t>(getpid())});
-}
-
 } // namespace
 } // namespace lumo::x11

@@ -134,27 +134,6 @@ TEST(WindowMirror, EqualsTheServersTreeWhateverHappens) {
     EXPECT_GT(late.stacking().size(), 20U);
 }
 
-TEST(WindowMirror, AsksForNothingWhileNothingHappens) {
-    MirroredDesktop mirrored({});
-    const SampleApplication application(mirrored.desktop, "Sample", {{}, {.title = "Other"}});
-    std::size_t mapped = 0;
-    // Once the window manager has done with the new windows.
-    EXPECT_TRUE(mirrored.desktop.session().eventually([&] {
-        mirrored.catchUp();
-        const auto before = mirrored.connection->bytesSent();
-        mapped = 0;
-        for (int tick = 0; tick < 100; ++tick) {
-            mirrored.connection->dispatch();
-            mirrored.connection->flush();
-            for (const auto window : mirrored.mirror->stacking()) {
-                mapped += mirrored.mirror->find(window)->isMapped ? 1 : 0;
-            }
-        }
-        return mirrored.connection->bytesSent() == before;
-    }));
-    EXPECT_GE(mapped, 200U);
-}
-
 void setText(desktop::DesktopSession &session, xcb_window_t window, const char *property,
              const char *type, const std::string &text) {
     xcb_change_property(session.connection(), XCB_PROP_MODE_REPLACE, window, session.atom(property),

@@ -120,25 +120,6 @@ TEST_F(ScreensTest, FollowMonitorsThatComeGoAndChange) {
     EXPECT_EQ(numberAt(0), whole);
 }
 
-TEST_F(ScreensTest, ReadOnceForAStormAndStayQuietWhenNothingChanged) {
-    desktop_.setMonitor("A", {0, 0, 1000, 1000}, true);
-    catchUp();
-    announcements_ = 0;
-    const auto bytesOf = [&](int changes) {
-        for (int i = 0; i < changes; ++i) {
-            desktop_.setMonitor("A", {0, 0, 1000, 1000}, true);
-        }
-        const auto before = connection_->bytesSent();
-        catchUp();
-        return connection_->bytesSent() - before;
-    };
-    const auto none = bytesOf(0);
-    const auto once = bytesOf(1);
-    EXPECT_GT(once, none);
-    EXPECT_EQ(bytesOf(20), once);
-    EXPECT_EQ(announcements_, 0);
-}
-
 TEST_F(ScreensTest, TakeTheirScaleFromTheResources) {
     setResources("*foreground:\tblack\nXft.dpi:\t144\nXft.hinting:\t1\n");
     catchUp();
@@ -285,12 +266,6 @@ class ScreensWithoutRandrTest : public ScreensTest {
                        .windowManager = WindowManager::none,
                        .serverArguments = {"-extension", "RANDR"}}) {}
 };
-
-TEST_F(ScreensWithoutRandrTest, AreOneOfTheRootWindowsSize) {
-    ASSERT_FALSE(connection_->extensions().randr);
-    EXPECT_EQ(frames(), (std::vector<Rect>{{0, 0, 2000, 1000}}));
-    EXPECT_NE(numberAt(0), 0U);
-}
 
 } // namespace
 } // namespace lumo::x11

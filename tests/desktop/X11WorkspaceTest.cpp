@@ -266,28 +266,6 @@ TEST_F(WorkspaceTest, ListsWhatIsOnScreenFromFrontToBack) {
         << "only what is on no desktop";
 }
 
-TEST_F(WorkspaceTest, ListsOwnUnmanagedWindowsAmongTheOrdinaryOnes) {
-    auto &connection = *mirrored_.connection;
-    const auto overlay = xcb_generate_id(connection);
-    const std::uint32_t overrideRedirect = 1;
-    xcb_create_window(connection, XCB_COPY_FROM_PARENT, overlay, connection.root(), 0, 0, 100, 100,
-                      0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
-                      XCB_CW_OVERRIDE_REDIRECT, &overrideRedirect);
-    constexpr std::string_view classes("lumo\0Lumo\0", 10);
-    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, overlay, XCB_ATOM_WM_CLASS,
-                        XCB_ATOM_STRING, 8, classes.size(), classes.data());
-    xcb_map_window(connection, overlay);
-    mirrored_.catchUp();
-    const auto list = server_.onScreenWindows();
-    const auto found = std::find_if(list->begin(), list->end(), [&](const auto &record) {
-        return record.find(windowKey::number)->unsigned32() == overlay;
-    });
-    ASSERT_NE(found, list->end());
-    EXPECT_EQ(found->find(windowKey::layer)->integer(), 0);
-    EXPECT_EQ(found->find(windowKey::ownerPID)->integer(), getpid());
-    EXPECT_EQ(*found->find(windowKey::ownerName)->string(), "Lumo");
-}
-
 TEST_F(WorkspaceTest, RaisesWindowsThroughAWindowManagerThatHears) {
     const SampleApplication application(mirrored_.desktop, "Sample",
                                         {{.area = {0, 0, 400, 300}}, {.area = {50, 50, 400, 300}}});

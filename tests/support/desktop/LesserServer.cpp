@@ -7,11 +7,11 @@
 #include <xcb/xcb.h>
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
-#include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
 namespace lumo::desktop {
@@ -63,33 +63,15 @@ std::size_t padded(std::size_t length) {
     return (length + 3) / 4 * 4;
 }
 
-std::uint8_t operationCode(xcb_connection_t *connection, const std::string &extension) {
-    const std::unique_ptr<xcb_query_extension_reply_t, decltype(&std::free)> reply(
-        xcb_query_extension_reply(connection,
-                                  xcb_query_extension(connection,
-                                                      static_cast<std::uint16_t>(extension.size()),
-                                                      extension.c_str()),
-                                  nullptr),
-        &std::free);
-    if (!reply || reply->present == 0) {
-        throw std::runtime_error("the X server lacks " + extension);
-    }
-    return reply->major_opcode;
-}
-
 } // namespace
 
-LesserServer::LesserServer(const std::string &displayName, ServerLacks lacks)
+LesserServer::LesserServer(const std::string &displayName,
+                           std::vector<std::string> hiddenExtensions)
     : serverNumber_(std::stoi(displayName.substr(1)))
     , number_(serverNumber_ + farFromServers)
-    , lacks_(std::move(lacks))
+    , hidden_(std::move(hiddenExtensions))
     , listener_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    lacks_.extensions.emplace_back("MIT-SHM");
-    const std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> connection(
-        xcb_connect(displayName.c_str(), nullptr), &xcb_disconnect);
-    for (const auto &[extension, version] : lacks_.oldest) {
-        versions_[operationCode(connection.get(), extension)] = version;
-    }
+    hidden_.emplace_back("MIT-SHM");
     const DisplayAddress address(number_);
     if (bind(listener_, address.get(), address.size) != 0 || listen(listener_, 8) != 0) {
         throw std::runtime_error("cannot listen as display " + std::to_string(number_));
@@ -186,7 +168,7 @@ void LesserServer::forwardRequests(Client &client) {
             break;
         }
         if (client.isGreeted) {
-            lessen(begin, length);
+            hideExtension(begin, length);
         }
         client.isGreeted = true;
         done += length;
@@ -196,17 +178,15 @@ void LesserServer::forwardRequests(Client &client) {
                         client.unsent.begin() + static_cast<std::ptrdiff_t>(done));
 }
 
-void LesserServer::lessen(char *request, std::size_t length) {
-    const auto code = static_cast<std::uint8_t>(request[0]);
-    if (code == XCB_QUERY_EXTENSION && length > queryExtensionHead) {
-        char *name = request + queryExtensionHead;
-        const std::size_t nameLength = read<std::uint16_t>(request + 4);
-        if (std::ranges::find(lacks_.extensions, std::string_view(name, nameLength)) !=
-            lacks_.extensions.end()) {
-            std::fill(name, name + nameLength, '-');
-        }
-    } else if (versions_.contains(code) && request[1] == 0 && length == 12) {
-        std::memcpy(request + requestHead, versions_[code].data(), 8);
+void LesserServer::hideExtension(char *request, std::size_t length) const {
+    if (static_cast<std::uint8_t>(request[0]) != XCB_QUERY_EXTENSION ||
+        length <= queryExtensionHead) {
+        return;
+    }
+    char *name = request + queryExtensionHead;
+    const std::size_t nameLength = read<std::uint16_t>(request + 4);
+    if (std::ranges::find(hidden_, std::string_view(name, nameLength)) != hidden_.end()) {
+        std::fill(name, name + nameLength, '-');
     }
 }
 

@@ -2,33 +2,22 @@
 
 #include "desktop/ChildProcess.h"
 
-#include <array>
 #include <atomic>
-#include <cstdint>
 #include <list>
-#include <map>
 #include <string>
-#include <string_view>
 #include <thread>
 #include <vector>
 
 namespace lumo::desktop {
 
-// What a server is to be like.
-struct ServerLacks {
-    std::vector<std::string> extensions;                        // not there
-    std::map<std::string, std::array<std::uint32_t, 2>> oldest; // of at most that version
-};
-
-// The X server as one that lacks things which no option takes away from it: stands between programs
-// and the server, asks for an extension that is not there in place of a hidden one, and for an old
-// version in place of a new one. Works for programs of this machine's byte order. MIT-SHM, whose
-// files it doesn't pass on, is never there.
+// The X server as one that lacks extensions which no option takes away from it: stands between
+// programs and the server, and asks for an extension that does not exist in place of a hidden one.
+// Works for programs of this machine's byte order. MIT-SHM, whose files it doesn't pass on, is
+// hidden as well.
 class LesserServer {
   public:
-    // Listens on a display number of its own. The extensions of the second kind must be there, and
-    // of those that ask for their version by two 32-bit numbers. Throws when it can't listen.
-    LesserServer(const std::string &displayName, ServerLacks lacks);
+    // Listens on a display number of its own; throws when it can't.
+    LesserServer(const std::string &displayName, std::vector<std::string> hiddenExtensions);
     ~LesserServer();
     LesserServer(const LesserServer &) = delete;
     LesserServer &operator=(const LesserServer &) = delete;
@@ -47,12 +36,11 @@ class LesserServer {
     void run();
     bool forward(Client &client);
     void forwardRequests(Client &client);
-    void lessen(char *request, std::size_t length);
+    void hideExtension(char *request, std::size_t length) const;
 
     int serverNumber_;
     int number_;
-    ServerLacks lacks_;
-    std::map<std::uint8_t, std::array<std::uint32_t, 2>> versions_; // by major operation code
+    std::vector<std::string> hidden_;
     int listener_ = -1;
     std::list<Client> clients_;
     std::atomic<bool> stop_ = false;
