@@ -2,6 +2,7 @@
 // real program with a window animating beneath it, beside a compositing manager that blurs the
 // same. Prints numbers and judges none; wall times move with what else the machine does.
 
+#include "ProcessUse.h"
 #include "desktop/LumoProcess.h"
 #include "desktop/PrivateDesktop.h"
 #include "desktop/SampleApplication.h"
@@ -114,13 +115,14 @@ void measureAnimation(PrivateDesktop &desktop, SampleApplication &application,
     application.animate(0, true);
     desktop.session().eventually([] { return false; }, Seconds(1));
     const double start = now();
-    const double own = blurring.cpuSeconds();
-    const double server = desktop.server().cpuSeconds();
+    const double own = cpuSeconds(blurring.processIdentifier());
+    const double server = cpuSeconds(desktop.server().processIdentifier());
     while (now() - start < 10) {
         pauseBriefly();
     }
     std::printf("  %-50s %.2f s + X server %.2f s CPU in 10 s\n", name.c_str(),
-                blurring.cpuSeconds() - own, desktop.server().cpuSeconds() - server);
+                cpuSeconds(blurring.processIdentifier()) - own,
+                cpuSeconds(desktop.server().processIdentifier()) - server);
     application.animate(0, false);
 }
 

@@ -1,6 +1,7 @@
 // What the real program costs on a real X server, measured from outside. Prints numbers and judges
 // none; wall times move with what else the machine does.
 
+#include "ProcessUse.h"
 #include "desktop/LumoProcess.h"
 #include "desktop/PrivateDesktop.h"
 #include "desktop/SampleApplication.h"
@@ -112,16 +113,16 @@ void measureIdle(CrowdedDesktop &crowd, LumoProcess &lumo) {
     const char *wanted = std::getenv("LUMO_BENCHMARK_IDLE_SECONDS");
     const double seconds = wanted != nullptr ? std::strtod(wanted, nullptr) : 20;
     const double start = now();
-    const double ownBefore = lumo.process().cpuSeconds();
-    const double serverBefore = crowd.desktop.server().cpuSeconds();
+    const double ownBefore = cpuSeconds(lumo.process().processIdentifier());
+    const double serverBefore = cpuSeconds(crowd.desktop.server().processIdentifier());
     const long turnsBefore = lumo.process().voluntarySwitches();
     // A wait that asks the server nothing: looks would count as the server's time.
     while (now() - start < seconds) {
         pauseBriefly();
     }
     const double elapsed = now() - start;
-    const double own = lumo.process().cpuSeconds() - ownBefore;
-    const double server = crowd.desktop.server().cpuSeconds() - serverBefore;
+    const double own = cpuSeconds(lumo.process().processIdentifier()) - ownBefore;
+    const double server = cpuSeconds(crowd.desktop.server().processIdentifier()) - serverBefore;
     const auto turns = static_cast<double>(lumo.process().voluntarySwitches() - turnsBefore);
     std::printf(
         "  idle with 50 windows, %.0f s scaled to a minute: %.3f s CPU (%.2f %% of a core), "
@@ -137,10 +138,10 @@ void measureCrowd(Compositor compositor, const std::string &mode) {
     measureFocus(crowd, overlay);
     crowd.session.stillPicture();
     measureIdle(crowd, lumo);
-    const MemoryUse memory = lumo.process().memoryUse();
+    const MemoryUse memory = memoryUse(lumo.process().processIdentifier());
     std::printf("  memory: %.1f MB resident, %.1f MB proportional, libGL %s\n",
                 memory.residentMegabytes, memory.proportionalMegabytes,
-                lumo.process().hasMapped("libGL") ? "mapped" : "not mapped");
+                hasMapped(lumo.process().processIdentifier(), "libGL") ? "mapped" : "not mapped");
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 // What pointer events and idle triggers cost on a real X server. Prints numbers and judges none;
 // wall times move with what else the machine does, hence processor times.
 
+#include "ProcessUse.h"
 #include "desktop/LumoProcess.h"
 #include "desktop/PrivateDesktop.h"
 #include "input/MouseShakeToggleManager.h"
@@ -116,12 +117,12 @@ struct Cost {
 template <class Step>
 Cost costOf(LumoProcess &lumo, double seconds, Step step) {
     const double start = now();
-    const double cpu = lumo.process().cpuSeconds();
+    const double cpu = cpuSeconds(lumo.process().processIdentifier());
     const long turns = lumo.process().voluntarySwitches();
     while (now() - start < seconds) {
         step();
     }
-    return {now() - start, lumo.process().cpuSeconds() - cpu,
+    return {now() - start, cpuSeconds(lumo.process().processIdentifier()) - cpu,
             static_cast<double>(lumo.process().voluntarySwitches() - turns)};
 }
 

@@ -2,6 +2,7 @@
 // panel, measured from outside. Prints numbers and judges none; wall times move with what else the
 // machine does.
 
+#include "ProcessUse.h"
 #include "desktop/SampleApplication.h"
 #include "desktop/ShellDesktop.h"
 
@@ -66,7 +67,7 @@ void measureStart(Somebody &user) {
 }
 
 void printMemory(const ChildProcess &process, const std::string &when) {
-    const MemoryUse memory = process.memoryUse();
+    const MemoryUse memory = memoryUse(process.processIdentifier());
     std::printf("  %-40s %.1f MB resident, %.1f MB proportional\n", when.c_str(),
                 memory.residentMegabytes, memory.proportionalMegabytes);
 }
@@ -101,15 +102,16 @@ void measureEverythingOn(Somebody &user) {
     user.session.stillPicture();
     constexpr double seconds = 20;
     const double start = now();
-    const double before = user.lumo->process().cpuSeconds();
-    const double serverBefore = user.desktop.server().cpuSeconds();
+    const double before = cpuSeconds(user.lumo->process().processIdentifier());
+    const double serverBefore = cpuSeconds(user.desktop.server().processIdentifier());
     while (now() - start < seconds) {
         pauseBriefly();
     }
     const double elapsed = now() - start;
     std::printf("  idle with everything on: %.2f %% of a core, the X server %.2f %%\n",
-                (user.lumo->process().cpuSeconds() - before) * 100 / elapsed,
-                (user.desktop.server().cpuSeconds() - serverBefore) * 100 / elapsed);
+                (cpuSeconds(user.lumo->process().processIdentifier()) - before) * 100 / elapsed,
+                (cpuSeconds(user.desktop.server().processIdentifier()) - serverBefore) * 100 /
+                    elapsed);
     printMemory(user.lumo->process(), "with everything on");
 }
 

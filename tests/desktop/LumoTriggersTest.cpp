@@ -127,16 +127,15 @@ TEST_F(LumoTriggers, TheEmergencyKeysStopTheEffectAndTheUserIsTold) {
 
 TEST_F(LumoTriggers, TheCoverAppIsRaisedAndStaysClear) {
     start({{"privacyCoverEnabled", true}, {"privacyCoverBundleID", "Back"}});
-    const auto isCoverClear = [&] {
-        return backIsPlain() && session.pixel(700, 500) != Colour{0x3c, 0x64, 0xe0};
-    };
     EXPECT_TRUE(session.eventually([&] {
         return session.activeWindow() == back.window() &&
-               session.isAbove(back.window(), front.window()) && isCoverClear();
+               session.isAbove(back.window(), front.window()) && backIsPlain() &&
+               session.pixel(700, 500) != Colour{0x3c, 0x64, 0xe0};
     }));
     session.activate(front.window());
     ASSERT_TRUE(session.eventually([&] { return session.activeWindow() == front.window(); }));
-    EXPECT_TRUE(session.remains(isCoverClear, Seconds(0.5))) << "whatever has the focus";
+    EXPECT_TRUE(session.remains([&] { return backIsPlain(); }, Seconds(0.5)))
+        << "whatever has the focus";
 }
 
 } // namespace

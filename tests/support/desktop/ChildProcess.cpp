@@ -42,16 +42,6 @@ std::vector<char *> pointersTo(std::vector<std::string> &strings) {
     return pointers;
 }
 
-long valueAfter(const fs::path &file, std::string_view key) {
-    std::ifstream stream(file);
-    for (std::string line; std::getline(stream, line);) {
-        if (line.starts_with(key)) {
-            return std::stol(line.substr(key.size()));
-        }
-    }
-    return 0;
-}
-
 } // namespace
 
 void pauseBriefly() {
@@ -174,41 +164,15 @@ std::string ChildProcess::report() {
     return text.str();
 }
 
-fs::path ChildProcess::procFile(const char *name) const {
-    return fs::path("/proc") / std::to_string(pid_) / name;
-}
-
-double ChildProcess::cpuSeconds() const {
-    // The kernel's scheduler counts nanoseconds, where the usual counters count its clock ticks.
-    double nanoseconds = 0;
-    std::error_code ignored;
-    for (const fs::directory_entry &thread : fs::directory_iterator(procFile("task"), ignored)) {
-        std::ifstream stream(thread.path() / "schedstat");
-        double ofThread = 0;
-        stream >> ofThread;
-        nanoseconds += ofThread;
-    }
-    return nanoseconds / 1e9;
-}
-
-MemoryUse ChildProcess::memoryUse() const {
-    const fs::path file = procFile("smaps_rollup");
-    return {.residentMegabytes = static_cast<double>(valueAfter(file, "Rss:")) / 1024,
-            .proportionalMegabytes = static_cast<double>(valueAfter(file, "Pss:")) / 1024};
-}
-
 long ChildProcess::voluntarySwitches() const {
-    return valueAfter(procFile("status"), "voluntary_ctxt_switches:");
-}
-
-bool ChildProcess::hasMapped(std::string_view text) const {
-    std::ifstream stream(procFile("maps"));
+    constexpr std::string_view key = "voluntary_ctxt_switches:";
+    std::ifstream stream("/proc/" + std::to_string(pid_) + "/status");
     for (std::string line; std::getline(stream, line);) {
-        if (line.find(text) != std::string::npos) {
-            return true;
+        if (line.starts_with(key)) {
+            return std::stol(line.substr(key.size()));
         }
     }
-    return false;
+    return 0;
 }
 
 } // namespace lumo::desktop

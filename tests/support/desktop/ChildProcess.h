@@ -21,12 +21,6 @@ using Environment = std::map<std::string, std::string>;
 // A wait of a few milliseconds between two looks at something that announces nothing.
 void pauseBriefly();
 
-// What a program used so far, as the kernel counts it.
-struct MemoryUse {
-    double residentMegabytes = 0;
-    double proportionalMegabytes = 0; // shared pages divided among those who share them
-};
-
 // A program started in a process group of its own. It is killed with everything in its group when
 // the object goes, and by the kernel when the tester dies. Used on the thread that made it.
 class ChildProcess {
@@ -63,20 +57,12 @@ class ChildProcess {
     // Everything it said and how it ended, for a failure's message.
     std::string report();
 
-    // Processor time of its living threads.
-    double cpuSeconds() const;
-    MemoryUse memoryUse() const;
-
     // How often its main thread has gone to sleep by itself so far, which counts its turns of the
     // main loop.
     long voluntarySwitches() const;
 
-    // True when a file whose path contains the text is mapped into the program.
-    bool hasMapped(std::string_view text) const;
-
   private:
     void spawn(const std::vector<std::string> &command, const Environment &environment);
-    std::filesystem::path procFile(const char *name) const;
 
     std::string name_;
     std::filesystem::path outputFile_;
