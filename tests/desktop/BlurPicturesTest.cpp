@@ -193,49 +193,6 @@ TEST_P(BlurPictures, AreTheWholeStackAroundWhatStaysClear) {
     EXPECT_EQ(lines, std::vector<std::string>());
 }
 
-// Only what changes and its surroundings are drawn again.
-TEST_P(BlurPictures, FollowWhatChangesBeneath) {
-    SampleApplication application(desktop, "Beneath",
-                                  {{.area = {60, 60, 120, 90}, .colour = "#ff2010"}});
-    const std::vector<std::function<void()>> steps = {
-        [&] { application.setColour(0, "#20ff40"); },
-        [&] {
-            application.setArea(0, {480, 250, 120, 90});
-        },
-        [&] {
-            application.setArea(0, {60, 60, 300, 200});
-        },
-        [&] {
-            application.setArea(0, {60, 60, 120, 90});
-            application.setColour(0, "#ff2010");
-        },
-    };
-    const auto tree =
-        EffectLook{.effectMode = "softBlur", .intensity = 0.6, .liveBackdrop = true}.tree(
-            width, height, scale);
-    std::vector<Picture> expected;
-    for (const auto &step : steps) {
-        step();
-        expected.push_back(reference::render(session.stillPicture(), tree, scale));
-    }
-    for (const std::string renderer : renderers) {
-        useRenderer(renderer);
-        const auto overlay = overlays->makeWindow(frame());
-        overlay->commit(tree);
-        overlay->orderFront();
-        settle();
-        for (std::size_t index = 0; index < steps.size(); ++index) {
-            steps[index]();
-            std::string wrong;
-            EXPECT_TRUE(eventually([&] {
-                wrong = wrongIn(session.picture(), expected[index], displayAndEdges(), 38);
-                return wrong.empty();
-            })) << renderer
-                << " after step " << index << ": " << wrong;
-        }
-    }
-}
-
 class LostBlurPictures : public BlurPictures {};
 
 TEST_P(LostBlurPictures, GoOnByTheProcessorUntilOpenGlIsBack) {

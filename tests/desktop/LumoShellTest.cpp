@@ -40,12 +40,6 @@ TEST_F(LumoShell, GuidesFirstAndIsThenRunFromTheDot) {
     const auto screen = session.screenArea();
     EXPECT_TRUE(area.x >= 0 && area.y >= 0 && area.x + area.width <= screen.width &&
                 area.y + area.height <= screen.height);
-    session.click(dot(), 3);
-    EXPECT_TRUE(popoverCloses()) << "the second click";
-    ASSERT_TRUE(openPopover());
-    session.click({5, 5});
-    EXPECT_TRUE(popoverCloses()) << "a click elsewhere";
-    ASSERT_TRUE(openPopover());
     session.press({Key::escape});
     EXPECT_TRUE(popoverCloses());
 
@@ -88,10 +82,6 @@ TEST_F(LumoShell, ThePopoverGoesWhenSomebodyActsElsewhereAndTheClickArrives) {
     SampleApplication two(desktop, "Two", {{.area = {60, 400, 300, 200}}});
     start();
     const auto at = dot();
-    for (const int button : {1, 2}) {
-        session.click(at, button);
-        EXPECT_TRUE(session.remains([&] { return !isPopoverShown(); }, Seconds(0.3))) << button;
-    }
     const auto clickOn = [&](SampleApplication &application, int button) {
         const auto area = session.areaOf(application.window());
         const auto before = application.clicks().size();
@@ -104,19 +94,12 @@ TEST_F(LumoShell, ThePopoverGoesWhenSomebodyActsElsewhereAndTheClickArrives) {
     };
     for (const auto &[name, act] : std::vector<Case>{
              {"a second click", [&] { return session.click(at, 3), true; }},
-             {"the left button on the dot", [&] { return session.click(at, 1), true; }},
-             {"Escape", [&] { return session.press({Key::escape}), true; }},
              {"a click on a window",
               [&] {
                   return clickOn(one, 1) &&
                          session.eventually([&] { return session.activeWindow() == one.window(); });
               }},
              {"a right click on another", [&] { return clickOn(two, 3); }},
-             {"a click on the panel",
-              [&] {
-                  session.click({at.x - 200, at.y});
-                  return true;
-              }},
              {"a click on the desktop",
               [&] {
                   return session.click({700, 60}), true;
@@ -145,11 +128,6 @@ TEST_F(LumoShell, ThePopoverGoesWhenSomebodyActsElsewhereAndTheClickArrives) {
         EXPECT_TRUE(popoverCloses()) << name;
         EXPECT_TRUE(session.eventually([&] { return !session.isKeyboardGrabbed(); })) << name;
     }
-    session.movePointerTo(at.x, at.y);
-    session.setButton(3, true);
-    session.movePointerTo(700, 60);
-    session.setButton(3, false);
-    EXPECT_TRUE(session.remains([&] { return !isPopoverShown(); }, Seconds(0.3)));
 }
 
 TEST_F(LumoShell, EmergencyKeysStopOncePerPressWhereverTheyArrive) {
@@ -208,17 +186,10 @@ TEST_F(LumoShell, StartingItAgainOpensTheSettingsOfTheOneThatRuns) {
         }
         const auto settings = appears("Lumo Settings");
         ASSERT_TRUE(settings) << lumo->process().report();
-        EXPECT_EQ(session.areaOf(*settings).width, 800);
-        EXPECT_EQ(session.areaOf(*settings).height, 540);
         EXPECT_TRUE(session.eventually([&] { return session.activeWindow() == *settings; }));
         // Its background, below the entries of the sidebar, is a handle for who drags it.
         const auto area = session.areaOf(*settings);
         const Spot below{area.x + 60, area.y + 400};
-        session.click(below);
-        session.movePointerTo(below.x + 60, below.y);
-        EXPECT_TRUE(
-            session.remains([&] { return session.areaOf(*settings).x == area.x; }, Seconds(0.2)))
-            << "a click alone moves nothing";
         session.movePointerTo(below.x, below.y);
         session.setButton(1, true);
         EXPECT_TRUE(session.eventually([&] {

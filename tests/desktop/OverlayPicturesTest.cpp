@@ -12,10 +12,6 @@ using desktop::Colour;
 using desktop::Compositor;
 using desktop::SampleApplication;
 
-// Of the windows B is the clear one; these parts of the display lie to its left and right.
-constexpr Area leftPart{0, 0, 200, 600};
-constexpr Area rightPart{520, 0, 280, 600};
-
 class OverlayPictures : public testing::TestWithParam<Compositor>, protected OverlayDesktop {
   protected:
     OverlayPictures()
@@ -48,11 +44,6 @@ class OverlayPictures : public testing::TestWithParam<Compositor>, protected Ove
         return found;
     }
 
-    std::string lastingDifference(const desktop::Picture &plain, const Look &look) {
-        const auto left = lastingDifference(plain, leftPart, frame(), look);
-        return left.empty() ? lastingDifference(plain, rightPart, frame(), look) : left;
-    }
-
     bool comesToShow(const desktop::Picture &plain, const Area &area) {
         return eventually([&] { return !session.picture().firstDifference(plain, area); });
     }
@@ -63,53 +54,6 @@ class OverlayPictures : public testing::TestWithParam<Compositor>, protected Ove
                             {.title = "B", .area = {210, 180, 300, 250}, .colour = "#32c832"},
                             {.title = "C", .area = {420, 300, 300, 250}, .colour = "#3232c8"}}};
 };
-
-TEST_P(OverlayPictures, AreTheLayerArithmeticAndLeaveTheClearWindowAlone) {
-    const auto plain = session.picture();
-    const auto clearArea = session.frameAreaOf(app_.window(1));
-    const auto overlay = overlays->makeWindow(frame());
-    overlay->orderBelow(app_.window(1));
-
-    const std::vector<Look> looks = {
-        {.grain = 0.16, .tintOpacity = 0.12},
-        {.grain = 0.24, .tintOpacity = 0.52},
-        {.grain = 0.2, .tint = {0.3, 0.48, 0.9, 1}, .tintOpacity = 0.4},
-        {.grain = 0.19, .tintOpacity = 0}};
-    for (const auto &look : looks) {
-        overlay->commit(tree(frame(), look));
-        EXPECT_EQ(lastingDifference(plain, look), "");
-        EXPECT_TRUE(comesToShow(plain, clearArea));
-    }
-
-    // Both alphas, multiplied. At 0 it is one request, and one back again under a
-    // compositing manager: without one the server reports what was uncovered as damaged.
-    auto faded = tree(frame());
-    faded.viewAlpha = 0.75;
-    overlay->commit(faded);
-    overlay->setAlphaValue(0.5);
-    EXPECT_EQ(lastingDifference(plain, {.alpha = 0.375}), "");
-    overlay->setAlphaValue(0);
-    EXPECT_EQ(bytesOfTurn(), sizeof(xcb_xfixes_set_window_shape_region_request_t));
-    settle();
-    EXPECT_TRUE(comesToShow(plain, wholeArea()));
-    EXPECT_TRUE(session.isViewable(static_cast<xcb_window_t>(overlay->windowNumber())));
-    overlay->setAlphaValue(0.5);
-    if (GetParam() != Compositor::none) {
-        EXPECT_EQ(bytesOfTurn(), sizeof(xcb_xfixes_set_window_shape_region_request_t));
-    }
-    EXPECT_EQ(lastingDifference(plain, {.alpha = 0.375}), "");
-    overlay->setAlphaValue(1);
-    faded.viewAlpha = 0;
-    overlay->commit(faded);
-    settle();
-    EXPECT_TRUE(comesToShow(plain, wholeArea()));
-
-    overlay->commit(tree(frame()));
-    EXPECT_EQ(lastingDifference(plain, {}), "");
-    overlay->orderOut();
-    settle();
-    EXPECT_TRUE(comesToShow(plain, wholeArea()));
-}
 
 TEST_P(OverlayPictures, CutHolesAndStretchImagesWithTheOriginAtTheBottomLeft) {
     const auto plain = session.picture();

@@ -332,47 +332,5 @@ TEST(WindowMirror, TakesTheStatedOwnerWhereTheServerDoesNotTell) {
     EXPECT_EQ(window.processIdentifier, 4711);
 }
 
-TEST(WindowMirror, FollowsWindowManagersThatComeGoAndReplaceEachOther) {
-    MirroredDesktop mirrored({.windowManager = WindowManager::none});
-    const SampleApplication application(mirrored.desktop, "Sample", {{}, {.title = "Other"}});
-    const auto client = application.window();
-    int announcements = 0;
-    const auto subscription = mirrored.mirror->onChange(
-        [&](const MirrorChange &change) { announcements += change.windowManager ? 1 : 0; });
-    const auto isRight = [&](const std::string &name, bool isManaged) {
-        mirrored.catchUp();
-        const auto &window = mirrored.window(client);
-        return mirrored.mirror->windowManagerName() == name && window.isManaged == isManaged &&
-               (window.frame != client) == isManaged &&
-               window.frame == mirrored.session.frameOf(client) && window.client == client &&
-               window.title == "Sample" && window.isMapped &&
-               window.stackingLayer == StackingLayer::normal &&
-               (isManaged || !mirrored.mirror->activeWindow()) &&
-               differenceFromServer(*mirrored.connection, *mirrored.mirror).empty();
-    };
-    const auto eventuallyIsRight = [&](const std::string &name, bool isManaged) {
-        return mirrored.session.eventually([&] { return isRight(name, isManaged); });
-    };
-    EXPECT_TRUE(eventuallyIsRight("", false));
-
-    auto openbox = mirrored.desktop.start({"openbox"});
-    EXPECT_TRUE(eventuallyIsRight("Openbox", true));
-    EXPECT_EQ(std::exchange(announcements, 0), 1);
-    mirrored.session.activate(client);
-    EXPECT_TRUE(mirrored.eventually([&] { return mirrored.mirror->activeWindow() == client; }));
-
-    auto successor = mirrored.desktop.start({"openbox", "--replace"});
-    EXPECT_TRUE(openbox->waitForExit());
-    EXPECT_TRUE(eventuallyIsRight("Openbox", true));
-    EXPECT_GT(std::exchange(announcements, 0), 0);
-
-    successor->kill();
-    EXPECT_TRUE(eventuallyIsRight("", false));
-    EXPECT_EQ(std::exchange(announcements, 0), 1);
-
-    const auto fluxbox = mirrored.desktop.start({"fluxbox", "-no-slit", "-no-toolbar"});
-    EXPECT_TRUE(eventuallyIsRight("Fluxbox", true));
-}
-
 } // namespace
 } // namespace lumo::x11

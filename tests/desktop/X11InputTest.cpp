@@ -311,48 +311,30 @@ TEST_F(EventMonitorsTest, TellOfMotionInPointsWithButtonsAndModifiers) {
     catchUp();
     EXPECT_THAT(take(), IsEmpty()) << "a warp is no motion";
     session.movePointerBy(30, -20);
-    session.movePointerBy(-5000, 0); // beyond the edge
     catchUp();
     const auto moves = take();
-    ASSERT_THAT(moves, SizeIs(2));
+    ASSERT_THAT(moves, SizeIs(1));
     EXPECT_EQ(moves[0].type, EventType::mouseMoved);
     EXPECT_EQ(moves[0].modifierFlags, 0U);
     EXPECT_EQ(moves[0].deltaX, 30);
     EXPECT_EQ(moves[0].deltaY, -20);
-    EXPECT_EQ(moves[1].deltaX, -5000);
 
+    session.setKey(Key::shift, true);
     const std::vector<std::pair<int, EventType>> buttons = {{1, EventType::leftMouseDragged},
                                                             {2, EventType::otherMouseDragged},
                                                             {3, EventType::rightMouseDragged},
-                                                            {4, EventType::mouseMoved}, // a wheel
-                                                            {9, EventType::otherMouseDragged}};
+                                                            {4, EventType::mouseMoved}}; // a wheel
     for (const auto &[button, type] : buttons) {
         session.setButton(button, true);
         session.movePointerBy(5, 0);
         session.setButton(button, false);
-        session.movePointerBy(5, 0);
         catchUp();
         const auto drags = take();
-        ASSERT_THAT(drags, SizeIs(2)) << button;
+        ASSERT_THAT(drags, SizeIs(1)) << button;
         EXPECT_EQ(drags[0].type, type) << button;
-        EXPECT_EQ(drags[1].type, EventType::mouseMoved) << button;
+        EXPECT_EQ(drags[0].modifierFlags, modifierFlag::shift);
     }
-
-    const std::vector<std::pair<Key, std::uint32_t>> keys = {{Key::shift, modifierFlag::shift},
-                                                             {Key::control, modifierFlag::control},
-                                                             {Key::option, modifierFlag::option},
-                                                             {Key::command, modifierFlag::command}};
-    for (const auto &[key, flag] : keys) {
-        session.setKey(key, true);
-        session.movePointerBy(5, 0);
-        session.setKey(key, false);
-        session.movePointerBy(5, 0);
-        catchUp();
-        const auto held = take();
-        ASSERT_THAT(held, SizeIs(2));
-        EXPECT_EQ(held[0].modifierFlags, flag);
-        EXPECT_EQ(held[1].modifierFlags, 0U);
-    }
+    session.setKey(Key::shift, false);
 
     const std::string resources = "Xft.dpi:\t192\n";
     xcb_change_property(tester(), XCB_PROP_MODE_REPLACE, session.root(), XCB_ATOM_RESOURCE_MANAGER,

