@@ -104,7 +104,7 @@ class BlurChanges : public testing::Test, protected OverlayDesktop {
 
 // Windows beneath count as a compositing manager would show them; those that are not to be seen do
 // not count, and each change is followed.
-TEST_F(BlurChanges, OfShapeAlphaOpacityAndPresenceBeneathAreFollowed) {
+TEST_F(BlurChanges, ShapeAlphaOpacityAndPresenceBeneath) {
     const Picture bare = session.stillPicture();
     SampleApplication app(desktop, "Sample", {{.area = {500, 60, 200, 150}, .colour = "#00ff00"}});
     const auto sample = session.frameAreaOf(app.window());
@@ -140,7 +140,7 @@ TEST_F(BlurChanges, OfShapeAlphaOpacityAndPresenceBeneathAreFollowed) {
 }
 
 // The time from a window's drawing to that of the overlay above it; and silence when nothing moves.
-TEST_F(BlurChanges, AreDrawnWithinTwoRefreshesAndNothingElseIs) {
+TEST_F(BlurChanges, DrawnWithinTwoRefreshesAndNothingElse) {
     SampleApplication app(desktop, "Sample", {{.area = {200, 200, 200, 150}, .colour = "#c83232"}});
     overlay_->setLevel(1);
     overlay_->orderFront();

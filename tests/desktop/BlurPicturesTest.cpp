@@ -128,7 +128,7 @@ class BlurPictures : public testing::TestWithParam<Stage>, protected OverlayDesk
 
 constexpr std::array renderers = {"cpu", "gl"};
 
-TEST_P(BlurPictures, BlurAsTheGaussianDoes) {
+TEST_P(BlurPictures, GaussianAtEachRadius) {
     for (const double radius : {24.0, 29.0, 34.0}) {
         const auto tree = blurTree(radius);
         const Picture expected = reference::render(beneath_, tree, scale);
@@ -150,7 +150,7 @@ TEST_P(BlurPictures, BlurAsTheGaussianDoes) {
 
 // A bright clear window and a bright menu on top of everything leave no trace in the blur around
 // them, and nothing of the effect is in them or in a hole.
-TEST_P(BlurPictures, AreTheWholeStackAroundWhatStaysClear) {
+TEST_P(BlurPictures, WholeStackAroundWhatStaysClear) {
     const SampleApplication application(
         desktop, "Clear",
         {{.area = {180, 140, 220, 150}, .colour = "#ffffff"},
@@ -195,7 +195,7 @@ TEST_P(BlurPictures, AreTheWholeStackAroundWhatStaysClear) {
 
 class LostBlurPictures : public BlurPictures {};
 
-TEST_P(LostBlurPictures, GoOnByTheProcessorUntilOpenGlIsBack) {
+TEST_P(LostBlurPictures, ProcessorDrawsUntilOpenGlIsBack) {
     const auto tree = blurTree(24);
     const Picture expected = reference::render(beneath_, tree, scale);
     useRenderer("gl");

@@ -69,7 +69,7 @@ class LumoPictures : public testing::TestWithParam<Stage> {};
 
 // Every pixel of the screen: the clear window's frame and contents bit for bit as before, the other
 // windows, their frames and the wallpaper as the layers say, grain by grain.
-TEST_P(LumoPictures, AreWhatTheLayersSayAtEveryPixel) {
+TEST_P(LumoPictures, EveryPixelIsWhatTheLayersSay) {
     PrivateDesktop desktop({.width = 1000,
                             .height = 700,
                             .compositor = GetParam().compositor,

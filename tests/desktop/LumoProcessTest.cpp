@@ -38,7 +38,7 @@ class LumoProgram : public testing::Test {
         desktop, "Front", {{.area = {360, 240, 420, 320}, .colour = "#3c64e0"}}};
 };
 
-TEST_F(LumoProgram, StopsCleanlyWhenItIsAskedTo) {
+TEST_F(LumoProgram, CleanStopOnSignals) {
     for (const int number : {SIGTERM, SIGINT}) {
         LumoProcess lumo(desktop, look.preferences());
         lumo.waitForOverlays();
@@ -51,7 +51,7 @@ TEST_F(LumoProgram, StopsCleanlyWhenItIsAskedTo) {
     }
 }
 
-TEST_F(LumoProgram, EndsWithOneLineAndStatusOneWhenTheServerGoes) {
+TEST_F(LumoProgram, LossOfTheServerEndsTheProgramWithStatusOne) {
     LumoProcess lumo(desktop, look.preferences());
     lumo.waitForOverlays();
     desktop.killServer();
@@ -59,7 +59,7 @@ TEST_F(LumoProgram, EndsWithOneLineAndStatusOneWhenTheServerGoes) {
     EXPECT_THAT(lumo.remarks(), SizeIs(1)) << lumo.process().report();
 }
 
-TEST_F(LumoProgram, YieldsToOneThatRunsAlready) {
+TEST_F(LumoProgram, SecondInstanceYields) {
     LumoProcess first(desktop, look.preferences());
     const auto overlays = first.waitForOverlays();
     LumoProcess second(desktop);
@@ -73,7 +73,7 @@ TEST_F(LumoProgram, YieldsToOneThatRunsAlready) {
     EXPECT_THAT(third.waitForOverlays(), SizeIs(1));
 }
 
-TEST_F(LumoProgram, AsksTheServerNothingWhileNothingChanges) {
+TEST_F(LumoProgram, NoRequestsWhileNothingChanges) {
     LumoProcess lumo(desktop, Look{{"softBlur", 0.6}}.preferences());
     lumo.waitForOverlays();
     session.stillPicture();
@@ -92,7 +92,7 @@ TEST_F(LumoProgram, AsksTheServerNothingWhileNothingChanges) {
 }
 
 // OpenGL's drivers are many times the program's size. This X server has no graphics hardware.
-TEST_F(LumoProgram, LoadsDriversOnlyToDrawWithThem) {
+TEST_F(LumoProgram, DriversAreLoadedOnlyToDrawWithThem) {
     const Look blur{{"softBlur", 0.6}};
     const Spot inBack = {100, 200};
     for (const Environment &variables : {Environment(), Environment{{"LUMO_RENDERER", "gl"}}}) {

@@ -112,7 +112,7 @@ class LumoServers : public testing::TestWithParam<LesserCase> {
         desktop, "Front", {{.area = {360, 240, 420, 320}, .colour = "#3c64e0"}}};
 };
 
-TEST_P(LumoServers, AreMetWithTheEffectOrOneClearLine) {
+TEST_P(LumoServers, EffectOrOneClearLine) {
     LumoProcess lumo(desktop, look.preferences(), lesser ? lesser->variables() : Environment{});
     if (GetParam().outcome == Outcome::refused) {
         expectRefusal(lumo);

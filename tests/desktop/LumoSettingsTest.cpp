@@ -115,7 +115,7 @@ class LumoSettings : public testing::Test, protected ShellDesktop {
 };
 
 // One control of each kind; which setting each of them writes is tested off screen.
-TEST_F(LumoSettings, AreInForceAtOnce) {
+TEST_F(LumoSettings, OneControlOfEachKindIsInForceAtOnce) {
     const auto opened = openSettings();
     ASSERT_TRUE(opened) << lumo->process().report();
     settings = *opened;

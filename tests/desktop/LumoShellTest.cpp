@@ -22,7 +22,7 @@ using testing::SizeIs;
 
 class LumoShell : public testing::Test, protected ShellDesktop {};
 
-TEST_F(LumoShell, GuidesFirstAndIsThenRunFromTheDot) {
+TEST_F(LumoShell, GuidanceFirstThenTheStatusItem) {
     SampleApplication sample(desktop, "Sample", {{.title = "A document"}});
     lumo = std::make_unique<LumoProcess>(desktop);
     auto guidance = appears("Lumo");
@@ -77,7 +77,7 @@ TEST_F(LumoShell, GuidesFirstAndIsThenRunFromTheDot) {
     EXPECT_THAT(windowsTitled("Lumo - Focus and privacy"), IsEmpty());
 }
 
-TEST_F(LumoShell, ThePopoverGoesWhenSomebodyActsElsewhereAndTheClickArrives) {
+TEST_F(LumoShell, PopoverClosesOnActionsElsewhereAndClicksArrive) {
     SampleApplication one(desktop, "One", {{.area = {60, 80, 300, 200}}});
     SampleApplication two(desktop, "Two", {{.area = {60, 400, 300, 200}}});
     start();
@@ -168,7 +168,7 @@ TEST_F(LumoShell, EmergencyKeysStopOncePerPressWhereverTheyArrive) {
     holdEmergencyKeys("picker");
 }
 
-TEST_F(LumoShell, StartingItAgainOpensTheSettingsOfTheOneThatRuns) {
+TEST_F(LumoShell, SecondStartOpensTheSettings) {
     // A session manager that never answers: whoever reports to it waits for ever.
     const auto place = (desktop.configDirectory() / "session").string();
     const int manager = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
@@ -210,7 +210,7 @@ TEST_F(LumoShell, StartingItAgainOpensTheSettingsOfTheOneThatRuns) {
     close(manager);
 }
 
-TEST_F(LumoShell, TheDotOutlivesThePanelAndTheBus) {
+TEST_F(LumoShell, StatusItemOutlivesPanelAndBus) {
     lumo = std::make_unique<LumoProcess>(desktop, shownEffect("dim", 0.5));
     dot();
     panel->kill();

@@ -77,7 +77,7 @@ class LumoTriggers : public testing::Test {
     std::unique_ptr<LumoProcess> lumo_;
 };
 
-TEST_F(LumoTriggers, PeekShowsTheDesktopPixelForPixelForItsTime) {
+TEST_F(LumoTriggers, PeekShowsTheDesktopPixelForPixel) {
     for (const Compositor compositor : {Compositor::none, Compositor::picomXrender}) {
         desktop.startCompositor(compositor);
         auto &lumo = start({{"peekDuration", 1.5}});
@@ -96,7 +96,7 @@ TEST_F(LumoTriggers, PeekShowsTheDesktopPixelForPixelForItsTime) {
     }
 }
 
-TEST_F(LumoTriggers, TheEmergencyKeysStopTheEffectAndTheUserIsTold) {
+TEST_F(LumoTriggers, EmergencyKeysStopTheEffectAndTellTheUser) {
     desktop.startSessionBus();
     const auto service = desktop.startNotificationService();
     ASSERT_TRUE(session.eventually([&] {
@@ -125,7 +125,7 @@ TEST_F(LumoTriggers, TheEmergencyKeysStopTheEffectAndTheUserIsTold) {
     EXPECT_EQ(lumo.stop(), 0);
 }
 
-TEST_F(LumoTriggers, TheCoverAppIsRaisedAndStaysClear) {
+TEST_F(LumoTriggers, CoverAppIsRaisedAndStaysClear) {
     start({{"privacyCoverEnabled", true}, {"privacyCoverBundleID", "Back"}});
     EXPECT_TRUE(session.eventually([&] {
         return session.activeWindow() == back.window() &&

@@ -270,7 +270,7 @@ class ManagersTest : public testing::TestWithParam<Manager>, protected ThreeWind
     }
 };
 
-TEST_P(ManagersTest, KeepsTheClearWindowClearWhateverTheUserDoes) {
+TEST_P(ManagersTest, ClearWindowStaysClearWhateverTheUserDoes) {
     show();
     focusByClick();
     focusByKeyboard();

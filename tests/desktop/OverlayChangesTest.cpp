@@ -73,7 +73,7 @@ class OverlayChanges : public testing::Test, protected OverlayDesktop {
     std::unique_ptr<PlatformWindow> overlay_;
 };
 
-TEST_F(OverlayChanges, BeneathAreDrawnAndNothingElse) {
+TEST_F(OverlayChanges, OnlyChangesBeneathAreDrawn) {
     SampleApplication app(desktop, "Sample",
                           {{.area = {20, 60, 200, 150}, .colour = "#c83232"},
                            {.area = {450, 60, 200, 150}, .colour = "#32c832"},
@@ -118,7 +118,7 @@ TEST_F(OverlayChanges, BeneathAreDrawnAndNothingElse) {
     app.animate(1, false);
 }
 
-TEST_F(OverlayChanges, OfTheWallpaperAreFollowedFromEachSource) {
+TEST_F(OverlayChanges, WallpaperFromEachSource) {
     overlay_->orderFront();
     // The root window's own background, as plain programs set it.
     EXPECT_EQ(lastingDifference(*overlay_, wholeArea(), inFront()), "");

@@ -67,7 +67,7 @@ class OverlayOrder : public testing::Test, protected OverlayDesktop {
     std::size_t count_ = 6;
 };
 
-TEST_F(OverlayOrder, IsBelowTheReferenceOrAboveAllOrdinaryWindowsAndCostsNothingWhileItHolds) {
+TEST_F(OverlayOrder, BelowTheReferenceOrInFrontAtNoCost) {
     const auto overlay = overlays->makeWindow(frame());
     overlay->commit(tree(frame()));
     for (const std::size_t clear : {std::size_t{0}, std::size_t{2}, std::size_t{1}}) {
@@ -126,7 +126,7 @@ TEST_F(OverlayOrder, IsBelowTheReferenceOrAboveAllOrdinaryWindowsAndCostsNothing
     EXPECT_FALSE(session.isViewable(idOf(*other)));
 }
 
-TEST_F(OverlayOrder, OfTwoDisplaysIsNoFight) {
+TEST_F(OverlayOrder, TwoDisplaysDoNotFight) {
     const auto left = overlays->makeWindow({0, 0, 400, 600});
     const auto right = overlays->makeWindow({400, 0, 400, 600});
     session.activate(app_.window(1));
@@ -162,7 +162,7 @@ TEST_F(OverlayOrder, OfTwoDisplaysIsNoFight) {
 
 // Whoever takes the overlay out of its place again and again gets it on top, with holes; whoever
 // takes it from there as well is answered ever more seldom. What is seen is the same all the time.
-TEST_F(OverlayOrder, GivesWayToSomebodyWhoFightsIt) {
+TEST_F(OverlayOrder, FightsEndOnTopWithHoles) {
     const auto overlay = overlays->makeWindow(frame());
     overlay->commit(tree(frame()));
     overlay->orderBelow(app_.window(2));
@@ -213,7 +213,7 @@ TEST_F(OverlayOrder, GivesWayToSomebodyWhoFightsIt) {
     EXPECT_EQ(lines.size(), 2);
 }
 
-TEST_F(OverlayOrder, LetsClicksThroughEvenWhileItIsResized) {
+TEST_F(OverlayOrder, ClicksGoThroughDuringAResize) {
     const auto overlay = overlays->makeWindow(frame());
     overlay->commit(tree(frame()));
     overlay->orderFront();

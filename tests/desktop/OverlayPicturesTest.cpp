@@ -55,7 +55,7 @@ class OverlayPictures : public testing::TestWithParam<Compositor>, protected Ove
                             {.title = "C", .area = {420, 300, 300, 250}, .colour = "#3232c8"}}};
 };
 
-TEST_P(OverlayPictures, CutHolesAndStretchImagesWithTheOriginAtTheBottomLeft) {
+TEST_P(OverlayPictures, HolesAndImagesHaveTheirOriginAtTheBottomLeft) {
     const auto plain = session.picture();
     const auto overlay = overlays->makeWindow(frame());
     auto holed = tree(frame());
@@ -90,7 +90,7 @@ TEST_P(OverlayPictures, CutHolesAndStretchImagesWithTheOriginAtTheBottomLeft) {
     EXPECT_EQ(session.pixel(10, 400).describe(), plain.at(10, 400).describe());
 }
 
-TEST_P(OverlayPictures, DifferByDisplay) {
+TEST_P(OverlayPictures, OnePicturePerDisplay) {
     const auto plain = session.picture();
     const Rect left{0, 0, 400, 600};
     const Rect right{400, 0, 400, 600};

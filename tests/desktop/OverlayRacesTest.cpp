@@ -120,7 +120,7 @@ class OverlayRaces : public testing::Test, protected OverlayDesktop {
     std::mt19937 random_{static_cast<unsigned>(testing::UnitTest::GetInstance()->random_seed())};
 };
 
-TEST_F(OverlayRaces, OfWindowsBeneathPlainLayers) {
+TEST_F(OverlayRaces, WindowsBeneathPlainLayers) {
     overlay_->commit(tree(frame()));
     overlay_->orderFront();
     settle();
@@ -129,7 +129,7 @@ TEST_F(OverlayRaces, OfWindowsBeneathPlainLayers) {
     EXPECT_FALSE(connection->isLost());
 }
 
-TEST_F(OverlayRaces, OfWindowsBeneathABlur) {
+TEST_F(OverlayRaces, WindowsBeneathABlur) {
     overlay_->commit(blur());
     overlay_->orderFront();
     settle();
@@ -162,7 +162,7 @@ TEST_F(OverlayRaces, OfANewOverlayWithAServerThatDoesNotReply) {
     EXPECT_TRUE(isViewable());
 }
 
-TEST_F(OverlayRaces, OfCompositorsThatComeAndGo) {
+TEST_F(OverlayRaces, CompositingManagersComeAndGo) {
     SampleApplication app(desktop, "Sample", {{.area = {60, 60, 300, 250}, .colour = "#c83232"}});
     overlay_->commit(blur());
     overlay_->orderFront();

@@ -105,7 +105,7 @@ class Races : public testing::TestWithParam<Place>, protected ThreeWindows {
     }
 };
 
-TEST_P(Races, OfAThousandWindowsAreSurvived) {
+TEST_P(Races, ThousandWindowsComeAndGo) {
     storm(1000);
     expectAlive();
     bringForward(green);
@@ -115,7 +115,7 @@ TEST_P(Races, OfAThousandWindowsAreSurvived) {
     EXPECT_EQ(lumo->stop(), 0) << lumo->process().report();
 }
 
-TEST_P(Races, OfManagersAreNoticedAndAnswered) {
+TEST_P(Races, WindowManagersComeAndGo) {
     if (GetParam().manager != WindowManager::none) {
         desktop.killWindowManager();
         expectAlive();
@@ -140,7 +140,7 @@ TEST_P(Races, OfManagersAreNoticedAndAnswered) {
     EXPECT_EQ(lumo->stop(), 0) << lumo->process().report();
 }
 
-TEST_P(Races, OfCompositingManagersAreNoticedAndAnswered) {
+TEST_P(Races, CompositingManagersComeAndGo) {
     for (int round = 0; round < 2; ++round) {
         desktop.startCompositor(Compositor::picomXrender);
         expectAlive();
@@ -158,7 +158,7 @@ TEST_P(Races, OfCompositingManagersAreNoticedAndAnswered) {
 
 // Red, green and blue lie from the bottom to the top, each over a part of the one before; the
 // pointer goes from one to the other.
-TEST(FocusThatDoesNotRaise, IsNoticed) {
+TEST(FocusThatDoesNotRaise, HolesReplaceTheOrderBelow) {
     ThreeWindows windows(WindowManager::openboxSloppy);
     auto &session = windows.session;
     windows.lumo.emplace(windows.desktop, shownEffect("dim", 1));

@@ -109,7 +109,7 @@ class RestlessClient {
     std::vector<xcb_window_t> windows_;
 };
 
-TEST(WindowMirror, EqualsTheServersTreeWhateverHappens) {
+TEST(WindowMirror, RandomChangesLeaveTheServersTree) {
     MirroredDesktop mirrored({.windowManager = WindowManager::none});
     for (unsigned seed = 1; seed <= 5; ++seed) {
         RestlessClient client(mirrored.session, seed);
@@ -151,7 +151,7 @@ void setNumbers(desktop::DesktopSession &session, xcb_window_t window, const cha
 }
 
 // The property that names the manager's window may outlive both.
-TEST(WindowMirror, BelievesAManagerOnlyWhoseWindowConfirmsIt) {
+TEST(WindowMirror, ManagersAreBelievedOnlyWhenTheirWindowConfirmsThem) {
     MirroredDesktop mirrored({.windowManager = WindowManager::none});
     auto &session = mirrored.session;
     SampleApplication application(mirrored.desktop, "Sample", {{}, {}});
@@ -172,7 +172,7 @@ TEST(WindowMirror, BelievesAManagerOnlyWhoseWindowConfirmsIt) {
 }
 
 // The borders that some managers make wider than what they draw are no part of what is seen.
-TEST(WindowMirror, KnowsWhatOfAFrameIsSeen) {
+TEST(WindowMirror, VisiblePartOfAFrame) {
     for (const auto manager :
          {WindowManager::mutter, WindowManager::openbox, WindowManager::metacity}) {
         MirroredDesktop mirrored({.windowManager = manager});
@@ -198,7 +198,7 @@ TEST(WindowMirror, KnowsWhatOfAFrameIsSeen) {
     }
 }
 
-TEST(WindowMirror, KnowsWhatEachWindowIs) {
+TEST(WindowMirror, LayerAndIdentityOfEachKindOfWindow) {
     MirroredDesktop mirrored({});
     auto &session = mirrored.session;
     struct Case {
@@ -263,7 +263,7 @@ TEST(WindowMirror, KnowsWhatEachWindowIs) {
     EXPECT_EQ(differenceFromServer(*mirrored.connection, *mirrored.mirror), "");
 }
 
-TEST(WindowMirror, FollowsTitlesOwnersOpacityAndStates) {
+TEST(WindowMirror, TitlesOwnersOpacityAndStates) {
     MirroredDesktop mirrored({});
     auto &session = mirrored.session;
     const SampleApplication application(mirrored.desktop, "Sample", {{}, {.title = "Other"}});
@@ -321,7 +321,7 @@ TEST(WindowMirror, FollowsTitlesOwnersOpacityAndStates) {
     EXPECT_EQ(seen, (MirrorChange{.currentDesktop = true, .wallpaper = true}));
 }
 
-TEST(WindowMirror, TakesTheStatedOwnerWhereTheServerDoesNotTell) {
+TEST(WindowMirror, StatedOwnerWhereTheServerDoesNotTell) {
     MirroredDesktop mirrored({.serverArguments = {"-extension", "X-Resource"}});
     const SampleApplication application(mirrored.desktop, "Sample", {{}});
     mirrored.catchUp();

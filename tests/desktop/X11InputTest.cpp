@@ -124,7 +124,7 @@ class HotKeysTest : public InputTest {
     Handle handler_;
 };
 
-TEST_F(HotKeysTest, FireOncePerPressWhateverTheLocksSay) {
+TEST_F(HotKeysTest, OneEventPerPressUnderAnyLocks) {
     moveKeyToModifier(scrollLockKeycode, 5); // Mod3 is free
     ASSERT_TRUE(eventually([&] { return modifiers_.bits().scrollLock != 0; }));
     const auto bits = modifiers_.bits();
@@ -180,7 +180,7 @@ TEST_F(HotKeysTest, AHeldKeyIsPressedAndReleasedOnce) {
 }
 
 // As when a shortcut has just been recorded and its keys are still down.
-TEST_F(HotKeysTest, AKeyThatIsDownAtRegistrationCountsFromItsNextPress) {
+TEST_F(HotKeysTest, KeyHeldAtRegistrationCountsFromItsNextPress) {
     const auto keys =
         monitors_.addGlobalMonitor(eventMask(EventType::keyDown), [](const auto &) {});
     auto &session = mirrored_.session;
@@ -206,7 +206,7 @@ TEST_F(HotKeysTest, AKeyThatIsDownAtRegistrationCountsFromItsNextPress) {
     session.setKey(Key::control, false);
 }
 
-TEST_F(HotKeysTest, OneThatAnotherProgramHoldsIsRefusedAndLeavesNothingBehind) {
+TEST_F(HotKeysTest, KeyOfAnotherProgramIsRefused) {
     ASSERT_TRUE(grabKeyAsOther(49, XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_LOCK));
     EXPECT_EQ(add(49, hotKeyModifier::control, 1).status, hotKeyStatus::alreadyTaken);
     catchUp();
@@ -219,7 +219,7 @@ TEST_F(HotKeysTest, OneThatAnotherProgramHoldsIsRefusedAndLeavesNothingBehind) {
     EXPECT_THAT(take(), ElementsAre("+2", "-2"));
 }
 
-TEST_F(HotKeysTest, FollowTheModifierKeysToOtherPositions) {
+TEST_F(HotKeysTest, ModifierKeysMoveToOtherPositions) {
     const auto peek = add(48, commandOption, 2);
     const auto cover = add(8, hotKeyModifier::command, 5);
     ASSERT_TRUE(grabKeyAsOther(8, XCB_MOD_MASK_3));
@@ -304,7 +304,7 @@ class EventMonitorsTest : public InputTest {
 
 constexpr EventMask keysMask = eventMask(EventType::keyDown);
 
-TEST_F(EventMonitorsTest, TellOfMotionInPointsWithButtonsAndModifiers) {
+TEST_F(EventMonitorsTest, MotionInPointsWithButtonsAndModifiers) {
     auto &session = mirrored_.session;
     const auto motion = monitor(pointerMotionMask);
     warpPointerTo(400, 300);
@@ -352,7 +352,7 @@ TEST_F(EventMonitorsTest, TellOfMotionInPointsWithButtonsAndModifiers) {
     EXPECT_EQ(take().at(0).deltaX, 15);
 }
 
-TEST_F(EventMonitorsTest, TellOfKeysAndModifiersAlsoWhileAnotherProgramGrabsThem) {
+TEST_F(EventMonitorsTest, KeysArriveWhileAnotherProgramGrabsThem) {
     auto &session = mirrored_.session;
     const auto keys = monitor(keysMask | eventMask(EventType::flagsChanged));
     const auto pressEmergency = [&] {
@@ -389,7 +389,7 @@ TEST_F(EventMonitorsTest, TellOfKeysAndModifiersAlsoWhileAnotherProgramGrabsThem
     session.setKey(Key::v, false);
 }
 
-TEST_F(EventMonitorsTest, InOwnWindowsEventsAreLocal) {
+TEST_F(EventMonitorsTest, EventsInOwnWindowsAreLocal) {
     auto &session = mirrored_.session;
     warpPointerTo(10, 10);
     const auto window = openOwnWindow();
@@ -553,7 +553,7 @@ TEST_F(ToolkitTest, ItsActiveWindowSeesHotKeysFirst) {
     EXPECT_THAT(hotKeyEvents, SizeIs(2));
 }
 
-TEST_F(EventMonitorsTest, CostTheServerNothingPerEventAndNothingAtAllWhenUnused) {
+TEST_F(EventMonitorsTest, NoRequestsPerEventAndNoEventsWhenUnused) {
     int arrived = 0;
     const auto arrivals = connection_.onEvent([&](const xcb_generic_event_t &event) {
         const bool isInput = event.response_type == XCB_GE_GENERIC;

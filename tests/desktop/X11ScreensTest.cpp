@@ -78,7 +78,7 @@ class ScreensTest : public testing::Test {
     Handle subscription_;
 };
 
-TEST_F(ScreensTest, FollowMonitorsThatComeGoAndChange) {
+TEST_F(ScreensTest, MonitorsComeGoAndChange) {
     EXPECT_EQ(frames(), (std::vector<Rect>{{0, 0, 2000, 1000}}));
     const auto whole = numberAt(0);
 
@@ -120,7 +120,7 @@ TEST_F(ScreensTest, FollowMonitorsThatComeGoAndChange) {
     EXPECT_EQ(numberAt(0), whole);
 }
 
-TEST_F(ScreensTest, TakeTheirScaleFromTheResources) {
+TEST_F(ScreensTest, ScaleOfTheResources) {
     setResources("*foreground:\tblack\nXft.dpi:\t144\nXft.hinting:\t1\n");
     catchUp();
     EXPECT_EQ(announcements_, 1);
@@ -138,7 +138,7 @@ TEST_F(ScreensTest, TakeTheirScaleFromTheResources) {
     unsetenv("QT_SCALE_FACTOR"); // NOLINT(concurrency-mt-unsafe): the same
 }
 
-TEST(ScaleOfResources, IsInQuarterStepsAndAtLeastOne) {
+TEST(ScaleOfResources, QuarterStepsAndAtLeastOne) {
     const std::vector<std::pair<const char *, double>> cases = {
         {"", 1},
         {"Xft.dpi: 96", 1},
@@ -158,7 +158,7 @@ TEST(ScaleOfResources, IsInQuarterStepsAndAtLeastOne) {
     }
 }
 
-TEST(MonitorsApart, HaveNoPixelInCommon) {
+TEST(MonitorsApart, MonitorsShareNoPixel) {
     struct Case {
         const char *name;
         std::vector<drawing::PixelRect> given;
@@ -214,7 +214,7 @@ class ScreensOfOutputsTest : public ScreensTest {
     Outputs outputs_{desktop_.displayName()};
 };
 
-TEST_F(ScreensOfOutputsTest, KeepTheirNumbersWhateverTheOthersDo) {
+TEST_F(ScreensOfOutputsTest, NumbersStayWhateverOtherOutputsDo) {
     const auto both = numbersAfter({{0, {0, 0, 800, 600}, true}, {2, {800, 0, 640, 480}}});
     ASSERT_EQ(both.size(), 2U);
     const auto first = both[0];
@@ -238,7 +238,7 @@ TEST_F(ScreensOfOutputsTest, KeepTheirNumbersWhateverTheOthersDo) {
     EXPECT_EQ(numbersAfter({{2, {0, 0, 640, 480}}, {0, {640, 0, 800, 600}}}).size(), 2U);
 }
 
-TEST_F(ScreensOfOutputsTest, AnnounceAStormOfChangesOnce) {
+TEST_F(ScreensOfOutputsTest, StormOfChangesIsAnnouncedOnce) {
     numbersAfter({{0, {0, 0, 800, 600}, true}});
     announcements_ = 0;
     const double began = loop_.now();

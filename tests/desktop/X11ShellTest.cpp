@@ -38,7 +38,7 @@ bool runUntil(freedesktop::GlibMainLoop &loop, const std::function<bool()> &cond
     return !isTimeUp;
 }
 
-TEST(SingleInstanceTest, TheSecondAsksTheFirstToOpenAndGivesWay) {
+TEST(SingleInstanceTest, SecondAsksTheFirstToOpen) {
     const PrivateDesktop desktop({.windowManager = desktop::WindowManager::none});
     const auto first = Connection::open(desktop.displayName().c_str());
     const auto second = Connection::open(desktop.displayName().c_str());
@@ -113,7 +113,7 @@ class StatusItemTest : public testing::Test {
     std::optional<desktop::Spot> dot;
 };
 
-TEST_F(StatusItemTest, AppearsInATrayThatComesLaterAndHearsTheRightButtonsReleaseOnly) {
+TEST_F(StatusItemTest, RightClicksInATrayThatComesLater) {
     const Variable noBus("DBUS_SESSION_BUS_ADDRESS", std::nullopt);
     const Variable noDirectory("XDG_RUNTIME_DIR", desktop.directory().string());
     makeItem();
@@ -158,7 +158,7 @@ TEST_F(StatusItemTest, AppearsInATrayThatComesLaterAndHearsTheRightButtonsReleas
     }
 }
 
-TEST_F(StatusItemTest, MovesFromTheTrayToAPanelOnTheSessionBusAndBack) {
+TEST_F(StatusItemTest, MoveFromTheTrayToTheSessionBusAndBack) {
     desktop.startSessionBus();
     const auto address = desktop.environment().at("DBUS_SESSION_BUS_ADDRESS");
     const Variable busAddress("DBUS_SESSION_BUS_ADDRESS", address);
@@ -185,7 +185,7 @@ TEST_F(StatusItemTest, MovesFromTheTrayToAPanelOnTheSessionBusAndBack) {
 }
 
 // Some panels offer both and keep the right button to themselves on the bus.
-TEST_F(StatusItemTest, TakesTheTrayOfAPanelThatOffersBoth) {
+TEST_F(StatusItemTest, TrayIsPreferredOfAPanelThatOffersBoth) {
     desktop.startSessionBus();
     const auto address = desktop.environment().at("DBUS_SESSION_BUS_ADDRESS");
     const Variable busAddress("DBUS_SESSION_BUS_ADDRESS", address);

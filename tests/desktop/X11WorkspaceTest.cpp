@@ -108,7 +108,7 @@ class WorkspaceTest : public testing::Test {
     X11Accessibility accessibility_{*mirrored_.connection, *mirrored_.mirror};
 };
 
-TEST_F(WorkspaceTest, KnowsApplicationsByTheirDesktopEntries) {
+TEST_F(WorkspaceTest, ApplicationsByTheirDesktopEntries) {
     writeEntry("org.example.Alpha", "Name=Alpha Editor\nExec=true\nStartupWMClass=Alpha\n");
     writeEntry("org.example.Again",
                "Name=Again\nExec=true\nStartupWMClass=Alpha\nNoDisplay=true\n");
@@ -149,7 +149,7 @@ TEST_F(WorkspaceTest, KnowsApplicationsByTheirDesktopEntries) {
     check(alpha, "org.example.Alpha", "Alpha Editor", ActivationPolicy::regular);
 }
 
-TEST_F(WorkspaceTest, TellsWhoIsInFrontAndBringsApplicationsThere) {
+TEST_F(WorkspaceTest, FrontmostApplicationAndActivation) {
     const SampleApplication first(
         mirrored_.desktop, "First",
         {{.title = "One", .area = {0, 0, 400, 300}}, {.title = "Two", .area = {50, 50, 400, 300}}});
@@ -198,7 +198,7 @@ TEST_F(WorkspaceTest, TellsWhoIsInFrontAndBringsApplicationsThere) {
     EXPECT_NE(workspace_.runningApplication(first.processIdentifier()), nullptr);
 }
 
-TEST_F(WorkspaceTest, ListsWhatIsOnScreenFromFrontToBack) {
+TEST_F(WorkspaceTest, WindowListFromFrontToBack) {
     SampleApplication application(
         mirrored_.desktop, "Sample",
         {
@@ -266,7 +266,7 @@ TEST_F(WorkspaceTest, ListsWhatIsOnScreenFromFrontToBack) {
         << "only what is on no desktop";
 }
 
-TEST_F(WorkspaceTest, RaisesWindowsThroughAWindowManagerThatHears) {
+TEST_F(WorkspaceTest, WindowsAreRaisedThroughTheWindowManager) {
     const SampleApplication application(mirrored_.desktop, "Sample",
                                         {{.area = {0, 0, 400, 300}}, {.area = {50, 50, 400, 300}}});
     mirrored_.catchUp();

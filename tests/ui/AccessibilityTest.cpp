@@ -23,7 +23,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
-TEST(Accessibility, EveryControlOfEveryPageHasANameARoleItsTurnAndRoomForItsText) {
+TEST(Accessibility, EveryControlOfEveryPage) {
     for (const auto &page : test::interfacePages()) {
         QApplication::setLayoutDirection(page.isMirrored ? Qt::RightToLeft : Qt::LeftToRight);
         test::InterfaceStage stage;
@@ -46,7 +46,7 @@ TEST(Accessibility, EveryControlOfEveryPageHasANameARoleItsTurnAndRoomForItsText
     QApplication::setLayoutDirection(Qt::LeftToRight);
 }
 
-TEST(Accessibility, WindowsAndThePopoverAreFoundWhileTheyAreShown) {
+TEST(Accessibility, ShownWindowsAreFound) {
     auto &running = test::RunningInterface::instance();
     const auto *program = QAccessible::queryAccessibleInterface(QCoreApplication::instance());
     const auto windows = [&] {

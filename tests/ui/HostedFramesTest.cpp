@@ -104,7 +104,7 @@ class HostedFramesTest : public testing::Test {
     ScriptedViewHost host;
 };
 
-TEST_F(HostedFramesTest, APopoverHasAViewForAsLongAsItIsShown) {
+TEST_F(HostedFramesTest, PopoverHasAViewWhileItIsShown) {
     const auto popover = makeHostedPopover(host, makeView, discarding());
     EXPECT_THAT(host.events, IsEmpty());
     popover->show({});
@@ -121,7 +121,7 @@ TEST_F(HostedFramesTest, APopoverHasAViewForAsLongAsItIsShown) {
     EXPECT_THAT(host.events, ElementsAre("shown", "gone", "discarded"));
 }
 
-TEST_F(HostedFramesTest, AWindowMayBeDestroyedByItsOwnClosing) {
+TEST_F(HostedFramesTest, WindowMayBeDestroyedByItsOwnClosing) {
     std::unique_ptr<InterfaceWindow> window;
     window = makeHostedWindow(
         host, HostedWindowKind::settings, "Lumo Settings", makeView(), [&] { window.reset(); },

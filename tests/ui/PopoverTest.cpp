@@ -61,7 +61,7 @@ class PopoverTest : public testing::Test {
     int dismissals = 0;
 };
 
-TEST_F(PopoverTest, OffersItsRowsInOrderAndFollowsTheSettings) {
+TEST_F(PopoverTest, RowsFollowTheSettings) {
     stage.settings.isEnabled.set(true);
     stage.settings.privacyCoverEnabled.set(true);
     stage.settings.privacyCoverRuntimeStatus.set("No Cover App selected");
@@ -83,7 +83,7 @@ TEST_F(PopoverTest, OffersItsRowsInOrderAndFollowsTheSettings) {
                 ElementsAre("Back", "Clear selected cover app", "Running apps"));
 }
 
-TEST_F(PopoverTest, IsWorkedByTheKeyboardAlone) {
+TEST_F(PopoverTest, KeyboardAlone) {
     press({Qt::Key_Down, Qt::Key_Return});
     press({Qt::Key_Down, Qt::Key_Space, Qt::Key_Tab, Qt::Key_Return, Qt::Key_Up, Qt::Key_Up,
            Qt::Key_Up, Qt::Key_Return});
@@ -114,7 +114,7 @@ TEST_F(PopoverTest, IsWorkedByTheKeyboardAlone) {
     EXPECT_EQ(dismissals, 1);
 }
 
-TEST_F(PopoverTest, NoneStandsFirstAndTheCoverAppIsMarkedAmongThreeHundred) {
+TEST_F(PopoverTest, LongListOfCoverAppsBeginsWithNone) {
     for (int number = 0; number < 300; ++number) {
         const auto process = stage.desktop.launch("Zed " + std::to_string(number),
                                                   "org.example.Zed" + std::to_string(number));
@@ -142,7 +142,7 @@ TEST_F(PopoverTest, NoneStandsFirstAndTheCoverAppIsMarkedAmongThreeHundred) {
     EXPECT_FALSE(stage.chosenCovers[0]);
 }
 
-TEST_F(PopoverTest, GoesWhenTheUserActsElsewhere) {
+TEST_F(PopoverTest, ActionsElsewhereDismissIt) {
     // Only with the release, so that the item's owner never sees half a click.
     QTest::mousePress(window.get(), Qt::RightButton, {}, {400, 100});
     EXPECT_EQ(dismissals, 0);
@@ -189,7 +189,7 @@ TEST_F(PopoverTest, GoesWhenTheUserActsElsewhere) {
     EXPECT_EQ(dismissals, 4);
 }
 
-TEST(PopoverRows, LeaveOutWhatTheDesktopCanNotDo) {
+TEST(PopoverRows, RowsWithoutACapabilityAreLeftOut) {
     test::InterfaceStage stage;
     auto platform = stage.desktop.platform();
     platform.capabilities.updates = false;
@@ -199,7 +199,7 @@ TEST(PopoverRows, LeaveOutWhatTheDesktopCanNotDo) {
     EXPECT_THAT(readControls(view), testing::Not(testing::Contains("Check for Updates")));
 }
 
-TEST(PopoverPlacement, IsWhollyOnTheScreenOfTheItem) {
+TEST(PopoverPlacement, PopoverIsWhollyOnTheScreenOfTheItem) {
     // Two screens side by side, the right one main and lower by 200 pixels, at one and a half
     // pixels a point.
     const std::vector<Screen> screens{{1, {1280, 0, 1280, 720}, 1.5},
@@ -257,7 +257,7 @@ QColor over(const QColor &color, const QColor &surface) {
                             mix(color.blueF(), surface.blueF()));
 }
 
-TEST(Theme, TextStandsOutFromWhatItStandsOn) {
+TEST(Theme, ContrastOfTexts) {
     const auto surfaces = {role::window,  role::sidebar, role::card,
                            role::control, role::hovered, role::pressed};
     for (const auto scheme : {ColorScheme::light, ColorScheme::dark}) {
@@ -284,7 +284,7 @@ TEST(Theme, TextStandsOutFromWhatItStandsOn) {
     }
 }
 
-TEST(GuidedAccess, LeadsToThePermissionAndChecksItAgain) {
+TEST(GuidedAccess, GuidanceLeadsToThePermission) {
     test::InterfaceStage stage;
     stage.desktop.accessibilityTrusted = false;
     stage.permission.checkPermission();
@@ -304,7 +304,7 @@ TEST(GuidedAccess, LeadsToThePermissionAndChecksItAgain) {
     EXPECT_TRUE(view.isVisible());
 }
 
-TEST(QtInterface, FollowsTheDesktopIntoTheDarkAndBack) {
+TEST(QtInterface, DarkAndLightFollowTheDesktop) {
     auto &appearance = test::RunningInterface::instance().appearance;
     const auto initial = schemeOf(QApplication::palette());
     for (const bool isDark : {true, false}) {
@@ -335,7 +335,7 @@ TEST(QtInterface, FollowsTheDesktopIntoTheDarkAndBack) {
     EXPECT_EQ(schemeOf(QApplication::palette()), initial);
 }
 
-TEST(QtInterface, WindowsComeAndGoWithinTheirOwnCallbacks) {
+TEST(QtInterface, WindowsComeAndGoWithinTheirCallbacks) {
     auto &running = test::RunningInterface::instance();
     auto &loop = running.stage.desktop.mainLoop;
     // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody changes it meanwhile

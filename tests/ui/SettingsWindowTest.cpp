@@ -187,7 +187,7 @@ TEST_F(SettingsWindowTest, PickersWriteTheirSettingAndFollowIt) {
     EXPECT_EQ(settings.shakePeekModifier.value(), "Hyper");
 }
 
-TEST_F(SettingsWindowTest, TheCoverAppIsPickedAndClearedAndConflictsAreHinted) {
+TEST_F(SettingsWindowTest, CoverAppIsPickedAndCleared) {
     auto &rules = open(SettingsTab::rules);
     auto &picker = control<Picker>(rules, "Cover App");
     const auto hint = testing::Contains("Cover App is set. Per Screen may still appear globally "
@@ -276,7 +276,7 @@ TEST_F(SettingsWindowTest, RulesAreSearchedSwitchedAddedAndRemoved) {
     EXPECT_EQ(shownRules().back(), "Maps");
 }
 
-TEST_F(SettingsWindowTest, AnIdentifierIsTypedAndItsRuleIsShown) {
+TEST_F(SettingsWindowTest, TypedIdentifierBecomesAShownRule) {
     auto &rules = open(SettingsTab::rules);
     auto &list = control<QListView>(rules, "App rules");
     auto &search = control<SearchField>(rules, "Search apps...");
@@ -317,7 +317,7 @@ TEST_F(SettingsWindowTest, AnIdentifierIsTypedAndItsRuleIsShown) {
     EXPECT_EQ(settings.whitelist.value().size(), 31) << "Safari had a rule";
 }
 
-TEST_F(SettingsWindowTest, AShortcutIsRecordedFromTheWindow) {
+TEST_F(SettingsWindowTest, ShortcutIsRecorded) {
     auto &shortcuts = open(SettingsTab::shortcuts);
     const auto press = [this](std::uint16_t key, std::uint32_t flags) {
         stage.desktop.pressKey(key, flags, test::ScriptedDesktop::Target::lumo);
@@ -342,7 +342,7 @@ TEST_F(SettingsWindowTest, AShortcutIsRecordedFromTheWindow) {
     EXPECT_EQ(button.text(), "⌃Space");
 }
 
-TEST_F(SettingsWindowTest, TheSidebarSelectsThePage) {
+TEST_F(SettingsWindowTest, SidebarSelectsThePage) {
     open(SettingsTab::general);
     auto &sidebar = control<QListWidget>(*view, "Pages");
     EXPECT_EQ(sidebar.parentWidget()->width(), 170);
@@ -354,7 +354,7 @@ TEST_F(SettingsWindowTest, TheSidebarSelectsThePage) {
     EXPECT_EQ(readTexts(page()).front(), "Shortcuts");
 }
 
-TEST_F(SettingsWindowTest, LongListsAreDrawnNotBuiltAndScrollToTheirEnd) {
+TEST_F(SettingsWindowTest, LongListsScrollToTheirEnd) {
     std::vector<AppRule> rules;
     for (int number = 0; number < 300; ++number) {
         const auto name = "App " + std::to_string(number);
@@ -376,7 +376,7 @@ TEST_F(SettingsWindowTest, LongListsAreDrawnNotBuiltAndScrollToTheirEnd) {
     EXPECT_TRUE(list.viewport()->rect().contains(list.visualRect(last))) << "stays where it is";
 }
 
-TEST_F(SettingsWindowTest, NothingIsDrawnForAssignmentsThatChangeNothing) {
+TEST_F(SettingsWindowTest, EqualAssignmentsDrawNothing) {
     open(SettingsTab::shortcuts);
     open(SettingsTab::rules);
     for (int round = 0; round < 5; ++round) {

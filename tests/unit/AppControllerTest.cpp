@@ -54,7 +54,7 @@ class AppControllerTest : public testing::Test {
     std::unique_ptr<AppController> controller;
 };
 
-TEST_F(AppControllerTest, PeekRevealsForItsFullDurationAndOutlivesTheSwitchOff) {
+TEST_F(AppControllerTest, PeekLastsItsFullDuration) {
     start();
     pressPeek();
     EXPECT_EQ(status(), "Lumo (Off)");
@@ -79,7 +79,7 @@ TEST_F(AppControllerTest, PeekRevealsForItsFullDurationAndOutlivesTheSwitchOff) 
     EXPECT_EQ(status(), "Lumo (Off)");
 }
 
-TEST_F(AppControllerTest, TheCoverIsAssignedAndItsHintsComeAndGo) {
+TEST_F(AppControllerTest, CoverIsAssignedAndHinted) {
     desktop.defaults.emplace("privacyCoverEnabled", Value(true));
     start();
     pressToggle();
@@ -110,7 +110,7 @@ TEST_F(AppControllerTest, TheCoverIsAssignedAndItsHintsComeAndGo) {
     EXPECT_TRUE(settings().privacyCoverEnabled.value());
 }
 
-TEST_F(AppControllerTest, BehindItsOwnWindowTheFirstUsableWindowNamesTheCandidate) {
+TEST_F(AppControllerTest, CoverCandidateBehindOwnWindows) {
     const auto small = desktop.launch("Small", "org.example.Small");
     const auto panel = desktop.launch("Panel", "org.example.Panel");
     const auto unknown = desktop.launch("Unknown", {});
@@ -131,7 +131,7 @@ TEST_F(AppControllerTest, BehindItsOwnWindowTheFirstUsableWindowNamesTheCandidat
 constexpr std::uint32_t emergencyFlags =
     modifierFlag::control | modifierFlag::option | modifierFlag::command;
 
-TEST_F(AppControllerTest, TheEmergencyKeysStopEverythingAndTellTheUser) {
+TEST_F(AppControllerTest, EmergencyKeysStopEverything) {
     using Target = ScriptedDesktop::Target;
     start();
     pressToggle();
@@ -169,7 +169,7 @@ TEST_F(AppControllerTest, TheEmergencyKeysStopEverythingAndTellTheUser) {
     EXPECT_EQ(desktop.monitorCount(~EventMask{0}), 0);
 }
 
-TEST_F(AppControllerTest, AShakeTogglesAndWithShiftItPeeks) {
+TEST_F(AppControllerTest, ShakeTogglesAndWithShiftPeeks) {
     start();
     const auto shake = [&](std::uint32_t flags) {
         desktop.advance(1);
@@ -185,7 +185,7 @@ TEST_F(AppControllerTest, AShakeTogglesAndWithShiftItPeeks) {
     EXPECT_EQ(desktop.openOverlays().size(), 0U);
 }
 
-TEST_F(AppControllerTest, WithoutThePermissionOnlyTheGuidanceIsAskedFor) {
+TEST_F(AppControllerTest, GuidanceWithoutThePermission) {
     desktop.accessibilityTrusted = false;
     start();
     desktop.mainLoop.runPosted();
@@ -217,7 +217,7 @@ TEST_F(AppControllerTest, WithoutThePermissionOnlyTheGuidanceIsAskedFor) {
 }
 
 // Whatever comes in whatever order, the controller's promises hold after each step.
-TEST_F(AppControllerTest, KeepsItsPromisesUnderRandomTriggers) {
+TEST_F(AppControllerTest, RandomTriggersKeepThePromises) {
     desktop.openWindow(desktop.launch("Player", "org.example.Player"), {50, 50, 900, 700});
     desktop.defaults.emplace("privacyCoverEnabled", Value(true));
     start();

@@ -45,7 +45,7 @@ class BackgroundMaterialPipelineTest : public testing::Test {
     int arrivals = 0;
 };
 
-TEST_F(BackgroundMaterialPipelineTest, StartsAsTwoBackdropsUnderAGrainOrAsTheGrainAlone) {
+TEST_F(BackgroundMaterialPipelineTest, TwoBackdropsUnderAGrainOrTheGrainAlone) {
     make();
     ASSERT_THAT(tree.layers, SizeIs(3));
     EXPECT_EQ(base().kind, Layer::Kind::backdrop);
@@ -60,7 +60,7 @@ TEST_F(BackgroundMaterialPipelineTest, StartsAsTwoBackdropsUnderAGrainOrAsTheGra
     EXPECT_EQ(grain().opacity, 0.24F);
 }
 
-TEST_F(BackgroundMaterialPipelineTest, AppliesEachIntensityOnce) {
+TEST_F(BackgroundMaterialPipelineTest, EachIntensityIsAppliedOnce) {
     make();
     for (const double intensity : {-0.5, 0.0}) {
         pipeline->update(intensity);
@@ -85,7 +85,7 @@ TEST_F(BackgroundMaterialPipelineTest, AppliesEachIntensityOnce) {
               material(29, -0.02 - 0.012 * 0.5, 1.2 + 0.14 * 0.5, 1.015 + 0.03 * 0.5));
 }
 
-TEST_F(BackgroundMaterialPipelineTest, AppliesInFullAfterTheBlurWasSwitched) {
+TEST_F(BackgroundMaterialPipelineTest, SwitchedBlurIsAppliedInFull) {
     make();
     pipeline->update(0.5);
     const auto blurred = tree;
@@ -106,7 +106,7 @@ TEST_F(BackgroundMaterialPipelineTest, AppliesInFullAfterTheBlurWasSwitched) {
     EXPECT_EQ(tree, blurred);
 }
 
-TEST_F(BackgroundMaterialPipelineTest, LaysOutAtOnceAndRendersGrainInTheBackground) {
+TEST_F(BackgroundMaterialPipelineTest, LayoutAtOnceAndGrainInTheBackground) {
     make();
     pipeline->layout({0, 0, 31, 17}, 1.5);
     for (const auto &layer : tree.layers) {
@@ -136,7 +136,7 @@ TEST_F(BackgroundMaterialPipelineTest, LaysOutAtOnceAndRendersGrainInTheBackgrou
     EXPECT_THAT(loop.takeBackgroundTasks(), IsEmpty());
 }
 
-TEST_F(BackgroundMaterialPipelineTest, ShowsTheGrainOfTheNewestLayoutWhicheverIsDoneFirst) {
+TEST_F(BackgroundMaterialPipelineTest, GrainOfTheNewestLayout) {
     make();
     for (const bool newestFirst : {false, true}) {
         const double width = newestFirst ? 61 : 62;
@@ -157,7 +157,7 @@ TEST_F(BackgroundMaterialPipelineTest, ShowsTheGrainOfTheNewestLayoutWhicheverIs
     }
 }
 
-TEST_F(BackgroundMaterialPipelineTest, CanEndWhileItsGrainIsOnTheWay) {
+TEST_F(BackgroundMaterialPipelineTest, EndWhileGrainIsOnTheWay) {
     make();
     pipeline->layout({0, 0, 71, 1}, 1);
     pipeline.reset();
@@ -184,7 +184,7 @@ TEST_F(BackgroundMaterialPipelineTest, CanEndWhileItsGrainIsOnTheWay) {
     EXPECT_EQ(arrivals, 0);
 }
 
-TEST_F(BackgroundMaterialPipelineTest, PrewarmsEachSizeOnceHoweverOftenItIsAsked) {
+TEST_F(BackgroundMaterialPipelineTest, EachSizeIsPrewarmedOnce) {
     const std::vector<Screen> screens{
         {1, {0, 0, 81, 10}, 1}, {2, {81, 0, 81, 10}, 1}, {3, {0, 10, 81, 10}, 2}};
     const auto prewarm = [&] { BackgroundMaterialPipeline::prewarmGrainCache(screens, loop); };
@@ -204,7 +204,7 @@ TEST_F(BackgroundMaterialPipelineTest, PrewarmsEachSizeOnceHoweverOftenItIsAsked
     EXPECT_EQ(GrainCache::shared().find(grainCacheKey({81, 10}, 2))->width, 162);
 }
 
-TEST(GrainCache, RendersTheSameKnownBytesEveryTime) {
+TEST(GrainCache, KnownBytesEveryTime) {
     const auto hash = [](const Bytes &bytes) { // FNV-1a
         std::uint64_t result = 0xcbf29ce484222325;
         for (const auto byte : bytes) {
@@ -221,7 +221,7 @@ TEST(GrainCache, RendersTheSameKnownBytesEveryTime) {
     EXPECT_EQ(hash(image->pixels), 0x4aca1fd4ebdfcd0U);
 }
 
-TEST(GrainCache, RendersOnceForThreadsThatAskAtTheSameTime) {
+TEST(GrainCache, OneRenderingForSeveralThreads) {
     std::vector<std::shared_ptr<const Image>> images(4);
     std::vector<std::thread> threads;
     threads.reserve(images.size());

@@ -46,7 +46,7 @@ std::optional<std::string> send() {
     return outcome;
 }
 
-TEST(DesktopNotificationsTest, FailAtOnceAndInWordsWithoutABus) {
+TEST(DesktopNotificationsTest, FailureInWordsWithoutABus) {
     const desktop::TemporaryDirectory directory;
     const Variable runtime("XDG_RUNTIME_DIR", directory.path().string());
     {
@@ -61,7 +61,7 @@ TEST(DesktopNotificationsTest, FailAtOnceAndInWordsWithoutABus) {
 }
 
 // A bus that takes the call and never answers.
-TEST(DesktopNotificationsTest, NeverWaitForABusThatHangs) {
+TEST(DesktopNotificationsTest, HangingBusIsNotWaitedFor) {
     const desktop::TemporaryDirectory directory;
     const auto path = directory.path() / "bus";
     const FileDescriptor server(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
@@ -126,7 +126,7 @@ class NotificationService {
     Handle calls_;
 };
 
-TEST(DesktopNotificationsTest, ArriveAtTheDesktopsService) {
+TEST(DesktopNotificationsTest, ArrivalAtTheService) {
     const test::MessageBus messageBus;
     const Variable address("DBUS_SESSION_BUS_ADDRESS", messageBus.address());
     EXPECT_THAT(send(), Optional(HasSubstr("org.freedesktop.Notifications")))

@@ -20,7 +20,7 @@ void turnUntil(const std::function<bool()> &condition) {
 }
 
 // As when a task shows a dialog and waits for it.
-TEST(GlibMainLoopTest, GoesOnWithinATaskThatTurnsItItself) {
+TEST(GlibMainLoopTest, TasksMayTurnTheLoop) {
     GlibMainLoop loop;
     int depth = 0;
     int deepest = 0;
@@ -64,7 +64,7 @@ TEST(GlibMainLoopTest, WhatATaskPostsWaitsForTheNextTurnAndWhatIsLeftGoesWithThe
     EXPECT_THAT(posted, ElementsAre(1, 2));
 }
 
-TEST(GlibMainLoopTest, TimersBearAnyTimeAndTheirReleaseByTheirOwnTask) {
+TEST(GlibMainLoopTest, TimersOfAnyTimeAndTheirRelease) {
     GlibMainLoop loop;
     int never = 0;
     const auto endless = loop.after(std::numeric_limits<double>::infinity(), [&never] { ++never; });

@@ -22,7 +22,7 @@ using desktop::TemporaryDirectory;
 using desktop::Variable;
 using testing::IsEmpty;
 
-TEST(LoginItemTest, IsAnEntryThatStartsExactlyTheProgramAndGoesWithoutATrace) {
+TEST(LoginItemTest, EntryStartsExactlyTheProgram) {
     const TemporaryDirectory directory;
     const fs::path program = directory.path() / "odd \"name\"\t$HOME `x` \\ é\nend ";
     const fs::path trace = directory.path() / "started";

@@ -21,7 +21,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Optional;
 
-TEST(NativeNumberTest, NumbersAreReadWithTheTypeTheyAreKeptUnder) {
+TEST(NativeNumberTest, NumbersKeepTheirType) {
     struct Case {
         const char *encoding = "";
         bool isBoolean = false;
@@ -133,7 +133,7 @@ class LayerDifferenceTest : public testing::Test {
     LayerTree tree;
 };
 
-TEST_F(LayerDifferenceTest, TheFirstTreeIsAllNewAndTheSameOneNothing) {
+TEST_F(LayerDifferenceTest, FirstTreeIsAllNew) {
     const auto first = difference(nullptr, tree);
     EXPECT_TRUE(first.bounds && first.viewAlpha && first.layers[0].isNew && first.layers[1].isNew);
     EXPECT_THAT(first.layers[0].options, ElementsAre(0, 1, 2));
@@ -142,7 +142,7 @@ TEST_F(LayerDifferenceTest, TheFirstTreeIsAllNewAndTheSameOneNothing) {
     EXPECT_FALSE(difference(&tree, tree).any());
 }
 
-TEST_F(LayerDifferenceTest, EachChangeIsToldAloneAndOnItsOwnLayer) {
+TEST_F(LayerDifferenceTest, EachChangeAloneOnItsOwnLayer) {
     struct Case {
         std::function<void(Layer &)> change;
         LayerChange expected;
@@ -173,7 +173,7 @@ TEST_F(LayerDifferenceTest, EachChangeIsToldAloneAndOnItsOwnLayer) {
     }
 }
 
-TEST_F(LayerDifferenceTest, LayersOfAnotherKindAreMadeAnewAndMasksComeAndGo) {
+TEST_F(LayerDifferenceTest, OtherKindsOfLayersAndMasks) {
     EXPECT_TRUE(
         after([](LayerTree &next) { next.layers[0].kind = Layer::Kind::plain; }).layers[0].isNew);
     EXPECT_TRUE(after([](LayerTree &next) { next.layers.pop_back(); }).removesLayers);
@@ -195,7 +195,7 @@ WindowRecords fromFrontToBack(std::initializer_list<int> numbers) {
     return records;
 }
 
-TEST(WindowOrderTest, OverlaysThatShareAPlaceLeaveOneAnotherAlone) {
+TEST(WindowOrderTest, OverlaysMayShareAPlace) {
     const std::set<std::uint32_t> overlays{8, 9};
     const auto records = fromFrontToBack({100, 1, 8, 9, 101, 2});
     EXPECT_TRUE(liesBelow(records, overlays, 8, 1));
@@ -208,7 +208,7 @@ TEST(WindowOrderTest, OverlaysThatShareAPlaceLeaveOneAnotherAlone) {
     EXPECT_FALSE(liesInFront(records, overlays, 8));
 }
 
-TEST(MacTablesTest, FlagsAreThoseOfThePlatform) {
+TEST(MacTablesTest, FlagsOfThePlatform) {
     EXPECT_EQ(styleMask::overlay, 0x8080U);
     EXPECT_EQ(styleMask::guidance, 32771U);
     EXPECT_EQ(styleMask::settings, 7U);
@@ -217,7 +217,7 @@ TEST(MacTablesTest, FlagsAreThoseOfThePlatform) {
     EXPECT_EQ(autoresizing::both, 18U);
 }
 
-TEST(MacTablesTest, OnlyFiltersAndParametersThatExistAreSet) {
+TEST(MacTablesTest, OnlyKnownFiltersAndParametersAreSet) {
     const std::vector<Filter> wanted{
         {filterType::gaussianBlur,
          {{filterKey::inputRadius, 24.0}, {"inputFog", 1}, {filterKey::inputNormalizeEdges, true}}},
@@ -232,7 +232,7 @@ TEST(MacTablesTest, OnlyFiltersAndParametersThatExistAreSet) {
     EXPECT_FALSE(isCompositingFilter(""));
 }
 
-TEST(MacTablesTest, TimersAreLateOnlyWhereNobodySees) {
+TEST(MacTablesTest, OnlyLeisurelyTimersMayBeLate) {
     EXPECT_EQ(timerPolicy(1.0 / 60, true), (TimerPolicy{1.0 / 60, 0}));
     EXPECT_EQ(timerPolicy(2, false), (TimerPolicy{2, 0}));
     EXPECT_EQ(timerPolicy(2, true), (TimerPolicy{2, 0.2}));
@@ -241,7 +241,7 @@ TEST(MacTablesTest, TimersAreLateOnlyWhereNobodySees) {
     }
 }
 
-TEST(OverrideClaimsTest, AMethodThatOverridesNothingIsNamed) {
+TEST(OverrideClaimsTest, MethodThatOverridesNothingIsNamed) {
     const std::vector<OverrideClaim> claims{{"Window", "close", ""},
                                             {"Window", "clothe", ""},
                                             {"Window", "open", ""},

@@ -55,7 +55,7 @@ struct Gesture {
     std::size_t shakes;
 };
 
-TEST_F(MouseShakeTest, TakesFourAlternatingStrokesInTime) {
+TEST_F(MouseShakeTest, FourAlternatingStrokesInTime) {
     const std::vector<Gesture> cases = {
         {"four strokes", {{0, 95}, {0.3, -95}, {0.3, 95}, {0.3, -95}}, 1},
         {"three strokes", {{0, 95}, {0.3, -95}, {0.3, 95}}, 0},
@@ -89,7 +89,7 @@ TEST_F(MouseShakeTest, TakesFourAlternatingStrokesInTime) {
     }
 }
 
-TEST_F(MouseShakeTest, RestsAfterAShake) {
+TEST_F(MouseShakeTest, RestAfterAShake) {
     EXPECT_THAT(shake(), ElementsAre(toggle));
     reported.clear();
     for (int stroke = 0; stroke < 9; ++stroke) { // up to 0.89 s after it
@@ -111,7 +111,7 @@ struct Choice {
     std::optional<MouseShakeToggleManager::Action> action;
 };
 
-TEST_F(MouseShakeTest, TheSettingsAndTheModifiersAtTheLastStrokeChooseTheAction) {
+TEST_F(MouseShakeTest, SettingsAndModifiersChooseTheAction) {
     const std::optional<MouseShakeToggleManager::Action> nothing;
     const std::vector<Choice> cases = {
         {true, true, true, peek},      {true, true, false, peek},      {true, false, true, toggle},
@@ -128,7 +128,7 @@ TEST_F(MouseShakeTest, TheSettingsAndTheModifiersAtTheLastStrokeChooseTheAction)
     }
 }
 
-TEST_F(MouseShakeTest, KnowsTheModifiersByName) {
+TEST_F(MouseShakeTest, ModifiersByName) {
     const std::vector<std::pair<const char *, std::uint32_t>> names = {{"Shift", 1U << 17U},
                                                                        {"Control", 1U << 18U},
                                                                        {"Option", 1U << 19U},
@@ -142,7 +142,7 @@ TEST_F(MouseShakeTest, KnowsTheModifiersByName) {
     }
 }
 
-TEST_F(MouseShakeTest, ListensOnlyWhileTheSettingIsOn) {
+TEST_F(MouseShakeTest, MonitorsOnlyWhileTheSettingIsOn) {
     EXPECT_TRUE(manager.isListening.value());
     EXPECT_EQ(desktop.monitorCount(pointerMotionMask), 1);
     manager.startListening();
@@ -167,7 +167,7 @@ TEST_F(MouseShakeTest, ListensOnlyWhileTheSettingIsOn) {
 }
 
 // The action may switch the gesture off while the event is still being handled.
-TEST_F(MouseShakeTest, MayBeSwitchedOffByItsOwnAction) {
+TEST_F(MouseShakeTest, SwitchedOffByItsOwnAction) {
     manager.onShakeAction = [this](auto) { settings.mouseShakeToggleEnabled.set(false); };
     shake();
     EXPECT_FALSE(manager.isListening.value());

@@ -10,7 +10,7 @@ using testing::SizeIs;
 
 class OverlayLifecycle : public test::OverlayStories {};
 
-TEST_F(OverlayLifecycle, OneOverlayPerDisplayWhileShowingAndNothingOtherwise) {
+TEST_F(OverlayLifecycle, OneOverlayPerDisplayWhileShowing) {
     std::vector<bool> heard;
     const auto subscription =
         manager->subscribeToIsShowing([&](bool showing) { heard.push_back(showing); });
@@ -58,7 +58,7 @@ TEST_F(OverlayLifecycle, DisplaysComeAndGo) {
     EXPECT_THAT(desktop.openOverlays(), SizeIs(1));
 }
 
-TEST_F(OverlayLifecycle, AResizedDisplayKeepsItsOverlayAndIsDrawnAfresh) {
+TEST_F(OverlayLifecycle, ResizedDisplayIsDrawnAfresh) {
     const auto first = openOn(left, editor);
     const auto second = openOn(left, browser);
     manager->startShowing();
@@ -75,7 +75,7 @@ TEST_F(OverlayLifecycle, AResizedDisplayKeepsItsOverlayAndIsDrawnAfresh) {
     EXPECT_EQ(clearOn(left), first) << "what was held is forgotten with the old size";
 }
 
-TEST_F(OverlayLifecycle, PeekBelongsToTheWindowsAloneAndTheTickDoesNotEndIt) {
+TEST_F(OverlayLifecycle, TicksDoNotEndAPeek) {
     manager->startShowing();
     manager->peek();
     settings.effectIntensity.set(0.9);
@@ -94,7 +94,7 @@ TEST_F(OverlayLifecycle, PeekBelongsToTheWindowsAloneAndTheTickDoesNotEndIt) {
 }
 
 // Observers of what an update publishes run in its middle.
-TEST_F(OverlayLifecycle, MayBeStoppedOrDestroyedFromWithinItsOwnTickOrNotification) {
+TEST_F(OverlayLifecycle, StoppedOrDestroyedWithinItsOwnTick) {
     settings.privacyCoverEnabled.set(true);
     settings.privacyCoverBundleID.set("org.example.Editor");
     settings.privacyCoverKeepAbove.set(true);
@@ -128,7 +128,7 @@ TEST_F(OverlayLifecycle, MayBeStoppedOrDestroyedFromWithinItsOwnTickOrNotificati
     }
 }
 
-TEST_F(OverlayLifecycle, WorkThatWasPutOffIsDroppedWithItsOwner) {
+TEST_F(OverlayLifecycle, DeferredWorkIsDroppedWithItsOwner) {
     settings.privacyCoverEnabled.set(true);
     settings.privacyCoverBundleID.set("org.example.Editor");
     manager->startShowing();

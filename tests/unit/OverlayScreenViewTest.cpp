@@ -26,7 +26,7 @@ class OverlayScreenViewTest : public testing::Test {
     OverlayScreenView view{frame, *window, desktop.platform()};
 };
 
-TEST_F(OverlayScreenViewTest, CutsHolesThatCoverAgainWhereTheyOverlap) {
+TEST_F(OverlayScreenViewTest, OverlappingHolesCoverAgain) {
     const Rect bounds{0, 0, 101, 53};
     const Rect left{5, 5, 20, 20};
     const Rect right{15, 5, 20, 20};
@@ -41,7 +41,7 @@ TEST_F(OverlayScreenViewTest, CutsHolesThatCoverAgainWhereTheyOverlap) {
     EXPECT_EQ(view.layerTree().mask, std::nullopt);
 }
 
-TEST_F(OverlayScreenViewTest, LaysOutOnlyWhenSizeOrScaleChanged) {
+TEST_F(OverlayScreenViewTest, LayoutOnlyForAnotherSizeOrScale) {
     const int commits = shown().commits;
     view.setFrame(frame);
     view.setFrame(frame.translated(300, 0));

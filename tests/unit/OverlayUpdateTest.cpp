@@ -12,7 +12,7 @@ using Step = OverlayManager::RenderStep;
 
 class OverlayUpdate : public test::OverlayStories {};
 
-TEST_F(OverlayUpdate, EachDisplayKeepsItsOwnFrontmostWindowClear) {
+TEST_F(OverlayUpdate, FrontmostWindowOfEachDisplayIsClear) {
     const auto report = openOn(left, editor);
     const auto page = openOn(right, browser);
     const auto otherPage = openOn(right, browser);
@@ -32,7 +32,7 @@ TEST_F(OverlayUpdate, EachDisplayKeepsItsOwnFrontmostWindowClear) {
     EXPECT_TRUE(desktop.overlayOn(left).orderedIn);
 }
 
-TEST_F(OverlayUpdate, GloballyOneFocusServesAllDisplays) {
+TEST_F(OverlayUpdate, OneFocusForAllDisplays) {
     settings.multiScreenMode.set(MultiScreenMode::global);
     openOn(left, browser);
     const auto report = openOn(left, editor);
@@ -48,7 +48,7 @@ TEST_F(OverlayUpdate, GloballyOneFocusServesAllDisplays) {
     EXPECT_EQ(clearOn(right), page);
 }
 
-TEST_F(OverlayUpdate, OverlayLiesBelowMenusAndDocksWithoutAClearWindow) {
+TEST_F(OverlayUpdate, MenusAndDocksStayAboveWithoutAClearWindow) {
     const auto dock = desktop.openWindow(desktop.launch("Dock", {}), {0, 800, 1440, 100}, {}, 20);
     manager->startShowing();
     EXPECT_EQ(clearOn(left), dock);
@@ -56,7 +56,7 @@ TEST_F(OverlayUpdate, OverlayLiesBelowMenusAndDocksWithoutAClearWindow) {
 }
 
 // What is never the window that the user works in.
-TEST_F(OverlayUpdate, PassesOverWindowsThatCanNotStayClear) {
+TEST_F(OverlayUpdate, WindowsThatCanNotStayClear) {
     const auto report = openOn(left, editor);
     const auto dock = desktop.launch("Control Center", {});
     const auto stageManager = desktop.launch("WindowManager", {});
@@ -79,7 +79,7 @@ TEST_F(OverlayUpdate, PassesOverWindowsThatCanNotStayClear) {
     EXPECT_EQ(clearOn(left), slim) << "101 points are enough when there is nothing better";
 }
 
-TEST_F(OverlayUpdate, TheClearWindowChangesOnlyAfterTheDebounceTime) {
+TEST_F(OverlayUpdate, ClearWindowChangesAfterTheDebounce) {
     const auto a = openOn(left, editor);
     const auto b = openOn(left, browser);
     desktop.focus(a);
@@ -106,7 +106,7 @@ TEST_F(OverlayUpdate, TheClearWindowChangesOnlyAfterTheDebounceTime) {
     EXPECT_EQ(clearOn(left), a);
 }
 
-TEST_F(OverlayUpdate, AGlimpseOfAnotherFocusIsNeverDrawn) {
+TEST_F(OverlayUpdate, GlimpseOfAnotherFocusIsNotDrawn) {
     const auto a = openOn(left, editor);
     const auto b = openOn(left, browser);
     desktop.focus(a);
@@ -128,7 +128,7 @@ TEST_F(OverlayUpdate, AGlimpseOfAnotherFocusIsNeverDrawn) {
     EXPECT_EQ(overlay.changedCommits, drawn);
 }
 
-TEST_F(OverlayUpdate, ChangesOfTheEffectAreAppliedAtOnceAndGoByMode) {
+TEST_F(OverlayUpdate, EffectsAreAppliedAtOnce) {
     openOn(left, editor);
     manager->startShowing();
     struct Case {
@@ -156,7 +156,7 @@ TEST_F(OverlayUpdate, ChangesOfTheEffectAreAppliedAtOnceAndGoByMode) {
     }
 }
 
-TEST_F(OverlayUpdate, AnUnchangedTickChangesNothingButPutsTheOrderRight) {
+TEST_F(OverlayUpdate, UnchangedTickPutsOnlyTheOrderRight) {
     const auto report = openOn(left, editor);
     manager->startShowing();
     settle();
@@ -179,7 +179,7 @@ TEST_F(OverlayUpdate, AnUnchangedTickChangesNothingButPutsTheOrderRight) {
                 ElementsAre(desktop.overlayOn(right).number, report, overlay.number, page));
 }
 
-TEST_F(OverlayUpdate, LumosOwnWindowInFrontLeavesTheLastApplicationClear) {
+TEST_F(OverlayUpdate, OwnWindowInFrontLeavesTheLastApplicationClear) {
     settings.multiScreenMode.set(MultiScreenMode::global);
     const auto page = openOn(left, browser);
     const auto report = openOn(left, editor);
@@ -208,7 +208,7 @@ TEST_F(OverlayUpdate, LumosOwnWindowInFrontLeavesTheLastApplicationClear) {
     EXPECT_EQ(clearOn(left), dialog) << "no identifier equals no identifier: Lumo is in front";
 }
 
-TEST_F(OverlayUpdate, StageManagerStripsAreHolesWhileItIsOn) {
+TEST_F(OverlayUpdate, StageManagerStripsAreHoles) {
     const auto stageManager = desktop.launch("WindowManager", "com.apple.WindowManager");
     // On the left display, whose top is 180 points below the highest edge.
     desktop.openWindow(stageManager, {0, 280, 200, 600});
@@ -239,7 +239,7 @@ TEST_F(OverlayUpdate, StageManagerStripsAreHolesWhileItIsOn) {
     EXPECT_EQ(holes(), 0U) << "the first key decides";
 }
 
-TEST_F(OverlayUpdate, EachDisplayTellsWhatItDoesAtMostFiveTimesASecond) {
+TEST_F(OverlayUpdate, LogLinesAtMostFiveTimesASecond) {
     const auto report = openOn(left, editor);
     manager->startShowing();
     const std::string number = std::to_string(report);

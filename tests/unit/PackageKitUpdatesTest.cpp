@@ -88,7 +88,7 @@ class PackageService {
     std::vector<Handle> connections_;
 };
 
-TEST(PackageKitUpdatesTest, TellsWhatTheServiceKnowsOfOurPackage) {
+TEST(PackageKitUpdatesTest, ResultsOfThePackageService) {
     const test::MessageBus messageBus;
     const desktop::Variable systemBus("DBUS_SYSTEM_BUS_ADDRESS", messageBus.address());
     GlibMainLoop loop;

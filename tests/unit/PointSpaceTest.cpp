@@ -12,7 +12,7 @@ namespace {
 // highest.
 const std::vector<PixelRect> screens = {{1920, 500, 1600, 900}, {0, 37, 1920, 1080}};
 
-TEST(PointSpace, PlacesBoundsFromTheHighestEdgeAndFramesFromTheMainScreensBottom) {
+TEST(PointSpace, OriginsOfBoundsAndFrames) {
     const PointSpace space(screens, 2);
     EXPECT_EQ(space.screenFrame(screens[0]), (Rect{960, 0, 800, 450}));
     EXPECT_EQ(space.screenFrame(screens[1]), (Rect{0, 141.5, 960, 540}));
@@ -20,7 +20,7 @@ TEST(PointSpace, PlacesBoundsFromTheHighestEdgeAndFramesFromTheMainScreensBottom
     EXPECT_EQ(PointSpace({}, 1).windowBounds({10, 20, 30, 40}), (Rect{10, 20, 30, 40}));
 }
 
-TEST(PointSpace, HasOneTopThatTurnsBoundsIntoFramesAndComesBackToTheSamePixels) {
+TEST(PointSpace, BoundsAndFramesComeBackToTheSamePixels) {
     const auto seed = testing::UnitTest::GetInstance()->random_seed();
     SCOPED_TRACE(seed);
     std::mt19937 random(static_cast<unsigned>(seed));

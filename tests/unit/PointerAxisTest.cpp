@@ -5,7 +5,7 @@
 namespace lumo::x11 {
 namespace {
 
-TEST(PointerAxisTest, TurnsPositionsIntoMovements) {
+TEST(PointerAxisTest, PositionsBecomeMovements) {
     PointerAxis mouse;
     EXPECT_EQ(mouse.movement(30, 1000), 30);
     EXPECT_EQ(mouse.movement(30, 1000), 30);

@@ -41,7 +41,7 @@ class PresentationTest : public testing::Test {
     std::vector<std::optional<CoverAppChoice>> selected;
 };
 
-TEST_F(PresentationTest, TheCoverLineWarnsOfTroubleAndElseShowsTheHint) {
+TEST_F(PresentationTest, CoverLineWarnsOrHints) {
     using Notice = StatusMenu::CoverNotice;
     struct Case {
         bool isEnabled;
@@ -72,7 +72,7 @@ TEST_F(PresentationTest, TheCoverLineWarnsOfTroubleAndElseShowsTheHint) {
     }
 }
 
-TEST_F(PresentationTest, TheMenuWalksItsPagesAndTellsOfChangesOnceATurn) {
+TEST_F(PresentationTest, MenuPagesAndOneChangePerTurn) {
     int changes = 0;
     const auto observed = menu->onChange([&] { ++changes; });
     settings.isEnabled.set(true);
@@ -95,7 +95,7 @@ TEST_F(PresentationTest, TheMenuWalksItsPagesAndTellsOfChangesOnceATurn) {
                             std::nullopt));
 }
 
-TEST_F(PresentationTest, OffersApplicationsWithAWindowWorthCoveringForOnceEachAndByName) {
+TEST_F(PresentationTest, CoverAppsOnceEachByName) {
     const auto open = [&](const char *name, std::optional<std::string> bundleID, Rect bounds,
                           int layer = 0) {
         desktop.openWindow(desktop.launch(name, std::move(bundleID)), bounds, {}, layer);
@@ -157,7 +157,7 @@ TEST_F(PresentationTest, RulesAreFoundAddedSwitchedAndRemoved) {
     EXPECT_EQ(&rulesInForce(settings), &settings.whitelist);
 }
 
-TEST_F(PresentationTest, NumbersReadAsPeopleWriteThem) {
+TEST_F(PresentationTest, NumbersInWords) {
     EXPECT_EQ(percentText(0.85), "85%");
     EXPECT_EQ(percentText(0.005), "1%");
     EXPECT_EQ(percentText(1), "100%");
@@ -166,7 +166,7 @@ TEST_F(PresentationTest, NumbersReadAsPeopleWriteThem) {
     EXPECT_EQ(secondsText(0.5), "0.5 s");
 }
 
-TEST_F(PresentationTest, ResettingTheShortcutsLeavesAllElseAlone) {
+TEST_F(PresentationTest, ResetOfTheShortcutsAlone) {
     for (auto *setting : settings.settings()) {
         setting->setAgain();
     }

@@ -20,7 +20,7 @@ class PrivacyCover : public test::OverlayStories {
     const std::string &status() const { return settings.privacyCoverRuntimeStatus.value(); }
 };
 
-TEST_F(PrivacyCover, TheCoverAppsWindowStaysClearWhateverIsFocused) {
+TEST_F(PrivacyCover, WindowOfTheCoverAppStaysClear) {
     const auto report = openOn(left, editor);
     const auto page = openOn(left, browser);
     openOn(right, browser);
@@ -35,7 +35,7 @@ TEST_F(PrivacyCover, TheCoverAppsWindowStaysClearWhateverIsFocused) {
     EXPECT_EQ(clearOn(left), page);
 }
 
-TEST_F(PrivacyCover, ALockHoldsTheWindowWhileTheCoverAppHasItAndPlansFollowEachOther) {
+TEST_F(PrivacyCover, LockHoldsTheWindow) {
     const auto first = openOn(left, editor);
     manager->startShowing();
     const auto second = openOn(left, editor);
@@ -69,7 +69,7 @@ TEST_F(PrivacyCover, ALockHoldsTheWindowWhileTheCoverAppHasItAndPlansFollowEachO
     EXPECT_EQ(clearOn(right), first);
 }
 
-TEST_F(PrivacyCover, SaysInOneLineHowItStands) {
+TEST_F(PrivacyCover, StatusInOneLine) {
     manager->startShowing();
     EXPECT_EQ(status(), "Editor unavailable");
     settings.privacyCoverDisplayName.set("");
@@ -95,7 +95,7 @@ TEST_F(PrivacyCover, SaysInOneLineHowItStands) {
     EXPECT_EQ(status(), "Off") << "what is hidden has no state to tell";
 }
 
-TEST_F(PrivacyCover, IsBroughtForwardOnceAtStart) {
+TEST_F(PrivacyCover, BroughtForwardOnceAtStart) {
     settings.privacyCoverBringForwardOnStart.set(true);
     const auto back = openOn(left, editor);
     const auto front = openOn(left, editor);
@@ -110,7 +110,7 @@ TEST_F(PrivacyCover, IsBroughtForwardOnceAtStart) {
     EXPECT_EQ(desktop.stack().back(), page);
 }
 
-TEST_F(PrivacyCover, IsKeptAboveAtMostEvery450Milliseconds) {
+TEST_F(PrivacyCover, BroughtForwardAtMostEvery450Milliseconds) {
     openOn(left, editor);
     settings.privacyCoverKeepAbove.set(true);
     desktop.accessibilityTrusted = false;

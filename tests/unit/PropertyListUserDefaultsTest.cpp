@@ -89,7 +89,7 @@ class PropertyListUserDefaultsTest : public testing::Test {
     std::unique_ptr<PropertyListUserDefaults> run_;
 };
 
-TEST_F(PropertyListUserDefaultsTest, KeepsEveryTypeExactly) {
+TEST_F(PropertyListUserDefaultsTest, EveryTypeIsKeptExactly) {
     const std::vector<Value> values{true,
                                     false,
                                     0,
@@ -139,12 +139,12 @@ TEST_F(PropertyListUserDefaultsTest, KeepsEveryTypeExactly) {
     EXPECT_THAT(lines, IsEmpty());
 }
 
-TEST_F(PropertyListUserDefaultsTest, ReplacesWhatXmlCannotHold) {
+TEST_F(PropertyListUserDefaultsTest, CharactersThatXmlCannotHold) {
     restart().setString("name", std::string("a\x01 b\xff c\0d", 9));
     EXPECT_EQ(restart().object("name"), Value("a\uFFFD b\uFFFD c\uFFFDd"));
 }
 
-TEST_F(PropertyListUserDefaultsTest, WritesOncePerTurnAndOnlyWhatChanged) {
+TEST_F(PropertyListUserDefaultsTest, OneWritePerTurn) {
     auto &defaults = restart();
     defaults.setBool("a", true);
     defaults.setInteger("b", 1);
@@ -166,7 +166,7 @@ TEST_F(PropertyListUserDefaultsTest, WritesOncePerTurnAndOnlyWhatChanged) {
     EXPECT_EQ(restart().object("last"), Value(true));
 }
 
-TEST_F(PropertyListUserDefaultsTest, LeavesWhatItDoesNotKnowInTheFile) {
+TEST_F(PropertyListUserDefaultsTest, UnknownEntriesStayInTheFile) {
     const std::string foreign = "<key>date</key><date>2020-02-03T04:05:06Z</date>"
                                 "<key>list</key><array><real>0.5</real><dict>"
                                 "<key>inner</key><data>AAEC</data></dict></array>";
@@ -184,7 +184,7 @@ TEST_F(PropertyListUserDefaultsTest, LeavesWhatItDoesNotKnowInTheFile) {
     EXPECT_THAT(text, HasSubstr("<key>isEnabled</key><false/>"));
 }
 
-TEST_F(PropertyListUserDefaultsTest, SetsABrokenFileAsideAndStartsAnew) {
+TEST_F(PropertyListUserDefaultsTest, BrokenFileIsSetAside) {
     const std::string tooLarge(AtomicFile::sizeLimit + 1, ' ');
     const std::vector<std::string> broken{"",
                                           std::string("\0\x01\xff\xfe garbage \0", 13),
@@ -212,7 +212,7 @@ TEST_F(PropertyListUserDefaultsTest, SetsABrokenFileAsideAndStartsAnew) {
     EXPECT_THAT(kept, testing::UnorderedElementsAreArray(broken));
 }
 
-TEST_F(PropertyListUserDefaultsTest, SetsAsideWhatIsNoFileAtAll) {
+TEST_F(PropertyListUserDefaultsTest, WhatIsNoFileIsSetAside) {
     const auto real = folder / "a folder";
     fs::create_directories(real);
     fs::create_directories(file.parent_path());
@@ -231,7 +231,7 @@ TEST_F(PropertyListUserDefaultsTest, SetsAsideWhatIsNoFileAtAll) {
     EXPECT_TRUE(fs::is_directory(real));
 }
 
-TEST_F(PropertyListUserDefaultsTest, WritesThroughALink) {
+TEST_F(PropertyListUserDefaultsTest, WritingThroughALink) {
     const auto target = folder / "dotfiles" / "lumo.plist";
     fs::create_directories(target.parent_path());
     fs::create_directories(file.parent_path());
@@ -251,7 +251,7 @@ TEST_F(PropertyListUserDefaultsTest, WritesThroughALink) {
     EXPECT_THAT(namesBeside(target), SizeIs(1));
 }
 
-TEST_F(PropertyListUserDefaultsTest, GoesOnInMemoryWhileItCannotWrite) {
+TEST_F(PropertyListUserDefaultsTest, MemoryWhileTheFileCannotBeWritten) {
     write(folder / "new", "a file where a folder has to be");
     auto &defaults = restart();
     EXPECT_THAT(lines, IsEmpty());
@@ -269,7 +269,7 @@ TEST_F(PropertyListUserDefaultsTest, GoesOnInMemoryWhileItCannotWrite) {
     EXPECT_EQ(restart().object("another"), Value(true));
 }
 
-TEST_F(PropertyListUserDefaultsTest, KeepsTheOldFileWhenTheDiskIsFull) {
+TEST_F(PropertyListUserDefaultsTest, OldFileStaysWhenTheDiskIsFull) {
     auto &defaults = restart();
     defaults.setBool("old", true);
     loop.runPosted();
@@ -325,7 +325,7 @@ bool enterCommaLocale(const fs::path &folder) {
     return status == 0 && std::setlocale(LC_ALL, "comma") != nullptr;
 }
 
-TEST_F(PropertyListUserDefaultsTest, DoesNotFollowTheLocale) {
+TEST_F(PropertyListUserDefaultsTest, NumbersDoNotFollowTheLocale) {
     restart().setDouble("number", 0.1 + 0.2);
     quit();
     const auto inC = read(file);
@@ -358,7 +358,7 @@ TEST_F(PropertyListUserDefaultsTest, DoesNotFollowTheLocale) {
     }
 }
 
-TEST_F(PropertyListUserDefaultsTest, IsWholeWheneverItsWritersAreKilled) {
+TEST_F(PropertyListUserDefaultsTest, FileIsWholeWheneverWritersAreKilled) {
     constexpr int kills = 200;
     std::mt19937 random(std::random_device{}());
     int cutShort = 0;

@@ -57,7 +57,7 @@ std::optional<std::uint32_t> coverOnLaptop(const Candidates &candidates) {
                                                  laptop.height));
 }
 
-TEST(EffectiveFrontWindow, IsTheFrontApplicationsWindowToWorkInElseItsLargest) {
+TEST(EffectiveFrontWindow, WindowToWorkInElseTheLargest) {
     const Rect large{0, 0, 800, 600};
     const Rect small{0, 0, 299, 200};
     struct Case {
@@ -92,7 +92,7 @@ TEST(EffectiveFrontWindow, IsTheFrontApplicationsWindowToWorkInElseItsLargest) {
         << "Lumo's own window never counts as focused";
 }
 
-TEST(ReferenceWindow, IsTheFrontmostThatTakesEnoughOfTheScreen) {
+TEST(ReferenceWindow, FrontmostThatTakesEnoughOfTheScreen) {
     const Rect large{100, 100, 800, 600};
     struct Case {
         const char *what = nullptr;
@@ -134,7 +134,7 @@ TEST(ReferenceWindow, IsTheFrontmostThatTakesEnoughOfTheScreen) {
     EXPECT_DOUBLE_EQ(choice.coverage, 699.5 * 600 / (1440 * 900));
 }
 
-TEST(ReferenceWindow, NeedsMoreOfALargerScreen) {
+TEST(ReferenceWindow, LargerScreenNeedsMore) {
     const Rect cinema{0, 0, 3840, 2160}; // 614.4 x 345.6 must be visible
     for (const auto &[size, expected] :
          {std::pair(Size{615, 346}, 1U), {Size{614, 346}, 2U}, {Size{615, 345}, 2U}}) {
@@ -147,7 +147,7 @@ TEST(ReferenceWindow, NeedsMoreOfALargerScreen) {
     }
 }
 
-TEST(CoverWindow, IsTheCoverAppsFrontmostAlsoWhenLittleOfItIsVisible) {
+TEST(CoverWindow, FrontmostAlsoWhenLittleIsVisible) {
     const Rect large{100, 100, 800, 600};
     EXPECT_EQ(coverOnLaptop(Candidates().add(browser, large)), std::nullopt);
     EXPECT_EQ(coverOnLaptop(Candidates().add(browser, large).add(editor, large)), 2U);

@@ -10,7 +10,7 @@ namespace {
 
 using testing::HasSubstr;
 
-TEST(ScreenGeometry, MeasuresWindowBoundsFromTheHighestScreenEdge) {
+TEST(ScreenGeometry, BoundsFromTheHighestScreenEdge) {
     const std::vector<Screen> screens{{1, {0, 0, 1440, 900}, 1}, {2, {1440, 0, 1920, 1080}, 1}};
     const double top = highestScreenEdge(screens);
     EXPECT_EQ(top, 1080);
@@ -30,7 +30,7 @@ TEST(ScreenGeometry, MeasuresWindowBoundsFromTheHighestScreenEdge) {
 
 // A display of 1920 x 1080: strips are 81 to 806.4 wide, at least 216 high and reach to within 8
 // points of an edge.
-TEST(ScreenGeometry, FindsStageManagerStripsByOwnerPlaceAndShape) {
+TEST(ScreenGeometry, StageManagerStrips) {
     const Rect screen{1440, 0, 1920, 1080};
     struct Case {
         const char *what = nullptr;
@@ -67,7 +67,7 @@ TEST(ScreenGeometry, FindsStageManagerStripsByOwnerPlaceAndShape) {
     }
 }
 
-TEST(ScreenGeometry, SignsExclusionRectangles) {
+TEST(ScreenGeometry, SignatureOfExclusionRectangles) {
     EXPECT_EQ(exclusionSignature({}), "none");
     EXPECT_EQ(exclusionSignature({{0, 120, 212, 640}, {1708, 120, 212, 640}}),
               "0,120,212,640|1708,120,212,640");

@@ -47,7 +47,7 @@ Value textOfRules(const std::vector<AppRule> &rules) {
 }
 
 // Keys and types are a promise to every file that has ever been written.
-TEST_F(SettingsStoreTest, WritesEachDefaultUnderItsKeyWithItsType) {
+TEST_F(SettingsStoreTest, EachDefaultUnderItsKeyWithItsType) {
     const Stored expected{
         {"isEnabled", false},
         {"effectMode", "softBlur"},
@@ -97,7 +97,7 @@ TEST_F(SettingsStoreTest, WritesEachDefaultUnderItsKeyWithItsType) {
     EXPECT_THAT(desktop.defaults, IsEmpty()) << "loading writes nothing";
 }
 
-TEST_F(SettingsStoreTest, AnnouncesEveryAssignmentBeforeItIsStoredAndWritten) {
+TEST_F(SettingsStoreTest, AnnouncementComesBeforeStoring) {
     auto &store = restart();
     store.privacyCoverBundleID.set("org.example.Editor");
     store.privacyCoverDisplayName.set("Editor");
@@ -118,7 +118,7 @@ TEST_F(SettingsStoreTest, AnnouncesEveryAssignmentBeforeItIsStoredAndWritten) {
     }
 }
 
-TEST_F(SettingsStoreTest, TakesAnythingOfAnotherTypeForMissing) {
+TEST_F(SettingsStoreTest, OtherTypesCountAsMissing) {
     auto types = allWritten();
     types.emplace("privacyCoverBundleID", "text");
     types.emplace("privacyCoverDisplayName", "text");
@@ -144,7 +144,7 @@ TEST_F(SettingsStoreTest, TakesAnythingOfAnotherTypeForMissing) {
     }
 }
 
-TEST_F(SettingsStoreTest, TakesValuesThatMeanNothingForMissing) {
+TEST_F(SettingsStoreTest, MeaninglessValuesCountAsMissing) {
     auto broken = AppRule::presetBlacklist();
     auto json = encodeRules(broken).value();
     std::string text(json.begin(), json.end());
@@ -163,7 +163,7 @@ TEST_F(SettingsStoreTest, TakesValuesThatMeanNothingForMissing) {
     }
 }
 
-TEST_F(SettingsStoreTest, KeepsWhatIsSetFromOneRunToTheNext) {
+TEST_F(SettingsStoreTest, ValuesOutliveTheRun) {
     const std::vector<AppRule> rules{{makeUUID(), "org.example.Editor", "Editor \u00fc", false},
                                      {makeUUID(), "org.example.Editor", "Editor \u00fc", false}};
     auto &store = restart();
@@ -201,7 +201,7 @@ TEST_F(SettingsStoreTest, KeepsWhatIsSetFromOneRunToTheNext) {
     EXPECT_EQ(last.whitelist.value(), rules);
 }
 
-TEST_F(SettingsStoreTest, ReplacesThePeekShortcutOfOldOnly) {
+TEST_F(SettingsStoreTest, OldPeekShortcutIsReplaced) {
     desktop.defaults = {{"peekShortcutKey", 45}, {"peekShortcutModifiers", 6144}};
     restart();
     const Stored replaced{{"peekShortcutKey", 48}, {"peekShortcutModifiers", 3072}};

@@ -16,7 +16,7 @@ Bytes bytes(std::string_view text) {
     return {text.begin(), text.end()};
 }
 
-TEST(AppRule, SurvivesBeingEncodedAndIsWhatItsFourFieldsSay) {
+TEST(AppRule, EncodingKeepsTheFourFields) {
     const auto &rules = AppRule::presetWhitelist();
     EXPECT_EQ(rules.size(), 30U);
     EXPECT_EQ(AppRule::presetBlacklist().size(), 6U);
@@ -37,7 +37,7 @@ TEST(AppRule, SurvivesBeingEncodedAndIsWhatItsFourFieldsSay) {
     EXPECT_TRUE(different.contains(AppRule(rule)));
 }
 
-TEST(AppRule, IsRejectedWholeWhenAnythingIsMissingOrOfAnotherType) {
+TEST(AppRule, IncompleteRulesAreRejectedWhole) {
     const std::string good = R"({"id":"1","bundleID":"2","displayName":"3","isEnabled":true})";
     EXPECT_EQ(decodeRules(bytes("[" + good + "," + good + "]")).value().size(), 2U);
     EXPECT_EQ(decodeRules(bytes(" [ ] ")).value().size(), 0U);
@@ -60,7 +60,7 @@ TEST(AppRule, IsRejectedWholeWhenAnythingIsMissingOrOfAnotherType) {
     EXPECT_EQ(decodeRules(bytes(std::string(1000000, '['))), std::nullopt);
 }
 
-TEST(AppRule, HasAnIdentifierInTheFormOfARandomUUID) {
+TEST(AppRule, IdentifierIsARandomUUID) {
     const std::string form = "[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}";
     std::unordered_set<std::string> seen;
     for (const auto *rules : {&AppRule::presetWhitelist(), &AppRule::presetBlacklist()}) {
@@ -72,7 +72,7 @@ TEST(AppRule, HasAnIdentifierInTheFormOfARandomUUID) {
     }
 }
 
-TEST(CoverLockPreset, IsTheNearestAndItsDetailLineShowsTheStoredTime) {
+TEST(CoverLockPreset, NearestPresetAndItsDetailLine) {
     for (const auto &[seconds, line] : {
              std::pair(-1.0, "Fast (-1000 ms): Lower latency, may switch targets more often."),
              std::pair(-0.0001, "Fast (0 ms): Lower latency, may switch targets more often."),

@@ -43,7 +43,7 @@ class ShellTest : public testing::Test {
     std::unique_ptr<AppDelegate> delegate;
 };
 
-TEST_F(ShellTest, TheFirstStartGuidesFirstEvenWithThePermission) {
+TEST_F(ShellTest, FirstStartBeginsWithTheGuidance) {
     desktop.defaults.insert_or_assign("isEnabled", Value(true));
     launch(false);
     EXPECT_EQ(desktop.activationPolicy, ActivationPolicy::accessory);
@@ -59,7 +59,7 @@ TEST_F(ShellTest, TheFirstStartGuidesFirstEvenWithThePermission) {
     EXPECT_FALSE(interface.guidanceWindow);
 }
 
-TEST_F(ShellTest, WithoutThePermissionClosingTheGuidanceStartsNothingUntilItArrives) {
+TEST_F(ShellTest, NothingStartsWithoutThePermission) {
     desktop.accessibilityTrusted = false;
     launch(false);
     ScriptedInterface::close(interface.guidanceWindow);
@@ -73,7 +73,7 @@ TEST_F(ShellTest, WithoutThePermissionClosingTheGuidanceStartsNothingUntilItArri
     EXPECT_TRUE(delegate->appController()->isReady.value());
 }
 
-TEST_F(ShellTest, TheDotShowsTheStateOnceItHasSettledWhoeverChangedIt) {
+TEST_F(ShellTest, StatusItemShowsTheState) {
     launch();
     EXPECT_EQ(desktop.statusTitle.text, "●");
     EXPECT_EQ(desktop.statusTitle.pointSize, 15);
@@ -121,7 +121,7 @@ TEST_F(ShellTest, ClicksAndRowsOpenAndCloseThePopover) {
     EXPECT_TRUE(desktop.isTerminated);
 }
 
-TEST_F(ShellTest, SettingsOpenOnTheirPageOnceAndAnewAfterTheyWereClosed) {
+TEST_F(ShellTest, SettingsOpenOnTheirPage) {
     launch();
     desktop.rightClickStatusItem();
     rows().onShortcuts();
@@ -143,7 +143,7 @@ TEST_F(ShellTest, SettingsOpenOnTheirPageOnceAndAnewAfterTheyWereClosed) {
     EXPECT_EQ(interface.settingsWindowsMade, 2);
 }
 
-TEST_F(ShellTest, TheLoginItemFollowsItsSettingAndFailuresAreLogged) {
+TEST_F(ShellTest, LoginItemFollowsItsSetting) {
     desktop.defaults.insert_or_assign("launchAtLogin", Value(true));
     launch();
     auto &login = delegate->appController()->launchAtLoginManager();
@@ -163,7 +163,7 @@ TEST_F(ShellTest, TheLoginItemFollowsItsSettingAndFailuresAreLogged) {
     EXPECT_THAT(desktop.logLines, Contains("Failed to register for launch at login: read-only"));
 }
 
-TEST_F(ShellTest, WhatCameOfACheckForUpdatesIsTold) {
+TEST_F(ShellTest, ResultOfACheckForUpdatesIsShown) {
     launch();
     EXPECT_TRUE(desktop.isUpdaterStarted);
     desktop.updateResult = {UpdateResult::Kind::newerVersion, "1.4"};

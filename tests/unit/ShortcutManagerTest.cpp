@@ -47,7 +47,7 @@ class ShortcutManagerTest : public testing::Test {
     std::vector<ShortcutEvent> triggered;
 };
 
-TEST_F(ShortcutManagerTest, TheDefaultsTriggerOnceForEachPhysicalPress) {
+TEST_F(ShortcutManagerTest, DefaultsTriggerOncePerPress) {
     EXPECT_THAT(desktop.hotKeys(), IsEmpty());
     listen();
     EXPECT_THAT(press(49, hotKeyModifier::control), ElementsAre(toggle));
@@ -67,7 +67,7 @@ TEST_F(ShortcutManagerTest, TheDefaultsTriggerOnceForEachPhysicalPress) {
     EXPECT_THAT(triggered, ElementsAre(peek, toggle));
 }
 
-TEST_F(ShortcutManagerTest, ConflictsAndRefusalsCostOneShortcutAndOneLine) {
+TEST_F(ShortcutManagerTest, ConflictsAndRefusalsCostOneShortcut) {
     settings.toggleShortcutKey.set(48);
     settings.toggleShortcutModifiers.set(3072);
     desktop.keyCodesTakenByOthers = {8};
@@ -90,7 +90,7 @@ TEST_F(ShortcutManagerTest, ConflictsAndRefusalsCostOneShortcutAndOneLine) {
     EXPECT_THAT(press(7, commandOption), ElementsAre(setCoverFromFrontmost));
 }
 
-TEST_F(ShortcutManagerTest, FollowsTheSettingsWhileListeningAndOnlyThen) {
+TEST_F(ShortcutManagerTest, SettingsAreFollowedOnlyWhileListening) {
     settings.peekShortcutKey.set(40);
     desktop.mainLoop.runPosted();
     EXPECT_THAT(desktop.hotKeys(), IsEmpty());
@@ -120,7 +120,7 @@ TEST_F(ShortcutManagerTest, FollowsTheSettingsWhileListeningAndOnlyThen) {
     EXPECT_THAT(desktop.hotKeys(), IsEmpty());
 }
 
-TEST_F(ShortcutManagerTest, EventsFromAnotherThreadAreHandedToTheMainOne) {
+TEST_F(ShortcutManagerTest, EventsFromAnotherThread) {
     listen();
     std::thread([&] { desktop.pressHotKey(48, commandOption); }).join();
     EXPECT_THAT(triggered, IsEmpty());
@@ -128,7 +128,7 @@ TEST_F(ShortcutManagerTest, EventsFromAnotherThreadAreHandedToTheMainOne) {
     EXPECT_THAT(triggered, ElementsAre(peek));
 }
 
-TEST(ShortcutConversions, PackSignaturesAndTranslateModifiers) {
+TEST(ShortcutConversions, SignaturesAndModifiers) {
     EXPECT_EQ(fourCC("LUMT"), 0x4C554D54U);
     EXPECT_EQ(fourCC(""), 0U);
     EXPECT_EQ(fourCC("LUMTX"), fourCC("LUMT"));

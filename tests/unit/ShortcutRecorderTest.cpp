@@ -33,7 +33,7 @@ class ShortcutRecorderTest : public testing::Test {
                               settings.peekShortcutModifiers};
 };
 
-TEST_F(ShortcutRecorderTest, RecordsTheFirstKeyThatComesWithAModifier) {
+TEST_F(ShortcutRecorderTest, FirstKeyWithAModifierIsRecorded) {
     EXPECT_EQ(shown(), "⌘⌥Tab");
     EXPECT_FALSE(press(40, control));
     EXPECT_EQ(shown(), "⌘⌥Tab");
@@ -59,7 +59,7 @@ TEST_F(ShortcutRecorderTest, RecordsTheFirstKeyThatComesWithAModifier) {
     EXPECT_EQ(shown(), "⇧Key18");
 }
 
-TEST_F(ShortcutRecorderTest, MonitorsOnlyWhileItRecords) {
+TEST_F(ShortcutRecorderTest, MonitorsOnlyWhileRecording) {
     const auto all = eventMask(EventType::keyDown) | eventMask(EventType::flagsChanged);
     EXPECT_EQ(desktop.monitorCount(all), 0);
     recorder.isRecording.set(true);

@@ -16,7 +16,7 @@ namespace {
 
 using testing::ElementsAre;
 
-TEST(Published, AnnouncesTheNewValueBeforeStoringItAndEqualAssignmentsToo) {
+TEST(Published, NewValueIsAnnouncedBeforeItIsStored) {
     Published<int> number(1);
     std::vector<std::pair<int, int>> heard; // argument, stored value at that moment
     const auto subscription =
@@ -27,7 +27,7 @@ TEST(Published, AnnouncesTheNewValueBeforeStoringItAndEqualAssignmentsToo) {
     EXPECT_EQ(number.value(), 2);
 }
 
-TEST(Published, KeepsItsPromiseWhenObserversComeAndGoDuringAnAnnouncement) {
+TEST(Published, ObserversComeAndGoDuringAnAnnouncement) {
     auto number = std::make_unique<Published<int>>(0);
     std::vector<std::string> heard;
     Subscription second;
@@ -45,7 +45,7 @@ TEST(Published, KeepsItsPromiseWhenObserversComeAndGoDuringAnAnnouncement) {
     second.reset(); // outliving the published value is harmless
 }
 
-TEST(Signal, MayBeEmittedFromWithinAnEmit) {
+TEST(Signal, EmitWithinAnEmit) {
     Signal<int> signal;
     std::vector<std::string> heard;
     Handle second;
@@ -67,7 +67,7 @@ TEST(Signal, MayBeEmittedFromWithinAnEmit) {
     EXPECT_THAT(heard, ElementsAre("first 2", "third 2"));
 }
 
-TEST(Lifetime, DropsDeferredWorkOfAnOwnerThatIsGone) {
+TEST(Lifetime, DeferredWorkOfADestroyedOwnerIsDropped) {
     int calls = 0;
     std::optional<Lifetime> lifetime(std::in_place);
     auto task = lifetime->guard([&] { ++calls; });
@@ -77,7 +77,7 @@ TEST(Lifetime, DropsDeferredWorkOfAnOwnerThatIsGone) {
     EXPECT_EQ(calls, 1);
 }
 
-TEST(Handle, ReleasesOnceOnDestructionMoveAndAssignment) {
+TEST(Handle, OneReleaseOnDestructionMoveAndAssignment) {
     int releases = 0;
     const auto release = [&] { ++releases; };
     {
@@ -91,7 +91,7 @@ TEST(Handle, ReleasesOnceOnDestructionMoveAndAssignment) {
     EXPECT_EQ(releases, 2);
 }
 
-TEST(Geometry, IntersectsInsetsAndRoundsLikeTheDesktopDoes) {
+TEST(Geometry, IntersectionInsetAndRounding) {
     const Rect display{0, 0, 1920, 1080};
     EXPECT_EQ((Rect{-10, 10, 20.5, 20}).intersection(display), (Rect{0, 10, 10.5, 20}));
     EXPECT_TRUE((Rect{1920, 0, 10, 10}).intersection(display).isEmpty());
@@ -104,7 +104,7 @@ TEST(Geometry, IntersectsInsetsAndRoundsLikeTheDesktopDoes) {
     EXPECT_EQ(describe({10, -20.5, 300, 0.25}), "{{10, -20.5}, {300, 0.25}}");
 }
 
-TEST(Value, ReadsOnlyItsOwnTypeAndOnlyWhatFits) {
+TEST(Value, OnlyItsOwnTypeAndWhatFits) {
     EXPECT_EQ(Value(true).boolean(), true);
     EXPECT_EQ(Value(1).boolean(), std::nullopt);
     EXPECT_EQ(Value(1).real(), std::nullopt);

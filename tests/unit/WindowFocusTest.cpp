@@ -49,7 +49,7 @@ class WindowFocusTrackerTest : public testing::Test {
     Subscription delivered;
 };
 
-TEST_F(WindowFocusTrackerTest, SendsOneEventForEachRealChange) {
+TEST_F(WindowFocusTrackerTest, OneEventForEachRealChange) {
     desktop.focus(notes);
     desktop.advance(0.03);
     desktop.focusApplication(editor); // looked at on its own, and nothing is new
@@ -84,7 +84,7 @@ TEST_F(WindowFocusTrackerTest, SendsOneEventForEachRealChange) {
     desktop.advance(0.1); // its runs end with it
 }
 
-TEST_F(WindowFocusTrackerTest, TheThrottleDeliversTheNewestAtMostOncePerInterval) {
+TEST_F(WindowFocusTrackerTest, ThrottleDeliversTheNewest) {
     tracker->throttleInterval = 1;
     desktop.focus(notes);
     desktop.advance(0.1);
