@@ -59,20 +59,6 @@ TEST_F(LumoProgram, LossOfTheServerEndsTheProgramWithStatusOne) {
     EXPECT_THAT(lumo.remarks(), SizeIs(1)) << lumo.process().report();
 }
 
-TEST_F(LumoProgram, SecondInstanceYields) {
-    LumoProcess first(desktop, look.preferences());
-    const auto overlays = first.waitForOverlays();
-    LumoProcess second(desktop);
-    EXPECT_EQ(second.process().waitForExit(), 0) << second.process().report();
-    EXPECT_THAT(second.remarks(), SizeIs(1));
-    EXPECT_TRUE(first.process().isRunning());
-    EXPECT_EQ(first.overlays(), overlays);
-    // Not on another display.
-    PrivateDesktop other({.windowManager = WindowManager::none});
-    LumoProcess third(other, look.preferences());
-    EXPECT_THAT(third.waitForOverlays(), SizeIs(1));
-}
-
 TEST_F(LumoProgram, NoRequestsWhileNothingChanges) {
     LumoProcess lumo(desktop, Look{{"softBlur", 0.6}}.preferences());
     lumo.waitForOverlays();

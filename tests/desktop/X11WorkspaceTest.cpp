@@ -278,8 +278,20 @@ TEST_F(WorkspaceTest, WindowsAreRaisedThroughTheWindowManager) {
         eventually([&] { return session_.isAbove(application.window(0), application.window(1)); }));
     EXPECT_TRUE(accessibility_.windows(1).empty());
 
+    int focusChanges = 0;
+    const auto focus = accessibility_.onFocusedWindowDidChange([&] { ++focusChanges; });
+    for (const std::size_t window : {0U, 1U}) { // the first may be active already
+        session_.activate(application.window(window));
+    }
+    EXPECT_TRUE(eventually([&] { return focusChanges > 0; })) << "within one application";
+
     MirroredDesktop bare({.windowManager = WindowManager::none});
-    EXPECT_FALSE(X11Accessibility(*bare.connection, *bare.mirror).isProcessTrusted());
+    X11Accessibility accessibility(*bare.connection, *bare.mirror);
+    EXPECT_FALSE(accessibility.isProcessTrusted());
+    bool isTold = false;
+    const auto trust = accessibility.onProcessTrustDidChange([&] { isTold = true; });
+    const auto manager = bare.desktop.start({"openbox"});
+    EXPECT_TRUE(bare.eventually([&] { return isTold && accessibility.isProcessTrusted(); }));
 }
 
 } // namespace

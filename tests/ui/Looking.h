@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QEvent>
 #include <QString>
 #include <QWidget>
 #include <stdexcept>
@@ -30,25 +29,6 @@ std::vector<std::string> unspeakableControls(QWidget &widget);
 // Labels and buttons that do not have the room that their texts need when drawn at this scale;
 // those that end in an ellipsis by design do not count.
 std::vector<std::string> clippedTexts(const QWidget &widget, double scale);
-
-// How often the window had to be laid out or drawn since.
-class UpdateCounter final : public QObject {
-  public:
-    explicit UpdateCounter(QWidget &window) { window.installEventFilter(this); }
-
-    int count() const { return count_; }
-
-  protected:
-    bool eventFilter(QObject * /*watched*/, QEvent *event) override {
-        const bool isUpdate =
-            event->type() == QEvent::UpdateRequest || event->type() == QEvent::LayoutRequest;
-        count_ += isUpdate ? 1 : 0;
-        return false;
-    }
-
-  private:
-    int count_ = 0;
-};
 
 // The only visible widget of this type with this accessible name or text.
 template <class T>

@@ -114,34 +114,6 @@ TEST_F(PopoverTest, KeyboardAlone) {
     EXPECT_EQ(dismissals, 1);
 }
 
-TEST_F(PopoverTest, LongListOfCoverAppsBeginsWithNone) {
-    for (int number = 0; number < 300; ++number) {
-        const auto process = stage.desktop.launch("Zed " + std::to_string(number),
-                                                  "org.example.Zed" + std::to_string(number));
-        stage.desktop.openWindow(process, {0, 0, 200, 200});
-    }
-    const auto before = window->findChildren<QWidget *>().size();
-    stage.settings.privacyCoverBundleID.set("org.example.Editor");
-    control<QPushButton>(*window, "Choose Cover App").click();
-    settle();
-    auto &list = control<QListView>(*window, "Running apps");
-    EXPECT_LE(list.height(), 260);
-    EXPECT_EQ(list.model()->rowCount(), 308);
-    EXPECT_EQ(window->findChildren<QWidget *>().size(), before);
-    EXPECT_EQ(list.model()->index(0, 0).data(), "None");
-    stage.settings.privacyCoverBundleID.set("org.example.Late");
-    settle();
-    const auto none = [&list] { return list.model()->index(0, 0).data(Qt::CheckStateRole); };
-    EXPECT_EQ(none(), Qt::Unchecked) << "chosen elsewhere, and not in the list";
-    stage.settings.privacyCoverBundleID.set(std::nullopt);
-    settle();
-    EXPECT_EQ(none(), Qt::Checked);
-    QTest::mouseClick(list.viewport(), Qt::LeftButton, {},
-                      list.visualRect(list.model()->index(0, 0)).center());
-    ASSERT_EQ(stage.chosenCovers.size(), 1);
-    EXPECT_FALSE(stage.chosenCovers[0]);
-}
-
 TEST_F(PopoverTest, ActionsElsewhereDismissIt) {
     // Only with the release, so that the item's owner never sees half a click.
     QTest::mousePress(window.get(), Qt::RightButton, {}, {400, 100});
@@ -189,16 +161,6 @@ TEST_F(PopoverTest, ActionsElsewhereDismissIt) {
     EXPECT_EQ(dismissals, 4);
 }
 
-TEST(PopoverRows, RowsWithoutACapabilityAreLeftOut) {
-    test::InterfaceStage stage;
-    auto platform = stage.desktop.platform();
-    platform.capabilities.updates = false;
-    StatusMenu menu(platform, stage.settings, {});
-    StatusMenuView view(menu, stage.desktop.mainLoop);
-    test::layOut(view);
-    EXPECT_THAT(readControls(view), testing::Not(testing::Contains("Check for Updates")));
-}
-
 TEST(PopoverPlacement, PopoverIsWhollyOnTheScreenOfTheItem) {
     // Two screens side by side, the right one main and lower by 200 pixels, at one and a half
     // pixels a point.
@@ -232,56 +194,6 @@ TEST(PopoverPlacement, PopoverIsWhollyOnTheScreenOfTheItem) {
     }
     const ToolkitPlace tiny{{10, 10, 4, 4}, {0, 0, 200, 200}};
     EXPECT_EQ(popoverArea(tiny, {260, 300}).topLeft(), QPoint(0, 0));
-}
-
-// The contrast of two colours by the W3C's accessibility guidelines.
-double contrast(const QColor &one, const QColor &other) {
-    const auto luminance = [](const QColor &color) {
-        const auto linear = [](double part) {
-            return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
-        };
-        return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
-               0.0722 * linear(color.blueF());
-    };
-    const auto [dark, light] = std::minmax({luminance(one), luminance(other)});
-    return (light + 0.05) / (dark + 0.05);
-}
-
-// What a colour looks like on another.
-QColor over(const QColor &color, const QColor &surface) {
-    const auto mix = [&](float top, float below) {
-        return top * color.alphaF() + below * (1 - color.alphaF());
-    };
-    return QColor::fromRgbF(mix(color.redF(), surface.redF()),
-                            mix(color.greenF(), surface.greenF()),
-                            mix(color.blueF(), surface.blueF()));
-}
-
-TEST(Theme, ContrastOfTexts) {
-    const auto surfaces = {role::window,  role::sidebar, role::card,
-                           role::control, role::hovered, role::pressed};
-    for (const auto scheme : {ColorScheme::light, ColorScheme::dark}) {
-        const auto palette = makePalette(scheme);
-        for (const auto text : {role::text, role::secondaryText, role::accentText}) {
-            for (const auto surface : surfaces) {
-                EXPECT_GE(contrast(palette.color(text), palette.color(surface)), 4.5)
-                    << static_cast<int>(scheme) << ' ' << text << " on " << surface;
-            }
-        }
-        for (const auto text : {role::warningText, role::recording}) {
-            EXPECT_GE(contrast(palette.color(text), palette.color(role::card)), 4.5) << text;
-        }
-        EXPECT_GE(contrast(palette.color(role::textOnAccent), palette.color(role::accent)), 4.5);
-        EXPECT_GE(contrast(over(palette.color(QPalette::Disabled, role::text),
-                                palette.color(role::control)),
-                           palette.color(role::control)),
-                  4.5)
-            << "a button that can't be pressed";
-        EXPECT_GE(contrast(palette.color(role::switchedOff), palette.color(role::card)), 3)
-            << "a control against its surroundings";
-        EXPECT_GE(contrast(Qt::white, palette.color(role::switchedOff)), 3) << "its knob";
-        EXPECT_EQ(schemeOf(palette), scheme);
-    }
 }
 
 TEST(GuidedAccess, GuidanceLeadsToThePermission) {

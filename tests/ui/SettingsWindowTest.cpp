@@ -376,23 +376,5 @@ TEST_F(SettingsWindowTest, LongListsScrollToTheirEnd) {
     EXPECT_TRUE(list.viewport()->rect().contains(list.visualRect(last))) << "stays where it is";
 }
 
-TEST_F(SettingsWindowTest, EqualAssignmentsDrawNothing) {
-    open(SettingsTab::shortcuts);
-    open(SettingsTab::rules);
-    for (int round = 0; round < 5; ++round) {
-        settle(); // layouts within layouts
-    }
-    test::UpdateCounter updates(*view);
-    for (int tick = 0; tick < 5; ++tick) {
-        settings.privacyCoverRuntimeStatus.set("Off");
-        settings.blacklist.setAgain();
-        settle();
-    }
-    EXPECT_EQ(updates.count(), 0);
-    settings.privacyCoverRuntimeStatus.set("Cover active");
-    settle();
-    EXPECT_GT(updates.count(), 0);
-}
-
 } // namespace
 } // namespace lumo
