@@ -177,6 +177,7 @@ TEST_F(HotKeysTest, AHeldKeyIsPressedAndReleasedOnce) {
     take();
     press({Key::control, Key::space});
     EXPECT_THAT(take(), IsEmpty());
+    EXPECT_TRUE(grabKeyAsOther(49, XCB_MOD_MASK_CONTROL)) << "a grab was kept";
 }
 
 // As when a shortcut has just been recorded and its keys are still down.
