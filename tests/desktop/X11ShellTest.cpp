@@ -158,32 +158,6 @@ TEST_F(StatusItemTest, RightClicksInATrayThatComesLater) {
     }
 }
 
-TEST_F(StatusItemTest, MoveFromTheTrayToTheSessionBusAndBack) {
-    desktop.startSessionBus();
-    const auto address = desktop.environment().at("DBUS_SESSION_BUS_ADDRESS");
-    const Variable busAddress("DBUS_SESSION_BUS_ADDRESS", address);
-    makeItem();
-    const auto tray = desktop.start({"trayer", "--edge", "top"});
-    ASSERT_TRUE(dotAppears(255, 0, 0));
-    for (int round = 0; round < 2; ++round) {
-        auto host = std::make_unique<test::StatusNotifierHost>(address);
-        ASSERT_TRUE(eventually([&] { return !host->items().empty(); })) << "offers itself";
-        EXPECT_TRUE(findDot(255, 0, 0)) << "a watcher without a host shows nothing";
-        host->setHost(true);
-        ASSERT_TRUE(eventually([&] { return !findDot(255, 0, 0); })) << "never in both places";
-
-        places.clear();
-        host->callItem("ContextMenu", 30, 40);
-        ASSERT_TRUE(eventually([&] { return !places.empty(); }));
-        ASSERT_EQ(places.size(), 1U);
-        EXPECT_FALSE(places[0].item);
-        EXPECT_EQ(places[0].pointer, (Point{30, desktop.session().screenArea().height - 40.0}));
-
-        host.reset();
-        ASSERT_TRUE(dotAppears(255, 0, 0)) << "the tray has it again";
-    }
-}
-
 // Some panels offer both and keep the right button to themselves on the bus.
 TEST_F(StatusItemTest, TrayIsPreferredOfAPanelThatOffersBoth) {
     desktop.startSessionBus();
