@@ -36,6 +36,7 @@ class PackageService {
     std::vector<std::string> owners;  // of the file
     std::vector<std::string> updates; // that there are
     bool fails = false;
+    bool isSilent = false; // it never says what it found
     std::string searchedFile;
 
   private:
@@ -75,6 +76,9 @@ class PackageService {
 
     void finish(DbusPackageTransaction *transaction,
                 const std::vector<std::string> &packages) const {
+        if (isSilent) {
+            return;
+        }
         for (const auto &package : packages) {
             dbus_package_transaction_emit_package(transaction, 1, package.c_str(), "A summary");
         }
@@ -114,6 +118,21 @@ TEST(PackageKitUpdatesTest, ResultsOfThePackageService) {
     EXPECT_EQ(check(), (UpdateResult{Kind::serviceUnavailable, {}}));
     service.reset();
     EXPECT_EQ(check(), (UpdateResult{Kind::serviceUnavailable, {}}));
+}
+
+TEST(PackageKitUpdatesTest, TheLossOfTheBusEndsTheCheckAndNothingElse) {
+    test::MessageBus messageBus;
+    const desktop::Variable systemBus("DBUS_SYSTEM_BUS_ADDRESS", messageBus.address());
+    PackageService service(messageBus.address());
+    service.isSilent = true;
+    GlibMainLoop loop;
+    PackageKitUpdates updates(loop, "/opt/lumo/bin/lumo");
+    std::optional<UpdateResult> result;
+    updates.checkForUpdates([&](const UpdateResult &each) { result = each; });
+    EXPECT_TRUE(runUntil(loop, [&] { return !service.searchedFile.empty(); }));
+    messageBus.stop();
+    EXPECT_TRUE(runUntil(loop, [&] { return result.has_value(); }));
+    EXPECT_EQ(result, (UpdateResult{UpdateResult::Kind::serviceUnavailable, {}}));
 }
 
 TEST(PackageKitUpdatesTest, OneAnswerToRequestsThatOverlapAndNoneAfterTheEnd) {

@@ -1,6 +1,7 @@
 #include "platform/freedesktop/PackageKitUpdates.h"
 
 #include "platform/freedesktop/AsyncCalls.h"
+#include "platform/freedesktop/GlibSignal.h"
 #include "platform/freedesktop/SessionBus.h"
 #include "support/Handle.h"
 
@@ -77,6 +78,10 @@ class PackageKitUpdates::Check {
         }
         bus_ = std::move(connection);
         g_dbus_connection_set_exit_on_close(bus_.get(), FALSE);
+        const auto closed = +[](GDBusConnection *, gboolean, GError *, gpointer self) {
+            static_cast<Check *>(self)->finish();
+        };
+        closed_ = connectToSignal(bus_.get(), "closed", G_CALLBACK(closed), this);
         createTransaction();
     }
 
@@ -173,6 +178,7 @@ class PackageKitUpdates::Check {
 
     // The completion may destroy the check.
     void finish(const UpdateResult &result = {UpdateResult::Kind::serviceUnavailable, {}}) {
+        closed_.reset();
         signals_.reset();
         timeout_.reset();
         calls_.cancel();
@@ -187,6 +193,7 @@ class PackageKitUpdates::Check {
     std::optional<Package> own_;
     std::optional<std::string> newer_;
     bool isListing_ = false;
+    Handle closed_;
     Handle signals_;
     Handle timeout_;
     AsyncCalls calls_;
