@@ -51,9 +51,33 @@ class OverlayRaces : public testing::Test, protected OverlayDesktop {
         xcb_flush(hasty_);
     }
 
+    int mostDistant(const desktop::Picture &a, const desktop::Picture &b) const {
+        int most = 0;
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < width; ++x) {
+                most = std::max(most, distance(a.at(x, y), b.at(x, y)));
+            }
+        }
+        return most;
+    }
+
+    // The picture once nothing changes any more.
+    desktop::Picture lastingPicture() {
+        auto picture = session.picture();
+        int rounds = 0;
+        eventually([&] {
+            settle();
+            auto next = session.picture();
+            rounds = mostDistant(picture, next) == 0 ? rounds + 1 : 0;
+            picture = std::move(next);
+            return rounds == 3;
+        });
+        return picture;
+    }
+
     // How far what an overlay shows is from what one shows that has seen nothing but the end.
     int distanceFromFresh() {
-        desktop::Picture shown = session.picture();
+        const auto shown = lastingPicture();
         overlay_ = overlays->makeWindow(frame());
         overlay_->setLevel(1);
         overlay_->commit(blur());
@@ -61,15 +85,7 @@ class OverlayRaces : public testing::Test, protected OverlayDesktop {
         EXPECT_TRUE(eventually([&] {
             return session.isViewable(static_cast<xcb_window_t>(overlay_->windowNumber()));
         }));
-        settle();
-        const desktop::Picture fresh = session.picture();
-        int most = 0;
-        for (int y = 0; y < height; ++y) {
-            for (int x = 0; x < width; ++x) {
-                most = std::max(most, distance(shown.at(x, y), fresh.at(x, y)));
-            }
-        }
-        return most;
+        return mostDistant(shown, lastingPicture());
     }
 
     std::unique_ptr<PlatformWindow> overlay_;
