@@ -35,7 +35,8 @@ X11OverlayWindows::X11OverlayWindows(Connection &connection, WindowMirror &mirro
     , compositorChanges_(compositor_.onChange([this] { backdropRenderers_.reconsider(); }))
     , screenChanges_(
           screens.onScreenParametersDidChange([this] { backdropRenderers_.reconsider(); })) {
-    // So that no overlay waits for them one by one.
+    // What libxcb or the connection would else wait for when an overlay first needs it.
+    xcb_get_maximum_request_length(connection);
     connection.internAtoms({"UTF8_STRING", "_NET_WM_NAME", "_NET_WM_PID", "_NET_WM_WINDOW_TYPE",
                             "_NET_WM_WINDOW_TYPE_UTILITY", "_NET_WM_WINDOW_TYPE_NORMAL",
                             "_NET_WM_STATE", "_KDE_NET_WM_STATE_SKIP_SWITCHER", "_MOTIF_WM_HINTS",
