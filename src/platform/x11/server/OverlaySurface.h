@@ -44,7 +44,7 @@ class OverlaySurface {
 
     void move(const drawing::PixelRect &area);
 
-    // The state is unmapped or mapped.
+    // Nothing while the state is neither unmapped nor mapped.
     void map();
     void unmap();
 
