@@ -84,11 +84,11 @@ void oneFrame(benchmark::State &state) {
     const int height = static_cast<int>(state.range(1));
     const auto connection = Connection::open(displayName().c_str());
     const Pixmaps pixmaps(*connection, width, height);
-    GlDisplays workshop;
-    const std::string problem = workshop.open(connection->displayName(), connection->screenNumber(),
+    GlDisplays displays;
+    const std::string problem = displays.open(connection->displayName(), connection->screenNumber(),
                                               connection->screen().root_depth, true);
     auto frame = frameOf(pixmaps, width, height, static_cast<double>(state.range(2) - 24) / 10);
-    if (!problem.empty() || !workshop.draw(0, frame)) {
+    if (!problem.empty() || !displays.draw(0, frame)) {
         state.SkipWithError(("OpenGL cannot draw: " + problem).c_str());
         return;
     }
@@ -103,14 +103,14 @@ void oneFrame(benchmark::State &state) {
     double hardware = 0; // nanoseconds
     for (auto _ : state) {
         glBeginQuery(GL_TIME_ELAPSED, query);
-        workshop.draw(0, frame);
+        displays.draw(0, frame);
         glEndQuery(GL_TIME_ELAPSED);
         GLuint64 elapsed = 0;
         glGetQueryObjectui64v(query, GL_QUERY_RESULT, &elapsed);
         hardware += static_cast<double>(elapsed);
     }
     glDeleteQueries(1, &query);
-    workshop.close();
+    displays.close();
     state.counters["hardware_ms"] = hardware / 1e6 / static_cast<double>(state.iterations());
 }
 

@@ -237,6 +237,33 @@ std::vector<float> MaterialRenderer::normalisation(const Plan &plan, int pixels,
     return result;
 }
 
+// The Gaussian of what the grid has around the texels, which is the kernel's radius to each side.
+PixelGrid MaterialRenderer::convolved(const PixelGrid &source, const Plan &plan,
+                                      const Texels &at) const {
+    const int radius = static_cast<int>(plan.weights.size()) - 1;
+    const Range around = at.columns.grown(radius);
+    const auto columnScales = normalisation(plan, width_, at.columns);
+    const auto rowScales = normalisation(plan, height_, at.rows);
+    PixelGrid result(at.columns, at.rows);
+    PixelGrid line(around, {0, 0});
+    std::vector<const float *> taps(2 * plan.weights.size() - 1);
+    for (std::size_t channel = 0; channel < 3; ++channel) {
+        for (int row = at.rows.first; row <= at.rows.last; ++row) {
+            int above = row - radius;
+            std::ranges::generate(taps, [&] { return source.at(channel, around.first, above++); });
+            convolve(taps, plan.weights, rowScales[static_cast<std::size_t>(row - at.rows.first)],
+                     nullptr, line.at(channel, around.first, 0),
+                     static_cast<std::size_t>(around.count()));
+            const float *tap = line.at(channel, around.first, 0);
+            std::ranges::generate(taps, [&] { return tap++; });
+            convolve(taps, plan.weights, 1, columnScales.data(),
+                     result.at(channel, at.columns.first, row),
+                     static_cast<std::size_t>(at.columns.count()));
+        }
+    }
+    return result;
+}
+
 PixelGrid MaterialRenderer::blurred(const PixelGrid &input, const Plan &plan,
                                     const Texels &shown) const {
     // What is needed on each grid, the finest first.
@@ -259,25 +286,7 @@ PixelGrid MaterialRenderer::blurred(const PixelGrid &input, const Plan &plan,
         source = &halved;
     }
 
-    const auto columnScales = normalisation(plan, width_, at.columns);
-    const auto rowScales = normalisation(plan, height_, at.rows);
-    PixelGrid result(at.columns, at.rows);
-    PixelGrid line(around, {0, 0});
-    std::vector<const float *> taps(2 * plan.weights.size() - 1);
-    for (std::size_t channel = 0; channel < 3; ++channel) {
-        for (int row = at.rows.first; row <= at.rows.last; ++row) {
-            int above = row - radius;
-            std::ranges::generate(taps, [&] { return source->at(channel, around.first, above++); });
-            convolve(taps, plan.weights, rowScales[static_cast<std::size_t>(row - at.rows.first)],
-                     nullptr, line.at(channel, around.first, 0),
-                     static_cast<std::size_t>(around.count()));
-            const float *tap = line.at(channel, around.first, 0);
-            std::ranges::generate(taps, [&] { return tap++; });
-            convolve(taps, plan.weights, 1, columnScales.data(),
-                     result.at(channel, at.columns.first, row),
-                     static_cast<std::size_t>(at.columns.count()));
-        }
-    }
+    auto result = convolved(*source, plan, at);
     for (; !finer.empty(); finer.pop_back()) {
         result = result.doubled(finer.back().columns, finer.back().rows);
     }

@@ -94,6 +94,7 @@ class MaterialRenderer {
     std::vector<float> normalisation(const Plan &plan, int pixels, const Range &range) const;
     PixelGrid load(const Texels &needed, const PixelRect &available, const std::uint8_t *texels,
                    std::size_t texelStride) const;
+    PixelGrid convolved(const PixelGrid &source, const Plan &plan, const Texels &at) const;
     PixelGrid blurred(const PixelGrid &input, const Plan &plan, const Texels &shown) const;
     PixelGrid composed(const PixelGrid &input, const Texels &shown) const;
     void upsample(const PixelGrid &composed, const PixelRect &part, std::uint8_t *pixels,

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <random>
@@ -57,7 +58,7 @@ class RandomRectangles {
     std::uniform_int_distribution<int> extent_{-1, 8}; // empty and negative ones among them
 };
 
-TEST(RegionTest, holdsThePixelsThatCountingFinds) {
+TEST(Region, HoldsThePixelsThatCountingFinds) {
     RandomRectangles random;
     const Region all(PixelRect{0, 0, side, side});
     for (int round = 0; round < 300; ++round) {
@@ -82,12 +83,12 @@ TEST(RegionTest, holdsThePixelsThatCountingFinds) {
     }
 }
 
-TEST(RegionTest, growsToAllSides) {
+TEST(Region, GrowsToAllSides) {
     const Region corner(std::vector<PixelRect>{{4, 4, 6, 2}, {4, 6, 2, 4}});
     EXPECT_EQ(corner.grown(3), Region(std::vector<PixelRect>{{1, 1, 12, 8}, {1, 3, 8, 10}}));
 }
 
-TEST(RegionTest, boxesAreFewAndDisjointAndContainIt) {
+TEST(Region, BoxesAreFewAndDisjointAndContainIt) {
     RandomRectangles random;
     for (int round = 0; round < 300; ++round) {
         const Region region(random.next());
@@ -111,7 +112,7 @@ TEST(RegionTest, boxesAreFewAndDisjointAndContainIt) {
     EXPECT_EQ(Region(dots).boxes(), dots);
 }
 
-TEST(RegionTest, maskLeavesOutWhatLiesInAnEvenNumberOfItsRectangles) {
+TEST(Region, MaskLeavesOutWhatLiesInAnEvenNumberOfItsRectangles) {
     PlacedLayers layers;
     layers.area = {100, 50, 40, 20};
     layers.space = PointSpace({layers.area}, 2);

@@ -10,17 +10,17 @@
 namespace lumo::x11 {
 
 GlBackdropRenderer::GlBackdropRenderer(Connection &connection, MainLoop &mainLoop,
-                                       WorkerThreads &thread, GlDisplays &workshop, int number)
+                                       WorkerThreads &thread, GlDisplays &displays, int number)
     : connection_(connection)
     , mainLoop_(mainLoop)
     , thread_(thread)
-    , workshop_(workshop)
+    , displays_(displays)
     , number_(number) {
 }
 
 GlBackdropRenderer::~GlBackdropRenderer() {
     cancel();
-    thread_.post([&workshop = workshop_, number = number_] { workshop.forget(number); });
+    thread_.post([&displays = displays_, number = number_] { displays.forget(number); });
 }
 
 void GlBackdropRenderer::prepare(const drawing::PlacedLayers &appearance,
@@ -59,8 +59,8 @@ void GlBackdropRenderer::render(const std::vector<drawing::PixelRect> &damage,
 }
 
 void GlBackdropRenderer::send(const std::shared_ptr<Job> &job) {
-    thread_.post([job, number = number_, &workshop = workshop_, &mainLoop = mainLoop_] {
-        const bool succeeded = !job->isCancelled && workshop.draw(number, job->frame);
+    thread_.post([job, number = number_, &displays = displays_, &mainLoop = mainLoop_] {
+        const bool succeeded = !job->isCancelled && displays.draw(number, job->frame);
         mainLoop.post([job, succeeded] {
             if (!job->isCancelled) {
                 job->done(succeeded);

@@ -22,7 +22,7 @@ class GlBackdropRenderer final : public BackdropRenderer {
   public:
     // The number is another one for each renderer. The arguments outlive the renderer.
     GlBackdropRenderer(Connection &connection, MainLoop &mainLoop, WorkerThreads &thread,
-                       GlDisplays &workshop, int number);
+                       GlDisplays &displays, int number);
     ~GlBackdropRenderer() override;
     GlBackdropRenderer(const GlBackdropRenderer &) = delete;
     GlBackdropRenderer &operator=(const GlBackdropRenderer &) = delete;
@@ -47,7 +47,7 @@ class GlBackdropRenderer final : public BackdropRenderer {
     Connection &connection_;
     MainLoop &mainLoop_;
     WorkerThreads &thread_;
-    GlDisplays &workshop_;
+    GlDisplays &displays_;
     int number_;
     GlxFrame prepared_; // without damage
     int reach_ = 0;

@@ -18,7 +18,7 @@ GlService::GlService(Connection &connection, MainLoop &mainLoop, std::uint8_t de
     , mainLoop_(mainLoop)
     , depth_(depth)
     , softwareWillDo_(softwareWillDo)
-    , workshop_(std::make_unique<GlDisplays>()) {
+    , displays_(std::make_unique<GlDisplays>()) {
     if (!softwareWillDo_ && !hasHardware()) {
         state_ = State::refused;
         problem_ = "the X server has no graphics hardware to offer";
@@ -52,11 +52,11 @@ void GlService::start() {
         thread_ = std::make_unique<WorkerThreads>(1, WorkerThreads::AtEnd::runTasks);
     }
     auto report = lifetime_.guard([this](const std::string &problem) { started(problem); });
-    thread_->post([&workshop = *workshop_, &mainLoop = mainLoop_, name = connection_.displayName(),
+    thread_->post([&displays = *displays_, &mainLoop = mainLoop_, name = connection_.displayName(),
                    screen = connection_.screenNumber(), depth = depth_,
                    softwareWillDo = softwareWillDo_, report = std::move(report)] {
         mainLoop.post(
-            [report, problem = workshop.open(name, screen, depth, softwareWillDo)]() mutable {
+            [report, problem = displays.open(name, screen, depth, softwareWillDo)]() mutable {
                 report(problem);
             });
     });
@@ -73,7 +73,7 @@ void GlService::started(const std::string &problem) {
 
 void GlService::stop() {
     if (thread_) {
-        thread_->post([&workshop = *workshop_] { workshop.close(); });
+        thread_->post([&displays = *displays_] { displays.close(); });
     }
     if (state_ != State::refused) {
         state_ = State::idle;
@@ -84,7 +84,7 @@ std::unique_ptr<BackdropRenderer> GlService::make() {
     if (state_ != State::starting && state_ != State::ready) {
         return nullptr;
     }
-    return std::make_unique<GlBackdropRenderer>(connection_, mainLoop_, *thread_, *workshop_,
+    return std::make_unique<GlBackdropRenderer>(connection_, mainLoop_, *thread_, *displays_,
                                                 ++lastRenderer_);
 }
 

@@ -70,7 +70,7 @@ class GlService {
     bool hasWorked_ = false;
     int lastRenderer_ = 0;
     Signal<> started_;
-    std::unique_ptr<GlDisplays> workshop_;  // the thread's
+    std::unique_ptr<GlDisplays> displays_;  // the thread's
     std::unique_ptr<WorkerThreads> thread_; // one, from the first start
     Lifetime lifetime_;
 };
