@@ -38,10 +38,9 @@ class OverlayManager {
     using WindowID = std::uint32_t;
     using ProcessID = std::int32_t;
 
-    // The desktop at one moment, as far as it decides about focus. Can be moved, not copied:
-    // windows points into allWindows.
+    // The desktop at one moment, as far as it decides about focus.
     struct FocusContext {
-        std::vector<WindowDescriptor> allWindows;
+        std::shared_ptr<const std::vector<WindowDescriptor>> allWindows;
         // The frontmost application, and the first of its windows.
         std::optional<ProcessID> frontPID;
         std::optional<WindowID> frontWindowID;
@@ -51,10 +50,6 @@ class OverlayManager {
         std::optional<WindowID> effectiveFrontWindowID;
         // Those of allWindows that can stay clear, in the same order.
         CandidateWindows windows;
-
-        FocusContext() = default;
-        FocusContext(FocusContext &&) = default;
-        FocusContext &operator=(FocusContext &&) = default;
     };
 
     // Holds a display's clear window to one window of the Cover App until a time.

@@ -37,8 +37,8 @@ OverlayManager::FocusContext OverlayManager::buildFocusContext() {
     // Two absent identifiers are equal, and that is meant.
     context.frontIsLumo = frontBundleID == own.bundleIdentifier;
     context.allWindows = windowService_.allVisibleWindows();
-    context.windows.reserve(context.allWindows.size());
-    for (const auto &window : context.allWindows) {
+    context.windows.reserve(context.allWindows->size());
+    for (const auto &window : *context.allWindows) {
         if (isCandidate(window)) {
             context.windows.push_back(&window);
         }

@@ -44,7 +44,7 @@ std::vector<Rect> OverlayManager::stageManagerExclusionRects(const Screen &scree
     if (!isStageManagerEnabled()) {
         return {};
     }
-    return stageManagerStrips(screen.frame, context.allWindows,
+    return stageManagerStrips(screen.frame, *context.allWindows,
                               highestScreenEdge(platform_.screens.screens()));
 }
 

@@ -67,10 +67,6 @@ class Value {
     const Bytes *data() const;
     const Dictionary *dictionary() const;
 
-    // An integer that fits the signed or unsigned 32-bit range.
-    std::optional<std::int32_t> integer32() const;
-    std::optional<std::uint32_t> unsigned32() const;
-
     // A real, or an integer converted to one.
     std::optional<double> number() const;
 
@@ -117,20 +113,6 @@ inline const Bytes *Value::data() const {
 
 inline const Dictionary *Value::dictionary() const {
     return std::get_if<Dictionary>(&value_);
-}
-
-inline std::optional<std::int32_t> Value::integer32() const {
-    const auto wide = integer();
-    return wide && std::in_range<std::int32_t>(*wide)
-               ? std::optional(static_cast<std::int32_t>(*wide))
-               : std::nullopt;
-}
-
-inline std::optional<std::uint32_t> Value::unsigned32() const {
-    const auto wide = integer();
-    return wide && std::in_range<std::uint32_t>(*wide)
-               ? std::optional(static_cast<std::uint32_t>(*wide))
-               : std::nullopt;
 }
 
 inline std::optional<double> Value::number() const {

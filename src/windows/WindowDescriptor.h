@@ -1,13 +1,14 @@
 #pragma once
 
 #include "support/Geometry.h"
-#include "support/Value.h"
 
 #include <cstdint>
 #include <optional>
 #include <string>
 
 namespace lumo {
+
+struct WindowRecord;
 
 // One on-screen window of some application, as the window server listed it. A plain value.
 struct WindowDescriptor {
@@ -30,10 +31,9 @@ struct WindowDescriptor {
     // Absent when the window has no title or it is withheld.
     std::optional<std::string> name;
 
-    // Reads a record of WindowServer::onScreenWindows(). Absent when the number, the owner's
-    // process or name, the layer, the bounds or the on-screen flag is missing or of the wrong type.
-    // A side that the bounds leave out counts as 0.
-    static std::optional<WindowDescriptor> from(const Dictionary &record, std::int64_t zOrder,
+    // The window of a record. Absent when the number, the owner's process or name, the layer, the
+    // bounds or the on-screen flag is missing.
+    static std::optional<WindowDescriptor> from(const WindowRecord &record, std::int64_t zOrder,
                                                 std::optional<std::string> bundleID);
 
     bool operator==(const WindowDescriptor &) const = default;

@@ -5,6 +5,7 @@
 #include "platform/WindowServer.h"
 #include "platform/Workspace.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace lumo {
@@ -62,15 +63,8 @@ std::optional<std::string> WindowFocusTracker::getWindowTitle(const WindowServer
     if (!records) {
         return std::nullopt;
     }
-    for (const auto &record : *records) {
-        const auto *number = record.find(windowKey::number);
-        if (number != nullptr && number->unsigned32() == windowID) {
-            const auto *title = record.find(windowKey::name);
-            const auto *text = title != nullptr ? title->string() : nullptr;
-            return text != nullptr ? std::optional(*text) : std::nullopt;
-        }
-    }
-    return std::nullopt;
+    const auto found = std::ranges::find(*records, windowID, &WindowRecord::number);
+    return found != records->end() ? found->title : std::nullopt;
 }
 
 void WindowFocusTracker::throttle(const FocusChangeEvent &event) {

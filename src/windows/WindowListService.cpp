@@ -14,24 +14,21 @@ namespace {
 // The least size, in points, of a window that a user works in.
 constexpr Size primaryContentSize{300, 200};
 
-std::optional<std::int32_t> ownerOf(const Dictionary &record) {
-    const Value *value = record.find(windowKey::ownerPID);
-    return value ? value->integer32() : std::nullopt;
-}
-
 // Looks each process up once, for as long as it lives: one pass over the window list.
 class BundleIdentifiers {
   public:
     explicit BundleIdentifiers(const Workspace &workspace)
         : workspace_(workspace) {}
 
-    std::optional<std::string> of(std::int32_t process) {
+    // Valid until control returns to the main loop.
+    const std::optional<std::string> &of(std::int32_t process) {
+        static const std::optional<std::string> none;
         auto position = std::ranges::lower_bound(known_, process, {}, &Known::process);
         if (position == known_.end() || position->process != process) {
             const RunningApplication *application = workspace_.runningApplication(process);
             position = known_.insert(position, {process, application});
         }
-        return position->application ? position->application->bundleIdentifier : std::nullopt;
+        return position->application ? position->application->bundleIdentifier : none;
     }
 
   private:
@@ -44,51 +41,53 @@ class BundleIdentifiers {
     std::vector<Known> known_; // sorted by process
 };
 
-} // namespace
-
-WindowListService::WindowListService(const WindowServer &windowServer, const Workspace &workspace)
-    : windowServer_(windowServer)
-    , workspace_(workspace) {
-}
-
-const std::vector<WindowListService::Reading> &WindowListService::readings() const {
-    auto records = windowServer_.onScreenWindows();
-    if (records == records_) {
-        return readings_;
-    }
-    records_ = std::move(records);
-    readings_.clear();
-    if (records_) {
-        for (const auto &record : *records_) {
-            const Value *number = record.find(windowKey::number);
-            const auto zOrder = static_cast<std::int64_t>(readings_.size());
-            readings_.push_back({ownerOf(record), number ? number->unsigned32() : std::nullopt,
-                                 WindowDescriptor::from(record, zOrder, std::nullopt)});
-        }
-    }
-    return readings_;
-}
-
-std::vector<WindowDescriptor> WindowListService::allVisibleWindows() const {
-    const auto &all = readings();
+std::vector<WindowDescriptor> described(const WindowRecords &records,
+                                        BundleIdentifiers &bundleIdentifiers) {
     std::vector<WindowDescriptor> windows;
-    windows.reserve(all.size());
-    BundleIdentifiers bundleIdentifiers(workspace_);
-    for (const auto &reading : all) {
-        if (reading.window) {
-            windows.push_back(*reading.window);
-            windows.back().bundleID = bundleIdentifiers.of(windows.back().ownerPID);
+    windows.reserve(records.size());
+    std::int64_t zOrder = 0;
+    for (const auto &record : records) {
+        if (auto window = WindowDescriptor::from(record, zOrder++, std::nullopt)) {
+            window->bundleID = bundleIdentifiers.of(window->ownerPID);
+            windows.push_back(*std::move(window));
         }
     }
     return windows;
 }
 
+} // namespace
+
+WindowListService::WindowListService(const WindowServer &windowServer, const Workspace &workspace)
+    : windowServer_(windowServer)
+    , workspace_(workspace)
+    , windows_(std::make_shared<const std::vector<WindowDescriptor>>()) {
+}
+
+std::shared_ptr<const std::vector<WindowDescriptor>> WindowListService::allVisibleWindows() const {
+    auto records = windowServer_.onScreenWindows();
+    BundleIdentifiers bundleIdentifiers(workspace_);
+    const bool isCurrent =
+        records == records_ && std::ranges::all_of(*windows_, [&](const auto &window) {
+            return window.bundleID == bundleIdentifiers.of(window.ownerPID);
+        });
+    if (!isCurrent) {
+        records_ = std::move(records);
+        windows_ = std::make_shared<const std::vector<WindowDescriptor>>(
+            described(records_ ? *records_ : WindowRecords(), bundleIdentifiers));
+    }
+    return windows_;
+}
+
 std::vector<std::uint32_t>
 WindowListService::windowIDs(const RunningApplication &application) const {
     std::vector<std::uint32_t> numbers;
-    for (const auto &reading : readings()) {
-        if (reading.owner == application.processIdentifier && reading.number) {
-            numbers.push_back(*reading.number);
+    const auto records = windowServer_.onScreenWindows();
+    if (!records) {
+        return numbers;
+    }
+    for (const auto &record : *records) {
+        if (record.ownerProcess == application.processIdentifier && record.number) {
+            numbers.push_back(*record.number);
         }
     }
     return numbers;

@@ -17,8 +17,8 @@ struct RunningApplication;
 class Workspace;
 
 // The one view of other applications' windows. Every call asks the window server and the workspace
-// afresh; what was made of the server's list is kept for as long as that stays the same. Main
-// thread only.
+// afresh; the list made of their answers is kept for as long as these stay the same. Main thread
+// only.
 class WindowListService {
   public:
     // Owners that never hold the user's focus, by their exact name ...
@@ -38,8 +38,9 @@ class WindowListService {
     WindowListService(const WindowServer &windowServer, const Workspace &workspace);
 
     // Every window on screen that its record describes well enough, front to back. zOrder counts
-    // the records, dropped ones included. Empty when the window server can't be asked.
-    std::vector<WindowDescriptor> allVisibleWindows() const;
+    // the records, dropped ones included. Empty when the window server can't be asked. Never null;
+    // the list never changes once returned.
+    std::shared_ptr<const std::vector<WindowDescriptor>> allVisibleWindows() const;
 
     // The numbers of the application's windows on screen, front to back.
     std::vector<std::uint32_t> windowIDs(const RunningApplication &application) const;
@@ -52,20 +53,12 @@ class WindowListService {
     static bool isPrimaryContentWindow(const WindowDescriptor &window);
 
   private:
-    // What one record says.
-    struct Reading {
-        std::optional<std::int32_t> owner;
-        std::optional<std::uint32_t> number;
-        std::optional<WindowDescriptor> window; // without the bundle identifier
-    };
-
-    const std::vector<Reading> &readings() const;
-
     const WindowServer &windowServer_;
     const Workspace &workspace_;
-    // A tick that looked at every record anew would spend most of its time on that.
+    // The list that was made last, and of what. A tick that made it anew would spend most of its
+    // time on that.
     mutable std::shared_ptr<const WindowRecords> records_;
-    mutable std::vector<Reading> readings_; // of records_
+    mutable std::shared_ptr<const std::vector<WindowDescriptor>> windows_;
 };
 
 } // namespace lumo

@@ -87,10 +87,9 @@ class WorkspaceTest : public testing::Test {
     std::vector<std::string> titles() const {
         std::vector<std::string> titles;
         for (const auto &record : *server_.onScreenWindows()) {
-            const auto *name = record.find(windowKey::name);
-            const auto layer = *record.find(windowKey::layer)->integer();
-            if (name != nullptr) {
-                titles.push_back(*name->string() + (layer == 0 ? "" : " " + std::to_string(layer)));
+            if (record.title) {
+                titles.push_back(*record.title +
+                                 (record.layer == 0 ? "" : " " + std::to_string(*record.layer)));
             }
         }
         return titles;
@@ -235,19 +234,15 @@ TEST_F(WorkspaceTest, WindowListFromFrontToBack) {
     const auto ownerName =
         workspace_.runningApplication(application.processIdentifier())->localizedName.value_or("");
     EXPECT_EQ(ownerName, "Sample");
-    EXPECT_EQ(list->at(3),
-              (Dictionary{{windowKey::number, Value(application.window(2))},
-                          {windowKey::ownerPID, Value(application.processIdentifier())},
-                          {windowKey::ownerName, Value(ownerName)},
-                          {windowKey::layer, Value(0)},
-                          {windowKey::bounds,
-                           Value(Dictionary{{boundsKey::x, Value(double(frame.x))},
-                                            {boundsKey::y, Value(double(frame.y))},
-                                            {boundsKey::width, Value(double(frame.width))},
-                                            {boundsKey::height, Value(double(frame.height))}})},
-                          {windowKey::isOnscreen, Value(true)},
-                          {windowKey::alpha, Value(1.0)},
-                          {windowKey::name, Value("Active")}}));
+    EXPECT_EQ(list->at(3), (WindowRecord{.number = application.window(2),
+                                         .ownerProcess = application.processIdentifier(),
+                                         .ownerName = ownerName,
+                                         .layer = 0,
+                                         .bounds = Rect{double(frame.x), double(frame.y),
+                                                        double(frame.width), double(frame.height)},
+                                         .isOnScreen = true,
+                                         .title = "Active",
+                                         .alpha = 1}));
 
     session_.move(application.window(2), 300, 310);
     EXPECT_TRUE(eventually([&] { return server_.onScreenWindows() != list; }));

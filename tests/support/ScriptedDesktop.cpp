@@ -341,22 +341,15 @@ std::shared_ptr<const WindowRecords> ScriptedDesktop::onScreenWindows() const {
     return records_;
 }
 
-Dictionary ScriptedDesktop::record(const Window &window) const {
-    const Rect bounds = window.overlay ? flipped(window.overlay->frame) : window.bounds;
-    Dictionary record{{windowKey::number, window.number},
-                      {windowKey::ownerPID, window.owner},
-                      {windowKey::ownerName, window.ownerName},
-                      {windowKey::layer, window.layer},
-                      {windowKey::bounds, Dictionary{{boundsKey::x, bounds.x},
-                                                     {boundsKey::y, bounds.y},
-                                                     {boundsKey::width, bounds.width},
-                                                     {boundsKey::height, bounds.height}}},
-                      {windowKey::isOnscreen, true},
-                      {windowKey::alpha, window.overlay ? window.overlay->alpha : 1.0}};
-    if (window.title) {
-        record.set(windowKey::name, *window.title);
-    }
-    return record;
+WindowRecord ScriptedDesktop::record(const Window &window) const {
+    return {.number = window.number,
+            .ownerProcess = window.owner,
+            .ownerName = window.ownerName,
+            .layer = window.layer,
+            .bounds = window.overlay ? flipped(window.overlay->frame) : window.bounds,
+            .isOnScreen = true,
+            .title = window.title,
+            .alpha = window.overlay ? window.overlay->alpha : 1.0};
 }
 
 void ScriptedDesktop::windowsChanged() {

@@ -288,7 +288,7 @@ class ScriptedDesktop final : private WindowServer,
     void orderOverlayOut(OverlayState &overlay);
     void windowsChanged();
     Rect flipped(const Rect &rect) const;
-    Dictionary record(const Window &window) const;
+    WindowRecord record(const Window &window) const;
 
     Log log_;
     std::vector<Screen> screens_;

@@ -3,10 +3,9 @@
 #include "platform/macos/logic/NativeNumber.h"
 #include "platform/macos/logic/OverrideClaims.h"
 #include "platform/macos/logic/TimerPolicy.h"
+#include "platform/macos/logic/WindowDictionary.h"
 #include "platform/macos/logic/WindowFlags.h"
 #include "platform/macos/logic/WindowOrder.h"
-#include "platform/macos/logic/WindowRecord.h"
-#include "windows/WindowDescriptor.h"
 
 #include <gmock/gmock.h>
 
@@ -63,56 +62,115 @@ TEST(NativeNumberTest, CastsKeepTheNumberOrRefuse) {
 }
 
 // A dictionary of the window server, with what it holds by key.
-class NativeWindow {
-  public:
-    std::map<std::string_view, Value> entries;
-    std::optional<std::map<std::string_view, Value>> bounds = std::map<std::string_view, Value>{};
+struct NativeWindow {
+    using Entries = std::map<std::string_view, Value>;
 
-    Dictionary record() const {
+    Entries entries = {{"kCGWindowNumber", 41},          {"kCGWindowOwnerPID", 7},
+                       {"kCGWindowOwnerName", "Editor"}, {"kCGWindowLayer", 0},
+                       {"kCGWindowIsOnscreen", true},    {"kCGWindowName", "Report"},
+                       {"kCGWindowAlpha", 1.0},          {"kCGWindowStoreType", 1}};
+    std::optional<Entries> bounds =
+        Entries{{"X", 10.0}, {"Y", 20.5}, {"Width", 300.0}, {"Height", 200.0}};
+
+    WindowRecord record() const {
         const FieldReader fields = [this](std::size_t field) {
-            return look(entries, windowFields.at(field).key);
+            return look(entries, windowKeys.at(field));
         };
         const FieldReader sides = [this](std::size_t field) {
-            return look(*bounds, boundsFields.at(field).key);
+            return look(*bounds, boundsKeys.at(field));
         };
         return windowRecord(fields, bounds ? &sides : nullptr);
     }
 
   private:
-    static std::optional<Value> look(const std::map<std::string_view, Value> &dictionary,
-                                     std::string_view key) {
+    static std::optional<Value> look(const Entries &dictionary, std::string_view key) {
         const auto found = dictionary.find(key);
         return found != dictionary.end() ? std::optional(found->second) : std::nullopt;
     }
 };
 
-TEST(WindowRecordTest, WhatTheServerKeepsAsOtherNumbersIsDescribedAllTheSame) {
+const WindowRecord described{.number = 41,
+                             .ownerProcess = 7,
+                             .ownerName = "Editor",
+                             .layer = 0,
+                             .bounds = Rect{10, 20.5, 300, 200},
+                             .isOnScreen = true,
+                             .title = "Report",
+                             .alpha = 1};
+
+TEST(WindowDictionaryTest, NumbersOfAnyTypeThatRepresentTheSameAreRead) {
+    EXPECT_EQ(NativeWindow().record(), described);
     NativeWindow window;
-    window.entries = {{windowKey::number, 41.0},        {windowKey::ownerPID, 7},
-                      {windowKey::ownerName, "Editor"}, {windowKey::layer, 0},
-                      {windowKey::isOnscreen, 1},       {windowKey::alpha, 1},
-                      {"kCGWindowStoreType", 1}};
-    window.bounds = {{boundsKey::x, 10}, {boundsKey::y, 20.5}, {boundsKey::width, 300}};
-    const auto record = window.record();
-    const auto described = WindowDescriptor::from(record, 0, std::nullopt);
-    ASSERT_TRUE(described);
-    EXPECT_EQ(described->windowID, 41U);
-    EXPECT_EQ(described->bounds, (Rect{10, 20.5, 300, 0}));
-    EXPECT_TRUE(described->isOnScreen);
-    EXPECT_EQ(described->name, std::nullopt);
-    EXPECT_EQ(record.find(windowKey::alpha)->real(), 1.0);
-    EXPECT_EQ(record.find("kCGWindowStoreType"), nullptr);
+    window.entries.at("kCGWindowNumber") = 41.0;
+    window.entries.at("kCGWindowLayer") = 0.0;
+    window.entries.at("kCGWindowIsOnscreen") = 1;
+    window.entries.at("kCGWindowAlpha") = true;
+    window.bounds->at("X") = 10;
+    EXPECT_EQ(window.record(), described);
 }
 
-TEST(WindowRecordTest, WhatIsIllTypedStaysSoAndWhatIsMissingMissing) {
-    NativeWindow window;
-    window.entries = {{windowKey::number, "41"}, {windowKey::layer, 2.5}};
-    EXPECT_EQ(window.record().find(windowKey::number)->unsigned32(), std::nullopt);
-    EXPECT_EQ(window.record().find(windowKey::layer)->integer(), std::nullopt);
-    EXPECT_EQ(window.record().find(windowKey::ownerPID), nullptr);
-    EXPECT_THAT(window.record().find(windowKey::bounds)->dictionary()->entries(), IsEmpty());
-    window.bounds.reset();
-    EXPECT_EQ(window.record().find(windowKey::bounds), nullptr);
+TEST(WindowDictionaryTest, AFactIsAbsentWhenItsEntryIsMissingOrOfAnotherType) {
+    struct Case {
+        std::string_view key;
+        std::optional<Value> value; // absent: the entry is
+        void (*change)(WindowRecord &);
+    };
+    const auto noNumber = [](WindowRecord &record) { record.number.reset(); };
+    const auto noOwner = [](WindowRecord &record) { record.ownerProcess.reset(); };
+    const auto noOwnerName = [](WindowRecord &record) { record.ownerName.reset(); };
+    const auto noFlag = [](WindowRecord &record) { record.isOnScreen.reset(); };
+    const auto noTitle = [](WindowRecord &record) { record.title.reset(); };
+    const auto invisible = [](WindowRecord &record) { record.alpha = 0; };
+    for (const auto &[key, value, change] : {
+             Case{"kCGWindowNumber", {}, noNumber},
+             Case{"kCGWindowNumber", "41", noNumber},
+             Case{"kCGWindowNumber", -1, noNumber},
+             Case{"kCGWindowNumber", std::int64_t{1} << 32, noNumber},
+             Case{"kCGWindowOwnerPID", {}, noOwner},
+             Case{"kCGWindowOwnerPID", std::int64_t{1} << 31, noOwner},
+             Case{"kCGWindowOwnerName", {}, noOwnerName},
+             Case{"kCGWindowOwnerName", 7, noOwnerName},
+             Case{"kCGWindowLayer", {}, [](WindowRecord &record) { record.layer.reset(); }},
+             Case{"kCGWindowLayer", 2.5,
+                  [](WindowRecord &record) {
+                      record.layer.reset();
+                      record.alpha = 0;
+                  }},
+             Case{"kCGWindowIsOnscreen", {}, noFlag},
+             Case{"kCGWindowIsOnscreen", 2, noFlag},
+             Case{"kCGWindowName", {}, noTitle},
+             Case{"kCGWindowName", 7, noTitle},
+             Case{"kCGWindowAlpha", {}, [](WindowRecord &) {}},
+             Case{"kCGWindowAlpha", "1", invisible},
+             Case{"kCGWindowAlpha", 0, invisible},
+         }) {
+        NativeWindow window;
+        window.entries.erase(key);
+        if (value) {
+            window.entries.emplace(key, *value);
+        }
+        auto expected = described;
+        change(expected);
+        EXPECT_EQ(window.record(), expected) << key;
+    }
+}
+
+TEST(WindowDictionaryTest, BoundsMayLackSidesButHoldNumbersOnly) {
+    struct Case {
+        std::optional<NativeWindow::Entries> bounds;
+        std::optional<Rect> expected;
+    };
+    for (const auto &[bounds, expected] : {
+             Case{{}, {}},
+             Case{NativeWindow::Entries{}, Rect{}},
+             Case{{{{"X", 10}, {"Y", 20}}}, Rect{10, 20, 0, 0}},
+             Case{{{{"X", 10}, {"Width", -4}, {"Depth", "1"}}}, Rect{6, 0, 4, 0}},
+             Case{{{{"X", "10"}, {"Y", 20}, {"Width", 300}, {"Height", 200}}}, {}},
+         }) {
+        NativeWindow window;
+        window.bounds = bounds;
+        EXPECT_EQ(window.record().bounds, expected);
+    }
 }
 
 class LayerDifferenceTest : public testing::Test {
@@ -190,7 +248,7 @@ WindowRecords fromFrontToBack(std::initializer_list<int> numbers) {
     WindowRecords records;
     for (const int number : numbers) {
         records.push_back(
-            {{windowKey::number, number}, {windowKey::layer, number >= 100 ? 25 : 0}});
+            {.number = static_cast<std::uint32_t>(number), .layer = number >= 100 ? 25 : 0});
     }
     return records;
 }

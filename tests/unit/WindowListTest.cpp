@@ -1,4 +1,5 @@
 #include "ScriptedDesktop.h"
+#include "windows/OrdinaryWindow.h"
 #include "windows/WindowListService.h"
 
 #include <gmock/gmock.h>
@@ -12,29 +13,14 @@ using test::ScriptedDesktop;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-Dictionary completeRecord(std::uint32_t number) {
-    return {{windowKey::number, number},
-            {windowKey::ownerPID, 100},
-            {windowKey::ownerName, "Editor"},
-            {windowKey::layer, 0},
-            {windowKey::bounds, Dictionary{{boundsKey::x, 10},
-                                           {boundsKey::y, 20.5},
-                                           {boundsKey::width, 300},
-                                           {boundsKey::height, 200}}},
-            {windowKey::isOnscreen, true},
-            {windowKey::name, "Report"}};
-}
-
-Dictionary recordWith(std::string_view key, Value value) {
-    Dictionary record = completeRecord(1);
-    record.set(key, std::move(value));
-    return record;
-}
-
-Dictionary recordWithout(std::string_view key) {
-    Dictionary record = completeRecord(1);
-    record.erase(key);
-    return record;
+WindowRecord completeRecord(std::uint32_t number) {
+    return {.number = number,
+            .ownerProcess = 100,
+            .ownerName = "Editor",
+            .layer = 0,
+            .bounds = Rect{10, 20.5, 300, 200},
+            .isOnScreen = true,
+            .title = "Report"};
 }
 
 RunningApplication application(std::int32_t process) {
@@ -57,7 +43,8 @@ TEST_F(WindowList, DescribesTheWindowsFrontToBackAsTheServerListsThem) {
     const auto front = desktop.openWindow(helper, {0, 0, 20, 10}, "", 25);
     const auto second = desktop.openWindow(editor, {1, 2, 3, 4});
 
-    const auto windows = service.allVisibleWindows();
+    const auto list = service.allVisibleWindows();
+    const auto &windows = *list;
     ASSERT_EQ(windows.size(), 4U);
     EXPECT_EQ(windows[0].windowID, front);
     EXPECT_EQ(windows[0].layer, 25);
@@ -83,53 +70,82 @@ TEST_F(WindowList, DescribesTheWindowsFrontToBackAsTheServerListsThem) {
 }
 
 TEST_F(WindowList, DropsWhatIsNotDescribedWellEnoughAndCountsItAllTheSame) {
-    const std::vector<std::pair<const char *, Dictionary>> bad = {
-        {"no number", recordWithout(windowKey::number)},
-        {"no owner name", recordWithout(windowKey::ownerName)},
-        {"no layer", recordWithout(windowKey::layer)},
-        {"no bounds", recordWithout(windowKey::bounds)},
-        {"no on-screen flag", recordWithout(windowKey::isOnscreen)},
-        {"a number too large", recordWith(windowKey::number, std::int64_t{1} << 32)},
-        {"a process too large", recordWith(windowKey::ownerPID, std::int64_t{1} << 31)},
-        {"a real layer", recordWith(windowKey::layer, 0.0)},
-        {"bounds of another kind", recordWith(windowKey::bounds, "0 0 1 1")},
-        {"a text among the bounds",
-         recordWith(windowKey::bounds, Dictionary{{boundsKey::x, "10"}, {boundsKey::y, 20}})},
-        {"a number as on-screen flag", recordWith(windowKey::isOnscreen, 1)},
+    const auto answerWith = [this](WindowRecords records) {
+        desktop.answerWindowListWith(std::make_shared<WindowRecords>(std::move(records)));
     };
-    for (const auto &[what, record] : bad) {
-        desktop.answerWindowListWith(std::make_shared<WindowRecords>(
-            WindowRecords{completeRecord(1), record, completeRecord(3)}));
+    const std::vector<std::pair<const char *, void (*)(WindowRecord &)>> losses = {
+        {"number", [](WindowRecord &record) { record.number.reset(); }},
+        {"owner", [](WindowRecord &record) { record.ownerProcess.reset(); }},
+        {"owner name", [](WindowRecord &record) { record.ownerName.reset(); }},
+        {"layer", [](WindowRecord &record) { record.layer.reset(); }},
+        {"bounds", [](WindowRecord &record) { record.bounds.reset(); }},
+        {"on-screen flag", [](WindowRecord &record) { record.isOnScreen.reset(); }},
+    };
+    for (const auto &[what, lose] : losses) {
+        auto record = completeRecord(2);
+        lose(record);
+        answerWith({completeRecord(1), record, completeRecord(3)});
         const auto windows = service.allVisibleWindows();
-        ASSERT_EQ(windows.size(), 2U) << what;
-        EXPECT_EQ(windows[1].zOrder, 2) << what;
+        ASSERT_EQ(windows->size(), 2U) << what;
+        EXPECT_EQ(windows->at(1).zOrder, 2) << what;
     }
+    auto untitled = completeRecord(1);
+    untitled.title.reset();
+    answerWith({untitled});
+    EXPECT_EQ(service.allVisibleWindows()->at(0).name, std::nullopt);
 
+    auto ownerless = completeRecord(1);
+    ownerless.ownerProcess.reset();
     desktop.applicationLookups = 0;
-    desktop.answerWindowListWith(
-        std::make_shared<WindowRecords>(WindowRecords{recordWithout(windowKey::ownerPID)}));
-    EXPECT_THAT(service.allVisibleWindows(), IsEmpty());
+    answerWith({ownerless});
+    EXPECT_THAT(*service.allVisibleWindows(), IsEmpty());
     EXPECT_THAT(service.windowIDs(application(100)), IsEmpty());
     EXPECT_EQ(desktop.applicationLookups, 0);
+    auto nameless = completeRecord(5);
+    nameless.ownerName.reset();
+    answerWith({nameless});
+    EXPECT_THAT(service.windowIDs(application(100)), ElementsAre(5)) << "the rest is not asked for";
 
     desktop.answerWindowListWith(nullptr);
-    EXPECT_THAT(service.allVisibleWindows(), IsEmpty());
+    EXPECT_THAT(*service.allVisibleWindows(), IsEmpty());
     EXPECT_THAT(service.windowIDs(application(100)), IsEmpty());
 }
 
-TEST_F(WindowList, ToleratesMissingSidesAndTitles) {
-    const auto described = [](const Dictionary &record) {
-        return WindowDescriptor::from(record, 0, std::nullopt).value();
+TEST_F(WindowList, KeepsItsListWhileNothingChangesAndFollowsTheApplications) {
+    auto record = completeRecord(1);
+    record.ownerProcess = desktop.launch("Terminal", std::nullopt) + 1;
+    desktop.answerWindowListWith(std::make_shared<WindowRecords>(WindowRecords{record}));
+    const auto first = service.allVisibleWindows();
+    EXPECT_EQ(first->at(0).bundleID, std::nullopt);
+    EXPECT_EQ(service.allVisibleWindows(), first);
+    ASSERT_EQ(desktop.launch("Editor", "org.example.Editor"), first->at(0).ownerPID);
+    EXPECT_EQ(service.allVisibleWindows()->at(0).bundleID, "org.example.Editor");
+    EXPECT_EQ(first->at(0).bundleID, std::nullopt) << "a list never changes";
+}
+
+TEST_F(WindowList, OrdinaryWindowsAreThoseThatCanBeSeenInTheirLayer) {
+    struct Case {
+        const char *what;
+        std::optional<std::int64_t> layer;
+        double alpha;
+        std::optional<Rect> bounds;
+        bool isOrdinary;
     };
-    const auto cornerOnly = described(
-        recordWith(windowKey::bounds, Dictionary{{boundsKey::x, 10}, {boundsKey::y, 20}}));
-    EXPECT_EQ(cornerOnly.bounds, (Rect{10, 20, 0, 0}));
-    EXPECT_EQ(cornerOnly.area, 0);
-    EXPECT_EQ(described(recordWith(windowKey::bounds, Dictionary{})).bounds, Rect{});
-    const auto backwards = described(recordWith(
-        windowKey::bounds, Dictionary{{boundsKey::x, 10}, {boundsKey::width, -4}, {"H", 1}}));
-    EXPECT_EQ(backwards.bounds, (Rect{6, 0, 4, 0}));
-    EXPECT_EQ(described(recordWith(windowKey::name, 7)).name, std::nullopt);
+    const Rect bounds{0, 0, 80, 80};
+    for (const auto &[what, layer, alpha, where, isOrdinary] : {
+             Case{"complete", 0, 1, bounds, true},
+             Case{"without a layer", {}, 1, bounds, true},
+             Case{"in another layer", 3, 1, bounds, false},
+             Case{"nearly transparent", 0, 0.01, bounds, true},
+             Case{"transparent", 0, 0, bounds, false},
+             Case{"without bounds", 0, 1, {}, false},
+             Case{"too low", 0, 1, Rect{0, 0, 80, 79}, false},
+         }) {
+        const WindowRecord record{
+            .ownerProcess = 7, .layer = layer, .bounds = where, .alpha = alpha};
+        EXPECT_EQ(ownerOfOrdinaryWindow(record, 80).has_value(), isOrdinary) << what;
+    }
+    EXPECT_EQ(ownerOfOrdinaryWindow({.bounds = bounds}, 80), std::nullopt);
 }
 
 TEST_F(WindowList, TellsSystemAndTransientWindowsByTheirWords) {

@@ -1,8 +1,8 @@
 #import "platform/macos/MacWindowServer.h"
 
 #import "platform/macos/NativeValues.h"
+#include "platform/macos/logic/WindowDictionary.h"
 #include "platform/macos/logic/WindowFlags.h"
-#include "platform/macos/logic/WindowRecord.h"
 
 #import <CoreGraphics/CoreGraphics.h>
 #import <Foundation/Foundation.h>
@@ -15,12 +15,12 @@ static_assert(windowListOption::excludeDesktopElements == kCGWindowListExcludeDe
 namespace {
 
 template <std::size_t Count>
-NSArray<NSString *> *nativeKeys(const std::array<RecordField, Count> &fields) {
-    NSMutableArray<NSString *> *keys = [NSMutableArray arrayWithCapacity:Count];
-    for (const auto &field : fields) {
-        [keys addObject:nativeString(field.key)];
+NSArray<NSString *> *nativeKeys(const std::array<std::string_view, Count> &keys) {
+    NSMutableArray<NSString *> *native = [NSMutableArray arrayWithCapacity:Count];
+    for (const auto key : keys) {
+        [native addObject:nativeString(key)];
     }
-    return keys;
+    return native;
 }
 
 FieldReader reader(NSDictionary<NSString *, id> *dictionary, NSArray<NSString *> *keys) {
@@ -29,15 +29,15 @@ FieldReader reader(NSDictionary<NSString *, id> *dictionary, NSArray<NSString *>
     };
 }
 
-Dictionary recordOf(NSDictionary<NSString *, id> *window) {
-    static NSArray<NSString *> *const windowKeys = nativeKeys(windowFields);
-    static NSArray<NSString *> *const boundsKeys = nativeKeys(boundsFields);
-    const auto fields = reader(window, windowKeys);
+WindowRecord recordOf(NSDictionary<NSString *, id> *window) {
+    static NSArray<NSString *> *const keysOfWindow = nativeKeys(windowKeys);
+    static NSArray<NSString *> *const keysOfBounds = nativeKeys(boundsKeys);
+    const auto fields = reader(window, keysOfWindow);
     id bounds = [window objectForKey:(__bridge NSString *)kCGWindowBounds];
     if (![bounds isKindOfClass:[NSDictionary class]]) {
         return windowRecord(fields, nullptr);
     }
-    const auto sides = reader(bounds, boundsKeys);
+    const auto sides = reader(bounds, keysOfBounds);
     return windowRecord(fields, &sides);
 }
 

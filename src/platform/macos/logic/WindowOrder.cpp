@@ -1,21 +1,10 @@
 #include "platform/macos/logic/WindowOrder.h"
 
 #include <algorithm>
-#include <optional>
 
 namespace lumo::macos {
 
 namespace {
-
-std::optional<std::uint32_t> numberOf(const Dictionary &record) {
-    const Value *value = record.find(windowKey::number);
-    return value != nullptr ? value->unsigned32() : std::nullopt;
-}
-
-bool isOrdinary(const Dictionary &record) {
-    const Value *layer = record.find(windowKey::layer);
-    return layer != nullptr && layer->integer() == 0;
-}
 
 using Position = WindowRecords::const_iterator;
 
@@ -23,11 +12,11 @@ using Position = WindowRecords::const_iterator;
 bool comesNext(Position position, Position end, const std::set<std::uint32_t> &overlays,
                std::uint32_t number) {
     for (; position != end; ++position) {
-        const auto found = numberOf(*position);
-        if (found == number) {
+        if (position->number == number) {
             return true;
         }
-        if (isOrdinary(*position) && !(found && overlays.contains(*found))) {
+        const bool isOverlay = position->number && overlays.contains(*position->number);
+        if (position->layer == 0 && !isOverlay) {
             return false;
         }
     }
@@ -38,7 +27,7 @@ bool comesNext(Position position, Position end, const std::set<std::uint32_t> &o
 
 bool liesBelow(const WindowRecords &records, const std::set<std::uint32_t> &overlays,
                std::uint32_t number, std::uint32_t target) {
-    const auto above = std::ranges::find(records, std::optional(target), numberOf);
+    const auto above = std::ranges::find(records, target, &WindowRecord::number);
     return above == records.end() || comesNext(above + 1, records.end(), overlays, number);
 }
 

@@ -104,27 +104,17 @@ bool X11WindowServer::isOnScreen(const MirrorWindow &window) const {
                        [&](const auto &screen) { return overlap(screen, window.geometry); });
 }
 
-Dictionary X11WindowServer::makeRecord(const MirrorWindow &window) const {
-    const auto bounds = screens_.pointSpace().windowBounds(window.visibleArea());
+WindowRecord X11WindowServer::makeRecord(const MirrorWindow &window) const {
     const auto *owner = workspace_.runningApplication(window.processIdentifier);
-    Dictionary record = {
-        {windowKey::number, Value(window.client)},
-        {windowKey::ownerPID, Value(window.processIdentifier)},
-        {windowKey::ownerName,
-         Value(owner != nullptr && owner->localizedName ? *owner->localizedName
-                                                        : window.className)},
-        {windowKey::layer, Value(layerOf(window))},
-        {windowKey::bounds, Value(Dictionary{{boundsKey::x, Value(bounds.x)},
-                                             {boundsKey::y, Value(bounds.y)},
-                                             {boundsKey::width, Value(bounds.width)},
-                                             {boundsKey::height, Value(bounds.height)}})},
-        {windowKey::isOnscreen, Value(true)},
-        {windowKey::alpha, Value(window.opacity)},
-    };
-    if (window.title) {
-        record.set(windowKey::name, Value(*window.title));
-    }
-    return record;
+    return {.number = window.client,
+            .ownerProcess = window.processIdentifier,
+            .ownerName =
+                owner != nullptr && owner->localizedName ? *owner->localizedName : window.className,
+            .layer = layerOf(window),
+            .bounds = screens_.pointSpace().windowBounds(window.visibleArea()),
+            .isOnScreen = true,
+            .title = window.title,
+            .alpha = window.opacity};
 }
 
 } // namespace lumo::x11

@@ -45,7 +45,7 @@ class X11WindowServer final : public WindowServer {
     bool isOnScreen(const MirrorWindow &window) const;
     WindowRecords makeRecords() const;
     std::vector<const MirrorWindow *> activeWindowAndOwners() const;
-    Dictionary makeRecord(const MirrorWindow &window) const;
+    WindowRecord makeRecord(const MirrorWindow &window) const;
 
     const WindowMirror &mirror_;
     const X11Screens &screens_;
