@@ -4,7 +4,6 @@
 #include "platform/MainLoop.h"
 #include "platform/Screens.h"
 #include "platform/Workspace.h"
-#include "ui/Accessibility.h"
 #include "ui/GuidedAccessView.h"
 #include "ui/HostedFrames.h"
 #include "ui/LumoStyle.h"
@@ -12,6 +11,7 @@
 #include "ui/PopoverWindow.h"
 #include "ui/ProgramIcon.h"
 #include "ui/ScreenPlaces.h"
+#include "ui/ScreenReaderSupport.h"
 #include "ui/SettingsView.h"
 #include "ui/Text.h"
 #include "ui/Theme.h"
@@ -83,7 +83,7 @@ class QtInterface::Toolkit final : private QAbstractNativeEventFilter {
     std::array<char *, 4> arguments_;
     int argumentCount_;
     QApplication application_;
-    Accessibility accessibility_;
+    ScreenReaderSupport screenReaderSupport_;
     ColorScheme toolkitScheme_;
     Handle appearanceChanges_;
 };

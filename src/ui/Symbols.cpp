@@ -8,6 +8,7 @@
 #include <cmath>
 #include <numbers>
 #include <string>
+#include <utility>
 
 namespace lumo {
 
@@ -193,73 +194,67 @@ Shape progressWheel() {
     return {.filled = {}, .stroked = wheel, .lineWidth = 2.1};
 }
 
+Shape backChevron() {
+    return {.filled = {}, .stroked = polyline({{15, 5}, {8, 12}, {15, 19}}), .lineWidth = 2.6};
+}
+
+Shape upAndDownChevrons() {
+    return {.filled = {},
+            .stroked = together({polyline({{7.5, 9.5}, {12, 5}, {16.5, 9.5}}),
+                                 polyline({{7.5, 14.5}, {12, 19}, {16.5, 14.5}})}),
+            .lineWidth = 2.2};
+}
+
+Shape magnifyingGlass() {
+    return {.filled = {},
+            .stroked = together({circle(10.5, 10.5, 6.6), polyline({{15.4, 15.4}, {20.6, 20.6}})}),
+            .lineWidth = 2.1};
+}
+
+Shape recordButton() {
+    return {.filled = circle(12, 12, 5), .stroked = circle(12, 12, 9)};
+}
+
+Shape checkMark() {
+    return {.filled = {},
+            .stroked = polyline({{4.8, 12.6}, {9.8, 17.6}, {19.4, 6.6}}),
+            .lineWidth = 2.6};
+}
+
+Shape plus() {
+    return {.filled = {},
+            .stroked =
+                together({polyline({{12, 4.5}, {12, 19.5}}), polyline({{4.5, 12}, {19.5, 12}})}),
+            .lineWidth = 2.2};
+}
+
 Shape shapeOf(std::string_view name) {
-    if (name == symbol::general) {
-        return gear();
+    static constexpr std::pair<std::string_view, Shape (*)()> shapes[] = {
+        {symbol::general, gear},
+        {symbol::appearance, halfFilledCircle},
+        {symbol::rules, list},
+        {symbol::shortcuts, keyboard},
+        {symbol::warning, warningTriangle},
+        {symbol::info, infoCircle},
+        {symbol::back, backChevron},
+        {symbol::openPicker, upAndDownChevrons},
+        {symbol::search, magnifyingGlass},
+        {symbol::record, recordButton},
+        {symbol::raisedHand, raisedHand},
+        {symbol::pointingHand, pointingHand},
+        {symbol::openLock, openLock},
+        {symbol::reload, clockwiseArrow},
+        {symbol::progress, progressWheel},
+        {symbol::check, checkMark},
+        {symbol::add, plus},
+        {symbol::remove, removeCircle},
+    };
+    const auto *const found =
+        std::ranges::find(shapes, name, &std::pair<std::string_view, Shape (*)()>::first);
+    if (found == std::end(shapes)) {
+        fatal("no symbol has the name " + std::string(name));
     }
-    if (name == symbol::appearance) {
-        return halfFilledCircle();
-    }
-    if (name == symbol::rules) {
-        return list();
-    }
-    if (name == symbol::shortcuts) {
-        return keyboard();
-    }
-    if (name == symbol::warning) {
-        return warningTriangle();
-    }
-    if (name == symbol::info) {
-        return infoCircle();
-    }
-    if (name == symbol::back) {
-        return {.filled = {}, .stroked = polyline({{15, 5}, {8, 12}, {15, 19}}), .lineWidth = 2.6};
-    }
-    if (name == symbol::openPicker) {
-        return {.filled = {},
-                .stroked = together({polyline({{7.5, 9.5}, {12, 5}, {16.5, 9.5}}),
-                                     polyline({{7.5, 14.5}, {12, 19}, {16.5, 14.5}})}),
-                .lineWidth = 2.2};
-    }
-    if (name == symbol::search) {
-        return {.filled = {},
-                .stroked =
-                    together({circle(10.5, 10.5, 6.6), polyline({{15.4, 15.4}, {20.6, 20.6}})}),
-                .lineWidth = 2.1};
-    }
-    if (name == symbol::record) {
-        return {.filled = circle(12, 12, 5), .stroked = circle(12, 12, 9)};
-    }
-    if (name == symbol::raisedHand) {
-        return raisedHand();
-    }
-    if (name == symbol::pointingHand) {
-        return pointingHand();
-    }
-    if (name == symbol::openLock) {
-        return openLock();
-    }
-    if (name == symbol::reload) {
-        return clockwiseArrow();
-    }
-    if (name == symbol::progress) {
-        return progressWheel();
-    }
-    if (name == symbol::check) {
-        return {.filled = {},
-                .stroked = polyline({{4.8, 12.6}, {9.8, 17.6}, {19.4, 6.6}}),
-                .lineWidth = 2.6};
-    }
-    if (name == symbol::add) {
-        return {.filled = {},
-                .stroked = together(
-                    {polyline({{12, 4.5}, {12, 19.5}}), polyline({{4.5, 12}, {19.5, 12}})}),
-                .lineWidth = 2.2};
-    }
-    if (name == symbol::remove) {
-        return removeCircle();
-    }
-    fatal("no symbol has the name " + std::string(name));
+    return found->second();
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-#include "ui/Accessibility.h"
+#include "ui/ScreenReaderSupport.h"
 
 #include "ui/PopoverWindow.h"
 #include "ui/SegmentedPicker.h"
@@ -84,11 +84,11 @@ QAccessibleInterface *accessibleControl(const QString & /*className*/, QObject *
 
 } // namespace
 
-Accessibility::Accessibility() {
+ScreenReaderSupport::ScreenReaderSupport() {
     QAccessible::installFactory(accessibleControl);
 }
 
-Accessibility::~Accessibility() {
+ScreenReaderSupport::~ScreenReaderSupport() {
     QAccessible::removeFactory(accessibleControl);
 }
 

@@ -23,7 +23,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
-TEST(Accessibility, EveryControlOfEveryPage) {
+TEST(ScreenReaderSupport, EveryControlOfEveryPage) {
     for (const auto &page : test::interfacePages()) {
         QApplication::setLayoutDirection(page.isMirrored ? Qt::RightToLeft : Qt::LeftToRight);
         test::InterfaceStage stage;
@@ -46,7 +46,7 @@ TEST(Accessibility, EveryControlOfEveryPage) {
     QApplication::setLayoutDirection(Qt::LeftToRight);
 }
 
-TEST(Accessibility, ShownWindowsAreFound) {
+TEST(ScreenReaderSupport, ShownWindowsAreFound) {
     auto &running = test::RunningInterface::instance();
     const auto *program = QAccessible::queryAccessibleInterface(QCoreApplication::instance());
     const auto windows = [&] {
