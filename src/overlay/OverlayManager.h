@@ -15,6 +15,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -30,7 +31,7 @@ class SettingsStore;
 //
 // One update goes: the desktop becomes a FocusContext, that a RenderPlan, that one RenderSnapshot
 // per display, and only a snapshot that differs from the last applied one changes what is drawn.
-// All per-display tables are keyed by display identifier, see displayID(). Times are seconds on the
+// What is kept for a display is found by its identifier, see displayID(). Times are seconds on the
 // main loop's clock. Main thread only.
 class OverlayManager {
   public:
@@ -121,39 +122,58 @@ class OverlayManager {
 
     // The snapshot rule, from its arguments alone: a change of the clear window has to be wanted
     // for the debounce time before it is applied, any other change is applied at once.
-    static RenderStep renderStep(const RenderSnapshot *last, const PendingRender *pending,
+    static RenderStep renderStep(const std::optional<RenderSnapshot> &last,
+                                 const std::optional<PendingRender> &pending,
                                  const RenderSnapshot &desired, double now);
 
     // The clear window for all displays together, from the context alone.
     static std::optional<WindowID> resolveGlobalReferenceWindow(const FocusContext &context);
 
   private:
+    // What is shown on one display, for as long as the display is connected and the effect on.
+    struct DisplayOverlay {
+        DisplayOverlay(const Platform &platform, const Screen &screen);
+
+        FullScreenOverlayWindow panel;
+        OverlayScreenView view; // draws on the panel
+        std::optional<RenderSnapshot> lastSnapshot;
+        std::optional<PendingRender> pendingRender;
+    };
+
+    // What outlives a display's overlay.
+    struct DisplayMemory {
+        // Survives a stop and the display itself.
+        std::optional<CoverLock> coverLock;
+        // Only keeps the same choice from being logged again. Survives a stop.
+        std::optional<WindowID> lastSelectedWindow;
+        // When the display's state was last logged. Survives the display.
+        double lastLogAt = 0;
+    };
+
     // Focus
     FocusContext buildFocusContext();
     bool isCandidate(const WindowDescriptor &window) const;
     std::optional<ProcessID> resolveEffectiveFrontPID(const FocusContext &context);
     std::optional<WindowID> resolveReferenceWindowForScreen(const Screen &screen,
                                                             const FocusContext &context);
-    std::optional<WindowID> resolveCoverReferenceWindowForScreen(const Screen &screen,
-                                                                 const FocusContext &context,
-                                                                 const std::string &coverBundleID,
-                                                                 double now) const;
+    std::optional<WindowID>
+    resolveCoverReferenceWindowForScreen(const Screen &screen, const FocusContext &context,
+                                         const std::string &coverBundleID,
+                                         const std::optional<CoverLock> &lock, double now) const;
 
     // Plan
     RenderPlan computeRenderPlan(const FocusContext &context);
     std::optional<WindowID> resolveAndLockCoverWindow(const Screen &screen,
                                                       const FocusContext &context,
                                                       const std::string &coverBundleID, double now);
-    void updateOverlay(const Screen &screen, FullScreenOverlayWindow &panel,
-                       OverlayScreenView &view, const ScreenPlan &plan, const FocusContext &context,
-                       double now);
+    void updateOverlay(const Screen &screen, DisplayOverlay &overlay, const ScreenPlan &plan,
+                       const FocusContext &context, double now);
     RenderSnapshot desiredSnapshot(const Screen &screen, const ScreenPlan &plan,
                                    const std::vector<Rect> &exclusionRects) const;
-    void showLiveBackdrop(DisplayID displayID, FullScreenOverlayWindow &panel,
-                          OverlayScreenView &view, std::optional<WindowID> referenceWindowID,
+    void showLiveBackdrop(DisplayID displayID, DisplayOverlay &overlay,
+                          std::optional<WindowID> referenceWindowID,
                           const std::vector<Rect> &exclusionRects, double now);
-    void applyHidden(DisplayID displayID, FullScreenOverlayWindow &panel, OverlayScreenView &view,
-                     double now);
+    void applyHidden(DisplayID displayID, DisplayOverlay &overlay, double now);
     // At most one line per display and 0.2 s.
     void logOverlayState(DisplayID displayID, double now, std::string_view message);
     // As the other, with the window, or "nil" without one, after the message.
@@ -172,8 +192,7 @@ class OverlayManager {
     void syncAndUpdate();
     void syncOverlaysToCurrentScreens();
     void removeStaleOverlays();
-    void fitOverlay(FullScreenOverlayWindow &panel, OverlayScreenView &view, const Screen &screen,
-                    int screenIndex);
+    void fitOverlay(DisplayOverlay &overlay, const Screen &screen, int screenIndex);
     void createOverlay(const Screen &screen, int screenIndex);
     void removeOverlays();
     void cleanup();
@@ -186,9 +205,8 @@ class OverlayManager {
     const Platform platform_;
     SettingsStore &settingsStore_;
     WindowListService windowService_;
-    // The views draw on the panels, so they come after them and go before them.
-    std::map<DisplayID, FullScreenOverlayWindow> overlayPanels_;
-    std::map<DisplayID, OverlayScreenView> screenViews_;
+    std::map<DisplayID, DisplayOverlay> overlays_;
+    std::map<DisplayID, DisplayMemory> displayMemories_;
     std::set<WindowID> overlayWindowIDs_;
     Published<bool> isShowing_{false};
     Handle timer_;
@@ -197,13 +215,7 @@ class OverlayManager {
     std::optional<ProcessID> lastResolvedFrontPID_;
     // Until then every display stays on its live backdrop.
     double transitionUntil_ = 0;
-    std::map<DisplayID, RenderSnapshot> lastRenderSnapshotByDisplayID_;
-    std::map<DisplayID, PendingRender> pendingRenderByDisplayID_;
-    // Only keeps the same choice from being logged again.
-    std::map<DisplayID, WindowID> lastSelectedWindowByDisplayID_;
-    std::map<DisplayID, double> lastOverlayLogAtByDisplayID_;
     double lastCoverBringForwardAt_ = 0;
-    std::map<DisplayID, CoverLock> coverLockByDisplayID_;
     // The last value that the system's preferences decided.
     std::optional<bool> lastKnownStageManagerEnabled_;
     Lifetime lifetime_;

@@ -92,16 +92,16 @@ OverlayManager::resolveGlobalReferenceWindow(const FocusContext &context) {
 std::optional<OverlayManager::WindowID>
 OverlayManager::resolveReferenceWindowForScreen(const Screen &screen, const FocusContext &context) {
     const DisplayID display = displayID(screen);
+    auto &last = displayMemories_[display].lastSelectedWindow;
     const auto choice = frontmostWindowOnScreen(context.windows, screen.frame,
                                                 highestScreenEdge(platform_.screens.screens()));
     if (!choice) {
-        lastSelectedWindowByDisplayID_.erase(display);
+        last.reset();
         return std::nullopt;
     }
     const WindowID chosen = choice->window->windowID;
-    const auto [last, isNew] = lastSelectedWindowByDisplayID_.try_emplace(display, chosen);
-    if (isNew || last->second != chosen) {
-        last->second = chosen;
+    if (last != chosen) {
+        last = chosen;
         platform_.log.print(selectionLine(display, *choice));
     }
     return chosen;
@@ -109,10 +109,9 @@ OverlayManager::resolveReferenceWindowForScreen(const Screen &screen, const Focu
 
 std::optional<OverlayManager::WindowID> OverlayManager::resolveCoverReferenceWindowForScreen(
     const Screen &screen, const FocusContext &context, const std::string &coverBundleID,
-    double now) const {
-    const auto lock = coverLockByDisplayID_.find(displayID(screen));
-    if (lock != coverLockByDisplayID_.end() && now < lock->second.until) {
-        const WindowID locked = lock->second.windowID;
+    const std::optional<CoverLock> &lock, double now) const {
+    if (lock && now < lock->until) {
+        const WindowID locked = lock->windowID;
         // Wherever the window is by now: a lock holds also when it was moved to another display.
         const bool isStillThere =
             std::ranges::any_of(context.windows, [&](const WindowDescriptor *window) {

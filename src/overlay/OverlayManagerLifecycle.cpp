@@ -28,6 +28,11 @@ bool hasDisplay(const std::vector<Screen> &screens, std::uint32_t display) {
 
 } // namespace
 
+OverlayManager::DisplayOverlay::DisplayOverlay(const Platform &platform, const Screen &screen)
+    : panel(platform.overlayWindows, screen.frame)
+    , view(contentBounds(screen), panel.platformWindow(), platform) {
+}
+
 OverlayManager::OverlayManager(const Platform &platform, SettingsStore &settingsStore)
     : platform_(platform)
     , settingsStore_(settingsStore)
@@ -65,14 +70,14 @@ void OverlayManager::stopShowing() {
 }
 
 void OverlayManager::peek() {
-    for (auto &[display, panel] : overlayPanels_) {
-        panel.setAlphaValue(0);
+    for (auto &[display, overlay] : overlays_) {
+        overlay.panel.setAlphaValue(0);
     }
 }
 
 void OverlayManager::endPeek() {
-    for (auto &[display, panel] : overlayPanels_) {
-        panel.setAlphaValue(1);
+    for (auto &[display, overlay] : overlays_) {
+        overlay.panel.setAlphaValue(1);
     }
 }
 
@@ -111,17 +116,12 @@ void OverlayManager::extendTransition(double seconds) {
 }
 
 void OverlayManager::createOverlay(const Screen &screen, int screenIndex) {
-    FullScreenOverlayWindow panel(platform_.overlayWindows, screen.frame);
     const DisplayID display = displayID(screen);
-    overlayWindowIDs_.insert(panel.windowNumber());
-    screenViews_.erase(display);
-    overlayPanels_.erase(display);
-    auto &stored = overlayPanels_.try_emplace(display, std::move(panel)).first->second;
-    auto &view =
-        screenViews_.try_emplace(display, contentBounds(screen), stored.platformWindow(), platform_)
-            .first->second;
-    view.setScreenIdx(screenIndex);
-    stored.orderFront();
+    overlays_.erase(display);
+    auto &overlay = overlays_.try_emplace(display, platform_, screen).first->second;
+    overlayWindowIDs_.insert(overlay.panel.windowNumber());
+    overlay.view.setScreenIdx(screenIndex);
+    overlay.panel.orderFront();
 }
 
 void OverlayManager::syncOverlaysToCurrentScreens() {
@@ -130,10 +130,9 @@ void OverlayManager::syncOverlaysToCurrentScreens() {
     removeStaleOverlays();
     int screenIndex = 0;
     for (const auto &screen : screens) {
-        const auto panel = overlayPanels_.find(displayID(screen));
-        const auto view = screenViews_.find(displayID(screen));
-        if (panel != overlayPanels_.end() && view != screenViews_.end()) {
-            fitOverlay(panel->second, view->second, screen, screenIndex);
+        const auto overlay = overlays_.find(displayID(screen));
+        if (overlay != overlays_.end()) {
+            fitOverlay(overlay->second, screen, screenIndex);
         } else {
             createOverlay(screen, screenIndex);
         }
@@ -143,43 +142,34 @@ void OverlayManager::syncOverlaysToCurrentScreens() {
 
 void OverlayManager::removeStaleOverlays() {
     const auto &screens = platform_.screens.screens();
-    for (auto panel = overlayPanels_.begin(); panel != overlayPanels_.end();) {
-        const DisplayID display = panel->first;
+    std::erase_if(overlays_, [&](const auto &entry) {
+        const auto &[display, overlay] = entry;
         if (hasDisplay(screens, display)) {
-            ++panel;
-            continue;
+            return false;
         }
-        overlayWindowIDs_.erase(panel->second.windowNumber());
-        panel->second.orderOut();
-        screenViews_.erase(display);
-        panel = overlayPanels_.erase(panel);
-        lastRenderSnapshotByDisplayID_.erase(display);
-        pendingRenderByDisplayID_.erase(display);
-        lastSelectedWindowByDisplayID_.erase(display);
-    }
+        overlayWindowIDs_.erase(overlay.panel.windowNumber());
+        displayMemories_[display].lastSelectedWindow.reset();
+        return true;
+    });
 }
 
-void OverlayManager::fitOverlay(FullScreenOverlayWindow &panel, OverlayScreenView &view,
-                                const Screen &screen, int screenIndex) {
-    if (panel.frame() != screen.frame) {
-        panel.setFrame(screen.frame);
-        lastRenderSnapshotByDisplayID_.erase(displayID(screen));
-        pendingRenderByDisplayID_.erase(displayID(screen));
+void OverlayManager::fitOverlay(DisplayOverlay &overlay, const Screen &screen, int screenIndex) {
+    if (overlay.panel.frame() != screen.frame) {
+        overlay.panel.setFrame(screen.frame);
+        overlay.lastSnapshot.reset();
+        overlay.pendingRender.reset();
         extendTransition(resizeTransitionDuration);
     }
-    view.setFrame(contentBounds(screen));
-    view.setScreenIdx(screenIndex);
+    overlay.view.setFrame(contentBounds(screen));
+    overlay.view.setScreenIdx(screenIndex);
 }
 
 void OverlayManager::removeOverlays() {
-    for (auto &[display, panel] : overlayPanels_) {
-        panel.orderOut();
-    }
-    screenViews_.clear();
-    overlayPanels_.clear();
+    overlays_.clear();
     overlayWindowIDs_.clear();
-    lastRenderSnapshotByDisplayID_.clear();
-    lastOverlayLogAtByDisplayID_.clear();
+    for (auto &[display, memory] : displayMemories_) {
+        memory.lastLogAt = 0;
+    }
 }
 
 void OverlayManager::cleanup() {

@@ -14,19 +14,23 @@ namespace {
 constexpr double focusDebounceDuration = 0.08;
 constexpr double logInterval = 0.2;
 
-// The entry of a table, or null.
-template <class Key, class Entry>
-const Entry *entryOf(const std::map<Key, Entry> &table, Key key) {
-    const auto found = table.find(key);
-    return found == table.end() ? nullptr : &found->second;
-}
-
 void requireDistinctDisplayIDs(const std::vector<Screen> &screens) {
     for (auto screen = screens.begin(); screen != screens.end(); ++screen) {
         if (std::ranges::count(screens.begin(), screen, displayID(*screen), displayID) > 0) {
             fatal("Duplicate values for key: '" + std::to_string(displayID(*screen)) + "'");
         }
     }
+}
+
+// A transition shows the live backdrop whatever is planned.
+OverlayManager::ScreenPlan effectivePlan(OverlayManager::ScreenPlan plan, bool isInTransition) {
+    using enum OverlayManager::ScreenRenderCommand;
+    if (isInTransition) {
+        plan.command = liveBackdrop;
+    } else if (plan.command != liveBackdrop) {
+        plan.referenceWindowID.reset();
+    }
+    return plan;
 }
 
 } // namespace
@@ -54,7 +58,7 @@ OverlayManager::RenderPlan OverlayManager::computeRenderPlan(const FocusContext 
             reference = resolveAndLockCoverWindow(screen, context, *coverBundleID, now);
             matchedCoverWindow = matchedCoverWindow || reference;
         } else {
-            coverLockByDisplayID_.erase(display);
+            displayMemories_[display].coverLock.reset();
             reference =
                 isGlobal ? globalReference : resolveReferenceWindowForScreen(screen, context);
         }
@@ -67,13 +71,13 @@ OverlayManager::RenderPlan OverlayManager::computeRenderPlan(const FocusContext 
 std::optional<OverlayManager::WindowID>
 OverlayManager::resolveAndLockCoverWindow(const Screen &screen, const FocusContext &context,
                                           const std::string &coverBundleID, double now) {
+    auto &lock = displayMemories_[displayID(screen)].coverLock;
     const auto reference =
-        resolveCoverReferenceWindowForScreen(screen, context, coverBundleID, now);
+        resolveCoverReferenceWindowForScreen(screen, context, coverBundleID, lock, now);
     if (reference) {
-        const double until = now + settingsStore_.coverWindowLockDuration.value();
-        coverLockByDisplayID_.insert_or_assign(displayID(screen), CoverLock{*reference, until});
+        lock = CoverLock{*reference, now + settingsStore_.coverWindowLockDuration.value()};
     } else {
-        coverLockByDisplayID_.erase(displayID(screen));
+        lock.reset();
     }
     return reference;
 }
@@ -89,20 +93,18 @@ void OverlayManager::updateAllOverlays() {
     const auto &screens = platform_.screens.screens();
     requireDistinctDisplayIDs(screens);
     const double now = platform_.mainLoop.now();
-    for (auto &[display, view] : screenViews_) {
-        const auto panel = overlayPanels_.find(display);
+    for (auto &[display, overlay] : overlays_) {
         const auto screen = std::ranges::find(screens, display, displayID);
-        if (panel == overlayPanels_.end() || screen == screens.end()) {
-            continue;
+        if (screen != screens.end()) {
+            const auto planned = plan.find(display);
+            updateOverlay(*screen, overlay, planned != plan.end() ? planned->second : ScreenPlan{},
+                          context, now);
         }
-        const ScreenPlan *planned = entryOf(plan, display);
-        updateOverlay(*screen, panel->second, view, planned ? *planned : ScreenPlan{}, context,
-                      now);
     }
 }
 
-OverlayManager::RenderStep OverlayManager::renderStep(const RenderSnapshot *last,
-                                                      const PendingRender *pending,
+OverlayManager::RenderStep OverlayManager::renderStep(const std::optional<RenderSnapshot> &last,
+                                                      const std::optional<PendingRender> &pending,
                                                       const RenderSnapshot &desired, double now) {
     if (last && *last == desired) {
         return RenderStep::unchanged;
@@ -117,32 +119,26 @@ OverlayManager::RenderStep OverlayManager::renderStep(const RenderSnapshot *last
                                                               : RenderStep::apply;
 }
 
-void OverlayManager::updateOverlay(const Screen &screen, FullScreenOverlayWindow &panel,
-                                   OverlayScreenView &view, const ScreenPlan &plan,
-                                   const FocusContext &context, double now) {
+void OverlayManager::updateOverlay(const Screen &screen, DisplayOverlay &overlay,
+                                   const ScreenPlan &plan, const FocusContext &context,
+                                   double now) {
     const DisplayID display = displayID(screen);
-    ScreenPlan effective = plan;
-    if (now < transitionUntil_) {
-        effective.command = ScreenRenderCommand::liveBackdrop;
-    } else if (plan.command != ScreenRenderCommand::liveBackdrop) {
-        effective.referenceWindowID.reset();
-    }
+    const ScreenPlan effective = effectivePlan(plan, now < transitionUntil_);
     const bool isLive = effective.command == ScreenRenderCommand::liveBackdrop;
     const auto exclusionRects = stageManagerExclusionRects(screen, context);
     RenderSnapshot desired = desiredSnapshot(screen, effective, exclusionRects);
     const auto &reference = effective.referenceWindowID;
 
-    switch (renderStep(entryOf(lastRenderSnapshotByDisplayID_, display),
-                       entryOf(pendingRenderByDisplayID_, display), desired, now)) {
+    switch (renderStep(overlay.lastSnapshot, overlay.pendingRender, desired, now)) {
     case RenderStep::unchanged:
-        pendingRenderByDisplayID_.erase(display);
+        overlay.pendingRender.reset();
         logOverlayState(display, now, "snapshot==desired ref=", reference);
         if (isLive) {
-            showLiveBackdrop(display, panel, view, reference, exclusionRects, now);
+            showLiveBackdrop(display, overlay, reference, exclusionRects, now);
         }
         return;
     case RenderStep::startDebounce:
-        pendingRenderByDisplayID_.insert_or_assign(display, PendingRender{desired, now});
+        overlay.pendingRender = PendingRender{std::move(desired), now};
         logOverlayState(display, now, "debounce start");
         return;
     case RenderStep::holdDebounce:
@@ -152,13 +148,13 @@ void OverlayManager::updateOverlay(const Screen &screen, FullScreenOverlayWindow
         break;
     }
     if (isLive) {
-        showLiveBackdrop(display, panel, view, reference, exclusionRects, now);
+        showLiveBackdrop(display, overlay, reference, exclusionRects, now);
         logOverlayState(display, now, "apply liveBackdrop ref=", reference);
     } else {
-        applyHidden(display, panel, view, now);
+        applyHidden(display, overlay, now);
     }
-    lastRenderSnapshotByDisplayID_.insert_or_assign(display, std::move(desired));
-    pendingRenderByDisplayID_.erase(display);
+    overlay.lastSnapshot = std::move(desired);
+    overlay.pendingRender.reset();
 }
 
 OverlayManager::RenderSnapshot
@@ -174,16 +170,16 @@ OverlayManager::desiredSnapshot(const Screen &screen, const ScreenPlan &plan,
             .blurFreeMode = settingsStore_.blurFreeMode.value()};
 }
 
-void OverlayManager::showLiveBackdrop(DisplayID displayID, FullScreenOverlayWindow &panel,
-                                      OverlayScreenView &view,
+void OverlayManager::showLiveBackdrop(DisplayID displayID, DisplayOverlay &overlay,
                                       std::optional<WindowID> referenceWindowID,
                                       const std::vector<Rect> &exclusionRects, double now) {
-    panel.orderBelowClearWindow(referenceWindowID);
+    overlay.panel.orderBelowClearWindow(referenceWindowID);
     logOverlayState(displayID, now, "display-order stable ref=", referenceWindowID);
 
     const EffectMode mode = settingsStore_.effectMode.value();
     const double intensity = settingsStore_.effectIntensity.value();
     const bool blurFreeMode = settingsStore_.blurFreeMode.value();
+    auto &view = overlay.view;
     view.setAlphaValue(1);
     view.materialPipeline().setBlurEnabled(mode == EffectMode::softBlur && !blurFreeMode);
     view.materialPipeline().update(intensity);
@@ -193,8 +189,8 @@ void OverlayManager::showLiveBackdrop(DisplayID displayID, FullScreenOverlayWind
     view.debugLog("mode=liveBackdrop");
 }
 
-void OverlayManager::applyHidden(DisplayID displayID, FullScreenOverlayWindow &panel,
-                                 OverlayScreenView &view, double now) {
+void OverlayManager::applyHidden(DisplayID displayID, DisplayOverlay &overlay, double now) {
+    auto &view = overlay.view;
     view.setAlphaValue(0);
     // So that a display that is shown again starts with its blur layers visible.
     view.materialPipeline().setBlurEnabled(true);
@@ -202,8 +198,8 @@ void OverlayManager::applyHidden(DisplayID displayID, FullScreenOverlayWindow &p
     view.removeMask();
     view.display();
     view.debugLog("mode=hidden");
-    lastSelectedWindowByDisplayID_.erase(displayID);
-    panel.orderOut();
+    displayMemories_[displayID].lastSelectedWindow.reset();
+    overlay.panel.orderOut();
     logOverlayState(displayID, now, "apply hidden");
 }
 
@@ -223,11 +219,11 @@ void OverlayManager::logOverlayState(DisplayID displayID, double now, std::strin
 }
 
 bool OverlayManager::takeLogTurn(DisplayID displayID, double now) {
-    const double *last = entryOf(lastOverlayLogAtByDisplayID_, displayID);
-    if (now - (last ? *last : 0) < logInterval) {
+    auto &last = displayMemories_[displayID].lastLogAt;
+    if (now - last < logInterval) {
         return false;
     }
-    lastOverlayLogAtByDisplayID_[displayID] = now;
+    last = now;
     return true;
 }
 
