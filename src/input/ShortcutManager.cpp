@@ -4,6 +4,7 @@
 #include "settings/SettingsStore.h"
 #include "support/Invariant.h"
 #include "support/Log.h"
+#include "support/Utf8.h"
 
 #include <algorithm>
 #include <limits>
@@ -37,8 +38,8 @@ const std::array<ShortcutManager::Shortcut, 3> ShortcutManager::Shortcut::all = 
 
 std::uint32_t fourCC(std::string_view text) {
     std::uint32_t code = 0;
-    for (const char character : text.substr(0, 4)) {
-        code = (code << 8U) | static_cast<unsigned char>(character);
+    for (int count = 0; count < 4 && !text.empty(); ++count) {
+        code = (code << 8U) | takeCodePoint(text);
     }
     return code;
 }

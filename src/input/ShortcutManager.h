@@ -21,7 +21,9 @@ class SettingsStore;
 
 enum class ShortcutEvent { toggle, peek, setCoverFromFrontmost };
 
-// The first four characters packed into one number, the first in the top byte; 0 for an empty text.
+// The first four code points of a UTF-8 text packed into one number: each is combined with those
+// before it, shifted by eight bits. So four ASCII characters take a byte each, the first the top
+// one. 0 for an empty text.
 std::uint32_t fourCC(std::string_view text);
 
 // The hot-key service's modifier bits for a shortcut modifier mask. Unknown bits are dropped.

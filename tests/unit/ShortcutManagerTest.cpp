@@ -132,6 +132,8 @@ TEST(ShortcutConversions, SignaturesAndModifiers) {
     EXPECT_EQ(fourCC("LUMT"), 0x4C554D54U);
     EXPECT_EQ(fourCC(""), 0U);
     EXPECT_EQ(fourCC("LUMTX"), fourCC("LUMT"));
+    EXPECT_EQ(fourCC("L\u00DCMT"), 0x4CDC4D54U);
+    EXPECT_EQ(fourCC("\u20ACTX\U0001F512Y"), 0xAC55FD12U);
     EXPECT_EQ(carbonFlags(0x1E00), 0x1B00U);
     EXPECT_EQ(carbonFlags(0x400), 0x100U);
     EXPECT_EQ(carbonFlags(0xE1FF), 0U);
