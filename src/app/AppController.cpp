@@ -131,16 +131,16 @@ void AppController::registerEmergencyHotKey() {
     const HotKeyID id{fourCC("LUME"), 9};
     emergencyHotKeyHandler_ =
         platform_.hotKeyService.installEventHandler([this, id](const HotKeyEvent &event) {
-            if (event.id == id && event.kind == hotKeyEventKind::pressed) {
+            if (event.id == id && event.kind == HotKeyEventKind::pressed) {
                 platform_.mainLoop.post(lifetime_.guard([this] { emergencyStop(); }));
             }
         });
     auto registration = platform_.hotKeyService.registerHotKey(
         keyD, hotKeyModifier::control | hotKeyModifier::option | hotKeyModifier::command, id);
     emergencyHotKey_ = std::move(registration.handle);
-    if (registration.status != hotKeyStatus::success) {
-        platform_.log.print("[Lumo] Emergency stop hotkey registration failed, status=" +
-                            std::to_string(registration.status));
+    if (registration.status != HotKeyStatus::success) {
+        platform_.log.print("[Lumo] Emergency stop hotkey registration failed, " +
+                            describe(registration.status));
     }
 }
 

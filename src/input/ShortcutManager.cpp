@@ -44,9 +44,9 @@ std::uint32_t fourCC(std::string_view text) {
     return code;
 }
 
-std::uint32_t carbonFlags(std::int64_t modifiers) {
-    const auto flag = [modifiers](std::int64_t bit, std::uint32_t carbonBit) {
-        return (modifiers & bit) != 0 ? carbonBit : 0U;
+std::uint32_t hotKeyModifiers(std::int64_t modifiers) {
+    const auto flag = [modifiers](std::int64_t bit, std::uint32_t hotKeyBit) {
+        return (modifiers & bit) != 0 ? hotKeyBit : 0U;
     };
     return flag(shortcutModifier::command, hotKeyModifier::command) |
            flag(shortcutModifier::option, hotKeyModifier::option) |
@@ -117,10 +117,10 @@ void ShortcutManager::registerHotKey(const Shortcut &shortcut,
     require(key >= 0 && key <= std::numeric_limits<std::uint32_t>::max(),
             "a shortcut's key code must be an unsigned 32-bit number, not " + std::to_string(key));
     auto registration =
-        hotKeyService_.registerHotKey(static_cast<std::uint32_t>(key), carbonFlags(modifiers),
+        hotKeyService_.registerHotKey(static_cast<std::uint32_t>(key), hotKeyModifiers(modifiers),
                                       {fourCC(shortcut.signature), shortcut.number});
-    if (registration.status != hotKeyStatus::success) {
-        log_.print(prefix + "register failed, status=" + std::to_string(registration.status));
+    if (registration.status != HotKeyStatus::success) {
+        log_.print(prefix + "register failed, " + describe(registration.status));
         return;
     }
     hotKey(shortcut.event).registration = std::move(registration.handle);
@@ -154,10 +154,8 @@ void ShortcutManager::handleHotKeyEvent(const HotKeyEvent &event) {
         return;
     }
     auto &isDown = hotKey(shortcut->event).isDown;
-    if (event.kind == hotKeyEventKind::released) {
-        isDown = false;
-    } else if (event.kind == hotKeyEventKind::pressed && !isDown) {
-        isDown = true;
+    const bool wasDown = std::exchange(isDown, event.kind == HotKeyEventKind::pressed);
+    if (isDown && !wasDown) {
         emit(shortcut->event);
     }
 }

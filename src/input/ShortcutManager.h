@@ -27,7 +27,7 @@ enum class ShortcutEvent { toggle, peek, setCoverFromFrontmost };
 std::uint32_t fourCC(std::string_view text);
 
 // The hot-key service's modifier bits for a shortcut modifier mask. Unknown bits are dropped.
-std::uint32_t carbonFlags(std::int64_t modifiers);
+std::uint32_t hotKeyModifiers(std::int64_t modifiers);
 
 // Registers the global shortcuts that the settings describe and turns their presses into events,
 // one for each physical press. Main thread only, but for the service's handler, which hands its

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <string>
 
 namespace lumo {
 
@@ -16,17 +17,20 @@ inline constexpr std::uint32_t option = 0x800;
 inline constexpr std::uint32_t control = 0x1000;
 } // namespace hotKeyModifier
 
-// The kinds of hot-key events.
-namespace hotKeyEventKind {
-inline constexpr std::uint32_t pressed = 5;
-inline constexpr std::uint32_t released = 6;
-} // namespace hotKeyEventKind
+enum class HotKeyEventKind { pressed, released };
 
-namespace hotKeyStatus {
-inline constexpr std::int32_t success = 0;
-inline constexpr std::int32_t invalidParameter = -50; // a key or modifier that this keyboard lacks
-inline constexpr std::int32_t alreadyTaken = -9878;   // by another program
-} // namespace hotKeyStatus
+// The outcome of a registration, by the number under which it is logged. A system may have further
+// ones, which stand for other failures.
+enum class HotKeyStatus : std::int32_t {
+    success = 0,
+    invalidParameter = -50, // a key or modifier that this keyboard lacks
+    alreadyTaken = -9878,   // by another program
+};
+
+// As "status=" and the number, for log lines.
+inline std::string describe(HotKeyStatus status) {
+    return "status=" + std::to_string(static_cast<std::int32_t>(status));
+}
 
 // What identifies a hot key in its events: four characters, the first in the top byte, and a
 // number.
@@ -39,13 +43,12 @@ struct HotKeyID {
 
 struct HotKeyEvent {
     std::optional<HotKeyID> id; // absent when it can't be read
-    std::uint32_t kind = 0;
+    HotKeyEventKind kind = HotKeyEventKind::pressed;
 };
 
-// The outcome of a registration: on success, a handle that unregisters the hot key again.
 struct HotKeyRegistration {
-    std::int32_t status = hotKeyStatus::success;
-    Handle handle;
+    HotKeyStatus status = HotKeyStatus::success;
+    Handle handle; // unregisters the hot key; empty unless the registration succeeded
 };
 
 // Key combinations that reach this program whichever application is frontmost.

@@ -110,7 +110,7 @@ class HotKeysTest : public InputTest {
   protected:
     HotKeysTest()
         : handler_(hotKeys_.installEventHandler([this](const HotKeyEvent &event) {
-            events_.push_back((event.kind == hotKeyEventKind::pressed ? "+" : "-") +
+            events_.push_back((event.kind == HotKeyEventKind::pressed ? "+" : "-") +
                               std::to_string(event.id->number));
         })) {}
 
@@ -209,12 +209,12 @@ TEST_F(HotKeysTest, KeyHeldAtRegistrationCountsFromItsNextPress) {
 
 TEST_F(HotKeysTest, KeyOfAnotherProgramIsRefused) {
     ASSERT_TRUE(grabKeyAsOther(49, XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_LOCK));
-    EXPECT_EQ(add(49, hotKeyModifier::control, 1).status, hotKeyStatus::alreadyTaken);
+    EXPECT_EQ(add(49, hotKeyModifier::control, 1).status, HotKeyStatus::alreadyTaken);
     catchUp();
     EXPECT_TRUE(grabKeyAsOther(49, XCB_MOD_MASK_CONTROL)) << "a grab was kept";
-    EXPECT_EQ(add(500, 0, 1).status, hotKeyStatus::invalidParameter);
+    EXPECT_EQ(add(500, 0, 1).status, HotKeyStatus::invalidParameter);
     const auto peek = add(48, commandOption, 2);
-    EXPECT_EQ(peek.status, hotKeyStatus::success);
+    EXPECT_EQ(peek.status, HotKeyStatus::success);
     EXPECT_FALSE(grabKeyAsOther(48, XCB_MOD_MASK_1 | superMask));
     press({Key::option, Key::command, Key::tab});
     EXPECT_THAT(take(), ElementsAre("+2", "-2"));
@@ -487,7 +487,7 @@ TEST_F(ToolkitTest, AGrabOfItsOwnMakesKeysLocal) {
     const auto hotKey = hotKeys_.registerHotKey(49, hotKeyModifier::control, {0, 1});
     int hotKeyPresses = 0;
     const auto handler = hotKeys_.installEventHandler([&](const HotKeyEvent &event) {
-        hotKeyPresses += event.kind == hotKeyEventKind::pressed ? 1 : 0;
+        hotKeyPresses += event.kind == HotKeyEventKind::pressed ? 1 : 0;
     });
     const auto window = openOwnWindow();
     const auto grab = [&] {

@@ -557,10 +557,10 @@ Handle ScriptedDesktop::installEventHandler(std::function<void(const HotKeyEvent
 HotKeyRegistration ScriptedDesktop::registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
                                                    HotKeyID id) {
     if (std::ranges::find(keyCodesTakenByOthers, keyCode) != keyCodesTakenByOthers.end()) {
-        return {hotKeyStatus::alreadyTaken, {}};
+        return {HotKeyStatus::alreadyTaken, {}};
     }
     hotKeys_.push_back({keyCode, modifiers, id});
-    return {hotKeyStatus::success, Handle([this, id] {
+    return {HotKeyStatus::success, Handle([this, id] {
                 std::erase_if(hotKeys_, [id](const HotKey &hotKey) { return hotKey.id == id; });
             })};
 }
@@ -568,7 +568,7 @@ HotKeyRegistration ScriptedDesktop::registerHotKey(std::uint32_t keyCode, std::u
 void ScriptedDesktop::pressHotKey(std::uint32_t keyCode, std::uint32_t modifiers) {
     for (const auto &hotKey : std::vector(hotKeys_)) {
         if (hotKey.keyCode == keyCode && hotKey.modifiers == modifiers) {
-            hotKeyEvents_.emit({hotKey.id, hotKeyEventKind::pressed});
+            hotKeyEvents_.emit({hotKey.id, HotKeyEventKind::pressed});
         }
     }
 }
@@ -576,7 +576,7 @@ void ScriptedDesktop::pressHotKey(std::uint32_t keyCode, std::uint32_t modifiers
 void ScriptedDesktop::releaseHotKey(std::uint32_t keyCode, std::uint32_t modifiers) {
     for (const auto &hotKey : std::vector(hotKeys_)) {
         if (hotKey.keyCode == keyCode && hotKey.modifiers == modifiers) {
-            hotKeyEvents_.emit({hotKey.id, hotKeyEventKind::released});
+            hotKeyEvents_.emit({hotKey.id, HotKeyEventKind::released});
         }
     }
 }

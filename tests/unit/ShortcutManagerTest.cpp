@@ -59,11 +59,10 @@ TEST_F(ShortcutManagerTest, DefaultsTriggerOncePerPress) {
     for (int repeat = 0; repeat < 14; ++repeat) {
         desktop.pressHotKey(48, commandOption);
     }
-    desktop.sendHotKeyEvent({std::nullopt, hotKeyEventKind::pressed});
-    desktop.sendHotKeyEvent({HotKeyID{0, 3}, hotKeyEventKind::pressed});
-    desktop.sendHotKeyEvent({HotKeyID{0, 1}, 7});
+    desktop.sendHotKeyEvent({std::nullopt, HotKeyEventKind::pressed});
+    desktop.sendHotKeyEvent({HotKeyID{0, 3}, HotKeyEventKind::pressed});
     EXPECT_THAT(triggered, ElementsAre(peek));
-    desktop.sendHotKeyEvent({HotKeyID{0, 1}, hotKeyEventKind::pressed}); // whatever the signature
+    desktop.sendHotKeyEvent({HotKeyID{0, 1}, HotKeyEventKind::pressed}); // whatever the signature
     EXPECT_THAT(triggered, ElementsAre(peek, toggle));
 }
 
@@ -134,9 +133,9 @@ TEST(ShortcutConversions, SignaturesAndModifiers) {
     EXPECT_EQ(fourCC("LUMTX"), fourCC("LUMT"));
     EXPECT_EQ(fourCC("L\u00DCMT"), 0x4CDC4D54U);
     EXPECT_EQ(fourCC("\u20ACTX\U0001F512Y"), 0xAC55FD12U);
-    EXPECT_EQ(carbonFlags(0x1E00), 0x1B00U);
-    EXPECT_EQ(carbonFlags(0x400), 0x100U);
-    EXPECT_EQ(carbonFlags(0xE1FF), 0U);
+    EXPECT_EQ(hotKeyModifiers(0x1E00), 0x1B00U);
+    EXPECT_EQ(hotKeyModifiers(0x400), 0x100U);
+    EXPECT_EQ(hotKeyModifiers(0xE1FF), 0U);
 }
 
 } // namespace

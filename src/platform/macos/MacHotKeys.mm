@@ -4,12 +4,11 @@
 
 #include <array>
 #include <memory>
+#include <optional>
 #include <utility>
 
 namespace lumo::macos {
 
-static_assert(hotKeyEventKind::pressed == kEventHotKeyPressed);
-static_assert(hotKeyEventKind::released == kEventHotKeyReleased);
 static_assert(hotKeyModifier::command == cmdKey);
 static_assert(hotKeyModifier::shift == shiftKey);
 static_assert(hotKeyModifier::option == optionKey);
@@ -26,10 +25,22 @@ std::optional<HotKeyID> idOf(EventRef event) {
     return status == noErr ? std::optional(HotKeyID{id.signature, id.id}) : std::nullopt;
 }
 
+std::optional<HotKeyEventKind> kindOf(EventRef event) {
+    switch (GetEventKind(event)) {
+    case kEventHotKeyPressed:
+        return HotKeyEventKind::pressed;
+    case kEventHotKeyReleased:
+        return HotKeyEventKind::released;
+    default:
+        return std::nullopt;
+    }
+}
+
 // The event goes no further, whatever it was.
 OSStatus handleHotKeyEvent(EventHandlerCallRef, EventRef event, void *userData) {
-    if (event != nullptr && userData != nullptr) {
-        (*static_cast<Handler *>(userData))({.id = idOf(event), .kind = GetEventKind(event)});
+    const auto kind = event != nullptr ? kindOf(event) : std::nullopt;
+    if (kind && userData != nullptr) {
+        (*static_cast<Handler *>(userData))({.id = idOf(event), .kind = *kind});
     }
     return noErr;
 }
@@ -56,9 +67,9 @@ HotKeyRegistration MacHotKeys::registerHotKey(std::uint32_t keyCode, std::uint32
     const OSStatus status = RegisterEventHotKey(keyCode, modifiers, {id.signature, id.number},
                                                 GetEventDispatcherTarget(), 0, &registered);
     if (status != noErr) {
-        return {.status = status, .handle = {}};
+        return {.status = static_cast<HotKeyStatus>(status), .handle = {}};
     }
-    return {.status = hotKeyStatus::success,
+    return {.status = HotKeyStatus::success,
             .handle = Handle([registered] { UnregisterEventHotKey(registered); })};
 }
 

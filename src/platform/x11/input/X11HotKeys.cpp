@@ -90,13 +90,13 @@ HotKeyRegistration X11HotKeys::registerHotKey(std::uint32_t keyCode, std::uint32
                                               HotKeyID id) {
     const auto keycode = freedesktop::keycodeOfVirtualKey(keyCode);
     if (!keycode) {
-        return {hotKeyStatus::invalidParameter, {}};
+        return {HotKeyStatus::invalidParameter, {}};
     }
     const auto keysDown = xcb_query_keymap(connection_);
     hotKeys_.push_back({modifiers, id, *keycode});
     const auto added = std::prev(hotKeys_.end());
     const auto status = grabAndWait(*added);
-    if (status != hotKeyStatus::success) {
+    if (status != HotKeyStatus::success) {
         hotKeys_.erase(added);
         xcb_discard_reply(connection_, keysDown.sequence);
         return {status, {}};
@@ -109,14 +109,14 @@ HotKeyRegistration X11HotKeys::registerHotKey(std::uint32_t keyCode, std::uint32
     return {status, Handle(lifetime_.guard([this, added] { unregister(added); }))};
 }
 
-std::int32_t X11HotKeys::prepareGrabs(HotKey &hotKey) {
+HotKeyStatus X11HotKeys::prepareGrabs(HotKey &hotKey) {
     const auto state = stateOf(hotKey.modifiers);
     if (!state) {
-        return hotKeyStatus::invalidParameter;
+        return HotKeyStatus::invalidParameter;
     }
     hotKey.grabbedStates = grabStates(*state);
     hotKey.grabSerial = ++lastGrabSerial_;
-    return hotKeyStatus::success;
+    return HotKeyStatus::success;
 }
 
 xcb_void_cookie_t X11HotKeys::grab(const HotKey &hotKey, std::uint16_t state) {
@@ -124,8 +124,8 @@ xcb_void_cookie_t X11HotKeys::grab(const HotKey &hotKey, std::uint16_t state) {
                                 XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
 }
 
-std::int32_t X11HotKeys::grabAndWait(HotKey &hotKey) {
-    if (const auto status = prepareGrabs(hotKey); status != hotKeyStatus::success) {
+HotKeyStatus X11HotKeys::grabAndWait(HotKey &hotKey) {
+    if (const auto status = prepareGrabs(hotKey); status != HotKeyStatus::success) {
         return status;
     }
     std::vector<xcb_void_cookie_t> cookies;
@@ -139,13 +139,13 @@ std::int32_t X11HotKeys::grabAndWait(HotKey &hotKey) {
     }
     if (isTaken) {
         ungrab(hotKey);
-        return hotKeyStatus::alreadyTaken;
+        return HotKeyStatus::alreadyTaken;
     }
-    return hotKeyStatus::success;
+    return HotKeyStatus::success;
 }
 
 void X11HotKeys::grabWithoutWaiting(HotKey &hotKey) {
-    if (const auto status = prepareGrabs(hotKey); status != hotKeyStatus::success) {
+    if (const auto status = prepareGrabs(hotKey); status != HotKeyStatus::success) {
         reportLoss(status);
         return;
     }
@@ -164,12 +164,12 @@ void X11HotKeys::giveUp(std::uint64_t grabSerial) {
     const auto lost = std::ranges::find(hotKeys_, grabSerial, &HotKey::grabSerial);
     if (lost != hotKeys_.end() && !lost->grabbedStates.empty()) {
         ungrab(*lost);
-        reportLoss(hotKeyStatus::alreadyTaken);
+        reportLoss(HotKeyStatus::alreadyTaken);
     }
 }
 
-void X11HotKeys::reportLoss(std::int32_t status) const {
-    log_.print("[Lumo] hotkey lost when the keyboard changed, status=" + std::to_string(status));
+void X11HotKeys::reportLoss(HotKeyStatus status) const {
+    log_.print("[Lumo] hotkey lost when the keyboard changed, " + describe(status));
 }
 
 void X11HotKeys::ungrab(HotKey &hotKey) {
@@ -184,7 +184,7 @@ void X11HotKeys::unregister(std::list<HotKey>::iterator hotKey) {
     ungrab(*hotKey);
     hotKeys_.erase(hotKey);
     if (wasDown) {
-        events_.emit({id, hotKeyEventKind::released});
+        events_.emit({id, HotKeyEventKind::released});
     }
 }
 
@@ -208,7 +208,7 @@ void X11HotKeys::press(xcb_keycode_t keycode, std::uint16_t state) {
         hotKeys_, [&](const HotKey &hotKey) { return hotKey.isPressedBy(keycode, state); });
     if (pressed != hotKeys_.end() && !pressed->heldAtRequest) {
         pressed->isDown = true;
-        events_.emit({pressed->id, hotKeyEventKind::pressed});
+        events_.emit({pressed->id, HotKeyEventKind::pressed});
     }
 }
 
@@ -226,7 +226,7 @@ void X11HotKeys::release(xcb_keycode_t keycode) {
         }
     }
     for (const auto &id : released) {
-        events_.emit({id, hotKeyEventKind::released});
+        events_.emit({id, HotKeyEventKind::released});
     }
 }
 

@@ -67,12 +67,12 @@ class X11HotKeys final : public HotKeyService {
     void makeAutoRepeatDetectable();
     std::optional<std::uint16_t> stateOf(std::uint32_t modifiers) const;
     std::vector<std::uint16_t> grabStates(std::uint16_t state) const;
-    std::int32_t prepareGrabs(HotKey &hotKey);
+    HotKeyStatus prepareGrabs(HotKey &hotKey);
     xcb_void_cookie_t grab(const HotKey &hotKey, std::uint16_t state);
-    std::int32_t grabAndWait(HotKey &hotKey);
+    HotKeyStatus grabAndWait(HotKey &hotKey);
     void grabWithoutWaiting(HotKey &hotKey);
     void giveUp(std::uint64_t grabSerial);
-    void reportLoss(std::int32_t status) const;
+    void reportLoss(HotKeyStatus status) const;
     void ungrab(HotKey &hotKey);
     void unregister(std::list<HotKey>::iterator hotKey);
     void grabAllAnew();
