@@ -2,19 +2,12 @@
 
 #include <cmath>
 #include <cstddef>
-#include <optional>
-#include <string_view>
 
 namespace lumo::drawing {
 
 namespace {
 
 using Matrix = BackdropFilters::Matrix;
-
-std::optional<double> numberIn(const Dictionary &values, std::string_view key) {
-    const auto *value = values.find(key);
-    return value != nullptr ? value->number() : std::nullopt;
-}
 
 // What the second does to the result of the first.
 Matrix followed(const Matrix &first, const Matrix &second) {
@@ -53,20 +46,22 @@ Matrix contrast(double amount) {
 
 } // namespace
 
-BackdropFilters backdropFilters(const Layer &layer, double scale) {
-    scale = numberIn(layer.options, "scale").value_or(scale);
+BackdropFilters backdropFilters(const Layer &layer) {
     BackdropFilters result;
-    for (const auto &filter : layer.filters) {
-        const auto amount = numberIn(filter.values, filterKey::inputAmount);
-        if (filter.type == filterType::gaussianBlur) {
-            const double radius = numberIn(filter.values, filterKey::inputRadius).value_or(0);
-            result.deviation = std::hypot(result.deviation, radius * scale);
-        } else if (filter.type == filterType::colorBrightness && amount) {
-            result.matrix = followed(result.matrix, brightness(*amount));
-        } else if (filter.type == filterType::colorSaturate && amount) {
-            result.matrix = followed(result.matrix, saturation(*amount));
-        } else if (filter.type == filterType::colorContrast && amount) {
-            result.matrix = followed(result.matrix, contrast(*amount));
+    for (const auto &[type, amount] : layer.filters) {
+        switch (type) {
+        case Filter::Type::gaussianBlur:
+            result.deviation = std::hypot(result.deviation, amount * layer.backdropScale);
+            break;
+        case Filter::Type::brightness:
+            result.matrix = followed(result.matrix, brightness(amount));
+            break;
+        case Filter::Type::saturation:
+            result.matrix = followed(result.matrix, saturation(amount));
+            break;
+        case Filter::Type::contrast:
+            result.matrix = followed(result.matrix, contrast(amount));
+            break;
         }
     }
     return result;

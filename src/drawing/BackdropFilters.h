@@ -19,8 +19,7 @@ struct BackdropFilters {
     bool operator==(const BackdropFilters &) const = default;
 };
 
-// At as many pixels per point as the layer's "scale" option says, or else at that many. Filters
-// that are not known, and values that are missing, count for nothing.
-BackdropFilters backdropFilters(const Layer &layer, double scale);
+// Those of a backdrop layer, at its own scale.
+BackdropFilters backdropFilters(const Layer &layer);
 
 } // namespace lumo::drawing

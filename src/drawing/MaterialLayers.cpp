@@ -9,8 +9,8 @@ namespace lumo::drawing {
 
 namespace {
 
-Backdrop backdropOf(const Layer &layer, double scale) {
-    const auto filters = backdropFilters(layer, scale);
+Backdrop backdropOf(const Layer &layer) {
+    const auto filters = backdropFilters(layer);
     Backdrop result;
     result.deviation = filters.deviation;
     for (std::size_t row = 0; row < 3; ++row) {
@@ -20,9 +20,7 @@ Backdrop backdropOf(const Layer &layer, double scale) {
         result.matrix.offsets[row] = static_cast<float>(filters.matrix[row][3]);
     }
     result.opacity = std::min(layer.opacity, 1.0F);
-    result.blend = layer.compositingFilter == compositingFilter::softLightBlendMode
-                       ? Blend::softLight
-                       : Blend::normal;
+    result.blend = layer.blendMode == BlendMode::softLight ? Blend::softLight : Blend::normal;
     return result;
 }
 
@@ -55,10 +53,9 @@ bool take(const Layer &layer, const PlacedLayers &appearance, GrainPlanes &plane
         material.color = {static_cast<float>(color.red), static_cast<float>(color.green),
                           static_cast<float>(color.blue)};
         material.colorOpacity = static_cast<float>(color.alpha) * layer.opacity;
-        return layer.compositingFilter.empty();
+        return layer.blendMode == BlendMode::normal;
     }
-    if (material.grain || color.alpha > 0 ||
-        layer.compositingFilter != compositingFilter::overlayBlendMode ||
+    if (material.grain || color.alpha > 0 || layer.blendMode != BlendMode::overlay ||
         !isNearest(layer, appearance)) {
         return false;
     }
@@ -121,7 +118,7 @@ MaterialLayers materialLayers(const PlacedLayers &appearance, GrainPlanes &plane
     for (const auto &layer : appearance.tree.layers) {
         if (layer.kind == Layer::Kind::backdrop) {
             if (layer.opacity > 0) {
-                result.material.backdrops.push_back(backdropOf(layer, appearance.space.scale()));
+                result.material.backdrops.push_back(backdropOf(layer));
             }
         } else if (draws(layer) && !result.material.backdrops.empty()) {
             auto material = result.material;

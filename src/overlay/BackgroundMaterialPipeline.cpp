@@ -5,14 +5,13 @@
 #include "platform/Platform.h"
 #include "platform/Screens.h"
 
-#include <string_view>
 #include <utility>
 
 namespace lumo {
 
 namespace {
 
-constexpr std::string_view scaleOption = "scale";
+constexpr double scaleBeforeLayout = 2;
 
 struct Material {
     double blurRadius;
@@ -22,15 +21,11 @@ struct Material {
 };
 
 std::vector<Filter> filters(const Material &material) {
-    const auto amount = [](const char *type, double value) {
-        return Filter{type, {{filterKey::inputAmount, value}}};
-    };
-    return {
-        {filterType::gaussianBlur,
-         {{filterKey::inputRadius, material.blurRadius}, {filterKey::inputNormalizeEdges, true}}},
-        amount(filterType::colorBrightness, material.brightness),
-        amount(filterType::colorSaturate, material.saturation),
-        amount(filterType::colorContrast, material.contrast)};
+    using enum Filter::Type;
+    return {{gaussianBlur, material.blurRadius},
+            {brightness, material.brightness},
+            {saturation, material.saturation},
+            {contrast, material.contrast}};
 }
 
 double clampedToUnit(double value) {
@@ -51,7 +46,7 @@ BackgroundMaterialPipeline::BackgroundMaterialPipeline(LayerTree &tree,
     , grainLayer_(addGrainLayer()) {
     if (auto *structure = layer(structureBackdropLayer_)) {
         structure->opacity = 0.13F;
-        structure->compositingFilter = compositingFilter::softLightBlendMode;
+        structure->blendMode = BlendMode::softLight;
     }
 }
 
@@ -64,11 +59,7 @@ BackgroundMaterialPipeline::addBackdropLayer(const Capabilities &capabilities) {
     backdrop.kind = Layer::Kind::backdrop;
     backdrop.masksToBounds = true;
     backdrop.backgroundColor = Color::clear();
-    backdrop.options = {{"windowServerAware", true},
-                        {scaleOption, 2.0},
-                        {"bleedAmount", 0.0},
-                        {"allowsInPlaceFiltering", false},
-                        {"disablesOccludedBackdropBlurs", false}};
+    backdrop.backdropScale = scaleBeforeLayout;
     tree_.layers.push_back(std::move(backdrop));
     return tree_.layers.size() - 1;
 }
@@ -76,7 +67,7 @@ BackgroundMaterialPipeline::addBackdropLayer(const Capabilities &capabilities) {
 std::size_t BackgroundMaterialPipeline::addGrainLayer() {
     Layer grain;
     grain.opacity = 0.19F;
-    grain.compositingFilter = compositingFilter::overlayBlendMode;
+    grain.blendMode = BlendMode::overlay;
     grain.minificationFilter = Sampling::nearest;
     grain.magnificationFilter = Sampling::nearest;
     tree_.layers.push_back(std::move(grain));
@@ -93,7 +84,7 @@ void BackgroundMaterialPipeline::layout(const Rect &rect, double scale) {
     for (auto *backdrop : {layer(baseBackdropLayer_), layer(structureBackdropLayer_)}) {
         if (backdrop != nullptr) {
             backdrop->frame = rect;
-            backdrop->options.set(scaleOption, scale);
+            backdrop->backdropScale = scale;
         }
     }
     if (rect.size() == lastGrainSize_ && scale == lastScale_) {

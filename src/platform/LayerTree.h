@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
-#include <string>
 #include <vector>
 
 namespace lumo {
@@ -33,34 +32,24 @@ struct Image {
     Bytes pixels;
 };
 
-// A filter by its type name, with its parameters in the order in which they are to be set.
+// A filter of what a backdrop layer shows, with its one parameter.
 struct Filter {
-    std::string type;
-    Dictionary values;
+    enum class Type {
+        gaussianBlur, // the standard deviation in points; weights are normalised at the edges
+        brightness,   // what is added to each channel
+        saturation,   // the factor of the distance from the luma
+        contrast,     // the factor of the distance from one half
+    };
+
+    Type type = Type::gaussianBlur;
+    double amount = 0;
 
     bool operator==(const Filter &) const = default;
 };
 
-namespace filterType {
-inline constexpr const char *gaussianBlur = "gaussianBlur";
-inline constexpr const char *colorBrightness = "colorBrightness";
-inline constexpr const char *colorSaturate = "colorSaturate";
-inline constexpr const char *colorContrast = "colorContrast";
-} // namespace filterType
-
-namespace filterKey {
-inline constexpr std::string_view inputRadius = "inputRadius";
-inline constexpr std::string_view inputNormalizeEdges = "inputNormalizeEdges";
-inline constexpr std::string_view inputAmount = "inputAmount";
-} // namespace filterKey
-
-// How a layer is blended with what the layers under it have drawn. The named modes are those of the
-// W3C compositing formulas, the backdrop's alpha included: over an empty backdrop they are plain
-// source-over.
-namespace compositingFilter {
-inline constexpr const char *overlayBlendMode = "overlayBlendMode";
-inline constexpr const char *softLightBlendMode = "softLightBlendMode";
-} // namespace compositingFilter
+// How a layer is blended with what the layers under it have drawn: by the W3C compositing formulas,
+// the backdrop's alpha included. Over an empty backdrop all of them are plain source-over.
+enum class BlendMode { normal, overlay, softLight };
 
 enum class Sampling { linear, nearest };
 
@@ -84,14 +73,12 @@ struct Layer {
     Sampling minificationFilter = Sampling::linear;
     Sampling magnificationFilter = Sampling::linear;
 
-    // Empty for plain source-over, else one of the names in compositingFilter.
-    std::string compositingFilter;
+    BlendMode blendMode = BlendMode::normal;
 
-    // Applied in order to what a backdrop layer shows.
+    // Of a backdrop layer: applied in order to what it shows, and at how many pixels per point that
+    // is sampled.
     std::vector<Filter> filters;
-
-    // Further settings of a backdrop layer by name, in the order in which they are to be set.
-    Dictionary options;
+    double backdropScale = 1;
 
     bool operator==(const Layer &) const = default;
 };

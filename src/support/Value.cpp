@@ -1,37 +1,8 @@
 #include "support/Value.h"
 
-#include <algorithm>
+#include <utility>
 
 namespace lumo {
-
-Dictionary::Dictionary() = default;
-Dictionary::Dictionary(std::initializer_list<Entry> entries) {
-    entries_.reserve(entries.size());
-    for (const auto &[key, value] : entries) {
-        set(key, value);
-    }
-}
-Dictionary::~Dictionary() = default;
-Dictionary::Dictionary(const Dictionary &) = default;
-Dictionary::Dictionary(Dictionary &&) noexcept = default;
-Dictionary &Dictionary::operator=(const Dictionary &) = default;
-Dictionary &Dictionary::operator=(Dictionary &&) noexcept = default;
-
-void Dictionary::set(std::string_view key, Value value) {
-    for (auto &[existing, stored] : entries_) {
-        if (existing == key) {
-            stored = std::move(value);
-            return;
-        }
-    }
-    entries_.emplace_back(key, std::move(value));
-}
-
-void Dictionary::erase(std::string_view key) {
-    std::erase_if(entries_, [key](const Entry &entry) { return entry.first == key; });
-}
-
-bool Dictionary::operator==(const Dictionary &) const = default;
 
 Value::Value(bool value)
     : value_(value) {
@@ -57,8 +28,35 @@ Value::Value(std::string value)
 Value::Value(Bytes value)
     : value_(std::move(value)) {
 }
-Value::Value(Dictionary value)
-    : value_(std::move(value)) {
+
+std::optional<bool> Value::boolean() const {
+    const auto *value = std::get_if<bool>(&value_);
+    return value ? std::optional(*value) : std::nullopt;
+}
+
+std::optional<std::int64_t> Value::integer() const {
+    const auto *value = std::get_if<std::int64_t>(&value_);
+    return value ? std::optional(*value) : std::nullopt;
+}
+
+std::optional<double> Value::real() const {
+    const auto *value = std::get_if<double>(&value_);
+    return value ? std::optional(*value) : std::nullopt;
+}
+
+const std::string *Value::string() const {
+    return std::get_if<std::string>(&value_);
+}
+
+const Bytes *Value::data() const {
+    return std::get_if<Bytes>(&value_);
+}
+
+std::optional<double> Value::number() const {
+    if (const auto whole = integer()) {
+        return static_cast<double>(*whole);
+    }
+    return real();
 }
 
 bool Value::operator==(const Value &) const = default;

@@ -105,7 +105,7 @@ LayerTree OverlayDesktop::tree(const Rect &frame, const Look &look) const {
     grainLayer.frame = tree.bounds;
     grainLayer.opacity = static_cast<float>(look.grain);
     grainLayer.contents = grain(static_cast<int>(frame.width), static_cast<int>(frame.height));
-    grainLayer.compositingFilter = compositingFilter::overlayBlendMode;
+    grainLayer.blendMode = BlendMode::overlay;
     grainLayer.minificationFilter = grainLayer.magnificationFilter = Sampling::nearest;
     Layer tint;
     tint.frame = tree.bounds;

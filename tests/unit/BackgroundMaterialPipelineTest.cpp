@@ -19,10 +19,10 @@ using testing::IsEmpty;
 using testing::SizeIs;
 
 std::vector<Filter> material(double radius, double brightness, double saturation, double contrast) {
-    return {{"gaussianBlur", {{"inputRadius", radius}, {"inputNormalizeEdges", true}}},
-            {"colorBrightness", {{"inputAmount", brightness}}},
-            {"colorSaturate", {{"inputAmount", saturation}}},
-            {"colorContrast", {{"inputAmount", contrast}}}};
+    return {{Filter::Type::gaussianBlur, radius},
+            {Filter::Type::brightness, brightness},
+            {Filter::Type::saturation, saturation},
+            {Filter::Type::contrast, contrast}};
 }
 
 // The grain cache is one for the whole process, so every test has image sizes of its own.
@@ -112,8 +112,8 @@ TEST_F(BackgroundMaterialPipelineTest, LayoutAtOnceAndGrainInTheBackground) {
     for (const auto &layer : tree.layers) {
         EXPECT_EQ(layer.frame, (Rect{0, 0, 31, 17}));
     }
-    EXPECT_EQ(*structure().options.find("scale"), Value(1.5));
-    EXPECT_EQ(base().options.entries()[1].first, "scale") << "set where it was";
+    EXPECT_EQ(base().backdropScale, 1.5);
+    EXPECT_EQ(structure().backdropScale, 1.5);
     EXPECT_EQ(grain().contentsScale, 1.5);
     EXPECT_EQ(grain().contents, nullptr);
     pipeline->layout({0, 0, 31, 17}, 1.5);

@@ -9,6 +9,7 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
 #include <cmath>
 #include <limits>
 #include <map>
@@ -178,7 +179,6 @@ class LayerDifferenceTest : public testing::Test {
     LayerDifferenceTest() {
         Layer backdrop;
         backdrop.kind = Layer::Kind::backdrop;
-        backdrop.options = {{"windowServerAware", true}, {"scale", 2.0}, {"bleedAmount", 0.0}};
         tree.bounds = {0, 0, 100, 100};
         tree.layers = {backdrop, Layer{}};
     }
@@ -194,7 +194,8 @@ class LayerDifferenceTest : public testing::Test {
 TEST_F(LayerDifferenceTest, FirstTreeIsAllNew) {
     const auto first = difference(nullptr, tree);
     EXPECT_TRUE(first.bounds && first.viewAlpha && first.layers[0].isNew && first.layers[1].isNew);
-    EXPECT_THAT(first.layers[0].options, ElementsAre(0, 1, 2));
+    EXPECT_TRUE(first.layers[0].backdropScale);
+    EXPECT_FALSE(first.layers[1].backdropScale) << "no backdrop";
     EXPECT_FALSE(first.layers[0].filters) << "an empty list would take a layer's filters away";
     EXPECT_EQ(first.mask, MaskChange::none);
     EXPECT_FALSE(difference(&tree, tree).any());
@@ -216,13 +217,13 @@ TEST_F(LayerDifferenceTest, EachChangeAloneOnItsOwnLayer) {
              Case{[](Layer &layer) { layer.contentsScale = 2; }, {.contentsScale = true}},
              Case{[](Layer &layer) { layer.magnificationFilter = Sampling::nearest; },
                   {.samplingFilters = true}},
-             Case{[](Layer &layer) { layer.compositingFilter = "softLightBlendMode"; },
-                  {.compositingFilter = true}},
+             Case{[](Layer &layer) { layer.blendMode = BlendMode::softLight; },
+                  {.blendMode = true}},
              Case{[](Layer &layer) {
-                      layer.filters = {{filterType::gaussianBlur, {}}};
+                      layer.filters = {{Filter::Type::gaussianBlur, 1}};
                   },
                   {.filters = true}},
-             Case{[](Layer &layer) { layer.options.set("scale", 1.0); }, {.options = {1}}},
+             Case{[](Layer &layer) { layer.backdropScale = 2; }, {.backdropScale = true}},
          }) {
         const auto changed = after([&](LayerTree &next) { example.change(next.layers[0]); });
         EXPECT_EQ(changed.layers[0], example.expected);
@@ -275,19 +276,27 @@ TEST(MacTablesTest, FlagsOfThePlatform) {
     EXPECT_EQ(autoresizing::both, 18U);
 }
 
-TEST(MacTablesTest, OnlyKnownFiltersAndParametersAreSet) {
-    const std::vector<Filter> wanted{
-        {filterType::gaussianBlur,
-         {{filterKey::inputRadius, 24.0}, {"inputFog", 1}, {filterKey::inputNormalizeEdges, true}}},
-        {"colorSparkle", {{filterKey::inputAmount, 1.0}}},
-        {filterType::colorContrast, {{filterKey::inputAmount, 1.0}}}};
-    const std::vector<Filter> known{
-        {filterType::gaussianBlur,
-         {{filterKey::inputRadius, 24.0}, {filterKey::inputNormalizeEdges, true}}},
-        {filterType::colorContrast, {{filterKey::inputAmount, 1.0}}}};
-    EXPECT_EQ(knownFilters(wanted), known);
-    EXPECT_TRUE(isCompositingFilter("overlayBlendMode"));
-    EXPECT_FALSE(isCompositingFilter(""));
+TEST(MacTablesTest, LayersAreSetUpByThePlatformsNamesInItsOrder) {
+    using enum Filter::Type;
+    const std::vector<std::pair<std::string_view, std::vector<NativeSetting>>> expected = {
+        {"gaussianBlur", {{"inputRadius", 24.0}, {"inputNormalizeEdges", true}}},
+        {"colorBrightness", {{"inputAmount", 24.0}}},
+        {"colorSaturate", {{"inputAmount", 24.0}}},
+        {"colorContrast", {{"inputAmount", 24.0}}}};
+    const std::array types{gaussianBlur, brightness, saturation, contrast};
+    for (std::size_t index = 0; index < types.size(); ++index) {
+        const auto [type, parameters] = nativeFilter({types.at(index), 24});
+        EXPECT_EQ(std::pair(type, parameters), expected.at(index));
+    }
+    EXPECT_STREQ(compositingFilterName(BlendMode::overlay), "overlayBlendMode");
+    EXPECT_STREQ(compositingFilterName(BlendMode::softLight), "softLightBlendMode");
+    EXPECT_EQ(compositingFilterName(BlendMode::normal), nullptr);
+    EXPECT_EQ(backdropSettings(1.5),
+              (std::vector<NativeSetting>{{"windowServerAware", true},
+                                          {"scale", 1.5},
+                                          {"bleedAmount", 0.0},
+                                          {"allowsInPlaceFiltering", false},
+                                          {"disablesOccludedBackdropBlurs", false}}));
 }
 
 TEST(MacTablesTest, OnlyLeisurelyTimersMayBeLate) {

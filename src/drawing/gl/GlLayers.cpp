@@ -6,16 +6,6 @@ namespace lumo::drawing {
 
 namespace {
 
-GlLayer::Blend blendOf(const Layer &layer) {
-    if (layer.compositingFilter == compositingFilter::overlayBlendMode) {
-        return GlLayer::Blend::overlay;
-    }
-    if (layer.compositingFilter == compositingFilter::softLightBlendMode) {
-        return GlLayer::Blend::softLight;
-    }
-    return GlLayer::Blend::normal;
-}
-
 bool hasPixels(const Image &image) {
     return image.width > 0 && image.height > 0 &&
            image.pixels.size() >= static_cast<std::size_t>(4) *
@@ -27,9 +17,9 @@ GlLayer glLayer(const Layer &layer, const PlacedLayers &appearance) {
     GlLayer result;
     result.frame = appearance.toWindow(layer.frame);
     result.opacity = layer.opacity;
-    result.blend = blendOf(layer);
+    result.blend = layer.blendMode;
     if (layer.kind == Layer::Kind::backdrop) {
-        result.backdrop = backdropFilters(layer, appearance.space.scale());
+        result.backdrop = backdropFilters(layer);
         return result;
     }
     result.color = layer.backgroundColor;

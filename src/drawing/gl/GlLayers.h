@@ -11,11 +11,9 @@ namespace lumo::drawing {
 
 // One layer that contributes to the picture.
 struct GlLayer {
-    enum class Blend { normal, overlay, softLight };
-
     PixelRect frame; // in pixels from the overlay's top left
     double opacity = 1;
-    Blend blend = Blend::normal;
+    BlendMode blend = BlendMode::normal;
 
     std::optional<BackdropFilters> backdrop; // of a backdrop layer, which has nothing else
     Color color;                             // not premultiplied

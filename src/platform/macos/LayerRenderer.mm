@@ -37,8 +37,9 @@ id makeFilter(const Filter &filter, LenientCoding &coding) {
     }
     using Factory = id (*)(Class, SEL, NSString *);
     const auto make = reinterpret_cast<Factory>(method_getImplementation(method));
-    id made = make(found, factory, nativeString(filter.type));
-    for (const auto &[key, value] : filter.values.entries()) {
+    const auto [type, parameters] = nativeFilter(filter);
+    id made = make(found, factory, nativeString(type));
+    for (const auto &[key, value] : parameters) {
         coding.set(made, key, nativeObject(value));
     }
     return made;
@@ -47,7 +48,7 @@ id makeFilter(const Filter &filter, LenientCoding &coding) {
 // Filters that can't be made are left out; when none can, the layer keeps those that it has.
 void applyFilters(CALayer *layer, const std::vector<Filter> &filters, LenientCoding &coding) {
     NSMutableArray *made = [NSMutableArray arrayWithCapacity:filters.size()];
-    for (const auto &filter : knownFilters(filters)) {
+    for (const auto &filter : filters) {
         if (id one = makeFilter(filter, coding)) {
             [made addObject:one];
         }
@@ -95,16 +96,19 @@ void apply(CALayer *target, const Layer &layer, const LayerChange &change, Lenie
     if (change.backgroundColor) {
         target.backgroundColor = nativeColor(layer.backgroundColor).CGColor;
     }
-    for (const auto option : change.options) {
-        const auto &[key, value] = layer.options.entries()[option];
-        coding.set(target, key, nativeObject(value));
+    if (change.backdropScale) {
+        const auto settings = change.isNew ? backdropSettings(layer.backdropScale)
+                                           : std::vector{backdropScaleSetting(layer.backdropScale)};
+        for (const auto &[key, value] : settings) {
+            coding.set(target, key, nativeObject(value));
+        }
     }
     if (change.opacity) {
         target.opacity = layer.opacity;
     }
-    if (change.compositingFilter) {
-        const auto &name = layer.compositingFilter;
-        target.compositingFilter = isCompositingFilter(name) ? nativeString(name) : nil;
+    if (change.blendMode) {
+        const char *name = compositingFilterName(layer.blendMode);
+        target.compositingFilter = name != nullptr ? nativeString(name) : nil;
     }
     if (change.samplingFilters) {
         target.minificationFilter = nativeSampling(layer.minificationFilter);

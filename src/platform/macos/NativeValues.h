@@ -23,7 +23,7 @@ std::optional<std::string> optionalText(NSString *string);
 // object and for nil.
 std::optional<Value> valueOf(id object);
 
-// The object that a value stands for; a dictionary as a dictionary of such objects.
+// The object that a value stands for.
 id nativeObject(const Value &value);
 
 Rect rectOf(CGRect rect);

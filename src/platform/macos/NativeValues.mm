@@ -58,14 +58,8 @@ id nativeObject(const Value &value) {
     if (const auto *string = value.string()) {
         return nativeString(*string);
     }
-    if (const auto *data = value.data()) {
-        return [NSData dataWithBytes:data->data() length:data->size()];
-    }
-    NSMutableDictionary<NSString *, id> *dictionary = [NSMutableDictionary dictionary];
-    for (const auto &[key, entry] : value.dictionary()->entries()) {
-        [dictionary setObject:nativeObject(entry) forKey:nativeString(key)];
-    }
-    return dictionary;
+    const auto &data = *value.data();
+    return [NSData dataWithBytes:data.data() length:data.size()];
 }
 
 Rect rectOf(CGRect rect) {

@@ -1,7 +1,5 @@
 #include "reference/Blending.h"
 
-#include "platform/LayerTree.h"
-
 #include <cmath>
 #include <stdexcept>
 
@@ -36,23 +34,22 @@ double softLight(double backdrop, double source) {
     return backdrop + (2 * source - 1) * (lighter - backdrop);
 }
 
-Mix mixOf(const std::string &name) {
-    if (name.empty()) {
+Mix mixOf(BlendMode mode) {
+    switch (mode) {
+    case BlendMode::normal:
         return normal;
-    }
-    if (name == compositingFilter::overlayBlendMode) {
+    case BlendMode::overlay:
         return overlay;
-    }
-    if (name == compositingFilter::softLightBlendMode) {
+    case BlendMode::softLight:
         return softLight;
     }
-    throw std::runtime_error("no such compositing filter: " + name);
+    throw std::logic_error("no such blend mode");
 }
 
 } // namespace
 
-Pixel blended(const Pixel &backdrop, const Pixel &source, const std::string &compositingFilter) {
-    const Mix mix = mixOf(compositingFilter);
+Pixel blended(const Pixel &backdrop, const Pixel &source, BlendMode mode) {
+    const Mix mix = mixOf(mode);
     const auto channel = [&](double below, double above) {
         double result = above * (1 - backdrop.alpha) + below * (1 - source.alpha);
         if (backdrop.alpha > 0 && source.alpha > 0) {

@@ -11,11 +11,9 @@ namespace {
 Layer backdropLayer(const Rect &frame, double radius, double scale, double brightness,
                     double saturation, double contrast) {
     Layer layer = blurLayer(frame, radius, scale);
-    for (const auto &[type, amount] : {std::pair{filterType::colorBrightness, brightness},
-                                       std::pair{filterType::colorSaturate, saturation},
-                                       std::pair{filterType::colorContrast, contrast}}) {
-        layer.filters.push_back({type, {{filterKey::inputAmount, amount}}});
-    }
+    layer.filters.push_back({Filter::Type::brightness, brightness});
+    layer.filters.push_back({Filter::Type::saturation, saturation});
+    layer.filters.push_back({Filter::Type::contrast, contrast});
     return layer;
 }
 
@@ -25,9 +23,8 @@ Layer blurLayer(const Rect &frame, double radius, double scale) {
     Layer layer;
     layer.kind = Layer::Kind::backdrop;
     layer.frame = frame;
-    layer.options = {{"scale", scale}};
-    layer.filters = {{filterType::gaussianBlur,
-                      {{filterKey::inputRadius, radius}, {filterKey::inputNormalizeEdges, true}}}};
+    layer.backdropScale = scale;
+    layer.filters = {{Filter::Type::gaussianBlur, radius}};
     return layer;
 }
 
@@ -44,13 +41,13 @@ LayerTree EffectLook::tree(int width, int height, double scale,
         Layer structure =
             backdropLayer(tree.bounds, 7 + 5 * t, scale, -0.018, 1.08, 1.2 + 0.08 * t);
         structure.opacity = static_cast<float>(0.095 + 0.045 * t);
-        structure.compositingFilter = compositingFilter::softLightBlendMode;
+        structure.blendMode = BlendMode::softLight;
         tree.layers.push_back(std::move(structure));
     }
     Layer grainLayer;
     grainLayer.frame = tree.bounds;
     grainLayer.opacity = static_cast<float>(blurs ? 0.235 + 0.105 * t : 0.16 + 0.08 * t);
-    grainLayer.compositingFilter = compositingFilter::overlayBlendMode;
+    grainLayer.blendMode = BlendMode::overlay;
     grainLayer.minificationFilter = grainLayer.magnificationFilter = Sampling::nearest;
     grainLayer.contentsScale = scale;
     grainLayer.contents = std::move(grain);

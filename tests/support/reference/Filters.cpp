@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <stdexcept>
-#include <string>
 
 namespace lumo::reference {
 
@@ -82,10 +80,6 @@ Raster blurredAlongColumns(const Raster &raster, const std::vector<double> &weig
     return result;
 }
 
-double amountOf(const Filter &filter) {
-    return filter.values.find(filterKey::inputAmount)->number().value();
-}
-
 Pixel clamped(const Pixel &pixel) {
     const double alpha = std::clamp(pixel.alpha, 0.0, 1.0);
     return {std::clamp(pixel.red, 0.0, alpha), std::clamp(pixel.green, 0.0, alpha),
@@ -128,26 +122,23 @@ Pixel colorContrast(const Pixel &pixel, double amount) {
 }
 
 Raster filtered(Raster raster, const std::vector<Filter> &filters, double scale) {
-    for (const auto &filter : filters) {
-        if (filter.type == filterType::gaussianBlur) {
-            const double radius = filter.values.find(filterKey::inputRadius)->number().value();
-            const auto *normalize = filter.values.find(filterKey::inputNormalizeEdges);
-            raster = gaussianBlur(raster, radius * scale,
-                                  normalize != nullptr && normalize->boolean() == true);
-        } else if (filter.type == filterType::colorBrightness) {
-            changeAll(raster, [amount = amountOf(filter)](const Pixel &pixel) {
-                return colorBrightness(pixel, amount);
-            });
-        } else if (filter.type == filterType::colorSaturate) {
-            changeAll(raster, [amount = amountOf(filter)](const Pixel &pixel) {
-                return colorSaturate(pixel, amount);
-            });
-        } else if (filter.type == filterType::colorContrast) {
-            changeAll(raster, [amount = amountOf(filter)](const Pixel &pixel) {
-                return colorContrast(pixel, amount);
-            });
-        } else {
-            throw std::runtime_error("no such filter: " + filter.type);
+    for (const auto &[type, amount] : filters) {
+        const auto apply = [&raster, value = amount](Pixel (*change)(const Pixel &, double)) {
+            changeAll(raster, [=](const Pixel &pixel) { return change(pixel, value); });
+        };
+        switch (type) {
+        case Filter::Type::gaussianBlur:
+            raster = gaussianBlur(raster, amount * scale, true);
+            break;
+        case Filter::Type::brightness:
+            apply(colorBrightness);
+            break;
+        case Filter::Type::saturation:
+            apply(colorSaturate);
+            break;
+        case Filter::Type::contrast:
+            apply(colorContrast);
+            break;
         }
     }
     changeAll(raster, clamped);

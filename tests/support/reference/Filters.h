@@ -20,7 +20,7 @@ Pixel colorSaturate(const Pixel &pixel, double amount);
 Pixel colorContrast(const Pixel &pixel, double amount);
 
 // All filters in order, at that many pixels per point. Nothing is cut off on the way, at the end
-// everything is that can't be shown. Throws for a filter that is not known.
+// everything is that can't be shown.
 Raster filtered(Raster raster, const std::vector<Filter> &filters, double scale);
 
 } // namespace lumo::reference

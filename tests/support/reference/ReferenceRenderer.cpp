@@ -58,7 +58,7 @@ class Rendering {
             for (int x = std::max(frame.x, 0); x < std::min(frame.right(), canvas_.width()); ++x) {
                 canvas_.at(x, y) =
                     blended(canvas_.at(x, y), drawn.at(x - frame.x, y - frame.y) * layer.opacity,
-                            layer.compositingFilter);
+                            layer.blendMode);
             }
         }
     }
@@ -83,9 +83,9 @@ class Rendering {
         Raster result(frame.width, frame.height);
         for (int y = 0; y < frame.height; ++y) {
             for (int x = 0; x < frame.width; ++x) {
-                result.at(x, y) = layer.contents
-                                      ? blended(background, sample(layer, frame, x, y), {})
-                                      : background;
+                result.at(x, y) = layer.contents ? blended(background, sample(layer, frame, x, y),
+                                                           BlendMode::normal)
+                                                 : background;
             }
         }
         return result;

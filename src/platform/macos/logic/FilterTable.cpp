@@ -1,56 +1,43 @@
 #include "platform/macos/logic/FilterTable.h"
 
-#include <algorithm>
-#include <array>
-
 namespace lumo::macos {
 
-namespace {
-
-struct Parameter {
-    std::string_view type;
-    std::string_view key;
-};
-
-constexpr std::array parameters{
-    Parameter{filterType::gaussianBlur, filterKey::inputRadius},
-    Parameter{filterType::gaussianBlur, filterKey::inputNormalizeEdges},
-    Parameter{filterType::colorBrightness, filterKey::inputAmount},
-    Parameter{filterType::colorSaturate, filterKey::inputAmount},
-    Parameter{filterType::colorContrast, filterKey::inputAmount},
-};
-
-bool isKnown(std::string_view type) {
-    return std::ranges::find(parameters, type, &Parameter::type) != parameters.end();
-}
-
-bool isKnown(std::string_view type, std::string_view key) {
-    return std::ranges::any_of(parameters, [=](const Parameter &parameter) {
-        return parameter.type == type && parameter.key == key;
-    });
-}
-
-} // namespace
-
-bool isCompositingFilter(std::string_view name) {
-    return name == compositingFilter::overlayBlendMode ||
-           name == compositingFilter::softLightBlendMode;
-}
-
-std::vector<Filter> knownFilters(const std::vector<Filter> &filters) {
-    std::vector<Filter> known;
-    for (const auto &filter : filters) {
-        if (!isKnown(filter.type)) {
-            continue;
-        }
-        known.push_back({filter.type, {}});
-        for (const auto &[key, value] : filter.values.entries()) {
-            if (isKnown(filter.type, key)) {
-                known.back().values.set(key, value);
-            }
-        }
+NativeFilter nativeFilter(const Filter &filter) {
+    switch (filter.type) {
+    case Filter::Type::gaussianBlur:
+        return {"gaussianBlur", {{"inputRadius", filter.amount}, {"inputNormalizeEdges", true}}};
+    case Filter::Type::brightness:
+        return {"colorBrightness", {{"inputAmount", filter.amount}}};
+    case Filter::Type::saturation:
+        return {"colorSaturate", {{"inputAmount", filter.amount}}};
+    case Filter::Type::contrast:
+        break;
     }
-    return known;
+    return {"colorContrast", {{"inputAmount", filter.amount}}};
+}
+
+const char *compositingFilterName(BlendMode mode) {
+    switch (mode) {
+    case BlendMode::overlay:
+        return "overlayBlendMode";
+    case BlendMode::softLight:
+        return "softLightBlendMode";
+    case BlendMode::normal:
+        break;
+    }
+    return nullptr;
+}
+
+std::vector<NativeSetting> backdropSettings(double scale) {
+    return {{"windowServerAware", true},
+            backdropScaleSetting(scale),
+            {"bleedAmount", 0.0},
+            {"allowsInPlaceFiltering", false},
+            {"disablesOccludedBackdropBlurs", false}};
+}
+
+NativeSetting backdropScaleSetting(double scale) {
+    return {"scale", scale};
 }
 
 } // namespace lumo::macos

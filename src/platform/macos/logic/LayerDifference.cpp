@@ -6,18 +6,6 @@ namespace lumo::macos {
 
 namespace {
 
-std::vector<std::size_t> changedOptions(const Dictionary *before, const Dictionary &after) {
-    std::vector<std::size_t> changed;
-    for (std::size_t index = 0; index < after.entries().size(); ++index) {
-        const auto &[key, value] = after.entries()[index];
-        const Value *old = before != nullptr ? before->find(key) : nullptr;
-        if (old == nullptr || *old != value) {
-            changed.push_back(index);
-        }
-    }
-    return changed;
-}
-
 LayerChange newLayer(const Layer &layer) {
     return {.isNew = true,
             .frame = true,
@@ -27,9 +15,9 @@ LayerChange newLayer(const Layer &layer) {
             .contents = true,
             .contentsScale = true,
             .samplingFilters = true,
-            .compositingFilter = true,
+            .blendMode = true,
             .filters = !layer.filters.empty(),
-            .options = changedOptions(nullptr, layer.options)};
+            .backdropScale = layer.kind == Layer::Kind::backdrop};
 }
 
 LayerChange layerDifference(const Layer &before, const Layer &after) {
@@ -45,9 +33,9 @@ LayerChange layerDifference(const Layer &before, const Layer &after) {
             .contentsScale = before.contentsScale != after.contentsScale,
             .samplingFilters = before.minificationFilter != after.minificationFilter ||
                                before.magnificationFilter != after.magnificationFilter,
-            .compositingFilter = before.compositingFilter != after.compositingFilter,
+            .blendMode = before.blendMode != after.blendMode,
             .filters = !after.filters.empty() && before.filters != after.filters,
-            .options = changedOptions(&before.options, after.options)};
+            .backdropScale = before.backdropScale != after.backdropScale};
 }
 
 MaskChange maskDifference(const LayerTree *before, const LayerTree &after) {

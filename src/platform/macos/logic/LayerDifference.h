@@ -2,8 +2,6 @@
 
 #include "platform/LayerTree.h"
 
-#include <cstddef>
-#include <cstdint>
 #include <vector>
 
 namespace lumo::macos {
@@ -18,9 +16,9 @@ struct LayerChange {
     bool contents = false;
     bool contentsScale = false;
     bool samplingFilters = false;
-    bool compositingFilter = false;
-    bool filters = false; // never set to an empty list: the layer keeps what it has
-    std::vector<std::size_t> options = {}; // indices of the entries to set, in their order
+    bool blendMode = false;
+    bool filters = false;       // never set to an empty list: the layer keeps what it has
+    bool backdropScale = false; // of a new layer all settings of a backdrop
 
     bool any() const;
 

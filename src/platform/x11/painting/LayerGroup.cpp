@@ -26,13 +26,14 @@ xcb_render_fixed_t fixed(double value) {
     return static_cast<xcb_render_fixed_t>(std::lround(value * 65536));
 }
 
-// The operator of a compositing filter. A name that is not known is none.
-std::uint8_t operatorOf(const Layer &layer) {
-    if (layer.compositingFilter == compositingFilter::overlayBlendMode) {
+std::uint8_t operatorOf(BlendMode mode) {
+    switch (mode) {
+    case BlendMode::overlay:
         return XCB_RENDER_PICT_OP_OVERLAY;
-    }
-    if (layer.compositingFilter == compositingFilter::softLightBlendMode) {
+    case BlendMode::softLight:
         return XCB_RENDER_PICT_OP_SOFT_LIGHT;
+    case BlendMode::normal:
+        break;
     }
     return XCB_RENDER_PICT_OP_OVER;
 }
@@ -96,8 +97,8 @@ class GroupDrawing {
             return;
         }
         // Over nothing every blend is the plain one, which servers do much faster.
-        const auto blend =
-            isEmpty_ ? static_cast<std::uint8_t>(XCB_RENDER_PICT_OP_OVER) : operatorOf(layer);
+        const auto blend = isEmpty_ ? static_cast<std::uint8_t>(XCB_RENDER_PICT_OP_OVER)
+                                    : operatorOf(layer.blendMode);
         if (layer.backgroundColor.alpha > 0 && layer.contents) {
             // Opacity and blend apply to both as one.
             OwnedPixmap pixmap;
