@@ -169,10 +169,10 @@ class OverlayManager {
     void updateOverlay(const Screen &screen, DisplayOverlay &overlay, const ScreenPlan &plan,
                        const FocusContext &context, double now);
     RenderSnapshot desiredSnapshot(const Screen &screen, const ScreenPlan &plan,
-                                   const std::vector<Rect> &exclusionRects) const;
+                                   const std::vector<Rect> &exclusions) const;
     void showLiveBackdrop(DisplayID displayID, DisplayOverlay &overlay,
                           std::optional<WindowID> referenceWindowID,
-                          const std::vector<Rect> &exclusionRects, double now);
+                          const std::vector<Rect> &exclusions, double now);
     void applyHidden(DisplayID displayID, DisplayOverlay &overlay, double now);
     // At most one line per display and 0.2 s.
     void logOverlayState(DisplayID displayID, double now, std::string_view message);
@@ -183,8 +183,9 @@ class OverlayManager {
     void printOverlayState(DisplayID displayID, std::string_view message) const;
 
     // Geometry
-    bool isStageManagerEnabled();
-    std::vector<Rect> stageManagerExclusionRects(const Screen &screen, const FocusContext &context);
+    bool areApplicationStripsEnabled();
+    // What stays clear on the screen beside the clear window, in points in its view.
+    std::vector<Rect> exclusionRects(const Screen &screen, const FocusContext &context);
 
     // Lifecycle
     void setupObservers();
@@ -216,8 +217,8 @@ class OverlayManager {
     // Until then every display stays on its live backdrop.
     double transitionUntil_ = 0;
     double lastCoverBringForwardAt_ = 0;
-    // The last value that the system's preferences decided.
-    std::optional<bool> lastKnownStageManagerEnabled_;
+    // What the desktop told last about its strips of recent applications.
+    bool lastKnownStripsEnabled_ = false;
     Lifetime lifetime_;
 };
 

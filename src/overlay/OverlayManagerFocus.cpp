@@ -10,7 +10,7 @@ namespace lumo {
 namespace {
 
 constexpr std::string_view lumoOwnerName = "Lumo";
-constexpr std::string_view stageManagerOwnerName = "WindowManager";
+constexpr std::string_view windowManagerOwnerName = "WindowManager";
 
 std::string selectionLine(OverlayManager::DisplayID displayID, const ScreenCandidate &choice) {
     const WindowDescriptor &window = *choice.window;
@@ -55,7 +55,7 @@ bool OverlayManager::isCandidate(const WindowDescriptor &window) const {
            window.bounds.width > largestSideOfAnAccessory &&
            window.bounds.height > largestSideOfAnAccessory &&
            !WindowListService::isSystemWindow(window.ownerName) &&
-           window.ownerName != stageManagerOwnerName && window.ownerName != lumoOwnerName &&
+           window.ownerName != windowManagerOwnerName && window.ownerName != lumoOwnerName &&
            window.ownerPID != platform_.workspace.ownApplication().processIdentifier &&
            !overlayWindowIDs_.contains(window.windowID) &&
            !(window.name && WindowListService::isTransientWindow(*window.name));

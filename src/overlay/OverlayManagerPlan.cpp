@@ -125,8 +125,8 @@ void OverlayManager::updateOverlay(const Screen &screen, DisplayOverlay &overlay
     const DisplayID display = displayID(screen);
     const ScreenPlan effective = effectivePlan(plan, now < transitionUntil_);
     const bool isLive = effective.command == ScreenRenderCommand::liveBackdrop;
-    const auto exclusionRects = stageManagerExclusionRects(screen, context);
-    RenderSnapshot desired = desiredSnapshot(screen, effective, exclusionRects);
+    const auto exclusions = exclusionRects(screen, context);
+    RenderSnapshot desired = desiredSnapshot(screen, effective, exclusions);
     const auto &reference = effective.referenceWindowID;
 
     switch (renderStep(overlay.lastSnapshot, overlay.pendingRender, desired, now)) {
@@ -134,7 +134,7 @@ void OverlayManager::updateOverlay(const Screen &screen, DisplayOverlay &overlay
         overlay.pendingRender.reset();
         logOverlayState(display, now, "snapshot==desired ref=", reference);
         if (isLive) {
-            showLiveBackdrop(display, overlay, reference, exclusionRects, now);
+            showLiveBackdrop(display, overlay, reference, exclusions, now);
         }
         return;
     case RenderStep::startDebounce:
@@ -148,7 +148,7 @@ void OverlayManager::updateOverlay(const Screen &screen, DisplayOverlay &overlay
         break;
     }
     if (isLive) {
-        showLiveBackdrop(display, overlay, reference, exclusionRects, now);
+        showLiveBackdrop(display, overlay, reference, exclusions, now);
         logOverlayState(display, now, "apply liveBackdrop ref=", reference);
     } else {
         applyHidden(display, overlay, now);
@@ -159,12 +159,12 @@ void OverlayManager::updateOverlay(const Screen &screen, DisplayOverlay &overlay
 
 OverlayManager::RenderSnapshot
 OverlayManager::desiredSnapshot(const Screen &screen, const ScreenPlan &plan,
-                                const std::vector<Rect> &exclusionRects) const {
+                                const std::vector<Rect> &exclusions) const {
     const bool isLive = plan.command == ScreenRenderCommand::liveBackdrop;
     return {.mode = isLive ? 1 : 0,
             .screenFrame = screen.frame.integral(),
             .referenceWindowID = isLive ? plan.referenceWindowID : std::nullopt,
-            .exclusionSignature = isLive ? lumo::exclusionSignature(exclusionRects) : "",
+            .exclusionSignature = isLive ? lumo::exclusionSignature(exclusions) : "",
             .effectMode = settingsStore_.effectMode.value(),
             .effectIntensity = settingsStore_.effectIntensity.value(),
             .blurFreeMode = settingsStore_.blurFreeMode.value()};
@@ -172,7 +172,7 @@ OverlayManager::desiredSnapshot(const Screen &screen, const ScreenPlan &plan,
 
 void OverlayManager::showLiveBackdrop(DisplayID displayID, DisplayOverlay &overlay,
                                       std::optional<WindowID> referenceWindowID,
-                                      const std::vector<Rect> &exclusionRects, double now) {
+                                      const std::vector<Rect> &exclusions, double now) {
     overlay.panel.orderBelowClearWindow(referenceWindowID);
     logOverlayState(displayID, now, "display-order stable ref=", referenceWindowID);
 
@@ -184,7 +184,7 @@ void OverlayManager::showLiveBackdrop(DisplayID displayID, DisplayOverlay &overl
     view.materialPipeline().setBlurEnabled(mode == EffectMode::softBlur && !blurFreeMode);
     view.materialPipeline().update(intensity);
     view.applyTintOverlay(mode, intensity, blurFreeMode);
-    view.applyExclusionMask(exclusionRects);
+    view.applyExclusionMask(exclusions);
     view.display();
     view.debugLog("mode=liveBackdrop");
 }

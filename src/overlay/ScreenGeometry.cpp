@@ -9,14 +9,7 @@ namespace lumo {
 
 namespace {
 
-constexpr const char *stageManagerOwnerName = "WindowManager";
-constexpr const char *stageManagerBundleID = "com.apple.WindowManager";
-
-bool belongsToStageManager(const WindowDescriptor &window) {
-    return window.ownerName == stageManagerOwnerName || window.bundleID == stageManagerBundleID;
-}
-
-// Tells the strip of thumbnails from Stage Manager's other windows by where it is and its shape.
+// Tells a strip from the other windows of the program that draws it by its place and shape.
 bool isStrip(const Rect &local, const Rect &screenFrame) {
     constexpr double edgeReach = 8;
     constexpr double minSide = 80;
@@ -47,26 +40,22 @@ double highestScreenEdge(const std::vector<Screen> &screens) {
         .frame.maxY();
 }
 
-Rect convertQuartzToCocoa(const Rect &rect, double highestEdge) {
+Rect screenRect(const Rect &rect, double highestEdge) {
     return {rect.x, highestEdge - rect.y - rect.height, rect.width, rect.height};
 }
 
 Rect displayLocalRect(const Rect &windowBounds, const Rect &screenFrame, double highestEdge) {
-    return convertQuartzToCocoa(windowBounds, highestEdge)
+    return screenRect(windowBounds, highestEdge)
         .intersection(screenFrame)
         .translated(-screenFrame.x, -screenFrame.y);
 }
 
-std::vector<Rect> stageManagerStrips(const Rect &screenFrame,
-                                     const std::vector<WindowDescriptor> &allWindows,
-                                     double highestEdge) {
+std::vector<Rect> stripsOnScreen(const Rect &screenFrame, const std::vector<Rect> &windowBounds,
+                                 double highestEdge) {
     constexpr double margin = 4;
     std::vector<Rect> strips;
-    for (const auto &window : allWindows) {
-        if (!belongsToStageManager(window)) {
-            continue;
-        }
-        const Rect local = displayLocalRect(window.bounds, screenFrame, highestEdge);
+    for (const auto &bounds : windowBounds) {
+        const Rect local = displayLocalRect(bounds, screenFrame, highestEdge);
         if (local.isEmpty() || !isStrip(local, screenFrame)) {
             continue;
         }

@@ -4,13 +4,13 @@ namespace lumo {
 
 class Accessibility;
 class Application;
+class ApplicationStrips;
 class EventMonitors;
 class HotKeyService;
 class Log;
 class LoginItem;
 class MainLoop;
 class OverlayWindows;
-class PreferenceDomains;
 class Screens;
 class StatusItem;
 class UpdateFramework;
@@ -36,6 +36,7 @@ struct Capabilities {
 struct Platform {
     Accessibility &accessibility;
     Application &application;
+    ApplicationStrips &applicationStrips;
     EventMonitors &eventMonitors;
     HotKeyService &hotKeyService;
     Log &log;
@@ -43,7 +44,6 @@ struct Platform {
     Log &loginItemLog; // the system's log, for what is wrong with the login item
     MainLoop &mainLoop;
     OverlayWindows &overlayWindows;
-    PreferenceDomains &preferenceDomains;
     Screens &screens;
     StatusItem &statusItem;
     UpdateFramework &updateFramework;

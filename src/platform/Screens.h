@@ -11,7 +11,7 @@
 namespace lumo {
 
 struct Screen {
-    // The stable identifier of the display ("NSScreenNumber"); absent when the display has none.
+    // The stable identifier of the display; absent when the display has none.
     std::optional<std::uint32_t> number;
 
     // In points, in one space for all screens: y pointing up from the bottom edge of the main

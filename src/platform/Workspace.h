@@ -6,7 +6,6 @@
 #include <functional>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace lumo {
@@ -31,9 +30,6 @@ struct InstalledApplication {
 
     bool operator==(const InstalledApplication &) const = default;
 };
-
-// The scheme of URLs that name a page of the system's settings.
-inline constexpr std::string_view systemSettingsScheme = "x-apple.systempreferences";
 
 // The running applications and what happens to them. References and pointers that are handed out
 // are valid until control returns to the main loop.
@@ -61,9 +57,10 @@ class Workspace {
     // the system refused; true does not promise that it has happened yet.
     virtual bool activate(std::int32_t processIdentifier) = 0;
 
-    // Opens the URL with whatever program is meant for it, without waiting for that program. False
-    // when there is none.
-    virtual bool open(std::string_view url) = 0;
+    // Opens the system's settings, where they have one at the page on which the user lets this
+    // program read and raise other applications' windows, without waiting for them. False when
+    // there is no settings program.
+    virtual bool openSystemSettings() = 0;
 
     // Calls the observer on the main thread after an application became frontmost, after one
     // terminated, and after the user switched to another space (a virtual desktop).

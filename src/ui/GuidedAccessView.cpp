@@ -17,9 +17,6 @@ namespace lumo {
 
 namespace {
 
-constexpr std::string_view accessibilitySettings =
-    "x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility";
-
 QLabel *centred(QLabel *label) {
     label->setAlignment(Qt::AlignCenter);
     return label;
@@ -107,7 +104,7 @@ void GuidedAccessView::showState(bool isGranted) {
 }
 
 void GuidedAccessView::openSystemSettings() {
-    if (!platform_.workspace.open(accessibilitySettings)) {
+    if (!platform_.workspace.openSystemSettings()) {
         platform_.log.print("[Lumo] this desktop has no settings program to open");
         state_->setText(QStringLiteral("This desktop has no settings program to open."));
     }

@@ -99,6 +99,7 @@ ScriptedDesktop::~ScriptedDesktop() = default;
 Platform ScriptedDesktop::platform() {
     return {.accessibility = *this,
             .application = *this,
+            .applicationStrips = *this,
             .eventMonitors = *this,
             .hotKeyService = *this,
             .log = log_,
@@ -106,7 +107,6 @@ Platform ScriptedDesktop::platform() {
             .loginItemLog = log_,
             .mainLoop = mainLoop,
             .overlayWindows = *this,
-            .preferenceDomains = *this,
             .screens = *this,
             .statusItem = *this,
             .updateFramework = *this,
@@ -221,11 +221,6 @@ bool ScriptedDesktop::activate(ProcessID process) {
         std::for_each(owned.rbegin(), owned.rend(), [this](WindowID window) { raise(window); });
         focusApplication(process);
     });
-    return true;
-}
-
-bool ScriptedDesktop::open(std::string_view url) {
-    openedURLs.emplace_back(url);
     return true;
 }
 
@@ -540,16 +535,6 @@ void ScriptedDesktop::add(const UserNotification &notification,
         [completion = std::move(completion), error = notificationError] { completion(error); });
 }
 
-void ScriptedDesktop::setPreference(std::string domain, std::string key, Value value) {
-    removePreference(domain, key);
-    preferences_.push_back({std::move(domain), std::move(key), std::move(value)});
-}
-
-void ScriptedDesktop::removePreference(std::string_view domain, std::string_view key) {
-    std::erase_if(preferences_,
-                  [&](const Preference &each) { return each.domain == domain && each.key == key; });
-}
-
 Handle ScriptedDesktop::installEventHandler(std::function<void(const HotKeyEvent &)> handler) {
     return hotKeyEvents_.subscribe(std::move(handler));
 }
@@ -579,15 +564,6 @@ void ScriptedDesktop::releaseHotKey(std::uint32_t keyCode, std::uint32_t modifie
             hotKeyEvents_.emit({hotKey.id, HotKeyEventKind::released});
         }
     }
-}
-
-std::optional<Value> ScriptedDesktop::value(std::string_view key, std::string_view domain) const {
-    for (const auto &each : preferences_) {
-        if (each.domain == domain && each.key == key) {
-            return each.value;
-        }
-    }
-    return std::nullopt;
 }
 
 std::optional<Value> ScriptedDesktop::object(std::string_view key) const {

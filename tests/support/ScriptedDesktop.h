@@ -3,12 +3,12 @@
 #include "ScriptedMainLoop.h"
 #include "platform/Accessibility.h"
 #include "platform/Application.h"
+#include "platform/ApplicationStrips.h"
 #include "platform/EventMonitors.h"
 #include "platform/HotKeyService.h"
 #include "platform/LoginItem.h"
 #include "platform/OverlayWindows.h"
 #include "platform/Platform.h"
-#include "platform/PreferenceDomains.h"
 #include "platform/Screens.h"
 #include "platform/StatusItem.h"
 #include "platform/UpdateFramework.h"
@@ -61,7 +61,7 @@ class ScriptedDesktop final : private WindowServer,
                               private LoginItem,
                               private StatusItem,
                               private UpdateFramework,
-                              private PreferenceDomains,
+                              private ApplicationStrips,
                               private EventMonitors,
                               private HotKeyService,
                               private UserDefaults,
@@ -103,7 +103,7 @@ class ScriptedDesktop final : private WindowServer,
     mutable int applicationLookups = 0;
 
     std::vector<InstalledApplication> installed;
-    std::vector<std::string> openedURLs;
+    int settingsOpened = 0;
 
     // This program. Starting it once more reaches the running one.
     std::optional<ActivationPolicy> activationPolicy;
@@ -185,9 +185,9 @@ class ScriptedDesktop final : private WindowServer,
     void sendHotKeyEvent(const HotKeyEvent &event) { hotKeyEvents_.emit(event); }
     std::vector<std::uint32_t> keyCodesTakenByOthers;
 
-    // Preferences of other programs
-    void setPreference(std::string domain, std::string key, Value value);
-    void removePreference(std::string_view domain, std::string_view key);
+    // Strips of recent applications, which a program of that name draws.
+    static constexpr const char *stripOwner = "Strips";
+    std::optional<bool> stripsEnabled;
 
     // The program's own user defaults.
     std::map<std::string, Value, std::less<>> defaults;
@@ -207,11 +207,6 @@ class ScriptedDesktop final : private WindowServer,
         Target target;
         std::function<bool(const InputEvent &)> handler;
     };
-    struct Preference {
-        std::string domain;
-        std::string key;
-        Value value;
-    };
     using Stack = std::list<Window>;
     class OverlayWindow;
     class AccessibleWindow;
@@ -224,7 +219,10 @@ class ScriptedDesktop final : private WindowServer,
     const RunningApplication &ownApplication() const override { return own_; }
     std::vector<InstalledApplication> installedApplications() const override { return installed; }
     bool activate(ProcessID process) override;
-    bool open(std::string_view url) override;
+    bool openSystemSettings() override {
+        ++settingsOpened;
+        return true;
+    }
     Handle onDidActivateApplication(std::function<void()> observer) override;
     Handle onDidTerminateApplication(std::function<void()> observer) override;
     Handle onActiveSpaceDidChange(std::function<void()> observer) override;
@@ -267,7 +265,10 @@ class ScriptedDesktop final : private WindowServer,
     HotKeyRegistration registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
                                       HotKeyID id) override;
 
-    std::optional<Value> value(std::string_view key, std::string_view domain) const override;
+    std::optional<bool> areEnabled() const override { return stripsEnabled; }
+    bool areDrawnBy(const std::string &name, const std::optional<std::string> &) const override {
+        return name == stripOwner;
+    }
 
     std::optional<Value> object(std::string_view key) const override;
     void setBool(std::string_view key, bool value) override;
@@ -298,7 +299,6 @@ class ScriptedDesktop final : private WindowServer,
     std::vector<ProcessID> activations_;
     Stack stack_;
     std::vector<std::shared_ptr<OverlayState>> overlays_;
-    std::vector<Preference> preferences_;
     std::vector<HotKey> hotKeys_;
     Signal<HotKeyEvent> hotKeyEvents_;
     ProcessID nextProcess_ = 100;

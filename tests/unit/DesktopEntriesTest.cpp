@@ -3,8 +3,7 @@
 #include "RunUntil.h"
 #include "UserFolders.h"
 #include "desktop/Variable.h"
-#include "platform/Workspace.h"
-#include "platform/freedesktop/UrlOpener.h"
+#include "platform/freedesktop/SettingsOpener.h"
 
 #include <gmock/gmock.h>
 
@@ -70,36 +69,23 @@ TEST(DesktopEntriesTest, FoundByClassThenIdentifierThenProgramAndAnewAfterAChang
     EXPECT_EQ(found("latecomer", "", ""), "late");
 }
 
-class UrlOpenerTest : public testing::Test {
+class SettingsOpenerTest : public testing::Test {
   protected:
-    UrlOpenerTest() { fs::remove(userFolder() / "started"); }
+    SettingsOpenerTest() { fs::remove(userFolder() / "started"); }
 
     bool eventually(const std::function<bool()> &condition) { return runUntil(loop_, condition); }
 
     std::vector<std::string> lines_;
     GlibMainLoop loop_;
     Log log_{[this](std::string_view line) { lines_.emplace_back(line); }};
-    UrlOpener opener_{log_};
+    SettingsOpener opener_{log_};
 };
 
-TEST_F(UrlOpenerTest, StartsTheProgramForTheScheme) {
-    writeDesktopEntry("opener", "Name=Opener\nExec=" + writeProgram("opener") +
-                                    " %u\nMimeType=x-scheme-handler/lumotest;\n");
-    fs::create_directories(userFolder() / "config");
-    std::ofstream(userFolder() / "config" / "mimeapps.list")
-        << "[Default Applications]\nx-scheme-handler/lumotest=opener.desktop\n";
-    EXPECT_TRUE(eventually([&] { return opener_.open("lumotest:page"); }));
-    EXPECT_TRUE(eventually([&] { return started() == "opener 1 lumotest:page"; }));
-    EXPECT_FALSE(opener_.open("lumounknown:page"));
-    EXPECT_FALSE(opener_.open("no URL"));
-}
-
-TEST_F(UrlOpenerTest, StartsTheSettingsOfTheDesktopThatRuns) {
+TEST_F(SettingsOpenerTest, StartsTheProgramOfTheDesktopThatRuns) {
     for (const char *entry : {"org.gnome.Settings", "kdesystemsettings", "cinnamon-settings"}) {
         writeDesktopEntry(entry, "Name=Settings\nExec=" + writeProgram(entry) + " %u\n");
     }
     writeDesktopEntry("matecc", "Name=Control Center\nPath=/nowhere\nExec=true\n");
-    const auto page = std::string(systemSettingsScheme) + ":page";
     for (const auto &[desktop, program] :
          std::map<std::string, std::string>{{"ubuntu:GNOME", "org.gnome.Settings"},
                                             {"KDE", "kdesystemsettings"},
@@ -110,12 +96,12 @@ TEST_F(UrlOpenerTest, StartsTheSettingsOfTheDesktopThatRuns) {
         const desktop::Variable current("XDG_CURRENT_DESKTOP", desktop);
         const auto expected = program.empty() ? "" : program + " 0 ";
         fs::remove(userFolder() / "started");
-        EXPECT_TRUE(eventually([&] { return opener_.open(page) == !expected.empty(); }));
+        EXPECT_TRUE(eventually([&] { return opener_.open() == !expected.empty(); }));
         EXPECT_TRUE(eventually([&] { return started() == expected; }));
     }
     EXPECT_THAT(lines_, IsEmpty());
     const desktop::Variable current("XDG_CURRENT_DESKTOP", "MATE");
-    EXPECT_TRUE(eventually([&] { return opener_.open(page); }));
+    EXPECT_TRUE(eventually([&] { return opener_.open(); }));
     EXPECT_TRUE(eventually([&] { return !lines_.empty(); })) << "a start that fails is told";
     EXPECT_THAT(lines_, ElementsAre(StartsWith("[Lumo] could not start Control Center")));
 }

@@ -2,6 +2,7 @@
 #include "platform/macos/logic/LayerDifference.h"
 #include "platform/macos/logic/NativeNumber.h"
 #include "platform/macos/logic/OverrideClaims.h"
+#include "platform/macos/logic/StageManager.h"
 #include "platform/macos/logic/TimerPolicy.h"
 #include "platform/macos/logic/WindowDictionary.h"
 #include "platform/macos/logic/WindowFlags.h"
@@ -276,7 +277,7 @@ TEST(MacTablesTest, FlagsOfThePlatform) {
     EXPECT_EQ(autoresizing::both, 18U);
 }
 
-TEST(MacTablesTest, LayersAreSetUpByThePlatformsNamesInItsOrder) {
+TEST(MacTablesTest, NamesAndOrderOfLayerSettings) {
     using enum Filter::Type;
     const std::vector<std::pair<std::string_view, std::vector<NativeSetting>>> expected = {
         {"gaussianBlur", {{"inputRadius", 24.0}, {"inputNormalizeEdges", true}}},
@@ -297,6 +298,34 @@ TEST(MacTablesTest, LayersAreSetUpByThePlatformsNamesInItsOrder) {
                                           {"bleedAmount", 0.0},
                                           {"allowsInPlaceFiltering", false},
                                           {"disablesOccludedBackdropBlurs", false}}));
+}
+
+TEST(StageManagerTest, FirstPreferenceWithATruth) {
+    struct Case {
+        std::map<std::string_view, Value> preferences;
+        std::optional<bool> expected;
+    };
+    for (const auto &[preferences, expected] : {
+             Case{{}, {}},
+             Case{{{"GloballyEnabled", true}, {"StageManagerEnabled", false}}, true},
+             Case{{{"GloballyEnabled", false}, {"StageManagerEnabled", true}}, false},
+             Case{{{"StageManagerEnabled", 0.5}, {"EnableStandardClickToShowDesktop", 1}}, false},
+             Case{{{"GloballyEnabled", "yes"},
+                   {"StageManagerEnabled", "yes"},
+                   {"EnableStandardClickToShowDesktop", -1}},
+                  true},
+             Case{{{"GloballyEnabled", "yes"}, {"Enabled", true}}, {}},
+         }) {
+        EXPECT_EQ(stageManagerSetting([&](std::string_view key) {
+                      const auto found = preferences.find(key);
+                      return found != preferences.end() ? std::optional(found->second)
+                                                        : std::nullopt;
+                  }),
+                  expected);
+    }
+    EXPECT_TRUE(isStageManager("WindowManager", std::nullopt));
+    EXPECT_TRUE(isStageManager("Window Manager", "com.apple.WindowManager"));
+    EXPECT_FALSE(isStageManager("windowmanager", "com.apple.windowmanager"));
 }
 
 TEST(MacTablesTest, OnlyLeisurelyTimersMayBeLate) {

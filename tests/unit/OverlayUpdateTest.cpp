@@ -208,35 +208,27 @@ TEST_F(OverlayUpdate, OwnWindowInFrontLeavesTheLastApplicationClear) {
     EXPECT_EQ(clearOn(left), dialog) << "no identifier equals no identifier: Lumo is in front";
 }
 
-TEST_F(OverlayUpdate, StageManagerStripsAreHoles) {
-    const auto stageManager = desktop.launch("WindowManager", "com.apple.WindowManager");
+TEST_F(OverlayUpdate, StripsOfRecentApplicationsAreHoles) {
+    const auto strips = desktop.launch(test::ScriptedDesktop::stripOwner, "org.example.Strips");
     // On the left display, whose top is 180 points below the highest edge.
-    desktop.openWindow(stageManager, {0, 280, 200, 600});
+    desktop.openWindow(strips, {0, 280, 200, 600});
     openOn(left, editor);
     manager->startShowing();
     EXPECT_FALSE(shownOn(left).mask.has_value());
 
-    const std::string domain = "com.apple.WindowManager";
     const auto holes = [this] {
         tick();
         const auto &mask = shownOn(left).mask;
         return mask ? mask->rectangles.size() - 1 : 0;
     };
-    desktop.setPreference(domain, "GloballyEnabled", true);
+    desktop.stripsEnabled = true;
     EXPECT_EQ(holes(), 1U);
     EXPECT_EQ(shownOn(left).mask->rectangles.back(), (Rect{0, 196, 204, 608}));
     EXPECT_FALSE(shownOn(right).mask.has_value());
-
-    desktop.removePreference(domain, "GloballyEnabled");
+    desktop.stripsEnabled.reset();
     EXPECT_EQ(holes(), 1U) << "the last known value stays in force";
-    desktop.setPreference(domain, "StageManagerEnabled", 0.5);
-    EXPECT_EQ(holes(), 0U) << "a number counts by its whole part";
-    desktop.setPreference(domain, "GloballyEnabled", "yes");
-    desktop.setPreference(domain, "StageManagerEnabled", "yes");
-    desktop.setPreference(domain, "EnableStandardClickToShowDesktop", -1);
-    EXPECT_EQ(holes(), 1U) << "values of other types are passed over";
-    desktop.setPreference(domain, "GloballyEnabled", false);
-    EXPECT_EQ(holes(), 0U) << "the first key decides";
+    desktop.stripsEnabled = false;
+    EXPECT_EQ(holes(), 0U);
 }
 
 TEST_F(OverlayUpdate, LogLinesAtMostFiveTimesASecond) {

@@ -14,7 +14,7 @@ TEST(ScreenGeometry, BoundsFromTheHighestScreenEdge) {
     const std::vector<Screen> screens{{1, {0, 0, 1440, 900}, 1}, {2, {1440, 0, 1920, 1080}, 1}};
     const double top = highestScreenEdge(screens);
     EXPECT_EQ(top, 1080);
-    EXPECT_EQ(convertQuartzToCocoa({1500, 100, 800, 600}, top), (Rect{1500, 380, 800, 600}));
+    EXPECT_EQ(screenRect({1500, 100, 800, 600}, top), (Rect{1500, 380, 800, 600}));
     EXPECT_EQ(displayLocalRect({1400, 100, 800, 600}, screens[1].frame, top),
               (Rect{0, 380, 760, 600}));
     EXPECT_EQ(displayLocalRect({1400, 100, 800, 600}, screens[0].frame, top),
@@ -30,7 +30,7 @@ TEST(ScreenGeometry, BoundsFromTheHighestScreenEdge) {
 
 // A display of 1920 x 1080: strips are 81 to 806.4 wide, at least 216 high and reach to within 8
 // points of an edge.
-TEST(ScreenGeometry, StageManagerStrips) {
+TEST(ScreenGeometry, StripsByPlaceAndShape) {
     const Rect screen{1440, 0, 1920, 1080};
     struct Case {
         const char *what = nullptr;
@@ -55,15 +55,7 @@ TEST(ScreenGeometry, StageManagerStrips) {
     };
     for (const auto &[what, local, expected] : cases) {
         const Rect bounds{local.x + screen.x, 1080 - local.maxY(), local.width, local.height};
-        WindowDescriptor other;
-        other.ownerName = "windowmanager";
-        other.bounds = bounds;
-        WindowDescriptor byName = other;
-        byName.ownerName = "WindowManager";
-        WindowDescriptor byBundle = other;
-        byBundle.bundleID = "com.apple.WindowManager";
-        EXPECT_EQ(stageManagerStrips(screen, {other, byName}, 1080), expected) << what;
-        EXPECT_EQ(stageManagerStrips(screen, {byBundle, other}, 1080), expected) << what;
+        EXPECT_EQ(stripsOnScreen(screen, {bounds}, 1080), expected) << what;
     }
 }
 

@@ -4,12 +4,12 @@
 #include "platform/macos/MacAccessibility.h"
 #include "platform/macos/MacAppearance.h"
 #include "platform/macos/MacApplication.h"
+#include "platform/macos/MacApplicationStrips.h"
 #include "platform/macos/MacEventMonitors.h"
 #include "platform/macos/MacHotKeys.h"
 #include "platform/macos/MacLoginItem.h"
 #include "platform/macos/MacMainLoop.h"
 #include "platform/macos/MacOverlayWindows.h"
-#include "platform/macos/MacPreferenceDomains.h"
 #include "platform/macos/MacScreens.h"
 #include "platform/macos/MacStatusItem.h"
 #include "platform/macos/MacUpdateFramework.h"
@@ -42,7 +42,7 @@ class MacBackend {
     MacApplication application_;
     MacAppearance appearance_;
     MacUserDefaults userDefaults_;
-    MacPreferenceDomains preferenceDomains_;
+    MacApplicationStrips applicationStrips_;
     MacScreens screens_;
     MacWorkspace workspace_;
     MacWindowServer windowServer_;

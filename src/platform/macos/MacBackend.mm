@@ -23,6 +23,7 @@ MacBackend::MacBackend(Log &log)
 Platform MacBackend::platform() {
     return {.accessibility = accessibility_,
             .application = application_,
+            .applicationStrips = applicationStrips_,
             .eventMonitors = eventMonitors_,
             .hotKeyService = hotKeys_,
             .log = log_,
@@ -30,7 +31,6 @@ Platform MacBackend::platform() {
             .loginItemLog = loginItemLog_,
             .mainLoop = mainLoop_,
             .overlayWindows = overlayWindows_,
-            .preferenceDomains = preferenceDomains_,
             .screens = screens_,
             .statusItem = statusItem_,
             .updateFramework = updateFramework_,

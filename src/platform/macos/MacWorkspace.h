@@ -19,7 +19,7 @@ class MacWorkspace final : public Workspace {
     const RunningApplication &ownApplication() const override { return own_; }
 
     bool activate(std::int32_t processIdentifier) override;
-    bool open(std::string_view url) override;
+    bool openSystemSettings() override;
 
     Handle onDidActivateApplication(std::function<void()> observer) override;
     Handle onDidTerminateApplication(std::function<void()> observer) override;

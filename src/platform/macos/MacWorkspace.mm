@@ -13,6 +13,9 @@ static_assert(NSApplicationActivateAllWindows == 1);
 
 namespace {
 
+constexpr std::string_view accessibilitySettings =
+    "x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility";
+
 ActivationPolicy policyOf(NSRunningApplication *application) {
     switch (application.activationPolicy) {
     case NSApplicationActivationPolicyRegular:
@@ -126,8 +129,8 @@ bool MacWorkspace::activate(std::int32_t processIdentifier) {
     return [application activateWithOptions:NSApplicationActivateAllWindows];
 }
 
-bool MacWorkspace::open(std::string_view url) {
-    NSURL *address = [NSURL URLWithString:nativeString(url)];
+bool MacWorkspace::openSystemSettings() {
+    NSURL *address = [NSURL URLWithString:nativeString(accessibilitySettings)];
     return address != nil && [[NSWorkspace sharedWorkspace] openURL:address];
 }
 

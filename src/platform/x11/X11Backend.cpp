@@ -42,6 +42,7 @@ bool X11Backend::isActive() const {
 Platform X11Backend::platform() {
     return {.accessibility = accessibility_,
             .application = application_,
+            .applicationStrips = applicationStrips_,
             .eventMonitors = input_.eventMonitors(),
             .hotKeyService = input_.hotKeys(),
             .log = log_,
@@ -49,7 +50,6 @@ Platform X11Backend::platform() {
             .loginItemLog = loginItemLog_,
             .mainLoop = mainLoop_,
             .overlayWindows = overlayWindows_,
-            .preferenceDomains = preferenceDomains_,
             .screens = screens_,
             .statusItem = statusItem_,
             .updateFramework = *updates_,

@@ -4,7 +4,7 @@
 #include "platform/UpdateFramework.h"
 #include "platform/freedesktop/AutostartLoginItem.h"
 #include "platform/freedesktop/DesktopNotifications.h"
-#include "platform/freedesktop/NoPreferenceDomains.h"
+#include "platform/freedesktop/NoApplicationStrips.h"
 #include "platform/freedesktop/PropertyListUserDefaults.h"
 #include "platform/freedesktop/SessionBus.h"
 #include "platform/x11/X11Application.h"
@@ -50,7 +50,7 @@ class X11Backend {
     MainLoop &mainLoop_;
     Log &log_;
     freedesktop::PropertyListUserDefaults userDefaults_;
-    freedesktop::NoPreferenceDomains preferenceDomains_;
+    freedesktop::NoApplicationStrips applicationStrips_;
     WindowMirror mirror_;
     X11Screens screens_;
     X11Workspace workspace_;

@@ -43,7 +43,7 @@ bool tellsMore(const MirrorWindow &a, const MirrorWindow &b) {
 X11Workspace::X11Workspace(Connection &connection, WindowMirror &mirror, const Log &log)
     : mirror_(mirror)
     , pager_(connection, mirror)
-    , opener_(log)
+    , settingsOpener_(log)
     , own_{getpid(), freedesktop::program::identifier, freedesktop::program::name,
            ActivationPolicy::accessory} {
     handle({});

@@ -2,7 +2,7 @@
 
 #include "platform/Workspace.h"
 #include "platform/freedesktop/DesktopEntries.h"
-#include "platform/freedesktop/UrlOpener.h"
+#include "platform/freedesktop/SettingsOpener.h"
 #include "platform/x11/windows/Pager.h"
 #include "support/Handle.h"
 #include "support/Signal.h"
@@ -41,7 +41,7 @@ class X11Workspace final : public Workspace {
     std::vector<InstalledApplication> installedApplications() const override;
     const RunningApplication &ownApplication() const override { return own_; }
     bool activate(std::int32_t processIdentifier) override;
-    bool open(std::string_view url) override { return opener_.open(url); }
+    bool openSystemSettings() override { return settingsOpener_.open(); }
     Handle onDidActivateApplication(std::function<void()> observer) override;
     Handle onDidTerminateApplication(std::function<void()> observer) override;
     Handle onActiveSpaceDidChange(std::function<void()> observer) override;
@@ -64,7 +64,7 @@ class X11Workspace final : public Workspace {
 
     WindowMirror &mirror_;
     Pager pager_;
-    freedesktop::UrlOpener opener_;
+    freedesktop::SettingsOpener settingsOpener_;
     RunningApplication own_;
 
     // Derived from the mirror and the entries as they were at these revisions.

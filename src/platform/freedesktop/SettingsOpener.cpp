@@ -1,6 +1,5 @@
-#include "platform/freedesktop/UrlOpener.h"
+#include "platform/freedesktop/SettingsOpener.h"
 
-#include "platform/Workspace.h"
 #include "platform/freedesktop/GlibPointers.h"
 #include "platform/freedesktop/SettingsProgram.h"
 
@@ -8,7 +7,6 @@
 
 #include <cstdlib>
 #include <string>
-#include <string_view>
 
 namespace lumo::freedesktop {
 
@@ -26,22 +24,13 @@ GlibPointer<GAppInfo> settingsProgram() {
     return nullptr;
 }
 
-GlibPointer<GAppInfo> programFor(std::string_view scheme) {
-    return GlibPointer<GAppInfo>(
-        g_app_info_get_default_for_uri_scheme(std::string(scheme).c_str()));
-}
-
 } // namespace
 
-bool UrlOpener::open(std::string_view url) {
-    const auto scheme = url.substr(0, url.find(':'));
-    const bool isSettingsPage = scheme == systemSettingsScheme;
-    const auto program = isSettingsPage ? settingsProgram() : programFor(scheme);
+bool SettingsOpener::open() {
+    const auto program = settingsProgram();
     if (!program) {
         return false;
     }
-    std::string text(url);
-    GList one{text.data(), nullptr, nullptr};
     calls_.start(
         [this](GObject *source, GAsyncResult *result) {
             GError *raw = nullptr;
@@ -52,7 +41,7 @@ bool UrlOpener::open(std::string_view url) {
                            error->message);
             }
         },
-        g_app_info_launch_uris_async, program.get(), isSettingsPage ? nullptr : &one, nullptr);
+        g_app_info_launch_uris_async, program.get(), nullptr, nullptr);
     return true;
 }
 
