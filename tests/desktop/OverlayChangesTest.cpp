@@ -38,7 +38,9 @@ TEST_F(OverlayChanges, WallpaperFromEachSource) {
             wallpaper.at(x % 800, x / 800) = {colour.red, colour.green,
                                               static_cast<std::uint8_t>(x % 256)};
         }
+        const Colour before = session.pixel(400, 300);
         session.setWallpaper(wallpaper);
+        EXPECT_TRUE(eventually([&] { return session.pixel(400, 300) != before; }));
         settle();
         EXPECT_EQ(lastingDifference(*overlay_, wholeArea(), inFront()), "");
         EXPECT_EQ(difference(wallpaper, session.picture(), wholeArea(), wholeArea(), {}), "");
