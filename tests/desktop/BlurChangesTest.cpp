@@ -1,6 +1,7 @@
 #include "OverlayDesktop.h"
 #include "desktop/SampleApplication.h"
 #include "platform/x11/server/ConnectionWatch.h"
+#include "platform/x11/server/EventKinds.h"
 #include "reference/EffectLook.h"
 #include "reference/ReferenceRenderer.h"
 
@@ -154,11 +155,7 @@ TEST_F(BlurChanges, DrawnWithinTwoRefreshesAndNothingElse) {
     double changedAt = 0;
     std::vector<double> delays;
     int draws = 0;
-    const auto events = eyes->onEvent([&](const xcb_generic_event_t &event) {
-        if ((event.response_type & 0x7f) != eyes->extensions().damageFirstEvent) {
-            return;
-        }
-        const auto &damage = reinterpret_cast<const xcb_damage_notify_event_t &>(event);
+    const auto events = eyes->events().on(event::damageNotify, [&](const auto &damage) {
         if (damage.drawable != overlay) {
             changedAt = changedAt == 0 ? loop.now() : changedAt;
             return;

@@ -1,5 +1,6 @@
 #include "OverlayDesktop.h"
 #include "desktop/SampleApplication.h"
+#include "platform/x11/server/EventKinds.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -180,13 +181,8 @@ TEST_F(OverlayOrder, FightsEndOnTopWithHoles) {
     auto *enemy = session.connection();
     std::optional<std::uint32_t> attack = XCB_STACK_MODE_ABOVE;
     int changes = 0;
-    const auto watch = connection->onEvent([&](const xcb_generic_event_t &event) {
-        const auto &configure = reinterpret_cast<const xcb_configure_notify_event_t &>(event);
-        changes += (event.response_type & 0x7f) == XCB_CONFIGURE_NOTIFY &&
-                           configure.window == idOf(*overlay)
-                       ? 1
-                       : 0;
-    });
+    const auto watch = connection->events().on(event::configureNotify, idOf(*overlay),
+                                               [&](const auto &) { ++changes; });
     const auto ticks = loop.every(1.0 / 60, [&] {
         if (attack) {
             xcb_configure_window(enemy, idOf(*overlay), XCB_CONFIG_WINDOW_STACK_MODE, &*attack);

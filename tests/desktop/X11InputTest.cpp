@@ -4,8 +4,8 @@
 #include "platform/HotKeyService.h"
 #include "platform/freedesktop/GlibMainLoop.h"
 #include "platform/freedesktop/KeyPositions.h"
+#include "platform/x11/server/EventKinds.h"
 #include "platform/x11/server/X11Screens.h"
-#include "platform/x11/server/XcbXkb.h"
 #include "support/Log.h"
 
 #include <glib.h>
@@ -156,9 +156,8 @@ TEST_F(HotKeysTest, AHeldKeyIsPressedAndReleasedOnce) {
     session.setKey(Key::control, true);
     session.setKey(Key::space, true);
     int repeats = 0;
-    const auto counting = connection_.onEvent([&](const xcb_generic_event_t &event) {
-        repeats += (event.response_type & 0x7fU) == XCB_KEY_PRESS ? 1 : 0;
-    });
+    const auto counting =
+        connection_.events().on(event::keyPress, [&](const auto &) { ++repeats; });
     ASSERT_TRUE(eventually([&] { return repeats >= 4; })) << "the server repeats keys";
     session.setKey(Key::control, false); // the modifier first
     catchUp();
@@ -545,13 +544,8 @@ TEST_F(ToolkitTest, ItsActiveWindowSeesHotKeysFirst) {
 
 TEST_F(EventMonitorsTest, NoRequestsPerEventAndNoEventsWhenUnused) {
     int arrived = 0;
-    const auto arrivals = connection_.onEvent([&](const xcb_generic_event_t &event) {
-        const bool isInput = event.response_type == XCB_GE_GENERIC;
-        arrived += isInput && reinterpret_cast<const xcb_ge_generic_event_t &>(event).event_type ==
-                                  XCB_INPUT_RAW_MOTION
-                       ? 1
-                       : 0;
-    });
+    const auto arrivals =
+        connection_.events().on(event::rawMotion, [&](const auto &) { ++arrived; });
     auto motion = monitor(pointerMotionMask);
     auto other = monitors_.addGlobalMonitor(pointerMotionMask, [](const auto &) {});
     const auto before = connection_.bytesSent();

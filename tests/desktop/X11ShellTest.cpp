@@ -167,11 +167,14 @@ TEST_F(StatusItemTest, TrayIsPreferredOfAPanelThatOffersBoth) {
     panel.setHost(true);
     makeItem();
     auto &session = desktop.session();
-    const auto isInTray = [&] {
-        return std::ranges::any_of(session.stacking(), [&](auto window) {
+    const auto icon = [&]() -> std::optional<xcb_window_t> {
+        const auto windows = session.stacking();
+        const auto found = std::ranges::find_if(windows, [&](auto window) {
             return session.titleOf(window) == "Lumo - Focus and privacy";
         });
+        return found == windows.end() ? std::nullopt : std::optional(*found);
     };
+    const auto isInTray = [&] { return icon().has_value(); };
     const auto statusBecomes = [&](const std::string &status) {
         return eventually([&] { return !panel.items().empty(); }) && eventually([&] {
                    panel.askForProperties();
@@ -200,6 +203,20 @@ TEST_F(StatusItemTest, TrayIsPreferredOfAPanelThatOffersBoth) {
     xcb_flush(server);
     EXPECT_TRUE(eventually(isInTray));
     EXPECT_TRUE(statusBecomes("Passive"));
+
+    const auto before = icon();
+    for (const auto &[window, mask] : {std::pair(tray, XCB_EVENT_MASK_STRUCTURE_NOTIFY),
+                                       std::pair(before.value(), XCB_EVENT_MASK_NO_EVENT)}) {
+        xcb_destroy_notify_event_t forged{};
+        forged.response_type = XCB_DESTROY_NOTIFY;
+        forged.event = forged.window = window;
+        xcb_send_event(server, 0, window, mask, reinterpret_cast<const char *>(&forged));
+        ASSERT_TRUE(isInTray());
+        connection->wait(xcb_get_input_focus(*connection), xcb_get_input_focus_reply);
+        connection->dispatch();
+        connection->wait(xcb_get_input_focus(*connection), xcb_get_input_focus_reply);
+        EXPECT_EQ(icon(), before) << "a client's word about a window is not the server's";
+    }
 
     xcb_destroy_window(server, tray);
     xcb_flush(server);

@@ -4,6 +4,7 @@
 #include "platform/x11/server/ClientMessage.h"
 #include "platform/x11/server/ClientProcess.h"
 #include "platform/x11/server/Connection.h"
+#include "platform/x11/server/EventKinds.h"
 #include "platform/x11/server/PropertyWriter.h"
 #include "platform/x11/server/ProtocolRectangle.h"
 #include "platform/x11/server/RenderFormats.h"
@@ -33,7 +34,11 @@ TrayIcon::TrayIcon(Connection &connection, const RenderFormats &formats, int sid
     , side_(side)
     , selection_(connection.atom("_NET_SYSTEM_TRAY_S" + std::to_string(connection.screenNumber())))
     , manager_(connection.atom("MANAGER"))
-    , events_(connection.onEvent([this](const xcb_generic_event_t &event) { handle(event); })) {
+    , announcements_(connection.events().on(event::clientMessage, [this](const auto &message) {
+        if (message.type == manager_ && message.data.data32[1] == selection_) {
+            adoptTray(message.data.data32[2]);
+        }
+    })) {
     connection_.internAtoms({"_NET_SYSTEM_TRAY_VISUAL", "_NET_SYSTEM_TRAY_OPCODE", "_XEMBED_INFO",
                              "_NET_WM_PID", "_NET_WM_NAME", "UTF8_STRING"});
     connection_.selectRootEvents(XCB_EVENT_MASK_STRUCTURE_NOTIFY);
@@ -90,9 +95,10 @@ void TrayIcon::lookForTray() {
 void TrayIcon::adoptTray(xcb_window_t tray) {
     if (tray != tray_) {
         tray_ = tray;
-        // So that its end is heard of.
         const std::uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
         xcb_change_window_attributes(connection_, tray, XCB_CW_EVENT_MASK, &mask);
+        trayEnd_ = connection_.events().on(event::destroyNotify, tray,
+                                           [this](const auto &) { leaveTray(); });
         removeWindow();
         askForProcess();
     }
@@ -171,6 +177,7 @@ void TrayIcon::makeWindow(bool isTranslucent) {
                               isTranslucent ? formats_.translucent() : formats_.opaque(visual), 0,
                               nullptr);
     setProperties();
+    windowEvents_ = followWindow();
 }
 
 void TrayIcon::setProperties() {
@@ -184,6 +191,7 @@ void TrayIcon::setProperties() {
 }
 
 void TrayIcon::removeWindow() {
+    windowEvents_ = {};
     picture_.reset();
     if (const auto window = std::exchange(window_, XCB_NONE); window != XCB_NONE) {
         xcb_destroy_window(connection_, window);
@@ -193,57 +201,37 @@ void TrayIcon::removeWindow() {
 
 void TrayIcon::leaveTray() {
     tray_ = XCB_NONE;
+    trayEnd_.reset();
     setTrayProcess(0);
     removeWindow();
     lookForTray();
 }
 
-void TrayIcon::handle(const xcb_generic_event_t &event) {
-    switch (event.response_type & 0x7f) {
-    case XCB_CLIENT_MESSAGE: {
-        const auto &message = reinterpret_cast<const xcb_client_message_event_t &>(event);
-        if (message.type == manager_ && message.data.data32[1] == selection_) {
-            adoptTray(message.data.data32[2]);
-        }
-        break;
-    }
-    case XCB_DESTROY_NOTIFY: {
-        const auto window = reinterpret_cast<const xcb_destroy_notify_event_t &>(event).window;
-        if (window == window_ || window == tray_) {
-            leaveTray();
-        }
-        break;
-    }
-    case XCB_REPARENT_NOTIFY: {
-        // A tray that ends may leave its icons to the root window, where they are ordinary windows.
-        const auto &reparent = reinterpret_cast<const xcb_reparent_notify_event_t &>(event);
-        if (reparent.window == window_ && reparent.parent == connection_.root()) {
-            leaveTray();
-        }
-        break;
-    }
-    case XCB_CONFIGURE_NOTIFY: {
-        const auto &configure = reinterpret_cast<const xcb_configure_notify_event_t &>(event);
-        if (configure.window == window_) {
-            width_ = configure.width;
-            height_ = configure.height;
-            paint();
-        }
-        break;
-    }
-    case XCB_EXPOSE: {
-        const auto &expose = reinterpret_cast<const xcb_expose_event_t &>(event);
-        if (expose.window == window_ && expose.count == 0) {
-            paint();
-        }
-        break;
-    }
-    case XCB_BUTTON_RELEASE:
-        handleRelease(reinterpret_cast<const xcb_button_release_event_t &>(event));
-        break;
-    default:
-        break;
-    }
+std::array<Handle, 5> TrayIcon::followWindow() {
+    auto &events = connection_.events();
+    return {events.on(event::destroyNotify, window_, [this](const auto &) { leaveTray(); }),
+            events.on(event::reparentNotify, window_,
+                      [this](const auto &reparent) {
+                          // A tray that ends may leave its icons to the root window, where they are
+                          // ordinary windows.
+                          if (reparent.parent == connection_.root()) {
+                              leaveTray();
+                          }
+                      }),
+            events.on(event::configureNotify, window_,
+                      [this](const auto &configure) {
+                          width_ = configure.width;
+                          height_ = configure.height;
+                          paint();
+                      }),
+            events.on(event::expose, window_,
+                      [this](const auto &expose) {
+                          if (expose.count == 0) {
+                              paint();
+                          }
+                      }),
+            events.on(event::buttonRelease, window_,
+                      [this](const auto &release) { handleRelease(release); })};
 }
 
 void TrayIcon::handleRelease(const xcb_button_release_event_t &event) {
@@ -251,7 +239,7 @@ void TrayIcon::handleRelease(const xcb_button_release_event_t &event) {
                                   width_, height_};
     const bool isInside = event.event_x >= 0 && event.event_y >= 0 && event.event_x < width_ &&
                           event.event_y < height_;
-    if (event.event == window_ && event.detail == rightButton && isInside) {
+    if (event.detail == rightButton && isInside) {
         clicked_.emit({icon, event.root_x, event.root_y});
     }
 }

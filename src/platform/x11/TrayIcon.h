@@ -10,6 +10,7 @@
 
 #include <xcb/xcb.h>
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -52,7 +53,7 @@ class TrayIcon {
     Handle onRightMouseUp(std::function<void(const Click &)> observer);
 
   private:
-    void handle(const xcb_generic_event_t &event);
+    std::array<Handle, 5> followWindow();
     void handleRelease(const xcb_button_release_event_t &event);
     void lookForTray();
     void adoptTray(xcb_window_t tray);
@@ -85,7 +86,9 @@ class TrayIcon {
     int height_ = 0;
     Signal<Click> clicked_;
     Signal<> trayProcessChanged_;
-    Handle events_;
+    Handle announcements_;
+    Handle trayEnd_;
+    std::array<Handle, 5> windowEvents_;
     Lifetime lifetime_;
 };
 

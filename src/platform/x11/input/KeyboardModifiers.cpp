@@ -1,7 +1,7 @@
 #include "platform/x11/input/KeyboardModifiers.h"
 
 #include "platform/x11/server/Connection.h"
-#include "platform/x11/server/XcbXkb.h"
+#include "platform/x11/server/EventKinds.h"
 
 #include <utility>
 
@@ -17,7 +17,16 @@ constexpr std::uint32_t mappingBit = 1;
 KeyboardModifiers::KeyboardModifiers(Connection &connection)
     : connection_(connection)
     , replies_(connection) {
-    events_ = connection.onEvent([this](const auto &event) { handle(event); });
+    auto &events = connection.events();
+    const auto readAnew = [this](const auto &) { reads_.want(mappingBit); };
+    events_ = {events.on(event::mappingNotify,
+                         [this](const auto &event) {
+                             if (event.request != XCB_MAPPING_POINTER) {
+                                 reads_.want(mappingBit);
+                             }
+                         }),
+               events.on(event::keyboardMapNotify, readAnew),
+               events.on(event::newKeyboardNotify, readAnew)};
     batches_ = connection.onDispatched([this] { requestReads(); });
     if (connection.extensions().xkb) {
         // A client that uses the keyboard extension gets no MappingNotify.
@@ -34,21 +43,6 @@ KeyboardModifiers::KeyboardModifiers(Connection &connection)
 
 Handle KeyboardModifiers::onChange(std::function<void()> observer) {
     return changes_.subscribe(std::move(observer));
-}
-
-void KeyboardModifiers::handle(const xcb_generic_event_t &event) {
-    const auto &extensions = connection_.extensions();
-    bool hasChanged = false;
-    if (event.response_type == XCB_MAPPING_NOTIFY) {
-        hasChanged = reinterpret_cast<const xcb_mapping_notify_event_t &>(event).request !=
-                     XCB_MAPPING_POINTER;
-    } else if (extensions.xkb && event.response_type == extensions.xkbFirstEvent) {
-        const auto type = reinterpret_cast<const xcb_xkb_map_notify_event_t &>(event).xkbType;
-        hasChanged = type == XCB_XKB_MAP_NOTIFY || type == XCB_XKB_NEW_KEYBOARD_NOTIFY;
-    }
-    if (hasChanged) {
-        reads_.want(mappingBit);
-    }
 }
 
 void KeyboardModifiers::requestReads() {

@@ -7,6 +7,7 @@
 
 #include <xcb/xcb.h>
 
+#include <array>
 #include <cstdint>
 #include <functional>
 
@@ -32,7 +33,6 @@ class KeyboardModifiers {
     Handle onChange(std::function<void()> observer);
 
   private:
-    void handle(const xcb_generic_event_t &event);
     void requestReads();
     void apply(const xcb_get_keyboard_mapping_reply_t *symbols);
 
@@ -42,7 +42,7 @@ class KeyboardModifiers {
     Keymap keymap_;
     ModifierBits bits_;
     Signal<> changes_;
-    Handle events_;
+    std::array<Handle, 3> events_;
     Handle batches_;
 };
 

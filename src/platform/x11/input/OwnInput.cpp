@@ -1,6 +1,7 @@
 #include "platform/x11/input/OwnInput.h"
 
 #include "platform/x11/server/Connection.h"
+#include "platform/x11/server/EventKinds.h"
 #include "platform/x11/windows/WindowMirror.h"
 
 #include <unistd.h>
@@ -24,6 +25,22 @@ OwnInput::OwnInput(Connection &connection, WindowMirror &mirror)
     : connection_(connection)
     , mirror_(mirror)
     , changes_(mirror.onChange([this](const auto &) { followMirror(); })) {
+    const auto gain = [](xcb_window_t &target) {
+        return [&target](const xcb_input_enter_event_t &event) { target = event.event; };
+    };
+    const auto lose = [](xcb_window_t &target) {
+        return [&target](const xcb_input_enter_event_t &event) {
+            // What goes to a window inside is still this program's.
+            if (target == event.event && event.detail != XCB_NOTIFY_DETAIL_INFERIOR) {
+                target = XCB_NONE;
+            }
+        };
+    };
+    auto &events = connection.events();
+    events_ = {events.on(event::focusIn, gain(keyboardWindow_)),
+               events.on(event::focusOut, lose(keyboardWindow_)),
+               events.on(event::enter, gain(pointerWindow_)),
+               events.on(event::leave, lose(pointerWindow_))};
     followMirror();
 }
 
@@ -79,33 +96,6 @@ void OwnInput::watch(xcb_window_t frame, xcb_window_t client) {
                 pointerWindow_ = client;
             }
         }));
-}
-
-void OwnInput::handle(const xcb_ge_generic_event_t &event) {
-    const auto &crossing = reinterpret_cast<const xcb_input_enter_event_t &>(event);
-    const auto gain = [&](xcb_window_t &target) { target = crossing.event; };
-    const auto lose = [&](xcb_window_t &target) {
-        // What goes to a window inside is still this program's.
-        if (target == crossing.event && crossing.detail != XCB_NOTIFY_DETAIL_INFERIOR) {
-            target = XCB_NONE;
-        }
-    };
-    switch (event.event_type) {
-    case XCB_INPUT_FOCUS_IN:
-        gain(keyboardWindow_);
-        break;
-    case XCB_INPUT_FOCUS_OUT:
-        lose(keyboardWindow_);
-        break;
-    case XCB_INPUT_ENTER:
-        gain(pointerWindow_);
-        break;
-    case XCB_INPUT_LEAVE:
-        lose(pointerWindow_);
-        break;
-    default:
-        break;
-    }
 }
 
 void OwnInput::handleToolkitFocus(const xcb_focus_in_event_t &event) {

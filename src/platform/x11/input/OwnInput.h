@@ -6,6 +6,7 @@
 
 #include <xcb/xcb.h>
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -31,9 +32,6 @@ class OwnInput {
                 .hasPointer = pointerWindow_ != XCB_NONE};
     }
 
-    // Takes note of an event of the input extension.
-    void handle(const xcb_ge_generic_event_t &event);
-
     // Takes note of a FocusIn or FocusOut event that the toolkit read.
     void handleToolkitFocus(const xcb_focus_in_event_t &event);
 
@@ -49,6 +47,7 @@ class OwnInput {
     xcb_window_t pointerWindow_ = XCB_NONE;  // of watched_
     xcb_window_t grabWindow_ = XCB_NONE;     // that the toolkit grabbed the keyboard for
     Handle changes_;
+    std::array<Handle, 4> events_;
     Lifetime lifetime_;
 };
 

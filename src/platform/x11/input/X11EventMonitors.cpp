@@ -3,6 +3,7 @@
 #include "platform/freedesktop/KeyPositions.h"
 #include "platform/x11/input/KeyboardModifiers.h"
 #include "platform/x11/server/Connection.h"
+#include "platform/x11/server/EventKinds.h"
 #include "platform/x11/server/X11Screens.h"
 
 #include <memory>
@@ -51,6 +52,7 @@ X11EventMonitors::X11EventMonitors(Connection &connection, const KeyboardModifie
     , screens_(screens) {
     if (connection.extensions().xinput) {
         devices_.emplace(connection);
+        events_ = subscribe(connection.events());
     }
     if (connection.extensions().xkb) {
         watchKeyboardState();
@@ -162,30 +164,24 @@ void X11EventMonitors::selectEvents() {
     }
 }
 
-void X11EventMonitors::handle(const xcb_ge_generic_event_t &event) {
-    const auto &raw = reinterpret_cast<const xcb_input_raw_button_press_event_t &>(event);
-    switch (event.event_type) {
-    case XCB_INPUT_RAW_BUTTON_PRESS:
-        buttonsDown_ |= canBeHeld(raw.detail) ? 1U << raw.detail : 0U;
-        buttons_.emit(raw.detail, true);
-        break;
-    case XCB_INPUT_RAW_BUTTON_RELEASE:
-        buttonsDown_ &= canBeHeld(raw.detail) ? ~(1U << raw.detail) : ~0U;
-        buttons_.emit(raw.detail, false);
-        break;
-    case XCB_INPUT_HIERARCHY:
-        devices_->read();
-        break;
-    case XCB_INPUT_DEVICE_CHANGED:
-        // A master that follows another of its devices is no news.
-        if (reinterpret_cast<const xcb_input_device_changed_event_t &>(event).reason ==
-            XCB_INPUT_CHANGE_REASON_DEVICE_CHANGE) {
-            devices_->read();
-        }
-        break;
-    default:
-        break;
-    }
+std::array<Handle, 4> X11EventMonitors::subscribe(EventRouter &events) {
+    return {events.on(event::rawButtonPress,
+                      [this](const auto &raw) {
+                          buttonsDown_ |= canBeHeld(raw.detail) ? 1U << raw.detail : 0U;
+                          buttons_.emit(raw.detail, true);
+                      }),
+            events.on(event::rawButtonRelease,
+                      [this](const auto &raw) {
+                          buttonsDown_ &= canBeHeld(raw.detail) ? ~(1U << raw.detail) : ~0U;
+                          buttons_.emit(raw.detail, false);
+                      }),
+            events.on(event::hierarchy, [this](const auto &) { devices_->read(); }),
+            events.on(event::deviceChanged, [this](const auto &change) {
+                // A master that follows another of its devices is no news.
+                if (change.reason == XCB_INPUT_CHANGE_REASON_DEVICE_CHANGE) {
+                    devices_->read();
+                }
+            })};
 }
 
 std::optional<InputEvent>

@@ -17,6 +17,7 @@
 namespace lumo::x11 {
 
 class Connection;
+class EventRouter;
 class KeyboardModifiers;
 class X11Screens;
 
@@ -55,9 +56,6 @@ class X11EventMonitors final : public EventMonitors {
     std::optional<InputEvent> motion(const xcb_input_raw_motion_event_t &event);
     std::optional<InputEvent> modifierChange(const xcb_xkb_state_notify_event_t &event);
 
-    // Takes note of any other event of the input extension.
-    void handle(const xcb_ge_generic_event_t &event);
-
     void sendToGlobal(const InputEvent &event) const { global_.emit(event); }
     bool sendToLocal(const InputEvent &event) const; // true when a monitor swallowed the event
 
@@ -67,6 +65,7 @@ class X11EventMonitors final : public EventMonitors {
         bool *isSwallowed;
     };
 
+    std::array<Handle, 4> subscribe(EventRouter &events); // to what monitors do not receive
     void selectEvents();
     void watchKeyboardState();
     EventType motionType() const;
@@ -83,6 +82,7 @@ class X11EventMonitors final : public EventMonitors {
     Signal<InputEvent> global_;
     Signal<std::uint32_t, bool> buttons_;
     Signal<LocalEvent> local_;
+    std::array<Handle, 4> events_;
     Lifetime lifetime_;
 };
 

@@ -1,7 +1,7 @@
 #include "platform/x11/input/X11Input.h"
 
 #include "platform/x11/server/Connection.h"
-#include "platform/x11/server/XcbXkb.h"
+#include "platform/x11/server/EventKinds.h"
 
 #include <utility>
 
@@ -9,8 +9,7 @@ namespace lumo::x11 {
 
 X11Input::X11Input(Connection &connection, WindowMirror &mirror, const X11Screens &screens,
                    std::function<bool()> isActive, const Log &log)
-    : connection_(connection)
-    , isActive_(std::move(isActive))
+    : isActive_(std::move(isActive))
     , modifiers_(connection)
     , monitors_(connection, modifiers_, screens)
     , hotKeys_(connection, modifiers_, log)
@@ -18,7 +17,7 @@ X11Input::X11Input(Connection &connection, WindowMirror &mirror, const X11Screen
     if (connection.extensions().xinput) {
         ownInput_.emplace(connection, mirror);
     }
-    events_ = connection.onEvent([this](const xcb_generic_event_t &event) { handle(event); });
+    events_ = subscribe(connection.events());
 }
 
 InputFocus X11Input::focus() const {
@@ -27,48 +26,27 @@ InputFocus X11Input::focus() const {
     return focus;
 }
 
-void X11Input::handle(const xcb_generic_event_t &event) {
-    const auto &extensions = connection_.extensions();
-    const auto type = event.response_type & 0x7fU;
-    if (type == XCB_GE_GENERIC) {
-        const auto &generic = reinterpret_cast<const xcb_ge_generic_event_t &>(event);
-        if (extensions.xinput && generic.extension == extensions.xinputOpcode) {
-            handleInput(generic);
-        }
-    } else if (type == XCB_KEY_PRESS) {
-        handlePress(KeySource::grab, reinterpret_cast<const xcb_key_press_event_t &>(event));
-    } else if (type == XCB_KEY_RELEASE) {
-        handleRelease(KeySource::grab, reinterpret_cast<const xcb_key_release_event_t &>(event));
-    } else if (extensions.xkb && type == extensions.xkbFirstEvent) {
-        const auto &change = reinterpret_cast<const xcb_xkb_state_notify_event_t &>(event);
-        if (change.xkbType != XCB_XKB_STATE_NOTIFY) {
-            return;
-        }
-        const auto modifiers = monitors_.modifierChange(change);
-        if (modifiers && InputRouter::modifierChange(focus()) == InputRecipient::globalMonitors) {
-            monitors_.sendToGlobal(*modifiers);
-        }
-    }
-}
-
-void X11Input::handleInput(const xcb_ge_generic_event_t &event) {
-    switch (event.event_type) {
-    case XCB_INPUT_RAW_KEY_PRESS:
-        handleRawPress(reinterpret_cast<const xcb_input_raw_key_press_event_t &>(event));
-        break;
-    case XCB_INPUT_RAW_MOTION: {
-        const auto motion =
-            monitors_.motion(reinterpret_cast<const xcb_input_raw_motion_event_t &>(event));
-        if (motion && InputRouter::motion(focus()) == InputRecipient::globalMonitors) {
-            monitors_.sendToGlobal(*motion);
-        }
-        break;
-    }
-    default:
-        monitors_.handle(event);
-        ownInput_->handle(event);
-        break;
-    }
+std::array<Handle, 5> X11Input::subscribe(EventRouter &events) {
+    return {events.on(event::keyPress,
+                      [this](const auto &press) { handlePress(KeySource::grab, press); }),
+            events.on(event::keyRelease,
+                      [this](const auto &release) { handleRelease(KeySource::grab, release); }),
+            events.on(event::rawKeyPress, [this](const auto &press) { handleRawPress(press); }),
+            events.on(event::rawMotion,
+                      [this](const auto &raw) {
+                          const auto motion = monitors_.motion(raw);
+                          if (motion &&
+                              InputRouter::motion(focus()) == InputRecipient::globalMonitors) {
+                              monitors_.sendToGlobal(*motion);
+                          }
+                      }),
+            events.on(event::keyboardStateNotify, [this](const auto &change) {
+                const auto modifiers = monitors_.modifierChange(change);
+                if (modifiers &&
+                    InputRouter::modifierChange(focus()) == InputRecipient::globalMonitors) {
+                    monitors_.sendToGlobal(*modifiers);
+                }
+            })};
 }
 
 void X11Input::handleRawPress(const xcb_input_raw_key_press_event_t &event) {

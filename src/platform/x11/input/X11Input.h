@@ -9,6 +9,7 @@
 
 #include <xcb/xcb.h>
 
+#include <array>
 #include <functional>
 #include <optional>
 
@@ -19,6 +20,7 @@ class Log;
 namespace lumo::x11 {
 
 class Connection;
+class EventRouter;
 class WindowMirror;
 class X11Screens;
 
@@ -44,21 +46,19 @@ class X11Input {
     bool handleToolkitEvent(const xcb_generic_event_t &event);
 
   private:
-    void handle(const xcb_generic_event_t &event);
-    void handleInput(const xcb_ge_generic_event_t &event);
+    std::array<Handle, 5> subscribe(EventRouter &events);
     void handleRawPress(const xcb_input_raw_key_press_event_t &event);
     bool handlePress(KeySource source, const xcb_key_press_event_t &event);
     void handleRelease(KeySource source, const xcb_key_release_event_t &event);
     InputFocus focus() const;
 
-    Connection &connection_;
     std::function<bool()> isActive_;
     KeyboardModifiers modifiers_;
     std::optional<OwnInput> ownInput_; // absent without the input extension
     X11EventMonitors monitors_;
     X11HotKeys hotKeys_;
     InputRouter router_;
-    Handle events_;
+    std::array<Handle, 5> events_;
 };
 
 } // namespace lumo::x11

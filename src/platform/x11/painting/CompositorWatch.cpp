@@ -1,6 +1,7 @@
 #include "platform/x11/painting/CompositorWatch.h"
 
 #include "platform/x11/server/Connection.h"
+#include "platform/x11/server/EventKinds.h"
 
 #include <xcb/composite.h>
 #include <xcb/xfixes.h>
@@ -22,13 +23,7 @@ CompositorWatch::CompositorWatch(Connection &connection, MainLoop &mainLoop)
     if (!connection_.extensions().xfixes || !connection_.extensions().composite) {
         return;
     }
-    events_ = connection_.onEvent([this](const xcb_generic_event_t &event) {
-        const auto selectionNotify =
-            connection_.extensions().xfixesFirstEvent + XCB_XFIXES_SELECTION_NOTIFY;
-        if ((event.response_type & 0x7f) != selectionNotify) {
-            return;
-        }
-        const auto &notify = reinterpret_cast<const xcb_xfixes_selection_notify_event_t &>(event);
+    events_ = connection_.events().on(event::selectionNotify, [this](const auto &notify) {
         if (notify.selection == selection_) {
             announcedIs(notify.owner != XCB_NONE);
         }

@@ -3,6 +3,7 @@
 #include "platform/freedesktop/DesktopSettings.h"
 #include "platform/x11/painting/CompositorWatch.h"
 #include "platform/x11/server/Connection.h"
+#include "platform/x11/server/EventKinds.h"
 #include "platform/x11/server/ProtocolRectangle.h"
 #include "platform/x11/server/RenderFormats.h"
 #include "platform/x11/windows/WindowMirror.h"
@@ -48,13 +49,9 @@ Wallpaper::Wallpaper(Connection &connection, WindowMirror &mirror, const RenderF
     , compositor_(compositor)
     , rootWidth_(connection.screen().width_in_pixels)
     , rootHeight_(connection.screen().height_in_pixels)
-    , events_(connection.onEvent([this](const xcb_generic_event_t &event) {
-        const auto &configure = reinterpret_cast<const xcb_configure_notify_event_t &>(event);
-        if ((event.response_type & 0x7f) == XCB_CONFIGURE_NOTIFY &&
-            configure.window == connection_.root()) {
-            rootIs(configure.width, configure.height);
-        }
-    }))
+    , events_(connection.events().on(
+          event::configureNotify, connection.root(),
+          [this](const auto &configure) { rootIs(configure.width, configure.height); }))
     , mirrorChanges_(mirror.onChange([this](const MirrorChange &change) {
         if (change.wallpaper) {
             ++reading_;

@@ -1,6 +1,7 @@
 #include "platform/x11/painting/WindowSurfaces.h"
 
 #include "platform/x11/server/Connection.h"
+#include "platform/x11/server/EventKinds.h"
 #include "platform/x11/server/RenderFormats.h"
 #include "platform/x11/windows/WindowMirror.h"
 
@@ -33,56 +34,54 @@ WindowSurfaces::WindowSurfaces(Connection &connection, WindowMirror &mirror,
     : connection_(connection)
     , mirror_(mirror)
     , formats_(formats)
-    , events_(connection.onEvent([this](const xcb_generic_event_t &event) { handleEvent(event); }))
     , mirrorChanges_(mirror_.onChange([this](const MirrorChange &change) {
         if (users_ > 0 &&
             (change.stacking || change.appearance || change.properties || change.currentDesktop)) {
             stale_.emit(XCB_NONE);
         }
     })) {
+    auto &events = connection.events();
+    const auto erase = [this](const auto &event) { surfaces_.erase(event.window); };
+    events_ = {
+        events.on(
+            event::damageNotify,
+            [this](const auto &event, std::uint32_t sequence) { handleDamage(event, sequence); }),
+        events.on(event::shapeNotify, [this](const auto &event) { handleShape(event); }),
+        events.on(event::configureNotify, [this](const auto &event) { handleConfigure(event); }),
+        events.on(event::unmapNotify, erase),
+        events.on(event::mapNotify, erase),
+        events.on(event::destroyNotify, erase)};
 }
 
-void WindowSurfaces::handleEvent(const xcb_generic_event_t &event) {
-    if (surfaces_.empty()) {
+void WindowSurfaces::handleDamage(const xcb_damage_notify_event_t &event, std::uint32_t sequence) {
+    const auto found = surfaces_.find(event.drawable);
+    if (found == surfaces_.end() || !isAfter(sequence, found->second.followedSince)) {
         return;
     }
-    const auto &extensions = connection_.extensions();
-    const auto type = static_cast<std::uint8_t>(event.response_type & 0x7f);
-    if (type == extensions.damageFirstEvent + XCB_DAMAGE_NOTIFY) {
-        const auto &damage = reinterpret_cast<const xcb_damage_notify_event_t &>(event);
-        const auto found = surfaces_.find(damage.drawable);
-        if (found != surfaces_.end() && isAfter(event.full_sequence, found->second.followedSince)) {
-            auto &surface = found->second;
-            const auto &area = damage.area;
-            surface.damagedBounds = surface.damagedBounds.united(
-                {surface.geometry.x + surface.borderWidth + area.x,
-                 surface.geometry.y + surface.borderWidth + area.y, area.width, area.height});
-            stale_.emit(damage.drawable);
-        }
-    } else if (type == extensions.shapeFirstEvent + XCB_SHAPE_NOTIFY) {
-        const auto &shape = reinterpret_cast<const xcb_shape_notify_event_t &>(event);
-        const auto found = surfaces_.find(shape.affected_window);
-        if (found != surfaces_.end() && shape.shape_kind == XCB_SHAPE_SK_BOUNDING) {
-            found->second.shape.reset();
-            stale_.emit(shape.affected_window);
-        }
-    } else if (type == XCB_CONFIGURE_NOTIFY) {
-        // The server gives a window whose size changes other pixels; the named ones stay as they
-        // were, without any sign of it.
-        const auto &configure = reinterpret_cast<const xcb_configure_notify_event_t &>(event);
-        const auto found = surfaces_.find(configure.window);
-        const int borders = 2 * configure.border_width;
-        if (found != surfaces_.end() &&
-            (configure.width + borders != found->second.geometry.width ||
-             configure.height + borders != found->second.geometry.height)) {
-            surfaces_.erase(found);
-        }
-    } else if (type == XCB_UNMAP_NOTIFY) {
-        surfaces_.erase(reinterpret_cast<const xcb_unmap_notify_event_t &>(event).window);
-    } else if (type == XCB_MAP_NOTIFY) {
-        surfaces_.erase(reinterpret_cast<const xcb_map_notify_event_t &>(event).window);
-    } else if (type == XCB_DESTROY_NOTIFY) {
-        surfaces_.erase(reinterpret_cast<const xcb_destroy_notify_event_t &>(event).window);
+    auto &surface = found->second;
+    const auto &area = event.area;
+    surface.damagedBounds = surface.damagedBounds.united(
+        {surface.geometry.x + surface.borderWidth + area.x,
+         surface.geometry.y + surface.borderWidth + area.y, area.width, area.height});
+    stale_.emit(event.drawable);
+}
+
+void WindowSurfaces::handleShape(const xcb_shape_notify_event_t &event) {
+    const auto found = surfaces_.find(event.affected_window);
+    if (found != surfaces_.end() && event.shape_kind == XCB_SHAPE_SK_BOUNDING) {
+        found->second.shape.reset();
+        stale_.emit(event.affected_window);
+    }
+}
+
+// The server gives a window whose size changes other pixels; the named ones stay as they were,
+// without any sign of it.
+void WindowSurfaces::handleConfigure(const xcb_configure_notify_event_t &event) {
+    const auto found = surfaces_.find(event.window);
+    const int borders = 2 * event.border_width;
+    if (found != surfaces_.end() && (event.width + borders != found->second.geometry.width ||
+                                     event.height + borders != found->second.geometry.height)) {
+        surfaces_.erase(found);
     }
 }
 

@@ -5,8 +5,11 @@
 #include "support/Handle.h"
 #include "support/Signal.h"
 
+#include <xcb/damage.h>
+#include <xcb/shape.h>
 #include <xcb/xcb.h>
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <unordered_map>
@@ -64,7 +67,9 @@ class WindowSurfaces {
     Handle use();
 
   private:
-    void handleEvent(const xcb_generic_event_t &event);
+    void handleDamage(const xcb_damage_notify_event_t &event, std::uint32_t sequence);
+    void handleShape(const xcb_shape_notify_event_t &event);
+    void handleConfigure(const xcb_configure_notify_event_t &event);
     void name(const MirrorWindow &named, WindowSurface &surface);
     void readShape(xcb_window_t window, WindowSurface &surface);
 
@@ -77,7 +82,7 @@ class WindowSurfaces {
     Signal<SurfaceDamage> damaged_;
     Signal<xcb_window_t> stale_;
     OwnedRegion damage_; // while it is announced
-    Handle events_;
+    std::array<Handle, 6> events_;
     Handle mirrorChanges_;
 };
 

@@ -14,9 +14,10 @@
 #include <xcb/xfixes.h>
 #include <xcb/xinput.h>
 
+#include <array>
 #include <chrono>
 #include <cstdlib>
-#include <limits>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -32,10 +33,88 @@ xcb_screen_t *findScreen(const xcb_setup_t &setup, int number) {
     return screens.data;
 }
 
-bool atLeast(std::uint32_t major, std::uint32_t minor, std::uint32_t wantedMajor,
-             std::uint32_t wantedMinor) {
-    return major > wantedMajor || (major == wantedMajor && minor >= wantedMinor);
+using Version = std::pair<std::uint32_t, std::uint32_t>;
+
+// One of the extensions: how to ask for its version, and which one is needed at least.
+struct ExtensionRow {
+    xcb_extension_t *extension;
+    bool Extensions::*isOffered;
+    Version needed;
+    std::uint32_t (*askVersion)(xcb_connection_t *); // returns the request's sequence number
+    Version (*versionIn)(const void *reply);
+    std::optional<EventSource> events = {};
+};
+
+template <class Reply>
+Version versionIn(const void *memory) {
+    const auto &reply = *static_cast<const Reply *>(memory);
+    if constexpr (requires { reply.major_version; }) {
+        return {reply.major_version, reply.minor_version};
+    } else if constexpr (requires { reply.server_major; }) {
+        return {reply.server_major, reply.server_minor};
+    } else {
+        return reply.supported != 0 ? Version{reply.serverMajor, reply.serverMinor} : Version();
+    }
 }
+
+constexpr auto extensionTable = std::to_array<ExtensionRow>({
+    {&xcb_composite_id,
+     &Extensions::composite,
+     {0, 3},
+     [](auto *c) { return xcb_composite_query_version(c, 0, 4).sequence; },
+     versionIn<xcb_composite_query_version_reply_t>},
+    {&xcb_damage_id,
+     &Extensions::damage,
+     {0, 0},
+     [](auto *c) { return xcb_damage_query_version(c, 1, 1).sequence; },
+     versionIn<xcb_damage_query_version_reply_t>,
+     EventSource::damage},
+    {&xcb_randr_id,
+     &Extensions::randr,
+     {1, 5},
+     [](auto *c) { return xcb_randr_query_version(c, 1, 5).sequence; },
+     versionIn<xcb_randr_query_version_reply_t>,
+     EventSource::randr},
+    {&xcb_render_id,
+     &Extensions::render,
+     {0, 10},
+     [](auto *c) { return xcb_render_query_version(c, 0, 11).sequence; },
+     versionIn<xcb_render_query_version_reply_t>},
+    {&xcb_res_id,
+     &Extensions::resource,
+     {1, 2},
+     [](auto *c) { return xcb_res_query_version(c, 1, 2).sequence; },
+     versionIn<xcb_res_query_version_reply_t>},
+    {&xcb_shape_id,
+     &Extensions::shape,
+     {1, 1},
+     [](auto *c) { return xcb_shape_query_version(c).sequence; },
+     versionIn<xcb_shape_query_version_reply_t>,
+     EventSource::shape},
+    {&xcb_shm_id,
+     &Extensions::shm,
+     {1, 2},
+     [](auto *c) { return xcb_shm_query_version(c).sequence; },
+     versionIn<xcb_shm_query_version_reply_t>},
+    {&xcb_xfixes_id,
+     &Extensions::xfixes,
+     {2, 0},
+     [](auto *c) { return xcb_xfixes_query_version(c, 5, 0).sequence; },
+     versionIn<xcb_xfixes_query_version_reply_t>,
+     EventSource::xfixes},
+    {&xcb_input_id,
+     &Extensions::xinput,
+     {2, 2},
+     [](auto *c) { return xcb_input_xi_query_version(c, 2, 2).sequence; },
+     versionIn<xcb_input_xi_query_version_reply_t>,
+     EventSource::xinput},
+    {&xcb_xkb_id,
+     &Extensions::xkb,
+     {1, 0},
+     [](auto *c) { return xcb_xkb_use_extension(c, 1, 0).sequence; },
+     versionIn<xcb_xkb_use_extension_reply_t>,
+     EventSource::xkb},
+});
 
 // True when a comes after b, with sequence numbers that wrap around.
 bool isAfter(std::uint32_t a, std::uint32_t b) {
@@ -72,75 +151,28 @@ Connection::~Connection() {
 }
 
 void Connection::negotiateExtensions() {
-    for (auto *extension :
-         {&xcb_composite_id, &xcb_damage_id, &xcb_randr_id, &xcb_render_id, &xcb_res_id,
-          &xcb_shape_id, &xcb_shm_id, &xcb_xfixes_id, &xcb_input_id, &xcb_xkb_id}) {
-        xcb_prefetch_extension_data(connection_, extension);
+    for (const auto &row : extensionTable) {
+        xcb_prefetch_extension_data(connection_, row.extension);
     }
-    // Asks for the version of an extension that the server has; gives whether it is recent enough.
-    const auto negotiate = [this](xcb_extension_t &extension, std::uint8_t *firstEvent,
-                                  auto query) {
-        const auto *data = xcb_get_extension_data(connection_, &extension);
-        if (data == nullptr || data->present == 0) {
-            return false;
+    std::array<std::uint32_t, extensionTable.size()> sequences{}; // 0: not there
+    for (std::size_t i = 0; i < extensionTable.size(); ++i) {
+        const auto *data = xcb_get_extension_data(connection_, extensionTable[i].extension);
+        if (data != nullptr && data->present != 0) {
+            sequences[i] = extensionTable[i].askVersion(connection_);
         }
-        if (firstEvent != nullptr) {
-            *firstEvent = data->first_event;
-        }
-        return query();
-    };
-    auto &found = extensions_;
-    found.composite = negotiate(xcb_composite_id, nullptr, [this] {
-        const auto reply =
-            wait(xcb_composite_query_version(connection_, 0, 4), xcb_composite_query_version_reply);
-        return reply && atLeast(reply->major_version, reply->minor_version, 0, 3);
-    });
-    found.damage = negotiate(xcb_damage_id, &found.damageFirstEvent, [this] {
-        return wait(xcb_damage_query_version(connection_, 1, 1), xcb_damage_query_version_reply) !=
-               nullptr;
-    });
-    found.randr = negotiate(xcb_randr_id, &found.randrFirstEvent, [this] {
-        const auto reply =
-            wait(xcb_randr_query_version(connection_, 1, 5), xcb_randr_query_version_reply);
-        return reply && atLeast(reply->major_version, reply->minor_version, 1, 5);
-    });
-    found.render = negotiate(xcb_render_id, nullptr, [this] {
-        const auto reply =
-            wait(xcb_render_query_version(connection_, 0, 11), xcb_render_query_version_reply);
-        return reply && atLeast(reply->major_version, reply->minor_version, 0, 10);
-    });
-    found.resource = negotiate(xcb_res_id, nullptr, [this] {
-        const auto reply =
-            wait(xcb_res_query_version(connection_, 1, 2), xcb_res_query_version_reply);
-        return reply && atLeast(reply->server_major, reply->server_minor, 1, 2);
-    });
-    found.shape = negotiate(xcb_shape_id, &found.shapeFirstEvent, [this] {
-        const auto reply =
-            wait(xcb_shape_query_version(connection_), xcb_shape_query_version_reply);
-        return reply && atLeast(reply->major_version, reply->minor_version, 1, 1);
-    });
-    found.shm = negotiate(xcb_shm_id, nullptr, [this] {
-        const auto reply = wait(xcb_shm_query_version(connection_), xcb_shm_query_version_reply);
-        return reply && atLeast(reply->major_version, reply->minor_version, 1, 2);
-    });
-    found.xfixes = negotiate(xcb_xfixes_id, &found.xfixesFirstEvent, [this] {
-        const auto reply =
-            wait(xcb_xfixes_query_version(connection_, 5, 0), xcb_xfixes_query_version_reply);
-        return reply && atLeast(reply->major_version, reply->minor_version, 2, 0);
-    });
-    found.xinput = negotiate(xcb_input_id, nullptr, [this] {
-        const auto reply =
-            wait(xcb_input_xi_query_version(connection_, 2, 2), xcb_input_xi_query_version_reply);
-        return reply && atLeast(reply->major_version, reply->minor_version, 2, 2);
-    });
-    if (found.xinput) {
-        found.xinputOpcode = xcb_get_extension_data(connection_, &xcb_input_id)->major_opcode;
     }
-    found.xkb = negotiate(xcb_xkb_id, &found.xkbFirstEvent, [this] {
-        const auto reply =
-            wait(xcb_xkb_use_extension(connection_, 1, 0), xcb_xkb_use_extension_reply);
-        return reply && reply->supported != 0;
-    });
+    for (std::size_t i = 0; i < extensionTable.size(); ++i) {
+        const auto &row = extensionTable[i];
+        const XcbPointer<void> reply(
+            sequences[i] == 0 ? nullptr : xcb_wait_for_reply(connection_, sequences[i], nullptr));
+        extensions_.*row.isOffered = reply && row.versionIn(reply.get()) >= row.needed;
+        if (extensions_.*row.isOffered && row.events) {
+            const auto *data = xcb_get_extension_data(connection_, row.extension);
+            events_.addExtension(*row.events, *row.events == EventSource::xinput
+                                                  ? data->major_opcode
+                                                  : data->first_event);
+        }
+    }
 }
 
 const xcb_visualtype_t *Connection::visual(xcb_visualid_t id) const {
@@ -179,10 +211,6 @@ void Connection::internAtoms(std::span<const std::string_view> names) {
         const auto reply = wait(cookie, xcb_intern_atom_reply);
         atoms_[name] = reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
     }
-}
-
-Handle Connection::onEvent(std::function<void(const xcb_generic_event_t &)> observer) {
-    return events_.subscribe(std::move(observer));
 }
 
 Handle Connection::onDispatched(std::function<void()> observer) {
@@ -254,7 +282,7 @@ void Connection::dispatch() {
                    !isAfter(pendingReplies_.front().sequence, event->full_sequence)) {
                 deliverFirstReply();
             }
-            events_.emit(*event);
+            events_.route(*event);
         } else if (!firstReplyHasArrived()) {
             break;
         } else if (undispatchedEvent_.reset(xcb_poll_for_queued_event(connection_));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/x11/server/EventRouter.h"
 #include "support/Handle.h"
 #include "support/Signal.h"
 
@@ -37,12 +38,6 @@ struct Extensions {
     bool xfixes = false;   // 2.0: regions and window shapes
     bool xinput = false;   // 2.2: raw events, also while another client grabs the devices
     bool xkb = false;
-    std::uint8_t damageFirstEvent = 0;
-    std::uint8_t randrFirstEvent = 0;
-    std::uint8_t shapeFirstEvent = 0;
-    std::uint8_t xfixesFirstEvent = 0;
-    std::uint8_t xinputOpcode = 0; // in the extension field of its generic events
-    std::uint8_t xkbFirstEvent = 0;
 };
 
 // Lumo's own connection to the X server. Main thread only.
@@ -81,8 +76,8 @@ class Connection {
     void internAtoms(std::span<const std::string_view> names);
     void internAtoms(std::initializer_list<std::string_view> names);
 
-    // Calls the observer for every event, in the order of arrival.
-    Handle onEvent(std::function<void(const xcb_generic_event_t &)> observer);
+    // To receive events, in the order of their arrival; see EventKinds.h.
+    EventRouter &events() { return events_; }
 
     // Calls the observer at the end of each dispatch(): the moment to act once on what a batch of
     // events and replies has changed.
@@ -167,7 +162,7 @@ class Connection {
     Extensions extensions_;
     std::unordered_map<std::string, xcb_atom_t> atoms_;
     std::uint32_t rootEventMask_ = 0;
-    Signal<xcb_generic_event_t> events_;
+    EventRouter events_;
     Signal<> dispatched_;
     XcbPointer<xcb_generic_event_t> undispatchedEvent_;
     std::deque<PendingReply> pendingReplies_;

@@ -2,6 +2,7 @@
 
 #include "platform/x11/server/ClientMessage.h"
 #include "platform/x11/server/Connection.h"
+#include "platform/x11/server/EventKinds.h"
 
 #include <string>
 #include <utility>
@@ -48,12 +49,9 @@ SingleInstance::SingleInstance(Connection &connection, xcb_window_t owner)
     : connection_(connection)
     , owner_(owner)
     , reopenRequest_(connection.atom(reopenRequestName))
-    , events_(connection.onEvent([this](const xcb_generic_event_t &event) {
-        if ((event.response_type & 0x7f) == XCB_CLIENT_MESSAGE) {
-            const auto &message = reinterpret_cast<const xcb_client_message_event_t &>(event);
-            if (message.window == owner_ && message.type == reopenRequest_) {
-                reopened_.emit();
-            }
+    , events_(connection.events().on(event::clientMessage, owner, [this](const auto &message) {
+        if (message.type == reopenRequest_) {
+            reopened_.emit();
         }
     })) {
 }

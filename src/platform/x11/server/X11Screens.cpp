@@ -2,6 +2,7 @@
 
 #include "platform/MainLoop.h"
 #include "platform/x11/server/Connection.h"
+#include "platform/x11/server/EventKinds.h"
 #include "platform/x11/server/PropertyReply.h"
 
 #include <algorithm>
@@ -154,7 +155,23 @@ X11Screens::X11Screens(Connection &connection, MainLoop &mainLoop)
             XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE | XCB_RANDR_NOTIFY_MASK_CRTC_CHANGE |
                 XCB_RANDR_NOTIFY_MASK_OUTPUT_CHANGE | XCB_RANDR_NOTIFY_MASK_OUTPUT_PROPERTY);
     }
-    events_ = connection.onEvent([this](const auto &event) { handle(event); });
+    auto &events = connection.events();
+    events_ = {events.on(event::configureNotify, connection.root(),
+                         [this](const auto &configure) {
+                             root_ = {0, 0, configure.width, configure.height};
+                             // Also without a change of size: a monitor that was made or removed by
+                             // hand shows itself by nothing else.
+                             readWhenQuiet(monitorsBit);
+                         }),
+               events.on(event::propertyNotify, connection.root(),
+                         [this](const auto &property) {
+                             if (property.atom == XCB_ATOM_RESOURCE_MANAGER) {
+                                 readWhenQuiet(resourcesBit);
+                             }
+                         }),
+               events.on(event::randrNotify, [this](const auto &) { readWhenQuiet(monitorsBit); }),
+               events.on(event::randrScreenChangeNotify,
+                         [this](const auto &) { readWhenQuiet(monitorsBit); })};
     batches_ = connection.onDispatched([this] {
         if (!quiet_) {
             requestReads();
@@ -170,29 +187,6 @@ X11Screens::~X11Screens() = default;
 
 Handle X11Screens::onScreenParametersDidChange(std::function<void()> observer) {
     return changes_.subscribe(std::move(observer));
-}
-
-void X11Screens::handle(const xcb_generic_event_t &event) {
-    const auto &extensions = connection_.extensions();
-    if (event.response_type == XCB_CONFIGURE_NOTIFY) {
-        const auto &configure = reinterpret_cast<const xcb_configure_notify_event_t &>(event);
-        if (configure.event == connection_.root() && configure.window == connection_.root()) {
-            root_ = {0, 0, configure.width, configure.height};
-            // Also without a change of size: a monitor that was made or removed by hand shows
-            // itself by nothing else.
-            readWhenQuiet(monitorsBit);
-        }
-    } else if (event.response_type == XCB_PROPERTY_NOTIFY) {
-        const auto &property = reinterpret_cast<const xcb_property_notify_event_t &>(event);
-        if (property.window == connection_.root() && property.atom == XCB_ATOM_RESOURCE_MANAGER) {
-            readWhenQuiet(resourcesBit);
-        }
-    } else if (extensions.randr &&
-               (event.response_type == extensions.randrFirstEvent + XCB_RANDR_NOTIFY ||
-                event.response_type ==
-                    extensions.randrFirstEvent + XCB_RANDR_SCREEN_CHANGE_NOTIFY)) {
-        readWhenQuiet(monitorsBit);
-    }
 }
 
 void X11Screens::readWhenQuiet(std::uint32_t things) {

@@ -9,6 +9,7 @@
 #include <xcb/randr.h>
 #include <xcb/xcb.h>
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -67,7 +68,6 @@ class X11Screens final : public Screens {
     bool isSettled() const { return reads_.isIdle() && replies_.isEmpty(); }
 
   private:
-    void handle(const xcb_generic_event_t &event);
     void readWhenQuiet(std::uint32_t things);
     void requestReads();
     void readMonitors();
@@ -94,7 +94,7 @@ class X11Screens final : public Screens {
     drawing::PointSpace pointSpace_;
     std::uint64_t revision_ = 1;
     Signal<> changes_;
-    Handle events_;
+    std::array<Handle, 4> events_;
     Handle batches_;
 };
 

@@ -1,6 +1,7 @@
 #include "platform/x11/windows/RootState.h"
 
 #include "platform/x11/server/Connection.h"
+#include "platform/x11/server/EventKinds.h"
 #include "platform/x11/windows/MirrorChange.h"
 
 #include <algorithm>
@@ -48,7 +49,10 @@ RootState::RootState(Connection &connection, Note note)
     , note_(std::move(note))
     , utf8String_(connection.atom("UTF8_STRING"))
     , managerNameAtom_(connection.atom("_NET_WM_NAME"))
-    , replies_(connection) {
+    , replies_(connection)
+    , rootEvents_(
+          connection.events().on(event::propertyNotify, connection.root(),
+                                 [this](const auto &property) { handleProperty(property.atom); })) {
     connection.internAtoms(names);
     for (const auto name : names) {
         atoms_.push_back(connection.atom(name));
@@ -56,17 +60,8 @@ RootState::RootState(Connection &connection, Note note)
     reads_.want(readBits);
 }
 
-void RootState::handle(const xcb_property_notify_event_t &event) {
-    if (event.window == managerCandidate_ && managerCandidate_ != XCB_NONE) {
-        if (event.atom == managerNameAtom_ || event.atom == atoms_[supportingCheckIndex]) {
-            reads_.want(1U << supportingCheckIndex);
-        }
-        return;
-    }
-    if (event.window != connection_.root()) {
-        return;
-    }
-    const auto found = std::find(atoms_.begin(), atoms_.end(), event.atom);
+void RootState::handleProperty(xcb_atom_t property) {
+    const auto found = std::find(atoms_.begin(), atoms_.end(), property);
     if (found == atoms_.end()) {
         return;
     }
@@ -75,14 +70,6 @@ void RootState::handle(const xcb_property_notify_event_t &event) {
         note_(&MirrorChange::wallpaper);
     } else {
         reads_.want(bit);
-    }
-}
-
-void RootState::handle(const xcb_destroy_notify_event_t &event) {
-    if (event.window == managerCandidate_ && managerCandidate_ != XCB_NONE) {
-        // What a manager leaves behind in the root's properties is no longer true.
-        managerCandidate_ = XCB_NONE;
-        setManager(XCB_NONE, {});
     }
 }
 
@@ -158,6 +145,7 @@ void RootState::apply(unsigned index, const xcb_get_property_reply_t *reply) {
 
 void RootState::applyManagerCandidate(xcb_window_t candidate) {
     managerCandidate_ = candidate;
+    candidateEvents_ = {};
     if (candidate == XCB_NONE) {
         setManager(XCB_NONE, {});
         return;
@@ -166,6 +154,17 @@ void RootState::applyManagerCandidate(xcb_window_t candidate) {
         const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
         xcb_change_window_attributes(connection_, candidate, XCB_CW_EVENT_MASK, &mask);
     }
+    auto &events = connection_.events();
+    candidateEvents_ = {events.on(event::propertyNotify, candidate,
+                                  [this](const auto &property) {
+                                      if (property.atom == managerNameAtom_ ||
+                                          property.atom == atoms_[supportingCheckIndex]) {
+                                          reads_.want(1U << supportingCheckIndex);
+                                      }
+                                  }),
+                        // What a manager leaves behind in the root's properties is no longer true.
+                        events.on(event::destroyNotify, candidate,
+                                  [this](const auto &) { applyManagerCandidate(XCB_NONE); })};
     readManager();
 }
 

@@ -2,9 +2,11 @@
 
 #include "platform/x11/server/PendingReads.h"
 #include "platform/x11/server/PropertyReply.h"
+#include "support/Handle.h"
 
 #include <xcb/xcb.h>
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -17,7 +19,7 @@ class Connection;
 struct MirrorChange;
 
 // What the root window's properties say: the window manager, the active window, the current
-// desktop. Fed with events by its owner, which asks for reads at the end of each batch.
+// desktop. Its owner has it ask for what has changed at the end of each batch of events.
 class RootState {
   public:
     using Note = std::function<void(bool MirrorChange::*)>;
@@ -25,9 +27,6 @@ class RootState {
     // Calls the function with each thing that changes from then on. The root window's property
     // events must have been selected.
     RootState(Connection &connection, Note note);
-
-    void handle(const xcb_property_notify_event_t &event);
-    void handle(const xcb_destroy_notify_event_t &event);
 
     // Asks the server for what events have said is different.
     void requestReads();
@@ -52,6 +51,7 @@ class RootState {
     const std::vector<xcb_window_t> &clients() const { return clients_; }
 
   private:
+    void handleProperty(xcb_atom_t property);
     void apply(unsigned index, const xcb_get_property_reply_t *reply);
     void applyManagerCandidate(xcb_window_t candidate);
     void readManager();
@@ -74,6 +74,9 @@ class RootState {
     std::vector<xcb_window_t> clients_;
     std::optional<xcb_window_t> activeWindow_;
     std::optional<std::uint32_t> currentDesktop_;
+
+    Handle rootEvents_;
+    std::array<Handle, 2> candidateEvents_;
 };
 
 } // namespace lumo::x11

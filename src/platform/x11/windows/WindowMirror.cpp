@@ -1,8 +1,8 @@
 #include "platform/x11/windows/WindowMirror.h"
 
 #include "platform/x11/server/Connection.h"
+#include "platform/x11/server/EventKinds.h"
 
-#include <xcb/shape.h>
 #include <xcb/xcb_icccm.h>
 
 #include <algorithm>
@@ -16,11 +16,6 @@ constexpr std::uint32_t onAllDesktops = 0xffffffff;
 
 // How long start-up waits for a server that does not come to rest.
 constexpr double longestStart = 2;
-
-template <class Event>
-const Event &as(const xcb_generic_event_t &event) {
-    return reinterpret_cast<const Event &>(event);
-}
 
 } // namespace
 
@@ -39,7 +34,7 @@ WindowMirror::WindowMirror(Connection &connection)
     , root_(connection, [this](bool MirrorChange::*what) { note(what); }) {
     connection.selectRootEvents(XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY |
                                 XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE);
-    events_ = connection.onEvent([this](const auto &event) { handle(event); });
+    events_ = subscribe();
     batches_ = connection.onDispatched([this] { finishBatch(); });
     start();
 }
@@ -106,68 +101,61 @@ void WindowMirror::finishBatch() {
     }
 }
 
-void WindowMirror::handle(const xcb_generic_event_t &event) {
-    const auto root = connection_.root();
-    // Events that clients have sent carry a further bit and say nothing about the tree.
-    switch (event.response_type) {
-    case XCB_CREATE_NOTIFY:
-        handleCreate(as<xcb_create_notify_event_t>(event));
-        break;
-    case XCB_DESTROY_NOTIFY:
-        root_.handle(as<xcb_destroy_notify_event_t>(event));
-        forget(as<xcb_destroy_notify_event_t>(event).window);
-        claimed_.erase(as<xcb_destroy_notify_event_t>(event).window);
-        break;
-    case XCB_MAP_NOTIFY:
-        if (const auto &map = as<xcb_map_notify_event_t>(event); map.event == root) {
-            if (auto *top = findTop(map.window)) {
-                setOverrideRedirect(*top, map.override_redirect != 0);
-            }
-            setMapped(map.window, true);
+std::vector<Handle> WindowMirror::subscribe() {
+    auto &events = connection_.events();
+    std::vector<Handle> handles;
+    handles.push_back(events.on(event::createNotify, [this](const auto &e) { handleCreate(e); }));
+    handles.push_back(events.on(event::destroyNotify, [this](const auto &e) {
+        forget(e.window);
+        claimed_.erase(e.window);
+    }));
+    handles.push_back(events.on(event::mapNotify, [this](const auto &e) { handleMap(e); }));
+    handles.push_back(events.on(event::unmapNotify, [this](const auto &e) {
+        if (e.event == connection_.root()) {
+            setMapped(e.window, false);
         }
-        break;
-    case XCB_UNMAP_NOTIFY:
-        if (const auto &unmap = as<xcb_unmap_notify_event_t>(event); unmap.event == root) {
-            setMapped(unmap.window, false);
+    }));
+    handles.push_back(
+        events.on(event::reparentNotify, [this](const auto &e) { handleReparent(e); }));
+    handles.push_back(
+        events.on(event::configureNotify, [this](const auto &e) { handleConfigure(e); }));
+    handles.push_back(events.on(event::gravityNotify, [this](const auto &e) { handleGravity(e); }));
+    handles.push_back(events.on(event::circulateNotify, [this](const auto &e) {
+        if (e.event == connection_.root() && findTop(e.window) != nullptr) {
+            placeAbove(e.window, e.place == XCB_PLACE_ON_TOP ? stacking_.back()
+                                                             : static_cast<xcb_window_t>(XCB_NONE));
         }
-        break;
-    case XCB_REPARENT_NOTIFY:
-        handleReparent(as<xcb_reparent_notify_event_t>(event));
-        break;
-    case XCB_CONFIGURE_NOTIFY:
-        handleConfigure(as<xcb_configure_notify_event_t>(event));
-        break;
-    case XCB_GRAVITY_NOTIFY:
-        if (const auto &gravity = as<xcb_gravity_notify_event_t>(event); gravity.event == root) {
-            if (auto *top = findTop(gravity.window)) {
-                auto geometry = top->window.geometry;
-                geometry.x = gravity.x;
-                geometry.y = gravity.y;
-                setGeometry(*top, geometry);
-            }
+    }));
+    handles.push_back(events.on(event::propertyNotify, [this](const auto &e) {
+        if (const auto index = properties_.indexOf(e.atom)) {
+            want(e.window, 1U << *index);
         }
-        break;
-    case XCB_CIRCULATE_NOTIFY:
-        if (const auto &circulate = as<xcb_circulate_notify_event_t>(event);
-            circulate.event == root && findTop(circulate.window) != nullptr) {
-            placeAbove(circulate.window, circulate.place == XCB_PLACE_ON_TOP
-                                             ? stacking_.back()
-                                             : static_cast<xcb_window_t>(XCB_NONE));
+    }));
+    handles.push_back(events.on(event::shapeNotify, [this](const auto &e) {
+        if (e.shape_kind == XCB_SHAPE_SK_BOUNDING) {
+            applyShape(e.affected_window, e.shaped != 0);
         }
-        break;
-    case XCB_PROPERTY_NOTIFY:
-        handleProperty(as<xcb_property_notify_event_t>(event));
-        break;
-    default:
-        if (const auto &extensions = connection_.extensions();
-            extensions.shape &&
-            event.response_type == extensions.shapeFirstEvent + XCB_SHAPE_NOTIFY) {
-            const auto &shape = as<xcb_shape_notify_event_t>(event);
-            if (shape.shape_kind == XCB_SHAPE_SK_BOUNDING) {
-                applyShape(shape.affected_window, shape.shaped != 0);
-            }
-        }
-        break;
+    }));
+    return handles;
+}
+
+void WindowMirror::handleMap(const xcb_map_notify_event_t &event) {
+    if (event.event != connection_.root()) {
+        return;
+    }
+    if (auto *top = findTop(event.window)) {
+        setOverrideRedirect(*top, event.override_redirect != 0);
+    }
+    setMapped(event.window, true);
+}
+
+void WindowMirror::handleGravity(const xcb_gravity_notify_event_t &event) {
+    auto *top = event.event == connection_.root() ? findTop(event.window) : nullptr;
+    if (top != nullptr) {
+        auto geometry = top->window.geometry;
+        geometry.x = event.x;
+        geometry.y = event.y;
+        setGeometry(*top, geometry);
     }
 }
 
@@ -229,13 +217,6 @@ void WindowMirror::handleReparent(const xcb_reparent_notify_event_t &event) {
     geometry.y = event.y;
     setGeometry(*top, geometry);
     setOverrideRedirect(*top, event.override_redirect != 0);
-}
-
-void WindowMirror::handleProperty(const xcb_property_notify_event_t &event) {
-    root_.handle(event);
-    if (const auto index = properties_.indexOf(event.atom)) {
-        want(event.window, 1U << *index);
-    }
 }
 
 WindowMirror::TopLevel *WindowMirror::findTop(xcb_window_t window) {

@@ -125,11 +125,12 @@ class WindowMirror {
     };
 
     void start();
-    void handle(const xcb_generic_event_t &event);
+    std::vector<Handle> subscribe();
     void handleCreate(const xcb_create_notify_event_t &event);
     void handleConfigure(const xcb_configure_notify_event_t &event);
     void handleReparent(const xcb_reparent_notify_event_t &event);
-    void handleProperty(const xcb_property_notify_event_t &event);
+    void handleMap(const xcb_map_notify_event_t &event);
+    void handleGravity(const xcb_gravity_notify_event_t &event);
     void finishBatch();
 
     Node &watch(xcb_window_t window);
@@ -186,7 +187,7 @@ class WindowMirror {
     std::uint64_t identityRevision_ = 1;
     xcb_window_t describedActive_ = XCB_NONE; // the active window when it was last looked at
     Signal<MirrorChange> changes_;
-    Handle events_;
+    std::vector<Handle> events_;
     Handle batches_;
 };
 
