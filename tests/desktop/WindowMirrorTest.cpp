@@ -297,7 +297,7 @@ TEST(WindowMirror, TitlesOwnersOpacityAndStates) {
                                   geometry.height - 70}));
 
     session.minimise(client);
-    EXPECT_TRUE(mirrored.eventually([&] { return window.isMinimized && !window.isMapped; }));
+    EXPECT_TRUE(mirrored.eventually([&] { return window.isMinimized() && !window.isMapped; }));
     session.activate(client);
     EXPECT_TRUE(mirrored.eventually([&] { return mirrored.mirror->activeWindow() == client; }));
     session.setKeptAbove(client, true);

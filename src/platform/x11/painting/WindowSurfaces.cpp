@@ -88,9 +88,9 @@ void WindowSurfaces::handleConfigure(const xcb_configure_notify_event_t &event) 
 const WindowSurface *WindowSurfaces::find(xcb_window_t window) {
     const auto *current = mirror_.find(window);
     // Some compositing managers keep windows mapped that are not to be seen.
-    if (current == nullptr || !current->isMapped || current->isInputOnly || current->isMinimized ||
-        !mirror_.isOnCurrentDesktop(*current) || current->geometry.isEmpty() ||
-        formats_.opaque(current->visual) == XCB_NONE) {
+    if (current == nullptr || !current->isMapped || current->isInputOnly ||
+        current->isMinimized() || !mirror_.isOnCurrentDesktop(*current) ||
+        current->geometry.isEmpty() || formats_.opaque(current->visual) == XCB_NONE) {
         surfaces_.erase(window);
         return nullptr;
     }

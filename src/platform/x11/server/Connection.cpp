@@ -226,10 +226,6 @@ bool Connection::isOwn(xcb_window_t window) const {
     return (window & ~setup().resource_id_mask) == setup().resource_id_base;
 }
 
-bool Connection::isServers(xcb_window_t window) const {
-    return (window & ~setup().resource_id_mask) == 0;
-}
-
 void Connection::awaitReply(std::uint32_t sequence, ReplyFunction function) {
     pendingReplies_.push_back({sequence, std::move(function)});
 }

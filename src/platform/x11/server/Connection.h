@@ -90,10 +90,6 @@ class Connection {
     // True for a window that was made on this connection.
     bool isOwn(xcb_window_t window) const;
 
-    // True for a window that the X server made for itself, as the one that compositing managers
-    // draw on.
-    bool isServers(xcb_window_t window) const;
-
     // Calls the function once with the reply to a request, in the order of requests and interleaved
     // correctly with events; with null when the request failed. The cookie is that of an ordinary
     // (checked) request.

@@ -29,27 +29,27 @@ struct Edges {
 struct WindowFacts {
     enum class Type { normal, desktop, dock, floating };
 
-    std::optional<std::string> netName; // _NET_WM_NAME
-    std::optional<std::string> name;    // WM_NAME
-    std::string instanceName;           // WM_CLASS
-    std::string className;
+    std::optional<std::string> netName = {}; // _NET_WM_NAME
+    std::optional<std::string> name = {};    // WM_NAME
+    std::string instanceName = {};           // WM_CLASS
+    std::string className = {};
     std::int32_t statedProcess = 0;    // _NET_WM_PID, 0 when absent
     std::int32_t connectedProcess = 0; // of the window's connection, 0 when unknown
-    std::optional<std::uint32_t> opacity;
+    std::optional<std::uint32_t> opacity = {};
     Type type = Type::normal;
     bool isAbove = false;
     bool isBelow = false;
     bool isHidden = false;
     bool skipsTaskbar = false;
-    std::optional<std::uint32_t> managerState; // WM_STATE: 0 withdrawn, 1 normal, 3 iconic
-    std::optional<std::uint32_t> desktop;      // all bits set when on all desktops
-    Edges shadows; // _GTK_FRAME_EXTENTS: what it keeps free around itself for its own shadows
+    std::optional<std::uint32_t> managerState = {}; // WM_STATE: 0 withdrawn, 1 normal, 3 iconic
+    std::optional<std::uint32_t> desktop = {};      // all bits set when on all desktops
+    Edges shadows = {}; // _GTK_FRAME_EXTENTS: what it keeps free around itself for its own shadows
 
     // _NET_FRAME_EXTENTS: what the manager shows around it; absent when the manager does not say.
-    std::optional<Edges> decorations;
+    std::optional<Edges> decorations = {};
 
     // WM_TRANSIENT_FOR; absent when there is none, the root window when it is one of a group.
-    std::optional<xcb_window_t> transientFor;
+    std::optional<xcb_window_t> transientFor = {};
 
     // A window manager has taken the window in hand, and may have died since.
     bool isManaged() const { return managerState.value_or(0) != 0; }

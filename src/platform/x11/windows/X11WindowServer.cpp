@@ -16,7 +16,8 @@ int layerOf(const MirrorWindow &window) {
     case StackingLayer::below:
         return X11WindowServer::belowLayer;
     case StackingLayer::above:
-        return window.isDock ? X11WindowServer::dockLayer : X11WindowServer::aboveLayer;
+        return window.type == WindowFacts::Type::dock ? X11WindowServer::dockLayer
+                                                      : X11WindowServer::aboveLayer;
     case StackingLayer::floating:
         return X11WindowServer::floatingLayer;
     case StackingLayer::desktop:
@@ -95,7 +96,7 @@ std::vector<const MirrorWindow *> X11WindowServer::activeWindowAndOwners() const
 }
 
 bool X11WindowServer::isOnScreen(const MirrorWindow &window) const {
-    if (!window.isDescribed || !window.isMapped || window.isInputOnly || window.isMinimized ||
+    if (!window.isDescribed || !window.isMapped || window.isInputOnly || window.isMinimized() ||
         window.stackingLayer == StackingLayer::desktop || !mirror_.isOnCurrentDesktop(window)) {
         return false;
     }

@@ -23,16 +23,11 @@ std::string executableOf(std::int32_t processIdentifier) {
     return error ? std::string() : path.filename().string();
 }
 
-bool isInTaskbars(const MirrorWindow &window) {
-    return window.isManaged && !window.skipsTaskbar && !window.isDock &&
-           window.stackingLayer != StackingLayer::desktop;
-}
-
 // Whether a window tells more about its application than another one of it does: one in task bars
 // before others, then one with a class, then the older.
 bool tellsMore(const MirrorWindow &a, const MirrorWindow &b) {
     const auto rank = [](const MirrorWindow &window) {
-        return std::make_tuple(!isInTaskbars(window), !window.isManaged, window.className.empty(),
+        return std::make_tuple(!window.isInTaskbars, !window.isManaged, window.className.empty(),
                                window.client);
     };
     return rank(a) < rank(b);
@@ -142,7 +137,7 @@ const RunningApplication &X11Workspace::identify(const MirrorWindow &window) con
         identity.entriesRevision = entries_.revision();
     }
     application.activationPolicy =
-        isInTaskbars(window) ? ActivationPolicy::regular : ActivationPolicy::accessory;
+        window.isInTaskbars ? ActivationPolicy::regular : ActivationPolicy::accessory;
     return application;
 }
 
@@ -188,12 +183,12 @@ bool X11Workspace::activate(std::int32_t processIdentifier) {
     bool isOnTop = true; // no other application's ordinary window is above one of them
     for (const auto frame : mirror_.stacking()) {
         const auto &window = *mirror_.find(frame);
-        if (!window.isManaged || window.isOwn || window.isDock ||
+        if (!window.isManaged || window.isOwn || window.type == WindowFacts::Type::dock ||
             window.stackingLayer == StackingLayer::desktop) {
             continue;
         }
         const bool isShown =
-            window.isMapped && !window.isMinimized && mirror_.isOnCurrentDesktop(window);
+            window.isMapped && !window.isMinimized() && mirror_.isOnCurrentDesktop(window);
         if (window.processIdentifier != processIdentifier) {
             isOnTop &= !isShown || window.stackingLayer != StackingLayer::normal || shown.empty();
         } else if (isShown) {
