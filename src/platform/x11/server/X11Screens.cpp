@@ -4,13 +4,10 @@
 #include "platform/x11/server/Connection.h"
 #include "platform/x11/server/EventKinds.h"
 #include "platform/x11/server/PropertyReply.h"
+#include "platform/x11/server/ResourceScale.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdlib>
-#include <locale>
-#include <optional>
-#include <sstream>
 #include <utility>
 
 namespace lumo::x11 {
@@ -30,114 +27,7 @@ constexpr double longestBurst = 0.5;
 constexpr std::uint32_t maximumResourcesLength = 65536;
 constexpr std::uint32_t maximumDescriptionLength = 1024;
 
-std::optional<double> parseNumber(std::string_view text) {
-    std::istringstream stream{std::string(text)};
-    stream.imbue(std::locale::classic());
-    double number = 0;
-    if (!(stream >> number) || !std::isfinite(number) || number <= 0) {
-        return std::nullopt;
-    }
-    return number;
-}
-
-// FNV-1a, 32 bit; its published constants.
-std::uint32_t hash(std::string_view text) {
-    std::uint32_t value = 2166136261;
-    for (const char character : text) {
-        value = (value ^ static_cast<std::uint8_t>(character)) * 16777619;
-    }
-    return value;
-}
-
-// Identifiers of displays by their keys: none is 0 and no two are the same. In one set of displays
-// each gets the same one whatever the order, and the same in every set unless two of them clash.
-std::vector<std::uint32_t> identifiersOf(const std::vector<std::string> &keys) {
-    std::vector<std::size_t> order(keys.size());
-    for (std::size_t i = 0; i < order.size(); ++i) {
-        order[i] = i;
-    }
-    std::stable_sort(order.begin(), order.end(), [&](auto a, auto b) { return keys[a] < keys[b]; });
-    std::vector<std::uint32_t> identifiers(keys.size(), 0);
-    for (const auto i : order) {
-        auto identifier = hash(keys[i]);
-        while (identifier == 0 ||
-               std::find(identifiers.begin(), identifiers.end(), identifier) != identifiers.end()) {
-            ++identifier;
-        }
-        identifiers[i] = identifier;
-    }
-    return identifiers;
-}
-
-// The part of an area that is not taken, where that is one rectangle.
-std::optional<drawing::PixelRect> restOf(const drawing::PixelRect &area,
-                                         const drawing::PixelRect &taken) {
-    const auto common = area.intersection(taken);
-    if (common.height == area.height) {
-        if (common.x == area.x) {
-            return drawing::PixelRect{common.maxX(), area.y, area.maxX() - common.maxX(),
-                                      area.height};
-        }
-        if (common.maxX() == area.maxX()) {
-            return drawing::PixelRect{area.x, area.y, common.x - area.x, area.height};
-        }
-    } else if (common.width == area.width) {
-        if (common.y == area.y) {
-            return drawing::PixelRect{area.x, common.maxY(), area.width,
-                                      area.maxY() - common.maxY()};
-        }
-        if (common.maxY() == area.maxY()) {
-            return drawing::PixelRect{area.x, area.y, area.width, common.y - area.y};
-        }
-    }
-    return std::nullopt;
-}
-
-// Settles what two monitors have in common; false when no two have anything.
-bool separateTwo(std::vector<Monitor> &monitors) {
-    for (auto first = monitors.begin(); first != monitors.end(); ++first) {
-        for (auto second = first + 1; second != monitors.end(); ++second) {
-            const auto common = first->area.intersection(second->area);
-            if (common.isEmpty()) {
-                continue;
-            }
-            const bool isAllOfOne = common == first->area || common == second->area;
-            const auto rest = restOf(second->area, first->area);
-            if (!isAllOfOne && rest) {
-                second->area = *rest;
-            } else {
-                first->area = first->area.united(second->area);
-                monitors.erase(second);
-            }
-            return true;
-        }
-    }
-    return false;
-}
-
 } // namespace
-
-std::vector<Monitor> apart(std::vector<Monitor> monitors) {
-    std::erase_if(monitors, [](const auto &monitor) { return monitor.area.isEmpty(); });
-    while (separateTwo(monitors)) {
-    }
-    return monitors;
-}
-
-double scaleOfResources(std::string_view resources) {
-    constexpr std::string_view key = "Xft.dpi:";
-    double scale = 1;
-    while (!resources.empty()) {
-        const auto line = resources.substr(0, resources.find('\n'));
-        resources.remove_prefix(std::min(resources.size(), line.size() + 1));
-        if (line.starts_with(key)) {
-            if (const auto dpi = parseNumber(line.substr(key.size()))) {
-                scale = std::max(1.0, std::round(*dpi / 96 * 4) / 4);
-            }
-        }
-    }
-    return scale;
-}
 
 X11Screens::X11Screens(Connection &connection, MainLoop &mainLoop)
     : connection_(connection)
@@ -147,7 +37,7 @@ X11Screens::X11Screens(Connection &connection, MainLoop &mainLoop)
     , root_{0, 0, connection.screen().width_in_pixels, connection.screen().height_in_pixels} {
     // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing changes the environment while threads run.
     const char *factor = std::getenv("QT_SCALE_FACTOR");
-    userScale_ = factor == nullptr ? 1 : parseNumber(factor).value_or(1);
+    userScale_ = factor == nullptr ? 1 : positiveNumber(factor).value_or(1);
     connection.selectRootEvents(XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE);
     if (connection.extensions().randr) {
         xcb_randr_select_input(
@@ -282,13 +172,11 @@ void X11Screens::finishMonitors(std::vector<Monitor> found) {
 
 void X11Screens::update() {
     std::vector<drawing::PixelRect> areas;
-    std::vector<std::string> keys;
     for (const auto &monitor : monitors_) {
         areas.push_back(monitor.area);
-        keys.push_back(monitor.name + '\n' + monitor.description);
     }
     const drawing::PointSpace space(areas, resourceScale_ * userScale_);
-    const auto identifiers = identifiersOf(keys);
+    const auto identifiers = identifiersOf(monitors_);
     std::vector<Screen> screens;
     for (std::size_t i = 0; i < areas.size(); ++i) {
         screens.push_back({identifiers[i], space.screenFrame(areas[i]), space.scale()});

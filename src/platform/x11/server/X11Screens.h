@@ -3,6 +3,7 @@
 #include "drawing/PixelRect.h"
 #include "drawing/PointSpace.h"
 #include "platform/Screens.h"
+#include "platform/x11/server/Monitor.h"
 #include "platform/x11/server/PendingReads.h"
 #include "support/Signal.h"
 
@@ -12,8 +13,6 @@
 #include <array>
 #include <cstdint>
 #include <memory>
-#include <string>
-#include <string_view>
 #include <vector>
 
 namespace lumo {
@@ -23,22 +22,6 @@ class MainLoop;
 namespace lumo::x11 {
 
 class Connection;
-
-// A display, or several that show the same.
-struct Monitor {
-    drawing::PixelRect area;
-    bool isPrimary = false;
-    std::string name;
-    std::string description; // what its display says about itself; empty when nothing
-
-    bool operator==(const Monitor &) const = default;
-};
-
-// Monitors that have no pixel in common, so that none is darkened twice. One that shows all of
-// another becomes one with it, under the name of the one that comes first; of two that overlap
-// otherwise the later one loses the common part, or where a rectangle would not be left of it, they
-// become one around both. Empty ones are dropped.
-std::vector<Monitor> apart(std::vector<Monitor> monitors);
 
 // The monitors of the root window, as screens that have no pixel in common: see apart(). A display
 // that is plugged in or changes its mode shows itself by a burst of events with states in between;
@@ -97,9 +80,5 @@ class X11Screens final : public Screens {
     std::array<Handle, 4> events_;
     Handle batches_;
 };
-
-// The scale that a text of resources asks for: Xft.dpi by 96, in quarter steps, at least 1; 1 when
-// it does not say.
-double scaleOfResources(std::string_view resources);
 
 } // namespace lumo::x11
