@@ -45,10 +45,6 @@ TrayIcon::TrayIcon(Connection &connection, const RenderFormats &formats, int sid
     lookForTray();
 }
 
-TrayIcon::~TrayIcon() {
-    removeWindow();
-}
-
 Handle TrayIcon::onTrayProcessChange(std::function<void()> observer) {
     return trayProcessChanged_.subscribe(std::move(observer));
 }
@@ -66,7 +62,7 @@ void TrayIcon::setTitle(const StatusTitle &title) {
 
 void TrayIcon::setToolTip(const std::string &text) {
     toolTip_ = text;
-    if (window_ != XCB_NONE) {
+    if (window_) {
         setProperties();
     }
 }
@@ -102,7 +98,7 @@ void TrayIcon::adoptTray(xcb_window_t tray) {
         removeWindow();
         askForProcess();
     }
-    if (!isHidden_ && window_ == XCB_NONE) {
+    if (!isHidden_ && !window_) {
         dock();
     }
 }
@@ -147,7 +143,7 @@ void TrayIcon::dock(bool isTranslucent) {
     makeWindow(isTranslucent);
     sendClientMessage(connection_, tray_, XCB_EVENT_MASK_NO_EVENT, tray_,
                       connection_.atom("_NET_SYSTEM_TRAY_OPCODE"),
-                      {XCB_CURRENT_TIME, requestDock, window_});
+                      {XCB_CURRENT_TIME, requestDock, window_.id()});
 }
 
 void TrayIcon::makeWindow(bool isTranslucent) {
@@ -167,13 +163,13 @@ void TrayIcon::makeWindow(bool isTranslucent) {
     values.event_mask = XCB_EVENT_MASK_EXPOSURE | XCB_EVENT_MASK_STRUCTURE_NOTIFY |
                         XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE;
     values.colormap = colormap_.id();
-    window_ = xcb_generate_id(connection_);
+    window_ = OwnedWindow(connection_);
     xcb_create_window_aux(
-        connection_, depth, window_, connection_.root(), 0, 0, side, side, 0,
+        connection_, depth, window_.id(), connection_.root(), 0, 0, side, side, 0,
         XCB_WINDOW_CLASS_INPUT_OUTPUT, visual,
         XCB_CW_BACK_PIXMAP | XCB_CW_BORDER_PIXEL | XCB_CW_EVENT_MASK | XCB_CW_COLORMAP, &values);
     picture_ = OwnedPicture(connection_);
-    xcb_render_create_picture(connection_, picture_.id(), window_,
+    xcb_render_create_picture(connection_, picture_.id(), window_.id(),
                               isTranslucent ? formats_.translucent() : formats_.opaque(visual), 0,
                               nullptr);
     setProperties();
@@ -181,21 +177,19 @@ void TrayIcon::makeWindow(bool isTranslucent) {
 }
 
 void TrayIcon::setProperties() {
-    setIdentity(connection_, window_, toolTip_);
+    setIdentity(connection_, window_.id(), toolTip_);
     // Trays that do not force a size take this one.
     xcb_size_hints_t hints{};
     xcb_icccm_size_hints_set_min_size(&hints, side_, side_);
-    xcb_icccm_set_wm_normal_hints(connection_, window_, &hints);
-    setValues(connection_, window_, "_XEMBED_INFO", connection_.atom("_XEMBED_INFO"),
+    xcb_icccm_set_wm_normal_hints(connection_, window_.id(), &hints);
+    setValues(connection_, window_.id(), "_XEMBED_INFO", connection_.atom("_XEMBED_INFO"),
               {embeddingVersion, wantsToBeMapped});
 }
 
 void TrayIcon::removeWindow() {
     windowEvents_ = {};
     picture_.reset();
-    if (const auto window = std::exchange(window_, XCB_NONE); window != XCB_NONE) {
-        xcb_destroy_window(connection_, window);
-    }
+    window_.reset();
     colormap_.reset();
 }
 
@@ -209,8 +203,8 @@ void TrayIcon::leaveTray() {
 
 std::array<Handle, 5> TrayIcon::followWindow() {
     auto &events = connection_.events();
-    return {events.on(event::destroyNotify, window_, [this](const auto &) { leaveTray(); }),
-            events.on(event::reparentNotify, window_,
+    return {events.on(event::destroyNotify, window_.id(), [this](const auto &) { leaveTray(); }),
+            events.on(event::reparentNotify, window_.id(),
                       [this](const auto &reparent) {
                           // A tray that ends may leave its icons to the root window, where they are
                           // ordinary windows.
@@ -218,19 +212,19 @@ std::array<Handle, 5> TrayIcon::followWindow() {
                               leaveTray();
                           }
                       }),
-            events.on(event::configureNotify, window_,
+            events.on(event::configureNotify, window_.id(),
                       [this](const auto &configure) {
                           width_ = configure.width;
                           height_ = configure.height;
                           paint();
                       }),
-            events.on(event::expose, window_,
+            events.on(event::expose, window_.id(),
                       [this](const auto &expose) {
                           if (expose.count == 0) {
                               paint();
                           }
                       }),
-            events.on(event::buttonRelease, window_,
+            events.on(event::buttonRelease, window_.id(),
                       [this](const auto &release) { handleRelease(release); })};
 }
 
@@ -245,7 +239,7 @@ void TrayIcon::handleRelease(const xcb_button_release_event_t &event) {
 }
 
 void TrayIcon::paint() {
-    if (window_ == XCB_NONE || width_ < 1 || height_ < 1) {
+    if (!window_ || width_ < 1 || height_ < 1) {
         return;
     }
     const int side = std::min(width_, height_);
@@ -262,7 +256,7 @@ void TrayIcon::paint() {
         xcb_render_fill_rectangles(connection_, XCB_RENDER_PICT_OP_CLEAR, picture_.id(), {}, 1,
                                    &all);
     } else {
-        xcb_clear_area(connection_, 0, window_, 0, 0, 0, 0);
+        xcb_clear_area(connection_, 0, window_.id(), 0, 0, 0, 0);
     }
     xcb_render_composite(connection_, XCB_RENDER_PICT_OP_OVER, source.id(), XCB_NONE, picture_.id(),
                          0, 0, 0, 0, static_cast<std::int16_t>((width_ - side) / 2),

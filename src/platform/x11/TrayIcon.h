@@ -33,7 +33,6 @@ class TrayIcon {
     // The side of the icon is in pixels, for trays that leave it to the icon. The other arguments
     // outlive the object. Waits for the server.
     TrayIcon(Connection &connection, const RenderFormats &formats, int side);
-    ~TrayIcon();
     TrayIcon(const TrayIcon &) = delete;
     TrayIcon &operator=(const TrayIcon &) = delete;
 
@@ -78,9 +77,9 @@ class TrayIcon {
     bool isHidden_ = false;
     xcb_window_t tray_ = XCB_NONE;
     std::int32_t trayProcess_ = 0;
-    xcb_window_t window_ = XCB_NONE;
     bool isTranslucent_ = false; // the tray blends, so that the window's alpha counts
     OwnedColormap colormap_;
+    OwnedWindow window_;
     OwnedPicture picture_;
     int width_ = 0;
     int height_ = 0;

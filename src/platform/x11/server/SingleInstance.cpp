@@ -23,16 +23,17 @@ void requestReopening(Connection &connection, xcb_window_t owner) {
 std::unique_ptr<SingleInstance> SingleInstance::claim(Connection &connection) {
     const auto selection =
         connection.atom("_LUMO_INSTANCE_S" + std::to_string(connection.screenNumber()));
-    const auto window = xcb_generate_id(connection);
-    xcb_create_window(connection, XCB_COPY_FROM_PARENT, window, connection.root(), -1, -1, 1, 1, 0,
+    OwnedWindow window(connection);
+    const auto id = window.id();
+    xcb_create_window(connection, XCB_COPY_FROM_PARENT, id, connection.root(), -1, -1, 1, 1, 0,
                       XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
-    std::unique_ptr<SingleInstance> instance(new SingleInstance(connection, window));
+    std::unique_ptr<SingleInstance> instance(new SingleInstance(connection, std::move(window)));
     // Two that start at the same moment must not both find the selection free.
     xcb_grab_server(connection);
     const auto owner = connection.wait(xcb_get_selection_owner(connection, selection),
                                        xcb_get_selection_owner_reply);
     if (owner && owner->owner == XCB_NONE) {
-        xcb_set_selection_owner(connection, window, selection, XCB_CURRENT_TIME);
+        xcb_set_selection_owner(connection, id, selection, XCB_CURRENT_TIME);
     } else {
         instance.reset();
         if (owner) {
@@ -45,19 +46,15 @@ std::unique_ptr<SingleInstance> SingleInstance::claim(Connection &connection) {
     return instance;
 }
 
-SingleInstance::SingleInstance(Connection &connection, xcb_window_t owner)
-    : connection_(connection)
-    , owner_(owner)
+SingleInstance::SingleInstance(Connection &connection, OwnedWindow owner)
+    : owner_(std::move(owner))
     , reopenRequest_(connection.atom(reopenRequestName))
-    , events_(connection.events().on(event::clientMessage, owner, [this](const auto &message) {
-        if (message.type == reopenRequest_) {
-            reopened_.emit();
-        }
-    })) {
-}
-
-SingleInstance::~SingleInstance() {
-    xcb_destroy_window(connection_, owner_);
+    , events_(
+          connection.events().on(event::clientMessage, owner_.id(), [this](const auto &message) {
+              if (message.type == reopenRequest_) {
+                  reopened_.emit();
+              }
+          })) {
 }
 
 Handle SingleInstance::onReopenRequest(std::function<void()> observer) {

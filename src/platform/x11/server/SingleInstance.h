@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/x11/server/ServerResource.h"
 #include "support/Handle.h"
 #include "support/Signal.h"
 
@@ -20,7 +21,6 @@ class SingleInstance {
     // wants it. Waits for the server.
     static std::unique_ptr<SingleInstance> claim(Connection &connection);
 
-    ~SingleInstance();
     SingleInstance(const SingleInstance &) = delete;
     SingleInstance &operator=(const SingleInstance &) = delete;
 
@@ -28,10 +28,9 @@ class SingleInstance {
     Handle onReopenRequest(std::function<void()> observer);
 
   private:
-    SingleInstance(Connection &connection, xcb_window_t owner);
+    SingleInstance(Connection &connection, OwnedWindow owner);
 
-    Connection &connection_;
-    xcb_window_t owner_;
+    OwnedWindow owner_; // of the selection
     xcb_atom_t reopenRequest_;
     Signal<> reopened_;
     Handle events_;
