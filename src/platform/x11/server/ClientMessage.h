@@ -10,8 +10,8 @@
 
 namespace lumo::x11 {
 
-// Sends a message about a window to whoever listens to the receiver with one of these events; to
-// the receiver's owner for no event. At most five values.
+// Sends a message about a window to the clients that selected one of these events on the receiver;
+// for no event to the client that made the receiver. At most five values.
 inline void sendClientMessage(Connection &connection, xcb_window_t receiver,
                               std::uint32_t eventMask, xcb_window_t window, xcb_atom_t type,
                               std::initializer_list<std::uint32_t> values) {

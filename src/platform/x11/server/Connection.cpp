@@ -271,7 +271,7 @@ void Connection::dispatch() {
     while (true) {
         if (const auto event = nextEvent()) {
             if (event->response_type == 0) {
-                continue; // an error that nobody waits for
+                continue; // an error of a request without a reply
             }
             // A reply to a request that the server had handled before this event comes first.
             while (firstReplyHasArrived() &&

@@ -43,7 +43,7 @@ struct Extensions {
 // Lumo's own connection to the X server. Main thread only.
 //
 // Requests about other programs' windows lose races with those windows' deaths all the time. So an
-// error never ends anything: one that answers a request with a reply makes that reply null, all
+// error never ends the program: one that comes in place of a reply makes that reply null, all
 // others are dropped.
 class Connection {
   public:
@@ -83,8 +83,8 @@ class Connection {
     // events and replies has changed.
     Handle onDispatched(std::function<void()> observer);
 
-    // Asks for these events of the root window beside those that were asked for before. Nobody
-    // sets the root window's event mask in any other way on this connection.
+    // Selects these events of the root window beside those that were selected before. No other code
+    // sets the root window's event mask on this connection.
     void selectRootEvents(std::uint32_t eventMask);
 
     // True for a window that was made on this connection.
@@ -162,7 +162,7 @@ class Connection {
     Signal<> dispatched_;
     XcbPointer<xcb_generic_event_t> undispatchedEvent_;
     std::deque<PendingReply> pendingReplies_;
-    bool firstReplyArrived_ = false; // the first of pendingReplies_ is answered by arrivedReply_
+    bool firstReplyArrived_ = false; // arrivedReply_ is that of the first of pendingReplies_
     XcbPointer<void> arrivedReply_;  // null when that request failed, or has no reply
     bool arrivedFailure_ = false;
 };

@@ -25,14 +25,14 @@ struct EventKind {
     std::uint8_t windowOffset = 0; // in bytes, of the window it is about; 0: it is about none
 };
 
-// Delivers events to those who asked for their kind, and where they want, for their window. Asks
-// nothing of the server. Routing looks up the kind in a table and the window in a map, and
-// allocates nothing.
+// Delivers events to the handlers that subscribed to their kind, or to their kind and window. It
+// selects no events on the server. Routing looks up the kind in a table and the window in a map,
+// and allocates nothing. Main thread only.
 //
-// Any client can send any event to a window of ours or to who listens to the root window. Such an
-// event is marked and is dropped here, since it says nothing about the server's state. Delivered
-// are only client messages, which are always sent, and what at most has a window of ours drawn or
-// clicked again: Expose and ButtonRelease, which panels send to icons that they embed.
+// Any client can send any event to a window of ours, or to all clients that select the root
+// window's. Such an event is marked as sent and is dropped here, since it says nothing about the
+// server's state. Exceptions are client messages, which are always sent, and two with which panels
+// have the icons that they embed redraw and react to clicks: Expose and ButtonRelease.
 class EventRouter {
   public:
     EventRouter();

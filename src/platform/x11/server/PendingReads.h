@@ -9,11 +9,11 @@
 
 namespace lumo::x11 {
 
-// Which things, as bits, are to be read again from the server and which are being read, so that
-// each is read by one request at a time however often it changes.
+// Which parts of an object, as bits, are to be read again from the server and which are being read,
+// so that each is read by one request at a time however often it changes.
 class PendingReads {
   public:
-    void want(std::uint32_t things) { wanted_ |= things; }
+    void want(std::uint32_t parts) { wanted_ |= parts; }
 
     // What is to be asked for now; it counts as being read until finished().
     std::uint32_t begin() {
@@ -23,7 +23,7 @@ class PendingReads {
         return now;
     }
 
-    void finished(std::uint32_t things) { reading_ &= ~things; }
+    void finished(std::uint32_t parts) { reading_ &= ~parts; }
 
     bool hasWanted() const { return wanted_ != 0; }
     bool isIdle() const { return wanted_ == 0 && reading_ == 0; }

@@ -79,8 +79,8 @@ Handle X11Screens::onScreenParametersDidChange(std::function<void()> observer) {
     return changes_.subscribe(std::move(observer));
 }
 
-void X11Screens::readWhenQuiet(std::uint32_t things) {
-    reads_.want(things);
+void X11Screens::readWhenQuiet(std::uint32_t parts) {
+    reads_.want(parts);
     const double now = mainLoop_.now();
     if (!quiet_) {
         burstBeganAt_ = now;

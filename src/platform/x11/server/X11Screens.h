@@ -25,7 +25,7 @@ class Connection;
 
 // The monitors of the root window, as screens that have no pixel in common: see apart(). A display
 // that is plugged in or changes its mode shows itself by a burst of events with states in between;
-// they are answered once, when the burst is over. Construction waits for the server; nothing after
+// the screens change once, when the burst is over. Construction waits for the server; nothing after
 // it does.
 //
 // The scale is that of the resource Xft.dpi in quarter steps, at least 1, times QT_SCALE_FACTOR
@@ -47,11 +47,11 @@ class X11Screens final : public Screens {
     // A number that is another one after each change.
     std::uint64_t revision() const { return revision_; }
 
-    // False while something that was heard of is still to be read.
+    // True when nothing that is known to have changed is still to be read.
     bool isSettled() const { return reads_.isIdle() && replies_.isEmpty(); }
 
   private:
-    void readWhenQuiet(std::uint32_t things);
+    void readWhenQuiet(std::uint32_t parts);
     void requestReads();
     void readMonitors();
     void applyMonitors(const xcb_randr_get_monitors_reply_t *reply);

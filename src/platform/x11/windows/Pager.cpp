@@ -20,7 +20,7 @@ Pager::Pager(Connection &connection, const WindowMirror &mirror)
     , restackWindow_(connection.atom("_NET_RESTACK_WINDOW")) {
 }
 
-bool Pager::isHeard() const {
+bool Pager::isAvailable() const {
     return mirror_.windowManagerSupports(activeWindow_);
 }
 

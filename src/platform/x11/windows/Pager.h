@@ -8,14 +8,14 @@ class Connection;
 class WindowMirror;
 struct MirrorWindow;
 
-// Asks the window manager for things in the user's name, as pagers and task bars do. Nothing waits
+// Sends the window manager requests in the user's name, as pagers and task bars do. Nothing waits
 // for what comes of it.
 class Pager {
   public:
     Pager(Connection &connection, const WindowMirror &mirror);
 
-    // True when a window manager is there that does as it is asked.
-    bool isHeard() const;
+    // True when a window manager runs that activates windows on request.
+    bool isAvailable() const;
 
     // Shows the managed window, raises it and gives it the focus.
     void activate(const MirrorWindow &window);

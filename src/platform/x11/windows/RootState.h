@@ -24,8 +24,8 @@ class RootState {
   public:
     using Note = std::function<void(bool MirrorChange::*)>;
 
-    // Calls the function with each thing that changes from then on. The root window's property
-    // events must have been selected.
+    // Calls the function for each change from then on. The root window's property events must have
+    // been selected.
     RootState(Connection &connection, Note note);
 
     // Asks the server for what events have said is different.

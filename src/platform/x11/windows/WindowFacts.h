@@ -63,7 +63,7 @@ struct WindowFacts {
 StackingLayer stackingLayerOf(const WindowFacts &facts, bool isLeftAlone);
 
 // The window properties that make up the facts: which they are, how to ask for them and what the
-// answers mean. Each has an index below count.
+// replies mean. Each has an index below count.
 class WindowProperties {
   public:
     static constexpr unsigned count = 12;

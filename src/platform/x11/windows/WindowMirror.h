@@ -45,7 +45,7 @@ class WindowMirror {
     // Whether the window manager says that it understands the hint.
     bool windowManagerSupports(xcb_atom_t hint) const { return root_.supports(hint); }
 
-    // Whether a window is on the current desktop, on all of them, or on none that anyone names.
+    // Whether a window is on the current desktop, on all of them, or names none.
     bool isOnCurrentDesktop(const MirrorWindow &window) const;
 
     // Has the frame that a window manager makes around that window of ours count as ours as well,

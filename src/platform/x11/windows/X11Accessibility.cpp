@@ -14,7 +14,7 @@ class X11Accessibility::Window final : public AccessibilityWindow {
 
     bool raise() override {
         const auto *window = owner_.mirror_.find(client_);
-        if (window == nullptr || !window->isMapped || !owner_.pager_.isHeard()) {
+        if (window == nullptr || !window->isMapped || !owner_.pager_.isAvailable()) {
             return false;
         }
         owner_.pager_.raise(*window);
@@ -29,13 +29,13 @@ class X11Accessibility::Window final : public AccessibilityWindow {
 X11Accessibility::X11Accessibility(Connection &connection, WindowMirror &mirror)
     : mirror_(mirror)
     , pager_(connection, mirror)
-    , announcedTrust_(pager_.isHeard())
+    , announcedTrust_(pager_.isAvailable())
     , changes_(mirror.onChange([this](const auto &change) { handle(change); })) {
 }
 
 void X11Accessibility::handle(const MirrorChange &change) {
     if (change.windowManager &&
-        std::exchange(announcedTrust_, pager_.isHeard()) != announcedTrust_) {
+        std::exchange(announcedTrust_, pager_.isAvailable()) != announcedTrust_) {
         trustChanged_.emit();
     }
     if (change.activeWindow) {
@@ -52,7 +52,7 @@ Handle X11Accessibility::onFocusedWindowDidChange(std::function<void()> observer
 }
 
 bool X11Accessibility::isProcessTrusted() const {
-    return pager_.isHeard();
+    return pager_.isAvailable();
 }
 
 std::vector<std::unique_ptr<AccessibilityWindow>>

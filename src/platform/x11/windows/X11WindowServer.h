@@ -17,8 +17,8 @@ struct MirrorWindow;
 //
 // On screen is what is viewable, draws, belongs to the current desktop and is not minimised.
 // Windows come in their stacking order, but the active window, when it is an ordinary one, is the
-// first of the ordinary ones: focus does not always raise here, and whoever takes the frontmost
-// ordinary window means the one that is worked in. The window whose dialog it is comes next.
+// first of the ordinary ones: focus does not always raise here, and the frontmost ordinary
+// window stands for the one that the user works in. The window whose dialog it is comes next.
 class X11WindowServer final : public WindowServer {
   public:
     // The layers of windows that are not ordinary: kept below, kept above, docks, and menus with

@@ -174,7 +174,7 @@ std::vector<InstalledApplication> X11Workspace::installedApplications() const {
 }
 
 bool X11Workspace::activate(std::int32_t processIdentifier) {
-    if (!pager_.isHeard()) {
+    if (!pager_.isAvailable()) {
         return false;
     }
     // Of the application's windows those that are shown, else those that could be.
