@@ -1,5 +1,6 @@
 #include "app/AppDelegate.h"
 #import "platform/macos/MacBackend.h"
+#include "platform/posix/LineOutput.h"
 #include "support/Log.h"
 #include "ui/QtInterface.h"
 
@@ -9,7 +10,8 @@
 
 int main() {
     @autoreleasepool {
-        auto log = lumo::Log::standardOutput();
+        std::signal(SIGPIPE, SIG_IGN); // what reads the log may end first
+        auto log = lumo::posix::standardOutputLog();
         lumo::macos::MacBackend backend(log);
         const auto platform = backend.platform();
         // The toolkit turns with the application object's loop and leaves its delegate, its menus

@@ -1,6 +1,7 @@
 #include "app/AppDelegate.h"
 #include "platform/freedesktop/GlibMainLoop.h"
 #include "platform/freedesktop/PortalAppearance.h"
+#include "platform/posix/LineOutput.h"
 #include "platform/x11/X11Backend.h"
 #include "platform/x11/server/Connection.h"
 #include "platform/x11/server/ConnectionWatch.h"
@@ -51,8 +52,9 @@ int runDelegate(lumo::freedesktop::GlibMainLoop &loop, lumo::x11::Connection &co
 int main() {
     // The toolkit would have the session manager start the program anew at the next login, which
     // the user decides by the login item alone; nor does it heed when that asks it to end.
-    unsetenv("SESSION_MANAGER"); // NOLINT(concurrency-mt-unsafe): before there are other threads
-    auto log = lumo::Log::standardOutput();
+    unsetenv("SESSION_MANAGER");   // NOLINT(concurrency-mt-unsafe): before there are other threads
+    std::signal(SIGPIPE, SIG_IGN); // what reads the log may end first
+    auto log = lumo::posix::standardOutputLog();
     lumo::freedesktop::GlibMainLoop loop;
     const auto connection = lumo::x11::Connection::open(nullptr);
     if (!connection) {

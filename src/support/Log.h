@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <string>
 #include <string_view>
 
 namespace lumo {
@@ -13,13 +14,15 @@ class Log {
 
     explicit Log(Sink sink);
 
-    // A log that writes each line to standard output at once.
-    static Log standardOutput();
-
-    void print(std::string_view line) const { sink_(line); }
+    // Titles and names of other programs may be part of a line: it reaches the sink as printable().
+    void print(std::string_view line) const;
 
   private:
     Sink sink_;
 };
+
+// The text, UTF-8, with every control character written as an escape sequence: it stays on its
+// line and sends nothing to a terminal.
+std::string printable(std::string_view text);
 
 } // namespace lumo
