@@ -44,7 +44,7 @@ class AsyncCalls {
         Finish finish;
     };
 
-    static void finished(GObject *source, GAsyncResult *result, void *call);
+    static void finished(GObject *source, GAsyncResult *result, void *data);
 
     Cancellable cancellable_;
 };
