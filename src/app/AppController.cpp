@@ -135,13 +135,14 @@ void AppController::registerEmergencyHotKey() {
                 platform_.mainLoop.post(lifetime_.guard([this] { emergencyStop(); }));
             }
         });
-    auto registration = platform_.hotKeyService.registerHotKey(
-        keyD, hotKeyModifier::control | hotKeyModifier::option | hotKeyModifier::command, id);
-    emergencyHotKey_ = std::move(registration.handle);
-    if (registration.status != HotKeyStatus::success) {
-        platform_.log.print("[Lumo] Emergency stop hotkey registration failed, " +
-                            describe(registration.status));
-    }
+    emergencyHotKey_ = platform_.hotKeyService.registerHotKey(
+        keyD, hotKeyModifier::control | hotKeyModifier::option | hotKeyModifier::command, id,
+        [this](HotKeyStatus status) {
+            if (status != HotKeyStatus::success) {
+                platform_.log.print("[Lumo] Emergency stop hotkey registration failed, " +
+                                    describe(status));
+            }
+        });
 }
 
 // A peek that runs is left to its timer.

@@ -96,35 +96,67 @@ void ShortcutManager::installHotKeyHandlerIfNeeded() {
 
 void ShortcutManager::registerHotKeys() {
     unregisterHotKeys();
-    std::vector<std::string> usedCombinations;
+    std::vector<const Shortcut *> claimants;
     for (const auto &shortcut : Shortcut::all) {
-        if ((settingsStore_.*shortcut.isEnabled).value()) {
-            registerHotKey(shortcut, usedCombinations);
+        auto &combination = hotKey(shortcut.event).combination;
+        combination = combinationOf(shortcut);
+        if (!combination.empty() && &claimantOf(combination) == &shortcut) {
+            claimants.push_back(&shortcut);
         }
+    }
+    outcomesToCome_ = claimants.size();
+    for (const auto *shortcut : claimants) {
+        requestHotKey(*shortcut);
     }
 }
 
-void ShortcutManager::registerHotKey(const Shortcut &shortcut,
-                                     std::vector<std::string> &usedCombinations) {
-    const auto key = (settingsStore_.*shortcut.key).value();
-    const auto modifiers = (settingsStore_.*shortcut.modifiers).value();
-    auto combination = std::to_string(key) + "-" + std::to_string(modifiers);
-    const std::string prefix = "[Lumo] " + std::string(shortcut.name) + " hotkey ";
-    if (std::ranges::find(usedCombinations, combination) != usedCombinations.end()) {
-        log_.print(prefix + "skipped due to conflict: " + combination);
-        return;
+// Empty for a shortcut that is turned off.
+std::string ShortcutManager::combinationOf(const Shortcut &shortcut) const {
+    if (!(settingsStore_.*shortcut.isEnabled).value()) {
+        return {};
     }
+    return std::to_string((settingsStore_.*shortcut.key).value()) + "-" +
+           std::to_string((settingsStore_.*shortcut.modifiers).value());
+}
+
+// The first shortcut that wants the combination, which one of them does.
+const ShortcutManager::Shortcut &ShortcutManager::claimantOf(const std::string &combination) {
+    return *std::ranges::find_if(Shortcut::all, [&](const Shortcut &shortcut) {
+        return hotKey(shortcut.event).combination == combination;
+    });
+}
+
+void ShortcutManager::requestHotKey(const Shortcut &shortcut) {
+    const auto key = (settingsStore_.*shortcut.key).value();
     require(key >= 0 && key <= std::numeric_limits<std::uint32_t>::max(),
             "a shortcut's key code must be an unsigned 32-bit number, not " + std::to_string(key));
-    auto registration =
-        hotKeyService_.registerHotKey(static_cast<std::uint32_t>(key), hotKeyModifiers(modifiers),
-                                      {fourCC(shortcut.signature), shortcut.number});
-    if (registration.status != HotKeyStatus::success) {
-        log_.print(prefix + "register failed, " + describe(registration.status));
-        return;
+    auto &requested = hotKey(shortcut.event);
+    requested.registration = hotKeyService_.registerHotKey(
+        static_cast<std::uint32_t>(key),
+        hotKeyModifiers((settingsStore_.*shortcut.modifiers).value()),
+        {fourCC(shortcut.signature), shortcut.number}, [this, &requested](HotKeyStatus status) {
+            requested.status = status;
+            if (--outcomesToCome_ == 0) {
+                logFailures();
+            }
+        });
+}
+
+void ShortcutManager::logFailures() {
+    for (const auto &shortcut : Shortcut::all) {
+        const auto &combination = hotKey(shortcut.event).combination;
+        if (combination.empty()) {
+            continue;
+        }
+        const std::string prefix = "[Lumo] " + std::string(shortcut.name) + " hotkey ";
+        const auto &claimant = claimantOf(combination);
+        const auto status = hotKey(claimant.event).status;
+        if (status != HotKeyStatus::success) {
+            log_.print(prefix + "register failed, " + describe(status));
+        } else if (&claimant != &shortcut) {
+            log_.print(prefix + "skipped due to conflict: " + combination);
+        }
     }
-    hotKey(shortcut.event).registration = std::move(registration.handle);
-    usedCombinations.push_back(std::move(combination));
 }
 
 void ShortcutManager::unregisterHotKeys() {

@@ -8,9 +8,11 @@
 #include "support/Published.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <thread>
 #include <vector>
@@ -48,7 +50,8 @@ class ShortcutManager {
     void installHotKeyHandlerIfNeeded();
 
     // Registers every enabled shortcut anew: Peek first, then Toggle, then Set cover. A combination
-    // that an earlier one has claimed, or that the service refuses, is skipped with a log line.
+    // that an earlier one has claimed, or that the service refuses, is skipped with a log line once
+    // all outcomes are known, which may be in a later turn of the main loop.
     void registerHotKeys();
 
     void unregisterHotKeys();
@@ -60,11 +63,16 @@ class ShortcutManager {
     struct Shortcut;
     struct HotKey {
         Handle registration;
+        std::string combination; // that the shortcut wants; empty when it is turned off
+        HotKeyStatus status = HotKeyStatus::success; // of the registration, once it is known
         bool isDown = false;
     };
 
     void setupSettingsBinding();
-    void registerHotKey(const Shortcut &shortcut, std::vector<std::string> &usedCombinations);
+    std::string combinationOf(const Shortcut &shortcut) const;
+    const Shortcut &claimantOf(const std::string &combination);
+    void requestHotKey(const Shortcut &shortcut);
+    void logFailures();
     void handleHotKeyEvent(const HotKeyEvent &event);
     void emit(ShortcutEvent event);
     HotKey &hotKey(ShortcutEvent event) { return hotKeys_[static_cast<std::size_t>(event)]; }
@@ -75,6 +83,7 @@ class ShortcutManager {
     SettingsStore &settingsStore_;
     const std::thread::id mainThread_ = std::this_thread::get_id();
     std::array<HotKey, 3> hotKeys_; // by ShortcutEvent
+    std::size_t outcomesToCome_ = 0;
     Handle hotKeyHandler_;
     bool willReregister_ = false; // in the next turn of the main loop
     std::vector<Subscription> cancellables_;

@@ -46,11 +46,6 @@ struct HotKeyEvent {
     HotKeyEventKind kind = HotKeyEventKind::pressed;
 };
 
-struct HotKeyRegistration {
-    HotKeyStatus status = HotKeyStatus::success;
-    Handle handle; // unregisters the hot key; empty unless the registration succeeded
-};
-
 // Key combinations that reach this program whichever application is frontmost.
 class HotKeyService {
   public:
@@ -61,9 +56,12 @@ class HotKeyService {
     virtual Handle installEventHandler(std::function<void(const HotKeyEvent &)> handler) = 0;
 
     // Registers the key at the position that the virtual key code has on the ANSI layout, with
-    // exactly these modifiers (hotKeyModifier), whatever the lock keys say. Main thread only.
-    virtual HotKeyRegistration registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
-                                              HotKeyID id) = 0;
+    // exactly these modifiers (hotKeyModifier), whatever the lock keys say. Calls the function once
+    // with the outcome, during this call or later; nothing is registered unless that is a success.
+    // Releasing the handle unregisters the hot key, and an outcome that is still to come never
+    // does. Main thread only.
+    virtual Handle registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers, HotKeyID id,
+                                  std::function<void(HotKeyStatus)> outcome) = 0;
 };
 
 } // namespace lumo

@@ -14,10 +14,14 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstring>
 #include <functional>
+#include <future>
 #include <memory>
+#include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace lumo::x11 {
@@ -114,8 +118,18 @@ class HotKeysTest : public InputTest {
                               std::to_string(event.id->number));
         })) {}
 
-    HotKeyRegistration add(std::uint32_t key, std::uint32_t modifiers, std::uint32_t number) {
-        return hotKeys_.registerHotKey(key, modifiers, {0, number});
+    struct Registration {
+        HotKeyStatus status;
+        Handle handle;
+    };
+
+    // Registers a hot key and waits for the outcome.
+    Registration add(std::uint32_t key, std::uint32_t modifiers, std::uint32_t number) {
+        std::optional<HotKeyStatus> status;
+        auto handle = hotKeys_.registerHotKey(key, modifiers, {0, number},
+                                              [&](HotKeyStatus outcome) { status = outcome; });
+        EXPECT_TRUE(eventually([&] { return status.has_value(); }));
+        return {status.value_or(HotKeyStatus::success), std::move(handle)};
     }
 
     std::vector<std::string> take() { return std::exchange(events_, {}); }
@@ -219,6 +233,35 @@ TEST_F(HotKeysTest, KeyOfAnotherProgramIsRefused) {
     EXPECT_THAT(take(), ElementsAre("+2", "-2"));
 }
 
+TEST_F(HotKeysTest, RegisteringWaitsForNoReply) {
+    xcb_grab_server(tester()); // which answers no other client then
+    mirrored_.session.stacking();
+    std::promise<void> registered;
+    bool hasWaited = false;
+    std::thread release([&] {
+        hasWaited =
+            registered.get_future().wait_for(std::chrono::seconds(5)) != std::future_status::ready;
+        xcb_ungrab_server(tester());
+        xcb_flush(tester());
+    });
+    std::optional<HotKeyStatus> status;
+    auto handle = hotKeys_.registerHotKey(49, hotKeyModifier::control, {0, 1},
+                                          [&](HotKeyStatus outcome) { status = outcome; });
+    hotKeys_
+        .registerHotKey(48, 0, {0, 2}, [](HotKeyStatus) { ADD_FAILURE() << "the hot key is gone"; })
+        .reset();
+    EXPECT_EQ(status, std::nullopt);
+    registered.set_value();
+    release.join();
+    EXPECT_FALSE(hasWaited);
+    EXPECT_TRUE(eventually([&] { return status == HotKeyStatus::success; }));
+    press({Key::control, Key::space});
+    EXPECT_THAT(take(), ElementsAre("+1", "-1"));
+    handle.reset();
+    catchUp();
+    EXPECT_TRUE(grabKeyAsOther(49, XCB_MOD_MASK_CONTROL));
+}
+
 TEST_F(HotKeysTest, ModifierKeysMoveToOtherPositions) {
     const auto peek = add(48, commandOption, 2);
     const auto cover = add(8, hotKeyModifier::command, 5);
@@ -277,9 +320,14 @@ class EventMonitorsTest : public InputTest {
         return window;
     }
 
+    // Dispatches nothing.
+    static void waitForServer(xcb_connection_t *connection) {
+        const XcbPointer<xcb_get_input_focus_reply_t> reply(
+            xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
+    }
+
     void syncToolkit() {
-        const XcbPointer<xcb_get_input_focus_reply_t> reply(xcb_get_input_focus_reply(
-            toolkit_.get(), xcb_get_input_focus(toolkit_.get()), nullptr));
+        waitForServer(toolkit_.get());
         catchUp();
     }
 
@@ -420,6 +468,10 @@ class ToolkitTest : public EventMonitorsTest {
   protected:
     void readToolkitEvents() {
         syncToolkit();
+        handleToolkitEvents();
+    }
+
+    void handleToolkitEvents() {
         while (auto *event = xcb_poll_for_event(toolkit_.get())) {
             const XcbPointer<xcb_generic_event_t> owner(event);
             if (!input_.handleToolkitEvent(*event) && event->response_type == XCB_KEY_PRESS) {
@@ -483,7 +535,9 @@ TEST_F(ToolkitTest, LocalMonitorsMaySwallowKeys) {
 TEST_F(ToolkitTest, AGrabOfItsOwnMakesKeysLocal) {
     const auto global = monitor(keysMask);
     const auto local = monitorLocally();
-    const auto hotKey = hotKeys_.registerHotKey(49, hotKeyModifier::control, {0, 1});
+    const auto hotKey =
+        hotKeys_.registerHotKey(49, hotKeyModifier::control, {0, 1}, [](HotKeyStatus) {});
+    catchUp();
     int hotKeyPresses = 0;
     const auto handler = hotKeys_.installEventHandler([&](const HotKeyEvent &event) {
         hotKeyPresses += event.kind == HotKeyEventKind::pressed ? 1 : 0;
@@ -525,6 +579,25 @@ TEST_F(ToolkitTest, AGrabOfItsOwnMakesKeysLocal) {
     EXPECT_THAT(local_, IsEmpty());
 }
 
+// As when a shortcut has just been recorded and the server is quicker than this program.
+TEST_F(ToolkitTest, ItsReleaseOfAKeyHeldAtRegistrationComesBeforeTheReply) {
+    setFocus(openOwnWindow());
+    mirrored_.session.setKey(Key::v, true);
+    readToolkitEvents();
+    const auto hotKey = hotKeys_.registerHotKey(9, 0, {0, 1}, [](HotKeyStatus) {});
+    waitForServer(connection_);
+    mirrored_.session.setKey(Key::v, false);
+    waitForServer(toolkit_.get());
+    handleToolkitEvents();
+    int hotKeyPresses = 0;
+    const auto handler = hotKeys_.installEventHandler([&](const HotKeyEvent &event) {
+        hotKeyPresses += event.kind == HotKeyEventKind::pressed ? 1 : 0;
+    });
+    catchUp();
+    press({Key::v});
+    EXPECT_EQ(hotKeyPresses, 1);
+}
+
 TEST_F(ToolkitTest, ItsActiveWindowSeesHotKeysFirst) {
     isActive_ = true;
     swallows_ = true;
@@ -532,7 +605,9 @@ TEST_F(ToolkitTest, ItsActiveWindowSeesHotKeysFirst) {
     std::vector<HotKeyEvent> hotKeyEvents;
     const auto handler = hotKeys_.installEventHandler(
         [&](const HotKeyEvent &event) { hotKeyEvents.push_back(event); });
-    const auto hotKey = hotKeys_.registerHotKey(49, hotKeyModifier::control, {0, 1});
+    const auto hotKey =
+        hotKeys_.registerHotKey(49, hotKeyModifier::control, {0, 1}, [](HotKeyStatus) {});
+    catchUp();
     press({Key::control, Key::space});
     EXPECT_THAT(local_, SizeIs(1)) << "as when a shortcut is recorded that is in use";
     EXPECT_THAT(hotKeyEvents, IsEmpty());

@@ -539,15 +539,29 @@ Handle ScriptedDesktop::installEventHandler(std::function<void(const HotKeyEvent
     return hotKeyEvents_.subscribe(std::move(handler));
 }
 
-HotKeyRegistration ScriptedDesktop::registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
-                                                   HotKeyID id) {
-    if (std::ranges::find(keyCodesTakenByOthers, keyCode) != keyCodesTakenByOthers.end()) {
-        return {HotKeyStatus::alreadyTaken, {}};
+Handle ScriptedDesktop::registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers, HotKeyID id,
+                                       std::function<void(HotKeyStatus)> outcome) {
+    const bool isTaken =
+        std::ranges::find(keyCodesTakenByOthers, keyCode) != keyCodesTakenByOthers.end();
+    if (!isTaken) {
+        hotKeys_.push_back({keyCode, modifiers, id});
     }
-    hotKeys_.push_back({keyCode, modifiers, id});
-    return {HotKeyStatus::success, Handle([this, id] {
-                std::erase_if(hotKeys_, [id](const HotKey &hotKey) { return hotKey.id == id; });
-            })};
+    const auto held = std::make_shared<std::function<void(HotKeyStatus)>>(std::move(outcome));
+    const auto answer = [pending = std::weak_ptr(held), isTaken] {
+        if (const auto call = pending.lock()) {
+            (*call)(isTaken ? HotKeyStatus::alreadyTaken : HotKeyStatus::success);
+        }
+    };
+    if (answersHotKeysLater) {
+        mainLoop.post(answer);
+    } else {
+        answer();
+    }
+    return Handle([this, id, held, isTaken] {
+        if (!isTaken) {
+            std::erase_if(hotKeys_, [id](const HotKey &hotKey) { return hotKey.id == id; });
+        }
+    });
 }
 
 void ScriptedDesktop::pressHotKey(std::uint32_t keyCode, std::uint32_t modifiers) {

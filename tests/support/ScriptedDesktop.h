@@ -184,6 +184,7 @@ class ScriptedDesktop final : private WindowServer,
     void releaseHotKey(std::uint32_t keyCode, std::uint32_t modifiers);
     void sendHotKeyEvent(const HotKeyEvent &event) { hotKeyEvents_.emit(event); }
     std::vector<std::uint32_t> keyCodesTakenByOthers;
+    bool answersHotKeysLater = false; // in a later turn of the loop, not at once
 
     // Strips of recent applications, which a program of that name draws.
     static constexpr const char *stripOwner = "Strips";
@@ -262,8 +263,8 @@ class ScriptedDesktop final : private WindowServer,
     void checkForUpdates(std::function<void(const UpdateResult &)> completion) override;
 
     Handle installEventHandler(std::function<void(const HotKeyEvent &)> handler) override;
-    HotKeyRegistration registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
-                                      HotKeyID id) override;
+    Handle registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers, HotKeyID id,
+                          std::function<void(HotKeyStatus)> outcome) override;
 
     std::optional<bool> areEnabled() const override { return stripsEnabled; }
     bool areDrawnBy(const std::string &name, const std::optional<std::string> &) const override {

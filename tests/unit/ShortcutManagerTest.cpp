@@ -67,26 +67,53 @@ TEST_F(ShortcutManagerTest, DefaultsTriggerOncePerPress) {
 }
 
 TEST_F(ShortcutManagerTest, ConflictsAndRefusalsCostOneShortcut) {
-    settings.toggleShortcutKey.set(48);
-    settings.toggleShortcutModifiers.set(3072);
-    desktop.keyCodesTakenByOthers = {8};
-    listen();
-    EXPECT_THAT(desktop.logLines,
-                ElementsAre("[Lumo] Toggle hotkey skipped due to conflict: 48-3072",
-                            "[Lumo] Cover hotkey register failed, status=-9878"));
-    EXPECT_THAT(press(48, commandOption), ElementsAre(peek));
+    for (const bool answersLater : {false, true}) {
+        SCOPED_TRACE(answersLater ? "outcomes in later turns" : "outcomes at once");
+        desktop.answersHotKeysLater = answersLater;
+        manager->isListening.set(false);
+        settings.peekShortcutKey.set(48);
+        settings.toggleShortcutKey.set(48);
+        settings.coverSetShortcutKey.set(8);
+        settings.coverSetShortcutModifiers.set(3072);
+        settings.toggleShortcutModifiers.set(3072);
+        desktop.keyCodesTakenByOthers = {8};
+        desktop.mainLoop.runPosted();
+        desktop.logLines.clear();
+        listen();
+        desktop.mainLoop.runPosted();
+        EXPECT_THAT(desktop.logLines,
+                    ElementsAre("[Lumo] Toggle hotkey skipped due to conflict: 48-3072",
+                                "[Lumo] Cover hotkey register failed, status=-9878"));
+        EXPECT_THAT(press(48, commandOption), ElementsAre(peek));
 
-    // A refused combination is not claimed, and masks that differ in meaningless bits do not
-    // conflict.
-    desktop.logLines.clear();
-    settings.peekShortcutKey.set(8);
-    settings.toggleShortcutKey.set(8);
-    settings.coverSetShortcutKey.set(7);
-    settings.coverSetShortcutModifiers.set(3072 | 1);
+        // A refused combination is not claimed, and masks that differ in meaningless bits do not
+        // conflict.
+        desktop.logLines.clear();
+        settings.peekShortcutKey.set(8);
+        settings.toggleShortcutKey.set(8);
+        settings.coverSetShortcutKey.set(7);
+        settings.coverSetShortcutModifiers.set(3072 | 1);
+        desktop.mainLoop.runPosted();
+        EXPECT_THAT(desktop.logLines,
+                    ElementsAre("[Lumo] Peek hotkey register failed, status=-9878",
+                                "[Lumo] Toggle hotkey register failed, status=-9878"));
+        EXPECT_THAT(press(7, commandOption), ElementsAre(setCoverFromFrontmost));
+    }
+}
+
+TEST_F(ShortcutManagerTest, OutcomesThatComeTooLateChangeNothing) {
+    desktop.answersHotKeysLater = true;
+    desktop.keyCodesTakenByOthers = {48};
+    listen();
+    manager->unregisterHotKeys();
     desktop.mainLoop.runPosted();
-    EXPECT_THAT(desktop.logLines,
-                testing::Contains("[Lumo] Toggle hotkey register failed, status=-9878"));
-    EXPECT_THAT(press(7, commandOption), ElementsAre(setCoverFromFrontmost));
+    EXPECT_THAT(desktop.hotKeys(), IsEmpty());
+    EXPECT_THAT(desktop.logLines, IsEmpty());
+    listen();
+    manager.reset();
+    desktop.mainLoop.runPosted();
+    EXPECT_THAT(desktop.hotKeys(), IsEmpty());
+    EXPECT_THAT(desktop.logLines, IsEmpty());
 }
 
 TEST_F(ShortcutManagerTest, SettingsAreFollowedOnlyWhileListening) {

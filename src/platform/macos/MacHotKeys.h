@@ -8,8 +8,8 @@ namespace lumo::macos {
 class MacHotKeys final : public HotKeyService {
   public:
     Handle installEventHandler(std::function<void(const HotKeyEvent &)> handler) override;
-    HotKeyRegistration registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
-                                      HotKeyID id) override;
+    Handle registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers, HotKeyID id,
+                          std::function<void(HotKeyStatus)> outcome) override;
 };
 
 } // namespace lumo::macos

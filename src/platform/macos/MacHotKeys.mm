@@ -61,16 +61,13 @@ Handle MacHotKeys::installEventHandler(std::function<void(const HotKeyEvent &)> 
     return Handle([installed, call] { RemoveEventHandler(installed); });
 }
 
-HotKeyRegistration MacHotKeys::registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
-                                              HotKeyID id) {
+Handle MacHotKeys::registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers, HotKeyID id,
+                                  std::function<void(HotKeyStatus)> outcome) {
     EventHotKeyRef registered = nullptr;
     const OSStatus status = RegisterEventHotKey(keyCode, modifiers, {id.signature, id.number},
                                                 GetEventDispatcherTarget(), 0, &registered);
-    if (status != noErr) {
-        return {.status = static_cast<HotKeyStatus>(status), .handle = {}};
-    }
-    return {.status = HotKeyStatus::success,
-            .handle = Handle([registered] { UnregisterEventHotKey(registered); })};
+    outcome(static_cast<HotKeyStatus>(status));
+    return status == noErr ? Handle([registered] { UnregisterEventHotKey(registered); }) : Handle();
 }
 
 } // namespace lumo::macos

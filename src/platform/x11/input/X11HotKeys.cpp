@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <array>
-#include <string>
 #include <utility>
 
 namespace lumo::x11 {
@@ -86,103 +85,80 @@ Handle X11HotKeys::installEventHandler(std::function<void(const HotKeyEvent &)> 
     return events_.subscribe(std::move(handler));
 }
 
-HotKeyRegistration X11HotKeys::registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
-                                              HotKeyID id) {
+Handle X11HotKeys::registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers, HotKeyID id,
+                                  std::function<void(HotKeyStatus)> outcome) {
     const auto keycode = freedesktop::keycodeOfVirtualKey(keyCode);
-    if (!keycode) {
-        return {HotKeyStatus::invalidParameter, {}};
+    const auto state = stateOf(modifiers);
+    if (!keycode || !state) {
+        outcome(HotKeyStatus::invalidParameter);
+        return {};
     }
-    const auto keysDown = xcb_query_keymap(connection_);
-    hotKeys_.push_back({modifiers, id, *keycode});
-    const auto added = std::prev(hotKeys_.end());
-    const auto status = grabAndWait(*added);
-    if (status != HotKeyStatus::success) {
-        hotKeys_.erase(added);
-        xcb_discard_reply(connection_, keysDown.sequence);
-        return {status, {}};
-    }
-    const XcbPointer<xcb_query_keymap_reply_t> keys(
-        xcb_query_keymap_reply(connection_, keysDown, nullptr));
-    if (keys != nullptr && isKeyDown(*keys, *keycode)) {
-        added->heldAtRequest = keysDown.sequence;
-    }
-    return {status, Handle(lifetime_.guard([this, added] { unregister(added); }))};
+    auto &hotKey = hotKeys_.emplace_back();
+    hotKey.modifiers = modifiers;
+    hotKey.id = id;
+    hotKey.keycode = *keycode;
+    hotKey.outcome = std::move(outcome);
+    readWhetherHeld(hotKey);
+    grab(hotKey, *state);
+    connection_.flush(); // a shortcut works before the settings file tells of it
+    return Handle(hotKey.lifetime.guard([this, &hotKey] { unregister(hotKey); }));
 }
 
-HotKeyStatus X11HotKeys::prepareGrabs(HotKey &hotKey) {
-    const auto state = stateOf(hotKey.modifiers);
-    if (!state) {
-        return HotKeyStatus::invalidParameter;
-    }
-    hotKey.grabbedStates = grabStates(*state);
-    hotKey.grabSerial = ++lastGrabSerial_;
-    return HotKeyStatus::success;
+void X11HotKeys::readWhetherHeld(HotKey &hotKey) {
+    connection_.whenReplied<xcb_query_keymap_reply_t>(
+        xcb_query_keymap(connection_),
+        hotKey.lifetime.guard([&hotKey](const xcb_query_keymap_reply_t *keys) {
+            // The toolkit's connection may have told of the release before this reply was read.
+            if (hotKey.earlierPress == EarlierPress::unknown) {
+                hotKey.earlierPress = keys != nullptr && isKeyDown(*keys, hotKey.keycode)
+                                          ? EarlierPress::held
+                                          : EarlierPress::released;
+            }
+        }));
 }
 
-xcb_void_cookie_t X11HotKeys::grab(const HotKey &hotKey, std::uint16_t state) {
-    return xcb_grab_key_checked(connection_, 1, connection_.root(), state, hotKey.keycode,
-                                XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
-}
-
-HotKeyStatus X11HotKeys::grabAndWait(HotKey &hotKey) {
-    if (const auto status = prepareGrabs(hotKey); status != HotKeyStatus::success) {
-        return status;
-    }
-    std::vector<xcb_void_cookie_t> cookies;
-    for (const auto state : hotKey.grabbedStates) {
-        cookies.push_back(grab(hotKey, state));
-    }
-    bool isTaken = false;
-    for (const auto cookie : cookies) {
-        isTaken |=
-            XcbPointer<xcb_generic_error_t>(xcb_request_check(connection_, cookie)) != nullptr;
-    }
-    if (isTaken) {
-        ungrab(hotKey);
-        return HotKeyStatus::alreadyTaken;
-    }
-    return HotKeyStatus::success;
-}
-
-void X11HotKeys::grabWithoutWaiting(HotKey &hotKey) {
-    if (const auto status = prepareGrabs(hotKey); status != HotKeyStatus::success) {
-        reportLoss(status);
-        return;
-    }
-    for (const auto state : hotKey.grabbedStates) {
-        connection_.whenHandled(grab(hotKey, state),
-                                lifetime_.guard([this, serial = hotKey.grabSerial](bool succeeded) {
-                                    if (!succeeded) {
-                                        giveUp(serial);
-                                    }
-                                }));
+void X11HotKeys::grab(HotKey &hotKey, std::uint16_t state) {
+    hotKey.grabbedStates = grabStates(state);
+    hotKey.grabsInFlight = hotKey.grabbedStates.size();
+    const auto &replies = hotKey.grabReplies.emplace();
+    for (const auto grabbed : hotKey.grabbedStates) {
+        connection_.whenHandled(
+            xcb_grab_key_checked(connection_, 1, connection_.root(), grabbed, hotKey.keycode,
+                                 XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
+            replies.guard([this, &hotKey](bool succeeded) { handleGrabReply(hotKey, succeeded); }));
     }
 }
 
-// Several grabs of one hot key may fail; only the first failure finds it grabbed.
-void X11HotKeys::giveUp(std::uint64_t grabSerial) {
-    const auto lost = std::ranges::find(hotKeys_, grabSerial, &HotKey::grabSerial);
-    if (lost != hotKeys_.end() && !lost->grabbedStates.empty()) {
-        ungrab(*lost);
-        reportLoss(HotKeyStatus::alreadyTaken);
+void X11HotKeys::handleGrabReply(HotKey &hotKey, bool succeeded) {
+    if (!succeeded) {
+        giveUp(hotKey, HotKeyStatus::alreadyTaken);
+    } else if (--hotKey.grabsInFlight == 0 && hotKey.outcome) {
+        std::exchange(hotKey.outcome, nullptr)(HotKeyStatus::success);
     }
 }
 
-void X11HotKeys::reportLoss(HotKeyStatus status) const {
-    log_.print("[Lumo] hotkey lost when the keyboard changed, " + describe(status));
+void X11HotKeys::giveUp(HotKey &hotKey, HotKeyStatus status) {
+    ungrab(hotKey);
+    if (const auto outcome = std::exchange(hotKey.outcome, nullptr)) {
+        unregister(hotKey);
+        outcome(status);
+    } else {
+        log_.print("[Lumo] hotkey lost when the keyboard changed, " + describe(status));
+    }
 }
 
 void X11HotKeys::ungrab(HotKey &hotKey) {
+    hotKey.grabReplies.reset();
     for (const auto state : std::exchange(hotKey.grabbedStates, {})) {
         xcb_ungrab_key(connection_, hotKey.keycode, connection_.root(), state);
     }
 }
 
-void X11HotKeys::unregister(std::list<HotKey>::iterator hotKey) {
-    const auto id = hotKey->id;
-    const bool wasDown = hotKey->isDown;
-    ungrab(*hotKey);
-    hotKeys_.erase(hotKey);
+void X11HotKeys::unregister(HotKey &hotKey) {
+    const auto id = hotKey.id;
+    const bool wasDown = hotKey.isDown;
+    ungrab(hotKey);
+    hotKeys_.remove_if([&hotKey](const HotKey &each) { return &each == &hotKey; });
     if (wasDown) {
         events_.emit({id, HotKeyEventKind::released});
     }
@@ -190,7 +166,14 @@ void X11HotKeys::unregister(std::list<HotKey>::iterator hotKey) {
 
 void X11HotKeys::grabAllAnew() {
     std::ranges::for_each(hotKeys_, [this](HotKey &hotKey) { ungrab(hotKey); });
-    std::ranges::for_each(hotKeys_, [this](HotKey &hotKey) { grabWithoutWaiting(hotKey); });
+    for (auto next = hotKeys_.begin(); next != hotKeys_.end();) {
+        auto &hotKey = *next++; // giving up may unregister it
+        if (const auto state = stateOf(hotKey.modifiers)) {
+            grab(hotKey, *state);
+        } else {
+            giveUp(hotKey, HotKeyStatus::invalidParameter);
+        }
+    }
 }
 
 bool X11HotKeys::HotKey::isPressedBy(xcb_keycode_t key, std::uint16_t state) const {
@@ -206,7 +189,7 @@ bool X11HotKeys::isHotKey(xcb_keycode_t keycode, std::uint16_t state) const {
 void X11HotKeys::press(xcb_keycode_t keycode, std::uint16_t state) {
     const auto pressed = std::ranges::find_if(
         hotKeys_, [&](const HotKey &hotKey) { return hotKey.isPressedBy(keycode, state); });
-    if (pressed != hotKeys_.end() && !pressed->heldAtRequest) {
+    if (pressed != hotKeys_.end() && pressed->earlierPress != EarlierPress::held) {
         pressed->isDown = true;
         events_.emit({pressed->id, HotKeyEventKind::pressed});
     }
@@ -220,7 +203,7 @@ void X11HotKeys::release(xcb_keycode_t keycode) {
         if (hotKey.keycode != keycode) {
             continue;
         }
-        hotKey.heldAtRequest.reset();
+        hotKey.earlierPress = EarlierPress::released;
         if (std::exchange(hotKey.isDown, false)) {
             released.push_back(hotKey.id);
         }
@@ -230,11 +213,11 @@ void X11HotKeys::release(xcb_keycode_t keycode) {
     }
 }
 
-void X11HotKeys::notePhysicalPress(xcb_keycode_t keycode, std::uint32_t sequence) {
+void X11HotKeys::notePhysicalPress(xcb_keycode_t keycode) {
     for (auto &hotKey : hotKeys_) {
-        if (hotKey.keycode == keycode && hotKey.heldAtRequest &&
-            static_cast<std::int32_t>(sequence - *hotKey.heldAtRequest) >= 0) {
-            hotKey.heldAtRequest.reset();
+        // One that comes before the reply was made before the server read the keys.
+        if (hotKey.keycode == keycode && hotKey.earlierPress == EarlierPress::held) {
+            hotKey.earlierPress = EarlierPress::released;
         }
     }
 }

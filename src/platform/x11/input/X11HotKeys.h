@@ -26,17 +26,18 @@ class KeyboardModifiers;
 // held is reported as released; one whose key is down already when it is registered waits for the
 // next press.
 //
-// Registering waits for the server, to learn whether another client has the key. When the keyboard
-// gets other modifiers, all hot keys are grabbed anew without waiting; one that can't be had then
-// costs a log line and stays silent until the next such change or its next registration.
+// Nothing waits for the server: the outcome of a registration, whether another client has the key,
+// is called when the replies have arrived. When the keyboard gets other modifiers, all hot keys are
+// grabbed anew; one that can't be had then costs a log line and stays silent until the next such
+// change or its next registration.
 class X11HotKeys final : public HotKeyService {
   public:
     X11HotKeys(Connection &connection, KeyboardModifiers &modifiers, const Log &log);
     ~X11HotKeys() override;
 
     Handle installEventHandler(std::function<void(const HotKeyEvent &)> handler) override;
-    HotKeyRegistration registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
-                                      HotKeyID id) override;
+    Handle registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers, HotKeyID id,
+                          std::function<void(HotKeyStatus)> outcome) override;
 
     // Whether a press of this key, with this state of the modifiers, is that of a hot key.
     bool isHotKey(xcb_keycode_t keycode, std::uint16_t state) const;
@@ -46,20 +47,26 @@ class X11HotKeys final : public HotKeyService {
 
     void release(xcb_keycode_t keycode);
 
-    // The user pressed a key, by a raw event with this sequence number, which auto-repeat has not.
-    void notePhysicalPress(xcb_keycode_t keycode, std::uint32_t sequence);
+    // The user pressed a key, by a raw event, which auto-repeat does not make.
+    void notePhysicalPress(xcb_keycode_t keycode);
 
   private:
+    // Whether the user has held a key down since before it was requested as a hot key. Until it is
+    // released all its presses are auto-repeat then.
+    enum class EarlierPress : std::uint8_t { unknown, held, released };
+
     struct HotKey {
-        std::uint32_t modifiers;
-        HotKeyID id;
-        xcb_keycode_t keycode;
+        std::uint32_t modifiers = 0;
+        HotKeyID id = {};
+        xcb_keycode_t keycode = 0;
+        std::function<void(HotKeyStatus)> outcome = {}; // empty once it has been called
         // The modifier bits that it is grabbed with, with each state of the lock keys.
         std::vector<std::uint16_t> grabbedStates = {};
-        std::uint64_t grabSerial = 0; // tells these grabs from earlier ones
+        std::size_t grabsInFlight = 0;
         bool isDown = false;
-        // While its key is down since before this request, what comes is auto-repeat.
-        std::optional<std::uint32_t> heldAtRequest = {};
+        EarlierPress earlierPress = EarlierPress::unknown;
+        std::optional<Lifetime> grabReplies = {}; // of the latest grabs
+        Lifetime lifetime = {};
 
         bool isPressedBy(xcb_keycode_t key, std::uint16_t state) const;
     };
@@ -67,24 +74,20 @@ class X11HotKeys final : public HotKeyService {
     void makeAutoRepeatDetectable();
     std::optional<std::uint16_t> stateOf(std::uint32_t modifiers) const;
     std::vector<std::uint16_t> grabStates(std::uint16_t state) const;
-    HotKeyStatus prepareGrabs(HotKey &hotKey);
-    xcb_void_cookie_t grab(const HotKey &hotKey, std::uint16_t state);
-    HotKeyStatus grabAndWait(HotKey &hotKey);
-    void grabWithoutWaiting(HotKey &hotKey);
-    void giveUp(std::uint64_t grabSerial);
-    void reportLoss(HotKeyStatus status) const;
+    void readWhetherHeld(HotKey &hotKey);
+    void grab(HotKey &hotKey, std::uint16_t state);
+    void handleGrabReply(HotKey &hotKey, bool succeeded);
+    void giveUp(HotKey &hotKey, HotKeyStatus status);
     void ungrab(HotKey &hotKey);
-    void unregister(std::list<HotKey>::iterator hotKey);
+    void unregister(HotKey &hotKey);
     void grabAllAnew();
 
     Connection &connection_;
     const KeyboardModifiers &modifiers_;
     const Log &log_;
     std::list<HotKey> hotKeys_;
-    std::uint64_t lastGrabSerial_ = 0;
     Signal<HotKeyEvent> events_;
     Handle modifierChanges_;
-    Lifetime lifetime_;
 };
 
 } // namespace lumo::x11

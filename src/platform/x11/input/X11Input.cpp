@@ -51,7 +51,7 @@ std::array<Handle, 5> X11Input::subscribe(EventRouter &events) {
 
 void X11Input::handleRawPress(const xcb_input_raw_key_press_event_t &event) {
     const auto keycode = static_cast<xcb_keycode_t>(event.detail);
-    hotKeys_.notePhysicalPress(keycode, event.full_sequence);
+    hotKeys_.notePhysicalPress(keycode);
     const auto route =
         router_.press({.source = KeySource::raw, .keycode = keycode, .time = event.time}, focus());
     const auto key = monitors_.keyDown(event);
