@@ -7,30 +7,18 @@ namespace lumo::x11 {
 namespace {
 
 using desktop::Colour;
-using desktop::DesktopOptions;
 using desktop::SampleApplication;
 
-const DesktopOptions smallDesktop{.width = 800, .height = 600};
-
-class OverlayChanges : public testing::Test, protected OverlayDesktop {
-  protected:
-    OverlayChanges()
-        : OverlayDesktop(smallDesktop) {
-        overlay_ = overlays->makeWindow(frame());
-        overlay_->commit(tree(frame()));
-    }
-
-    std::function<void()> inFront() {
-        return [this] { overlay_->orderFront(); };
-    }
-
-    std::unique_ptr<PlatformWindow> overlay_;
-};
-
-TEST_F(OverlayChanges, WallpaperFromEachSource) {
-    overlay_->orderFront();
+TEST(OverlayChanges, WallpaperFromEachSource) {
+    OverlayDesktop on({.width = 800, .height = 600});
+    const auto overlay = on.overlays->makeWindow(on.frame());
+    overlay->commit(on.tree(on.frame()));
+    overlay->orderFront();
+    const auto wrong = [&] {
+        return on.lastingDifference(*overlay, on.wholeArea(), [&] { overlay->orderFront(); });
+    };
     // The root window's own background, as plain programs set it.
-    EXPECT_EQ(lastingDifference(*overlay_, wholeArea(), inFront()), "");
+    EXPECT_EQ(wrong(), "");
     // A pixmap that a property names, and another one.
     for (const Colour colour : {Colour{200, 100, 50}, Colour{50, 100, 200}}) {
         desktop::Picture wallpaper(800, 600);
@@ -38,18 +26,19 @@ TEST_F(OverlayChanges, WallpaperFromEachSource) {
             wallpaper.at(x % 800, x / 800) = {colour.red, colour.green,
                                               static_cast<std::uint8_t>(x % 256)};
         }
-        const Colour before = session.pixel(400, 300);
-        session.setWallpaper(wallpaper);
-        EXPECT_TRUE(eventually([&] { return session.pixel(400, 300) != before; }));
-        settle();
-        EXPECT_EQ(lastingDifference(*overlay_, wholeArea(), inFront()), "");
-        EXPECT_EQ(difference(wallpaper, session.picture(), wholeArea(), wholeArea(), {}), "");
+        const Colour before = on.session.pixel(400, 300);
+        on.session.setWallpaper(wallpaper);
+        EXPECT_TRUE(on.eventually([&] { return on.session.pixel(400, 300) != before; }));
+        on.settle();
+        EXPECT_EQ(wrong(), "");
+        EXPECT_EQ(
+            on.difference(wallpaper, on.session.picture(), on.wholeArea(), on.wholeArea(), {}), "");
     }
     // A window that is the desktop.
     SampleApplication files(
-        desktop, "Files",
+        on.desktop, "Files",
         {{.area = {0, 0, 800, 600}, .colour = "#208060", .type = "DESKTOP", .page = true}});
-    EXPECT_EQ(lastingDifference(*overlay_, wholeArea(), inFront()), "");
+    EXPECT_EQ(wrong(), "");
 }
 
 } // namespace

@@ -107,12 +107,6 @@ TEST_F(ScreensTest, MonitorsComeGoAndChange) {
     EXPECT_EQ(screensOfNextRun(), screens_.screens()) << "and in the next run";
     EXPECT_EQ(std::exchange(announcements_, 0), 1);
 
-    desktop_.setMonitor("MIRROR", {800, 0, 400, 1000}, false);
-    catchUp();
-    EXPECT_EQ(frames().size(), 2U) << "one that shows the same as another is no further screen";
-    EXPECT_EQ(announcements_, 0);
-
-    desktop_.removeMonitor("MIRROR");
     desktop_.removeMonitor("LEFT");
     desktop_.removeMonitor("RIGHT");
     catchUp();
@@ -201,15 +195,6 @@ TEST_F(ScreensOfOutputsTest, StormOfChangesIsAnnouncedOnce) {
     EXPECT_LE(announcements_, bursts);
     EXPECT_EQ(frames(), (std::vector<Rect>{{0, 0, 640, 480}}));
 }
-
-class ScreensWithoutRandrTest : public ScreensTest {
-  protected:
-    ScreensWithoutRandrTest()
-        : ScreensTest({.width = 2000,
-                       .height = 1000,
-                       .windowManager = WindowManager::none,
-                       .serverArguments = {"-extension", "RANDR"}}) {}
-};
 
 } // namespace
 } // namespace lumo::x11

@@ -7,7 +7,6 @@
 #include "platform/x11/server/Connection.h"
 #include "platform/x11/server/ConnectionWatch.h"
 #include "platform/x11/server/RenderFormats.h"
-#include "platform/x11/server/SingleInstance.h"
 #include "platform/x11/server/X11Screens.h"
 
 #include <glib.h>
@@ -36,24 +35,6 @@ bool runUntil(freedesktop::GlibMainLoop &loop, const std::function<bool()> &cond
         g_main_context_iteration(nullptr, TRUE);
     }
     return !isTimeUp;
-}
-
-TEST(SingleInstanceTest, SecondAsksTheFirstToOpen) {
-    const PrivateDesktop desktop({.windowManager = desktop::WindowManager::none});
-    const auto first = Connection::open(desktop.displayName().c_str());
-    const auto second = Connection::open(desktop.displayName().c_str());
-    auto instance = SingleInstance::claim(*first);
-    ASSERT_TRUE(instance);
-    int requests = 0;
-    const auto reopening = instance->onReopenRequest([&] { ++requests; });
-    for (int round = 1; round <= 2; ++round) {
-        EXPECT_FALSE(SingleInstance::claim(*second));
-        EXPECT_TRUE(first->dispatchUntil([&] { return requests == round; }, 10));
-    }
-    instance.reset();
-    first->flush();
-    EXPECT_TRUE(
-        second->dispatchUntil([&] { return SingleInstance::claim(*second) != nullptr; }, 10));
 }
 
 // A status item on a private desktop, and what is heard of it.
@@ -203,20 +184,6 @@ TEST_F(StatusItemTest, TrayIsPreferredOfAPanelThatOffersBoth) {
     xcb_flush(server);
     EXPECT_TRUE(eventually(isInTray));
     EXPECT_TRUE(statusBecomes("Passive"));
-
-    const auto before = icon();
-    for (const auto &[window, mask] : {std::pair(tray, XCB_EVENT_MASK_STRUCTURE_NOTIFY),
-                                       std::pair(before.value(), XCB_EVENT_MASK_NO_EVENT)}) {
-        xcb_destroy_notify_event_t forged{};
-        forged.response_type = XCB_DESTROY_NOTIFY;
-        forged.event = forged.window = window;
-        xcb_send_event(server, 0, window, mask, reinterpret_cast<const char *>(&forged));
-        ASSERT_TRUE(isInTray());
-        connection->wait(xcb_get_input_focus(*connection), xcb_get_input_focus_reply);
-        connection->dispatch();
-        connection->wait(xcb_get_input_focus(*connection), xcb_get_input_focus_reply);
-        EXPECT_EQ(icon(), before) << "a client's word about a window is not the server's";
-    }
 
     xcb_destroy_window(server, tray);
     xcb_flush(server);

@@ -109,11 +109,7 @@ class WorkspaceTest : public testing::Test {
 
 TEST_F(WorkspaceTest, ApplicationsByTheirDesktopEntries) {
     writeEntry("org.example.Alpha", "Name=Alpha Editor\nExec=true\nStartupWMClass=Alpha\n");
-    writeEntry("org.example.Again",
-               "Name=Again\nExec=true\nStartupWMClass=Alpha\nNoDisplay=true\n");
-    writeEntry("beta", "Name=Beta Player\nExec=true\n");
     const SampleApplication alpha(mirrored_.desktop, "Alpha", {{}});
-    const SampleApplication beta(mirrored_.desktop, "Beta", {{}});
     const SampleApplication gamma(mirrored_.desktop, "Gamma", {{}});
     const SampleApplication panel(mirrored_.desktop, "Panel",
                                   {{.area = {0, 780, 1280, 20}, .type = "DOCK"}});
@@ -131,7 +127,6 @@ TEST_F(WorkspaceTest, ApplicationsByTheirDesktopEntries) {
         EXPECT_THAT(workspace_.runningApplications(), testing::Contains(*found));
     };
     check(alpha, "org.example.Alpha", "Alpha Editor", ActivationPolicy::regular);
-    check(beta, "beta", "Beta Player", ActivationPolicy::regular);
     check(gamma, "Gamma", "Gamma", ActivationPolicy::regular);
     check(panel, "Panel", "Panel", ActivationPolicy::accessory);
     EXPECT_EQ(workspace_.runningApplication(1), nullptr);
