@@ -3,7 +3,7 @@
 #include "desktop/ChildProcess.h"
 
 #include <atomic>
-#include <list>
+#include <map>
 #include <string>
 #include <thread>
 #include <vector>
@@ -26,23 +26,16 @@ class LesserServer {
     Environment variables() const { return {{"DISPLAY", ":" + std::to_string(number_)}}; }
 
   private:
-    struct Client {
-        int client = -1;
-        int server = -1;
-        std::vector<char> unsent; // from the client, an incomplete request at the end
-        bool isGreeted = false;
-    };
-
     void run();
-    bool forward(Client &client);
-    void forwardRequests(Client &client);
-    void hideExtension(char *request, std::size_t length) const;
+    void accept();
+    void forward(int socket);
+    void hideExtensions(char *begin, char *end) const;
 
     int serverNumber_;
     int number_;
     std::vector<std::string> hidden_;
     int listener_ = -1;
-    std::list<Client> clients_;
+    std::map<int, int> peers_; // by each socket, where its bytes go
     std::atomic<bool> stop_ = false;
     std::thread thread_;
 };
