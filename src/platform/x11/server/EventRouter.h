@@ -20,8 +20,8 @@ enum class EventSource : std::uint8_t { core, damage, randr, shape, xfixes, xinp
 // One kind of event with the structure that libxcb delivers it in. EventKinds.h has them all.
 template <class Event>
 struct EventKind {
-    EventSource source;
-    std::uint8_t number;           // within the source
+    EventSource source = EventSource::core;
+    std::uint8_t number = 0;       // within the source
     std::uint8_t windowOffset = 0; // in bytes, of the window it is about; 0: it is about none
 };
 

@@ -62,7 +62,7 @@ struct MirrorWindow {
 
 // What a window is described from, beside what its structure says.
 struct DescriptionSources {
-    xcb_window_t client;
+    xcb_window_t client = XCB_NONE;
     const WindowFacts &frameFacts;
     const WindowFacts &clientFacts;                       // the same when the client is the frame
     std::optional<drawing::PixelRect> clientInFrame = {}; // from inside the frame's border

@@ -170,7 +170,7 @@ class WindowTree {
     void setMapped(xcb_window_t window, bool isMapped);
     void setGeometry(TopLevel &top, const drawing::PixelRect &geometry);
     void wantInset(xcb_window_t window);
-    void redescribe(xcb_window_t top);
+    void redescribe(xcb_window_t window);
     xcb_window_t clientOf(const TopLevel &top) const;
     void note(bool MirrorChange::*what) { changes_.note(what); }
 
