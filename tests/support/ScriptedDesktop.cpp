@@ -203,7 +203,6 @@ const std::vector<RunningApplication> &ScriptedDesktop::runningApplications() co
 }
 
 const RunningApplication *ScriptedDesktop::runningApplication(ProcessID process) const {
-    ++applicationLookups;
     const auto found = std::ranges::find(applications_, process,
                                          [](const auto &each) { return each.processIdentifier; });
     return found == applications_.end() ? nullptr : &*found;
@@ -438,13 +437,11 @@ void ScriptedDesktop::place(OverlayState &overlay, Stack::iterator position) {
 }
 
 void ScriptedDesktop::orderOverlayFront(OverlayState &overlay) {
-    ++overlay.orderRequests;
     place(overlay,
           std::ranges::find_if(stack_, [](const Window &each) { return each.layer <= 0; }));
 }
 
 void ScriptedDesktop::orderOverlayBelow(OverlayState &overlay, WindowID window) {
-    ++overlay.orderRequests;
     const auto target = find(window);
     if (target != stack_.end()) {
         place(overlay, std::next(target));
@@ -564,18 +561,11 @@ Handle ScriptedDesktop::registerHotKey(std::uint32_t keyCode, std::uint32_t modi
     });
 }
 
-void ScriptedDesktop::pressHotKey(std::uint32_t keyCode, std::uint32_t modifiers) {
+void ScriptedDesktop::sendHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
+                                 HotKeyEventKind kind) {
     for (const auto &hotKey : std::vector(hotKeys_)) {
         if (hotKey.keyCode == keyCode && hotKey.modifiers == modifiers) {
-            hotKeyEvents_.emit({hotKey.id, HotKeyEventKind::pressed});
-        }
-    }
-}
-
-void ScriptedDesktop::releaseHotKey(std::uint32_t keyCode, std::uint32_t modifiers) {
-    for (const auto &hotKey : std::vector(hotKeys_)) {
-        if (hotKey.keyCode == keyCode && hotKey.modifiers == modifiers) {
-            hotKeyEvents_.emit({hotKey.id, HotKeyEventKind::released});
+            hotKeyEvents_.emit({hotKey.id, kind});
         }
     }
 }
@@ -583,33 +573,6 @@ void ScriptedDesktop::releaseHotKey(std::uint32_t keyCode, std::uint32_t modifie
 std::optional<Value> ScriptedDesktop::object(std::string_view key) const {
     const auto found = defaults.find(key);
     return found == defaults.end() ? std::nullopt : std::optional(found->second);
-}
-
-void ScriptedDesktop::setBool(std::string_view key, bool value) {
-    defaults.insert_or_assign(std::string(key), value);
-}
-
-void ScriptedDesktop::setInteger(std::string_view key, std::int64_t value) {
-    defaults.insert_or_assign(std::string(key), value);
-}
-
-void ScriptedDesktop::setDouble(std::string_view key, double value) {
-    defaults.insert_or_assign(std::string(key), value);
-}
-
-void ScriptedDesktop::setString(std::string_view key, const std::string &value) {
-    defaults.insert_or_assign(std::string(key), value);
-}
-
-void ScriptedDesktop::setData(std::string_view key, const Bytes &value) {
-    defaults.insert_or_assign(std::string(key), value);
-}
-
-void ScriptedDesktop::removeObject(std::string_view key) {
-    const auto found = defaults.find(key);
-    if (found != defaults.end()) {
-        defaults.erase(found);
-    }
 }
 
 } // namespace lumo::test

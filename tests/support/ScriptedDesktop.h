@@ -41,7 +41,6 @@ struct OverlayState {
     std::optional<LayerTree> tree;
     int commits = 0;        // every commit
     int changedCommits = 0; // those that differed from the one before
-    int orderRequests = 0;  // every orderFront and orderBelow
     bool orderedIn = false;
     bool open = true;
 };
@@ -100,7 +99,6 @@ class ScriptedDesktop final : private WindowServer,
     ProcessID lumo() const { return own_.processIdentifier; }
     void setLumoBundleIdentifier(std::optional<std::string> identifier);
     std::vector<ProcessID> activations() const { return activations_; }
-    mutable int applicationLookups = 0;
 
     std::vector<InstalledApplication> installed;
     int settingsOpened = 0;
@@ -180,8 +178,12 @@ class ScriptedDesktop final : private WindowServer,
         HotKeyID id;
     };
     const std::vector<HotKey> &hotKeys() const { return hotKeys_; }
-    void pressHotKey(std::uint32_t keyCode, std::uint32_t modifiers);
-    void releaseHotKey(std::uint32_t keyCode, std::uint32_t modifiers);
+    void pressHotKey(std::uint32_t keyCode, std::uint32_t modifiers) {
+        sendHotKey(keyCode, modifiers, HotKeyEventKind::pressed);
+    }
+    void releaseHotKey(std::uint32_t keyCode, std::uint32_t modifiers) {
+        sendHotKey(keyCode, modifiers, HotKeyEventKind::released);
+    }
     void sendHotKeyEvent(const HotKeyEvent &event) { hotKeyEvents_.emit(event); }
     std::vector<std::uint32_t> keyCodesTakenByOthers;
     bool answersHotKeysLater = false; // in a later turn of the loop, not at once
@@ -272,12 +274,17 @@ class ScriptedDesktop final : private WindowServer,
     }
 
     std::optional<Value> object(std::string_view key) const override;
-    void setBool(std::string_view key, bool value) override;
-    void setInteger(std::string_view key, std::int64_t value) override;
-    void setDouble(std::string_view key, double value) override;
-    void setString(std::string_view key, const std::string &value) override;
-    void setData(std::string_view key, const Bytes &value) override;
-    void removeObject(std::string_view key) override;
+    void setBool(std::string_view key, bool value) override { store(key, value); }
+    void setInteger(std::string_view key, std::int64_t value) override { store(key, value); }
+    void setDouble(std::string_view key, double value) override { store(key, value); }
+    void setString(std::string_view key, const std::string &value) override { store(key, value); }
+    void setData(std::string_view key, const Bytes &value) override { store(key, value); }
+    void removeObject(std::string_view key) override { defaults.erase(std::string(key)); }
+
+    void store(std::string_view key, Value value) {
+        defaults.insert_or_assign(std::string(key), std::move(value));
+    }
+    void sendHotKey(std::uint32_t keyCode, std::uint32_t modifiers, HotKeyEventKind kind);
 
     Handle addMonitor(Monitor monitor);
     bool send(const InputEvent &event, Target target);

@@ -21,7 +21,7 @@ class ScriptedViewHost final : public ViewHost {
                                                std::function<void()> onDidClose) override {
         hosted = view;
         userClosesPopover = std::move(onDidClose);
-        return std::make_unique<PopoverFrame>(*this);
+        return std::make_unique<Frame>(*this);
     }
     std::unique_ptr<HostedWindow> makeWindow(HostedWindowKind /*kind*/, const std::string &title,
                                              const HostedView &view,
@@ -29,7 +29,7 @@ class ScriptedViewHost final : public ViewHost {
         hosted = view;
         events.push_back(title);
         userClosesWindow = std::move(onWillClose);
-        return std::make_unique<WindowFrame>(*this);
+        return std::make_unique<Frame>(*this);
     }
 
     QWidget *view() const { return QWidget::find(reinterpret_cast<WId>(hosted.nativeView)); }
@@ -41,13 +41,13 @@ class ScriptedViewHost final : public ViewHost {
     std::function<void()> userClosesWindow;
 
   private:
-    class PopoverFrame final : public HostedPopover {
+    class Frame final : public HostedPopover, public HostedWindow {
       public:
-        explicit PopoverFrame(ScriptedViewHost &host)
+        explicit Frame(ScriptedViewHost &host)
             : host_(host) {}
-        ~PopoverFrame() override { host_.events.emplace_back("gone"); }
-        PopoverFrame(const PopoverFrame &) = delete;
-        PopoverFrame &operator=(const PopoverFrame &) = delete;
+        ~Frame() override { host_.events.emplace_back("gone"); }
+        Frame(const Frame &) = delete;
+        Frame &operator=(const Frame &) = delete;
 
         bool isShown() const override { return isShown_; }
         void show() override {
@@ -56,20 +56,6 @@ class ScriptedViewHost final : public ViewHost {
             host_.events.emplace_back("shown");
         }
         void close() override { isShown_ = false; }
-
-      private:
-        ScriptedViewHost &host_;
-        bool isShown_ = false;
-    };
-
-    class WindowFrame final : public HostedWindow {
-      public:
-        explicit WindowFrame(ScriptedViewHost &host)
-            : host_(host) {}
-        ~WindowFrame() override { host_.events.emplace_back("gone"); }
-        WindowFrame(const WindowFrame &) = delete;
-        WindowFrame &operator=(const WindowFrame &) = delete;
-
         void makeKeyAndOrderFront() override {
             EXPECT_TRUE(host_.view()->isVisible());
             host_.frameInFocus.show();
@@ -79,6 +65,7 @@ class ScriptedViewHost final : public ViewHost {
 
       private:
         ScriptedViewHost &host_;
+        bool isShown_ = false;
     };
 };
 

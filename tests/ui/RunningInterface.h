@@ -5,6 +5,8 @@
 #include "support/Signal.h"
 #include "ui/QtInterface.h"
 
+#include <utility>
+
 namespace lumo::test {
 
 class ScriptedAppearance final : public Appearance {
@@ -28,18 +30,24 @@ class ScriptedAppearance final : public Appearance {
 // toolkit can't be started twice.
 class RunningInterface {
   public:
-    RunningInterface();
-    ~RunningInterface();
+    RunningInterface() {
+        instance_ = this;
+        interface.showMessage("Title", "Text");
+    }
+    ~RunningInterface() { instance_ = nullptr; }
     RunningInterface(const RunningInterface &) = delete;
     RunningInterface &operator=(const RunningInterface &) = delete;
 
-    static RunningInterface &instance();
+    static RunningInterface &instance() { return *instance_; }
 
     InterfaceStage stage;
     ScriptedAppearance appearance;
     QtInterface interface {
         stage.desktop.platform(), { .windowSystem = "offscreen", .appearance = &appearance }
     };
+
+  private:
+    inline static RunningInterface *instance_ = nullptr;
 };
 
 } // namespace lumo::test

@@ -69,19 +69,12 @@ TEST(DesktopEntriesTest, FoundByClassThenIdentifierThenProgramAndAnewAfterAChang
     EXPECT_EQ(found("latecomer", "", ""), "late");
 }
 
-class SettingsOpenerTest : public testing::Test {
-  protected:
-    SettingsOpenerTest() { fs::remove(userFolder() / "started"); }
-
-    bool eventually(const std::function<bool()> &condition) { return runUntil(loop_, condition); }
-
-    std::vector<std::string> lines_;
-    GlibMainLoop loop_;
-    Log log_{[this](std::string_view line) { lines_.emplace_back(line); }};
-    SettingsOpener opener_{log_};
-};
-
-TEST_F(SettingsOpenerTest, StartsTheProgramOfTheDesktopThatRuns) {
+TEST(SettingsOpenerTest, StartsTheProgramOfTheDesktopThatRuns) {
+    std::vector<std::string> lines;
+    GlibMainLoop loop;
+    const Log log([&](std::string_view line) { lines.emplace_back(line); });
+    SettingsOpener opener(log);
+    const auto eventually = [&](const auto &condition) { return runUntil(loop, condition); };
     for (const char *entry : {"org.gnome.Settings", "kdesystemsettings", "cinnamon-settings"}) {
         writeDesktopEntry(entry, "Name=Settings\nExec=" + writeProgram(entry) + " %u\n");
     }
@@ -96,14 +89,14 @@ TEST_F(SettingsOpenerTest, StartsTheProgramOfTheDesktopThatRuns) {
         const desktop::Variable current("XDG_CURRENT_DESKTOP", desktop);
         const auto expected = program.empty() ? "" : program + " 0 ";
         fs::remove(userFolder() / "started");
-        EXPECT_TRUE(eventually([&] { return opener_.open() == !expected.empty(); }));
+        EXPECT_TRUE(eventually([&] { return opener.open() == !expected.empty(); }));
         EXPECT_TRUE(eventually([&] { return started() == expected; }));
     }
-    EXPECT_THAT(lines_, IsEmpty());
+    EXPECT_THAT(lines, IsEmpty());
     const desktop::Variable current("XDG_CURRENT_DESKTOP", "MATE");
-    EXPECT_TRUE(eventually([&] { return opener_.open(); }));
-    EXPECT_TRUE(eventually([&] { return !lines_.empty(); })) << "a start that fails is told";
-    EXPECT_THAT(lines_, ElementsAre(StartsWith("[Lumo] could not start Control Center")));
+    EXPECT_TRUE(eventually([&] { return opener.open(); }));
+    EXPECT_TRUE(eventually([&] { return !lines.empty(); })) << "a start that fails is told";
+    EXPECT_THAT(lines, ElementsAre(StartsWith("[Lumo] could not start Control Center")));
 }
 
 } // namespace

@@ -1,7 +1,6 @@
 #include "platform/freedesktop/DesktopSettings.h"
 #include "platform/freedesktop/DotPicture.h"
 #include "platform/freedesktop/KeyPositions.h"
-#include "platform/freedesktop/SettingsProgram.h"
 
 #include <gmock/gmock.h>
 
@@ -13,7 +12,6 @@ namespace lumo::freedesktop {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 TEST(DesktopSettingsTest, ColoursOfEveryLengthAndNothingFromOtherText) {
     EXPECT_EQ(colorFromHexadecimal("#f00"), (Color{1, 0, 0, 1}));
@@ -42,15 +40,6 @@ TEST(KeyPositionsTest, TheSameBothWays) {
         {49, 57}, {2, 32}, {18, 2}, {23, 6}, {22, 7}, {97, 64}, {126, 103}, {76, 96}, {117, 111}};
     for (const auto &[virtualKey, kernelKey] : positions) {
         EXPECT_EQ(keycodeOfVirtualKey(virtualKey), kernelKey + 8) << virtualKey;
-    }
-}
-
-TEST(SettingsProgramTest, OfEachDesktopInTheOrderOfTheNames) {
-    EXPECT_THAT(settingsEntriesOf("ubuntu:GNOME"),
-                ElementsAre("org.gnome.Settings", "gnome-control-center"));
-    EXPECT_THAT(settingsEntriesOf("X-Cinnamon:MATE:"), ElementsAre("cinnamon-settings", "matecc"));
-    for (const char *none : {"", ":", "gnome", "unknown"}) {
-        EXPECT_THAT(settingsEntriesOf(none), IsEmpty()) << none;
     }
 }
 

@@ -5,7 +5,6 @@
 #include "platform/macos/logic/StageManager.h"
 #include "platform/macos/logic/TimerPolicy.h"
 #include "platform/macos/logic/WindowDictionary.h"
-#include "platform/macos/logic/WindowFlags.h"
 #include "platform/macos/logic/WindowOrder.h"
 
 #include <gmock/gmock.h>
@@ -268,15 +267,6 @@ TEST(WindowOrderTest, OverlaysMayShareAPlace) {
     EXPECT_FALSE(liesInFront(records, overlays, 8));
 }
 
-TEST(MacTablesTest, FlagsOfThePlatform) {
-    EXPECT_EQ(styleMask::overlay, 0x8080U);
-    EXPECT_EQ(styleMask::guidance, 32771U);
-    EXPECT_EQ(styleMask::settings, 7U);
-    EXPECT_EQ(collectionBehavior::overlay, 13U);
-    EXPECT_EQ(windowListOption::everyday, 17U);
-    EXPECT_EQ(autoresizing::both, 18U);
-}
-
 TEST(MacTablesTest, NamesAndOrderOfLayerSettings) {
     using enum Filter::Type;
     const std::vector<std::pair<std::string_view, std::vector<NativeSetting>>> expected = {
@@ -292,12 +282,6 @@ TEST(MacTablesTest, NamesAndOrderOfLayerSettings) {
     EXPECT_STREQ(compositingFilterName(BlendMode::overlay), "overlayBlendMode");
     EXPECT_STREQ(compositingFilterName(BlendMode::softLight), "softLightBlendMode");
     EXPECT_EQ(compositingFilterName(BlendMode::normal), nullptr);
-    EXPECT_EQ(backdropSettings(1.5),
-              (std::vector<NativeSetting>{{"windowServerAware", true},
-                                          {"scale", 1.5},
-                                          {"bleedAmount", 0.0},
-                                          {"allowsInPlaceFiltering", false},
-                                          {"disablesOccludedBackdropBlurs", false}}));
 }
 
 TEST(StageManagerTest, FirstPreferenceWithATruth) {

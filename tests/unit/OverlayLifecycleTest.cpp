@@ -75,17 +75,11 @@ TEST_F(OverlayLifecycle, ResizedDisplayIsDrawnAfresh) {
     EXPECT_EQ(clearOn(left), first) << "what was held is forgotten with the old size";
 }
 
-TEST_F(OverlayLifecycle, TicksDoNotEndAPeek) {
+TEST_F(OverlayLifecycle, DisplayPluggedInDuringAPeek) {
     manager->startShowing();
     manager->peek();
-    settings.effectIntensity.set(0.9);
     settle();
-    EXPECT_EQ(desktop.overlayOn(left).alpha, 0);
     EXPECT_EQ(desktop.overlayOn(right).alpha, 0);
-    EXPECT_TRUE(desktop.overlayOn(left).orderedIn);
-    EXPECT_TRUE(manager->isShowing());
-    EXPECT_EQ(shownOn(left).viewAlpha, 1);
-
     desktop.plugDisplay(12, {0, 900, 1024, 768});
     EXPECT_EQ(desktop.overlayOn(12).alpha, 1);
     manager->endPeek();

@@ -106,28 +106,6 @@ TEST_F(OverlayUpdate, ClearWindowChangesAfterTheDebounce) {
     EXPECT_EQ(clearOn(left), a);
 }
 
-TEST_F(OverlayUpdate, GlimpseOfAnotherFocusIsNotDrawn) {
-    const auto a = openOn(left, editor);
-    const auto b = openOn(left, browser);
-    desktop.focus(a);
-    manager->startShowing();
-    settle();
-    auto &overlay = desktop.overlayOn(left);
-    const int drawn = overlay.changedCommits;
-
-    desktop.focus(b);
-    for (int i = 0; i < 4; ++i) {
-        tick();
-        EXPECT_EQ(clearOn(left), a);
-    }
-    desktop.focus(a);
-    for (int i = 0; i < 20; ++i) {
-        tick();
-        EXPECT_EQ(clearOn(left), a);
-    }
-    EXPECT_EQ(overlay.changedCommits, drawn);
-}
-
 TEST_F(OverlayUpdate, EffectsAreAppliedAtOnce) {
     openOn(left, editor);
     manager->startShowing();

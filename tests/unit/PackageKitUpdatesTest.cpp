@@ -11,6 +11,7 @@
 #include <org.freedesktop.PackageKit.Transaction.h>
 #include <org.freedesktop.PackageKit.h>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -92,16 +93,23 @@ class PackageService {
     std::vector<Handle> connections_;
 };
 
-TEST(PackageKitUpdatesTest, ResultsOfThePackageService) {
-    const test::MessageBus messageBus;
-    const desktop::Variable systemBus("DBUS_SYSTEM_BUS_ADDRESS", messageBus.address());
+class PackageKitUpdatesTest : public testing::Test {
+  protected:
+    bool eventually(const std::function<bool()> &condition) { return runUntil(loop, condition); }
+
+    test::MessageBus messageBus;
+    desktop::Variable systemBus{"DBUS_SYSTEM_BUS_ADDRESS", messageBus.address()};
     GlibMainLoop loop;
-    PackageKitUpdates updates(loop, "/opt/lumo/bin/lumo");
+    std::unique_ptr<PackageKitUpdates> updates =
+        std::make_unique<PackageKitUpdates>(loop, "/opt/lumo/bin/lumo");
+};
+
+TEST_F(PackageKitUpdatesTest, ResultsOfThePackageService) {
     const auto check = [&] {
         std::optional<UpdateResult> result;
-        updates.checkForUpdates([&](const UpdateResult &each) { result = each; });
+        updates->checkForUpdates([&](const UpdateResult &each) { result = each; });
         EXPECT_FALSE(result) << "not before checkForUpdates() has returned";
-        EXPECT_TRUE(runUntil(loop, [&] { return result.has_value(); }));
+        EXPECT_TRUE(eventually([&] { return result.has_value(); }));
         return result.value_or(UpdateResult{});
     };
     using Kind = UpdateResult::Kind;
@@ -120,35 +128,27 @@ TEST(PackageKitUpdatesTest, ResultsOfThePackageService) {
     EXPECT_EQ(check(), (UpdateResult{Kind::serviceUnavailable, {}}));
 }
 
-TEST(PackageKitUpdatesTest, TheLossOfTheBusEndsTheCheckAndNothingElse) {
-    test::MessageBus messageBus;
-    const desktop::Variable systemBus("DBUS_SYSTEM_BUS_ADDRESS", messageBus.address());
+TEST_F(PackageKitUpdatesTest, TheLossOfTheBusEndsTheCheckAndNothingElse) {
     PackageService service(messageBus.address());
     service.isSilent = true;
-    GlibMainLoop loop;
-    PackageKitUpdates updates(loop, "/opt/lumo/bin/lumo");
     std::optional<UpdateResult> result;
-    updates.checkForUpdates([&](const UpdateResult &each) { result = each; });
-    EXPECT_TRUE(runUntil(loop, [&] { return !service.searchedFile.empty(); }));
+    updates->checkForUpdates([&](const UpdateResult &each) { result = each; });
+    EXPECT_TRUE(eventually([&] { return !service.searchedFile.empty(); }));
     messageBus.stop();
-    EXPECT_TRUE(runUntil(loop, [&] { return result.has_value(); }));
+    EXPECT_TRUE(eventually([&] { return result.has_value(); }));
     EXPECT_EQ(result, (UpdateResult{UpdateResult::Kind::serviceUnavailable, {}}));
 }
 
-TEST(PackageKitUpdatesTest, OneAnswerToRequestsThatOverlapAndNoneAfterTheEnd) {
-    const test::MessageBus messageBus;
-    const desktop::Variable systemBus("DBUS_SYSTEM_BUS_ADDRESS", messageBus.address());
+TEST_F(PackageKitUpdatesTest, OneAnswerToRequestsThatOverlapAndNoneAfterTheEnd) {
     PackageService service(messageBus.address());
-    GlibMainLoop loop;
-    auto updates = std::make_unique<PackageKitUpdates>(loop, "/opt/lumo/bin/lumo");
     int results = 0;
     for (int request = 0; request < 2; ++request) {
         updates->checkForUpdates([&](const UpdateResult &) { ++results; });
     }
-    EXPECT_TRUE(runUntil(loop, [&] { return results > 0; }));
+    EXPECT_TRUE(eventually([&] { return results > 0; }));
     service.searchedFile.clear();
     updates->checkForUpdates([&](const UpdateResult &) { ++results; });
-    EXPECT_TRUE(runUntil(loop, [&] { return !service.searchedFile.empty(); }));
+    EXPECT_TRUE(eventually([&] { return !service.searchedFile.empty(); }));
     updates.reset();
     const PackageService other(messageBus.address());
     while (g_main_context_iteration(nullptr, FALSE) != FALSE) {

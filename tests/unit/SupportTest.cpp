@@ -1,12 +1,9 @@
 #include "support/Geometry.h"
-#include "support/Lifetime.h"
 #include "support/Published.h"
-#include "support/Value.h"
 
 #include <gmock/gmock.h>
 
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -66,16 +63,6 @@ TEST(Signal, EmitWithinAnEmit) {
     EXPECT_THAT(heard, ElementsAre("first 2", "third 2"));
 }
 
-TEST(Lifetime, DeferredWorkOfADestroyedOwnerIsDropped) {
-    int calls = 0;
-    std::optional<Lifetime> lifetime(std::in_place);
-    auto task = lifetime->guard([&] { ++calls; });
-    task();
-    lifetime.reset();
-    task();
-    EXPECT_EQ(calls, 1);
-}
-
 TEST(Handle, OneReleaseOnDestructionMoveAndAssignment) {
     int releases = 0;
     const auto release = [&] { ++releases; };
@@ -101,15 +88,6 @@ TEST(Geometry, IntersectionInsetAndRounding) {
     EXPECT_TRUE((Rect{0, 0, 4, 4}).inset(3, 0).isNull());
     EXPECT_EQ((Rect{-0.5, 1.25, 2, 2}).integral(), (Rect{-1, 1, 3, 3}));
     EXPECT_EQ(describe({10, -20.5, 300, 0.25}), "{{10, -20.5}, {300, 0.25}}");
-}
-
-TEST(Value, OnlyItsOwnType) {
-    EXPECT_EQ(Value(true).boolean(), true);
-    EXPECT_EQ(Value(1).boolean(), std::nullopt);
-    EXPECT_EQ(Value(1).real(), std::nullopt);
-    EXPECT_EQ(Value(1).number(), 1.0);
-    EXPECT_EQ(Value(0.5).integer(), std::nullopt);
-    EXPECT_EQ(Value("text").number(), std::nullopt);
 }
 
 } // namespace

@@ -259,94 +259,50 @@ TEST_F(WindowTreeTest, SearchesTheTopOfWindowsDeepInside) {
 TEST(WindowDescription, FollowsFromTheFacts) {
     using Type = WindowFacts::Type;
     using Minimization = MirrorWindow::Minimization;
+    struct Expected {
+        StackingLayer layer = StackingLayer::normal;
+        bool isManaged = true;
+        bool isInTaskbars = true;
+        Minimization minimization = Minimization::none;
+    };
     struct Case {
         const char *name;
         WindowFacts facts;
-        bool isOverrideRedirect;
-        bool isOwn;
-        StackingLayer layer;
-        bool isManaged;
-        bool isInTaskbars;
-        Minimization minimization;
+        Expected expected = {};
+        bool isOverrideRedirect = false;
+        bool isOwn = false;
     };
-    const auto none = Minimization::none;
+    constexpr Expected unmanaged = {.isManaged = false, .isInTaskbars = false};
+    constexpr auto outsideTaskbars = [](StackingLayer layer) {
+        return Expected{.layer = layer, .isInTaskbars = false};
+    };
     const std::vector<Case> cases = {
-        {"plain", {.managerState = 1}, false, false, StackingLayer::normal, true, true, none},
-        {"withdrawn", {.managerState = 0}, false, false, StackingLayer::normal, false, false, none},
+        {"plain", {.managerState = 1}},
+        {"withdrawn", {.managerState = 0}, unmanaged},
         {"not in task bars",
          {.skipsTaskbar = true, .managerState = 1},
-         false,
-         false,
-         StackingLayer::normal,
-         true,
-         false,
-         none},
+         outsideTaskbars(StackingLayer::normal)},
         {"desktop",
          {.type = Type::desktop, .isAbove = true, .managerState = 1},
-         false,
-         false,
-         StackingLayer::desktop,
-         true,
-         false,
-         none},
-        {"dock",
-         {.type = Type::dock, .managerState = 1},
-         false,
-         false,
-         StackingLayer::above,
-         true,
-         false,
-         none},
+         outsideTaskbars(StackingLayer::desktop)},
+        {"dock", {.type = Type::dock, .managerState = 1}, outsideTaskbars(StackingLayer::above)},
         {"dock kept below",
          {.type = Type::dock, .isBelow = true, .managerState = 1},
-         false,
-         false,
-         StackingLayer::below,
-         true,
-         false,
-         none},
-        {"kept above",
-         {.isAbove = true, .managerState = 1},
-         false,
-         false,
-         StackingLayer::above,
-         true,
-         true,
-         none},
-        {"unmanaged", {}, true, false, StackingLayer::floating, false, false, none},
-        {"an overlay", {}, true, true, StackingLayer::normal, false, false, none},
-        {"managed in an override-redirect frame",
-         {.managerState = 1},
-         true,
-         false,
-         StackingLayer::normal,
-         true,
-         true,
-         none},
+         outsideTaskbars(StackingLayer::below)},
+        {"kept above", {.isAbove = true, .managerState = 1}, {.layer = StackingLayer::above}},
+        {"unmanaged",
+         {},
+         {.layer = StackingLayer::floating, .isManaged = false, .isInTaskbars = false},
+         true},
+        {"an overlay", {}, unmanaged, true, true},
+        {"managed in an override-redirect frame", {.managerState = 1}, {}, true},
         {"hidden or rolled up",
          {.isHidden = true, .managerState = 1},
-         false,
-         false,
-         StackingLayer::normal,
-         true,
-         true,
-         Minimization::likely},
-        {"iconic alone",
-         {.managerState = 3},
-         false,
-         false,
-         StackingLayer::normal,
-         true,
-         true,
-         Minimization::likely},
+         {.minimization = Minimization::likely}},
+        {"iconic alone", {.managerState = 3}, {.minimization = Minimization::likely}},
         {"minimised",
          {.isHidden = true, .managerState = 3},
-         false,
-         false,
-         StackingLayer::normal,
-         true,
-         true,
-         Minimization::certain},
+         {.minimization = Minimization::certain}},
     };
     for (const auto &each : cases) {
         SCOPED_TRACE(each.name);
@@ -355,10 +311,10 @@ TEST(WindowDescription, FollowsFromTheFacts) {
                                       .frameFacts = each.facts,
                                       .clientFacts = each.facts,
                                       .isOwn = each.isOwn});
-        EXPECT_EQ(window.stackingLayer, each.layer);
-        EXPECT_EQ(window.isManaged, each.isManaged);
-        EXPECT_EQ(window.isInTaskbars, each.isInTaskbars);
-        EXPECT_EQ(window.minimization, each.minimization);
+        EXPECT_EQ(window.stackingLayer, each.expected.layer);
+        EXPECT_EQ(window.isManaged, each.expected.isManaged);
+        EXPECT_EQ(window.isInTaskbars, each.expected.isInTaskbars);
+        EXPECT_EQ(window.minimization, each.expected.minimization);
     }
 }
 
