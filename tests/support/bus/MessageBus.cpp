@@ -1,10 +1,32 @@
 #include "bus/MessageBus.h"
 
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
+#include <string>
 
 namespace lumo::test {
+
+namespace {
+
+// A socket's file is there a moment before its owner listens.
+bool accepts(const std::string &path) {
+    const int client = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::copy_n(path.begin(), std::min(path.size(), sizeof address.sun_path - 1), address.sun_path);
+    const bool isAccepted =
+        connect(client, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0;
+    close(client);
+    return isAccepted;
+}
+
+} // namespace
 
 MessageBus::MessageBus()
     : address_("unix:path=" + (directory_.path() / "bus").string()) {
@@ -24,7 +46,7 @@ void MessageBus::start() {
                                  "--nofork", "--nopidfile"},
         desktop::Environment{{"PATH", "/usr/local/bin:/usr/bin:/bin"}}, directory_.path());
     const auto deadline = desktop::now() + 30;
-    while (!std::filesystem::exists(socket)) {
+    while (!accepts(socket.string())) {
         if (!daemon_->isRunning() || desktop::now() > deadline) {
             throw std::runtime_error("the message bus did not start: " + daemon_->report());
         }
