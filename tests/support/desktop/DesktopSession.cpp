@@ -60,6 +60,10 @@ xcb_pixmap_t pixmapOf(xcb_connection_t *connection, const xcb_screen_t &screen,
     return pixmap;
 }
 
+// A grab at this time is never granted, only answered with who has one. Were it granted, the server
+// would refuse the next one of a program that gives the time of an event before it.
+constexpr xcb_timestamp_t refusedTime = 1;
+
 } // namespace
 
 DesktopSession::DesktopSession(const std::string &displayName)
@@ -214,29 +218,18 @@ Area DesktopSession::frameAreaOf(xcb_window_t window) {
 
 bool DesktopSession::isKeyboardGrabbed() {
     const auto reply = wait(connection_,
-                            xcb_grab_keyboard(connection_, 0, root(), XCB_CURRENT_TIME,
+                            xcb_grab_keyboard(connection_, 0, root(), refusedTime,
                                               XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
                             xcb_grab_keyboard_reply);
-    if (reply && reply->status == XCB_GRAB_STATUS_SUCCESS) {
-        xcb_ungrab_keyboard(connection_, XCB_CURRENT_TIME);
-        sync();
-        return false;
-    }
-    return true;
+    return !reply || reply->status == XCB_GRAB_STATUS_ALREADY_GRABBED;
 }
 
 bool DesktopSession::isPointerGrabbed() {
-    const auto reply =
-        wait(connection_,
-             xcb_grab_pointer(connection_, 0, root(), 0, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC,
-                              XCB_NONE, XCB_NONE, XCB_CURRENT_TIME),
-             xcb_grab_pointer_reply);
-    if (reply && reply->status == XCB_GRAB_STATUS_SUCCESS) {
-        xcb_ungrab_pointer(connection_, XCB_CURRENT_TIME);
-        sync();
-        return false;
-    }
-    return true;
+    const auto reply = wait(connection_,
+                            xcb_grab_pointer(connection_, 0, root(), 0, XCB_GRAB_MODE_ASYNC,
+                                             XCB_GRAB_MODE_ASYNC, XCB_NONE, XCB_NONE, refusedTime),
+                            xcb_grab_pointer_reply);
+    return !reply || reply->status == XCB_GRAB_STATUS_ALREADY_GRABBED;
 }
 
 std::string DesktopSession::textOf(xcb_window_t window, xcb_atom_t property) {
