@@ -68,7 +68,7 @@ TEST_F(StatusNotifierItemTest, OffersItselfToEveryWatcherAndFollowsItsHosts) {
         host.reset();
         EXPECT_TRUE(eventually([&] { return item_->watcherProcess() == 0; }));
         EXPECT_FALSE(item_->hasHost());
-        EXPECT_EQ(changes, 1);
+        EXPECT_GE(changes, 1);
     }
 }
 
