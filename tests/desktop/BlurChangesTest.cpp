@@ -65,11 +65,8 @@ class BlurChanges : public testing::Test, protected OverlayDesktop {
     }
 
     void setOpacity(xcb_window_t window, double opacity) {
-        const auto value = static_cast<std::uint32_t>(opacity * 0xffffffff);
-        xcb_change_property(session.connection(), XCB_PROP_MODE_REPLACE, window,
-                            session.atom("_NET_WM_WINDOW_OPACITY"), XCB_ATOM_CARDINAL, 32, 1,
-                            &value);
-        xcb_flush(session.connection());
+        session.setNumbers(window, "_NET_WM_WINDOW_OPACITY",
+                           {static_cast<std::uint32_t>(opacity * 0xffffffff)});
     }
 
     // Whether the blur comes to be that of the scene.

@@ -1,11 +1,8 @@
 #include "ThreeWindows.h"
 
 #include <gtest/gtest.h>
-#include <xcb/shape.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <memory>
 #include <set>
 
 namespace lumo::desktop {
@@ -14,7 +11,7 @@ void ThreeWindows::show() {
     bringForward(red);
     lumo.emplace(desktop, look_.preferences());
     lumo->waitForOverlays(1);
-    EXPECT_EQ(wrongWith({red.subject}, {green.subject, blue.subject}), "");
+    EXPECT_EQ(wrongWithOnly(red), "");
 }
 
 void ThreeWindows::bringForward(const SubjectApplication &application) {
@@ -101,19 +98,26 @@ std::string ThreeWindows::wrongNow(const std::vector<Subject> &clear,
     return {};
 }
 
-std::string ThreeWindows::wrongWith(const std::vector<Subject> &clear,
-                                    const std::vector<Subject> &covered) {
+std::string ThreeWindows::wrongUntilNone(const std::function<std::string()> &look) {
     std::string wrong;
-    const bool isRight = session.eventually([&] {
-        wrong = wrongNow(clear, covered);
-        return wrong.empty();
-    });
+    const bool isRight = session.eventually([&] { return (wrong = look()).empty(); });
     return isRight ? std::string() : wrong + "\n" + lumo->process().report();
 }
 
+std::string ThreeWindows::wrongWith(const std::vector<Subject> &clear,
+                                    const std::vector<Subject> &covered) {
+    return wrongUntilNone([&] { return wrongNow(clear, covered); });
+}
+
+std::string ThreeWindows::wrongWithOnly(const SubjectApplication &clear) {
+    std::vector<Subject> covered = {red.subject, green.subject, blue.subject};
+    std::erase_if(covered,
+                  [&](const Subject &subject) { return subject.window == clear.subject.window; });
+    return wrongWith({clear.subject}, covered);
+}
+
 std::string ThreeWindows::wrongWithFrontmostClear() {
-    std::string wrong;
-    const bool isRight = session.eventually([&] {
+    return wrongUntilNone([&] {
         std::vector<Subject> upwards = {red.subject, green.subject, blue.subject};
         const auto order = session.stacking();
         std::ranges::sort(upwards, {}, [&](const Subject &subject) {
@@ -123,10 +127,8 @@ std::string ThreeWindows::wrongWithFrontmostClear() {
         if (front == upwards.end() || !session.windowManagerName()) {
             front = upwards.end() - 1;
         }
-        wrong = wrongNow({*front}, {upwards.begin(), front});
-        return wrong.empty();
+        return wrongNow({*front}, {upwards.begin(), front});
     });
-    return isRight ? std::string() : wrong + "\n" + lumo->process().report();
 }
 
 std::string ThreeWindows::placementSeen() {
@@ -138,12 +140,7 @@ std::string ThreeWindows::placementSeen() {
     if (!session.isOverrideRedirect(overlay)) {
         return "managed";
     }
-    auto *connection = session.connection();
-    const std::unique_ptr<xcb_shape_query_extents_reply_t, decltype(&std::free)> extents(
-        xcb_shape_query_extents_reply(connection, xcb_shape_query_extents(connection, overlay),
-                                      nullptr),
-        &std::free);
-    return extents && extents->bounding_shaped != 0 ? "holes" : "below";
+    return session.isShaped(overlay) ? "cut-outs" : "below";
 }
 
 } // namespace lumo::desktop

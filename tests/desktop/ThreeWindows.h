@@ -5,6 +5,7 @@
 #include "desktop/PrivateDesktop.h"
 #include "desktop/SampleApplication.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -47,15 +48,18 @@ class ThreeWindows {
     std::vector<Spot> spotsIn(xcb_window_t window);
 
     // What is wrong when these are to be as painted, those as under the effect, and no overlay in
-    // focus; empty when nothing is. wrongWith() waits until it is so.
+    // focus; empty when nothing is. Those below wait until it is so.
     std::string wrongNow(const std::vector<Subject> &clear, const std::vector<Subject> &covered);
     std::string wrongWith(const std::vector<Subject> &clear, const std::vector<Subject> &covered);
 
-    // The same with the active of the three clear, or the topmost where none is, and those that lie
-    // beneath it under the effect.
+    // With that of the three clear, and the other two under the effect.
+    std::string wrongWithOnly(const SubjectApplication &clear);
+
+    // With the active of the three clear, or the topmost where none is, and those that lie beneath
+    // it under the effect.
     std::string wrongWithFrontmostClear();
 
-    // "below", "managed" or "holes", as the server tells of the overlay; empty without one.
+    // "below", "managed" or "cut-outs", as the server tells of the overlay; empty without one.
     std::string placementSeen();
 
     PrivateDesktop desktop;
@@ -67,6 +71,7 @@ class ThreeWindows {
 
   private:
     std::string wrongIn(const Subject &subject, bool isClear);
+    std::string wrongUntilNone(const std::function<std::string()> &look);
 
     const Look look_{"dim", 1};
 };

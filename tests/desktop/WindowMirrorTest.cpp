@@ -134,22 +134,6 @@ TEST(WindowMirror, RandomChangesLeaveTheServersTree) {
     EXPECT_GT(late.stacking().size(), 20U);
 }
 
-void setText(desktop::DesktopSession &session, xcb_window_t window, const char *property,
-             const char *type, const std::string &text) {
-    xcb_change_property(session.connection(), XCB_PROP_MODE_REPLACE, window, session.atom(property),
-                        session.atom(type), 8, static_cast<std::uint32_t>(text.size()),
-                        text.data());
-    xcb_flush(session.connection());
-}
-
-void setNumbers(desktop::DesktopSession &session, xcb_window_t window, const char *property,
-                const std::vector<std::uint32_t> &numbers) {
-    xcb_change_property(session.connection(), XCB_PROP_MODE_REPLACE, window, session.atom(property),
-                        XCB_ATOM_CARDINAL, 32, static_cast<std::uint32_t>(numbers.size()),
-                        numbers.data());
-    xcb_flush(session.connection());
-}
-
 // The property that names the manager's window may outlive both.
 TEST(WindowMirror, ManagersAreBelievedOnlyWhenTheirWindowConfirmsThem) {
     MirroredDesktop mirrored({.windowManager = WindowManager::none});
@@ -157,10 +141,10 @@ TEST(WindowMirror, ManagersAreBelievedOnlyWhenTheirWindowConfirmsThem) {
     SampleApplication application(mirrored.desktop, "Sample", {{}, {}});
     const auto living = application.window(0);
     const auto dead = application.window(1);
-    setText(session, living, "_NET_WM_NAME", "UTF8_STRING", "Openbox");
+    session.setText(living, "_NET_WM_NAME", "UTF8_STRING", "Openbox");
     const auto nameWith = [&](xcb_window_t named, xcb_window_t confirmed) {
-        setNumbers(session, living, "_NET_SUPPORTING_WM_CHECK", {confirmed});
-        setNumbers(session, session.root(), "_NET_SUPPORTING_WM_CHECK", {named});
+        session.setNumbers(living, "_NET_SUPPORTING_WM_CHECK", {confirmed});
+        session.setNumbers(session.root(), "_NET_SUPPORTING_WM_CHECK", {named});
         mirrored.catchUp();
         return mirrored.mirror->windowManagerName();
     };
@@ -239,9 +223,9 @@ TEST(WindowMirror, TitlesOwnersOpacityShadowsAndWallpaper) {
     mirrored.catchUp();
     const auto &window = mirrored.window(client);
 
-    setText(session, client, "_NET_WM_NAME", "UTF8_STRING", "Zürich");
-    setNumbers(session, client, "_NET_WM_PID", {1});
-    setNumbers(session, window.frame, "_NET_WM_WINDOW_OPACITY", {0x80000000});
+    session.setText(client, "_NET_WM_NAME", "UTF8_STRING", "Zürich");
+    session.setNumbers(client, "_NET_WM_PID", {1});
+    session.setNumbers(window.frame, "_NET_WM_WINDOW_OPACITY", {0x80000000});
     mirrored.catchUp();
     EXPECT_EQ(window.title, "Zürich");
     EXPECT_EQ(window.processIdentifier, application.processIdentifier())
@@ -249,12 +233,12 @@ TEST(WindowMirror, TitlesOwnersOpacityShadowsAndWallpaper) {
     EXPECT_NEAR(window.opacity, 0.5, 1e-6);
 
     xcb_delete_property(session.connection(), client, session.atom("_NET_WM_NAME"));
-    setText(session, client, "WM_NAME", "STRING", "Other name");
+    session.setText(client, "WM_NAME", "STRING", "Other name");
     mirrored.catchUp();
     EXPECT_EQ(window.title, "Other name");
 
     const auto geometry = window.geometry;
-    setNumbers(session, client, "_GTK_FRAME_EXTENTS", {10, 20, 30, 40});
+    session.setNumbers(client, "_GTK_FRAME_EXTENTS", {10, 20, 30, 40});
     mirrored.catchUp();
     EXPECT_EQ(window.geometry, geometry);
     EXPECT_EQ(window.visibleArea(),
@@ -266,7 +250,7 @@ TEST(WindowMirror, TitlesOwnersOpacityShadowsAndWallpaper) {
         seen.currentDesktop |= change.currentDesktop;
         seen.wallpaper |= change.wallpaper;
     });
-    setNumbers(session, session.root(), "_XROOTPMAP_ID", {1});
+    session.setNumbers(session.root(), "_XROOTPMAP_ID", {1});
     mirrored.catchUp();
     EXPECT_EQ(seen, MirrorChange{.wallpaper = true});
 }
@@ -277,7 +261,7 @@ TEST(WindowMirror, StatedOwnerWhereTheServerDoesNotTell) {
     mirrored.catchUp();
     const auto &window = mirrored.window(application.window());
     EXPECT_EQ(window.processIdentifier, application.processIdentifier());
-    setNumbers(mirrored.session, window.client, "_NET_WM_PID", {4711});
+    mirrored.session.setNumbers(window.client, "_NET_WM_PID", {4711});
     mirrored.catchUp();
     EXPECT_EQ(window.processIdentifier, 4711);
 }

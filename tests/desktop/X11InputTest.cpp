@@ -372,11 +372,7 @@ TEST_F(EventMonitorsTest, MotionInPointsWithButtonsAndModifiers) {
     }
     session.setKey(Key::shift, false);
 
-    const std::string resources = "Xft.dpi:\t192\n";
-    xcb_change_property(tester(), XCB_PROP_MODE_REPLACE, session.root(), XCB_ATOM_RESOURCE_MANAGER,
-                        XCB_ATOM_STRING, 8, static_cast<std::uint32_t>(resources.size()),
-                        resources.data());
-    xcb_flush(tester());
+    session.setText(session.root(), "RESOURCE_MANAGER", "STRING", "Xft.dpi:\t192\n");
     const double end = loop_.now() + 10;
     while (screens_.pointSpace().scale() != 2 && loop_.now() < end) {
         connection_.dispatchUntil([] { return false; }, 0.01);

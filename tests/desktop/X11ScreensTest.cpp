@@ -50,9 +50,7 @@ class ScreensTest : public testing::Test {
 
     void setResources(const std::string &text) {
         auto &session = desktop_.session();
-        xcb_change_property(session.connection(), XCB_PROP_MODE_REPLACE, session.root(),
-                            XCB_ATOM_RESOURCE_MANAGER, XCB_ATOM_STRING, 8,
-                            static_cast<std::uint32_t>(text.size()), text.data());
+        session.setText(session.root(), "RESOURCE_MANAGER", "STRING", text);
     }
 
     std::vector<Rect> frames() const {

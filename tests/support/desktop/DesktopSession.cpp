@@ -2,6 +2,7 @@
 
 #include <poll.h>
 #include <xcb/res.h>
+#include <xcb/shape.h>
 #include <xcb/xtest.h>
 
 #include <algorithm>
@@ -192,6 +193,12 @@ bool DesktopSession::isOverrideRedirect(xcb_window_t window) {
     const auto attributes = wait(connection_, xcb_get_window_attributes(connection_, window),
                                  xcb_get_window_attributes_reply);
     return attributes && attributes->override_redirect != 0;
+}
+
+bool DesktopSession::isShaped(xcb_window_t window) {
+    const auto extents = wait(connection_, xcb_shape_query_extents(connection_, window),
+                              xcb_shape_query_extents_reply);
+    return extents && extents->bounding_shaped != 0;
 }
 
 Area DesktopSession::areaOf(xcb_window_t window) {
@@ -439,6 +446,21 @@ void DesktopSession::setKeptAbove(xcb_window_t window, bool on) {
 
 void DesktopSession::switchToDesktop(std::uint32_t index) {
     askWindowManager(root(), "_NET_CURRENT_DESKTOP", {index, XCB_CURRENT_TIME});
+}
+
+void DesktopSession::setNumbers(xcb_window_t window, std::string_view property,
+                                const std::vector<std::uint32_t> &numbers) {
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, atom(property),
+                        XCB_ATOM_CARDINAL, 32, static_cast<std::uint32_t>(numbers.size()),
+                        numbers.data());
+    xcb_flush(connection_);
+}
+
+void DesktopSession::setText(xcb_window_t window, std::string_view property, std::string_view type,
+                             std::string_view text) {
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, atom(property), atom(type), 8,
+                        static_cast<std::uint32_t>(text.size()), text.data());
+    xcb_flush(connection_);
 }
 
 void DesktopSession::fakeInput(std::uint8_t type, std::uint8_t detail, int x, int y) {

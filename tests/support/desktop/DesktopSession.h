@@ -80,6 +80,7 @@ class DesktopSession {
     bool isViewable(xcb_window_t window);
     bool isDrawn(xcb_window_t window); // and not there for its input alone
     bool isOverrideRedirect(xcb_window_t window);
+    bool isShaped(xcb_window_t window);                        // in its bounding region
     Area areaOf(xcb_window_t window);                          // without its border
     Area frameAreaOf(xcb_window_t window);                     // of its frame, border included
     std::vector<xcb_window_t> childrenOf(xcb_window_t window); // bottom to top
@@ -127,6 +128,12 @@ class DesktopSession {
     void setFullScreen(xcb_window_t window, bool on);
     void setKeptAbove(xcb_window_t window, bool on);
     void switchToDesktop(std::uint32_t index);
+
+    // What the window's own client sets.
+    void setNumbers(xcb_window_t window, std::string_view property,
+                    const std::vector<std::uint32_t> &numbers);
+    void setText(xcb_window_t window, std::string_view property, std::string_view type,
+                 std::string_view text);
 
     // What hands do.
     void movePointerTo(int x, int y);
