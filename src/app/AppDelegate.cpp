@@ -9,6 +9,13 @@
 
 namespace lumo {
 
+namespace {
+
+// Seconds. At login a window manager takes its time.
+constexpr double longestWaitForPermission = 5;
+
+} // namespace
+
 AppDelegate::AppDelegate(const Platform &platform, UserInterface &userInterface)
     : platform_(platform)
     , userInterface_(userInterface) {
@@ -26,12 +33,36 @@ void AppDelegate::applicationDidFinishLaunching() {
         userInterface_.showMessage("Software Update", updateResultText(result));
     });
     reopening_ = platform_.application.onReopen([this] { applicationShouldHandleReopen(); });
-    if (appController_->settingsStore().hasCompletedOnboarding.value() &&
-        appController_->permissionManager().hasAccessibilityPermission.value()) {
+    if (!appController_->settingsStore().hasCompletedOnboarding.value()) {
+        showGuidanceWindow();
+    } else if (isPermitted()) {
         appController_->launch();
+    } else if (platform_.capabilities.permissionComesByItself) {
+        awaitPermission();
     } else {
         showGuidanceWindow();
     }
+}
+
+bool AppDelegate::isPermitted() const {
+    return appController_->permissionManager().hasAccessibilityPermission.value();
+}
+
+// The controller launches when the permission comes. Guidance that was shown for it alone ends
+// then.
+void AppDelegate::awaitPermission() {
+    permission_ = appController_->permissionManager().hasAccessibilityPermission.subscribeToChanges(
+        [this](const bool &isPermitted) {
+            if (isPermitted) {
+                guidanceDelay_.reset();
+                guidanceWindow_.reset();
+            }
+        });
+    guidanceDelay_ = platform_.mainLoop.after(longestWaitForPermission, [this] {
+        if (!isPermitted()) {
+            showGuidanceWindow();
+        }
+    });
 }
 
 void AppDelegate::applicationWillTerminate() {
@@ -77,7 +108,7 @@ void AppDelegate::showGuidanceWindow() {
 
 void AppDelegate::handleGuidanceWindowClosed() {
     const auto closed = std::exchange(guidanceWindow_, nullptr);
-    if (appController_->permissionManager().hasAccessibilityPermission.value()) {
+    if (isPermitted()) {
         auto &onboarding = appController_->settingsStore().hasCompletedOnboarding;
         onboarding.set(true);
         platform_.userDefaults.setBool(onboarding.key(), true);

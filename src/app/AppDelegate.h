@@ -37,6 +37,8 @@ class AppDelegate {
     AppController *appController() { return appController_.get(); }
 
   private:
+    bool isPermitted() const;
+    void awaitPermission();
     void handleGuidanceWindowClosed();
     SettingsModel settingsModel();
 
@@ -45,6 +47,8 @@ class AppDelegate {
     std::unique_ptr<AppController> appController_;
     std::unique_ptr<InterfaceWindow> settingsWindow_;
     std::unique_ptr<InterfaceWindow> guidanceWindow_;
+    Handle permission_;
+    Handle guidanceDelay_;
     Handle reopening_;
     Lifetime lifetime_;
 };

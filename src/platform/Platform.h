@@ -27,6 +27,10 @@ struct Capabilities {
     // Global monitors receive key presses.
     bool globalKeyMonitors = true;
 
+    // The permission may come by itself a while after the start, as a window manager that starts
+    // after this program does.
+    bool permissionComesByItself = false;
+
     // The system can be asked whether there is a newer version of this program.
     bool updates = true;
 };

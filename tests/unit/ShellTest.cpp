@@ -73,6 +73,23 @@ TEST_F(ShellTest, NothingStartsWithoutThePermission) {
     EXPECT_TRUE(delegate->appController()->isReady.value());
 }
 
+TEST_F(ShellTest, GuidanceWaitsForAPermissionThatComesByItself) {
+    desktop.capabilities.permissionComesByItself = true;
+    desktop.defaults.insert_or_assign("isEnabled", Value(true));
+    for (const double delay : {2.0, 20.0}) {
+        desktop.accessibilityTrusted = false;
+        launch();
+        desktop.advance(delay);
+        EXPECT_EQ(interface.guidanceWindow != nullptr, delay > 10);
+        desktop.changeAccessibilityTrust(true);
+        desktop.advance(20);
+        EXPECT_LE(interface.guidanceWindow.use_count(), 1) << "closed by itself, or never shown";
+        EXPECT_TRUE(delegate->appController()->isReady.value());
+    }
+    launch(false);
+    EXPECT_EQ(interface.guidanceWindow->timesBroughtToFront, 1);
+}
+
 TEST_F(ShellTest, StatusItemShowsTheState) {
     launch();
     EXPECT_EQ(desktop.statusTitle.text, "●");

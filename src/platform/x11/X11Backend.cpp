@@ -59,6 +59,7 @@ Platform X11Backend::platform() {
             .workspace = workspace_,
             .capabilities = {.liveBackdrop = overlayWindows_.canDrawBackdrops(),
                              .globalKeyMonitors = input_.eventMonitors().canMonitorKeys(),
+                             .permissionComesByItself = true,
                              .updates = freedesktop::hasSystemUpdates}};
 }
 
