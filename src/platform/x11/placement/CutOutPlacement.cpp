@@ -48,10 +48,6 @@ CutOutPlacement::CutOutPlacement(Connection &connection, const WindowMirror &mir
     , overlay_(overlay) {
 }
 
-CutOutPlacement::~CutOutPlacement() {
-    overlay_.setShape({});
-}
-
 // Null when the order has none, or it is not on screen.
 const MirrorWindow *CutOutPlacement::referenceOf(const Order &order) const {
     const auto *reference =

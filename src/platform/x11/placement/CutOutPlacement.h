@@ -32,7 +32,6 @@ class CutOutPlacement final : public Placement {
     // now on.
     CutOutPlacement(Connection &connection, const WindowMirror &mirror, const MainLoop &mainLoop,
                     freedesktop::LogOnce &log, bool focusRaises, OverlaySurface &overlay);
-    ~CutOutPlacement() override;
 
     bool isPossible(const Order &order) const override;
     bool holds(const Order &order) const override;

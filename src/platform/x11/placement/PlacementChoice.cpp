@@ -11,8 +11,10 @@ namespace lumo::x11 {
 
 namespace {
 
-// How long after it has focused a window a window manager may take to raise it, in seconds.
-constexpr double longestRaise = 0.5;
+// How long a window manager may leave the focused window beneath others, in seconds, and how long
+// one that has just taken over may bring the windows into its own order.
+constexpr double longestRaise = 0.2;
+constexpr double longestTakeover = 1;
 
 } // namespace
 
@@ -24,14 +26,14 @@ PlacementChoice::PlacementChoice(WindowMirror &mirror, MainLoop &mainLoop,
     , habits_(habitsOf(mirror.windowManagerName()))
     , chosenFor_(mirror.windowManagerName())
     , mirrorChanges_(mirror.onChange([this](const MirrorChange &change) { handle(change); })) {
+    watchFocusedWindow();
 }
 
 void PlacementChoice::handle(const MirrorChange &change) {
     if (change.windowManager) {
         choose();
-    } else if (change.activeWindow) {
-        watchActivation();
     }
+    watchFocusedWindow();
 }
 
 void PlacementChoice::choose() {
@@ -39,62 +41,49 @@ void PlacementChoice::choose() {
     if (std::exchange(chosenFor_, name) == name) {
         return;
     }
-    raiseIsDue_.reset();
-    missedRaiseOf_.reset();
+    takeoverEnds_ = mainLoop_.now() + longestTakeover;
+    missedRaise_.reset();
     set(habitsOf(name));
 }
 
-void PlacementChoice::watchActivation() {
-    raiseIsDue_.reset();
+// Whether focusing never raised it or a client has lowered it since is all the same: overlays that
+// lie between windows leave all above it uncovered.
+void PlacementChoice::watchFocusedWindow() {
     const auto active = mirror_.activeWindow();
-    if (!active || !habits_.focusRaises) {
+    if (!habits_.focusRaises || !active || !liesBeneathOthers(*active)) {
+        watched_.reset();
+        missedRaise_.reset();
         return;
     }
-    auto above = ordinaryWindowsAbove(*active);
-    if (above.empty()) {
-        missedRaiseOf_.reset();
+    if (std::exchange(watched_, active) == active) {
         return;
     }
-    raiseIsDue_ = mainLoop_.after(longestRaise, [this, active, above = std::move(above)] {
-        const auto stillAbove = ordinaryWindowsAbove(*active);
-        const bool hasStayed = std::ranges::any_of(above, [&](xcb_window_t window) {
-            return std::ranges::find(stillAbove, window) != stillAbove.end();
-        });
-        if (hasStayed && mirror_.activeWindow() == active) {
-            missedRaise(*active);
-        } else {
-            missedRaiseOf_.reset();
-        }
+    const double due = std::max(mainLoop_.now() + longestRaise, takeoverEnds_);
+    missedRaise_ = mainLoop_.after(due - mainLoop_.now(), [this] {
+        log_.print("[Lumo] Focus does not raise windows under " + managerDisplayName() +
+                   ", or a window was lowered; overlays lie on top, with cut-outs for what stays "
+                   "clear");
+        set({PlacementKind::cutOuts, false});
     });
 }
 
-// Once may be chance, as when one window manager replaces another.
-void PlacementChoice::missedRaise(xcb_window_t active) {
-    if (std::exchange(missedRaiseOf_, active).value_or(active) == active) {
-        return;
-    }
-    log_.print("[Lumo] Focus does not raise windows under " + managerDisplayName() +
-               "; overlays lie on top, with cut-outs for what stays clear");
-    set({PlacementKind::cutOuts, false});
-}
-
-// Of other programs, and neither docks nor dialogs.
-std::vector<xcb_window_t> PlacementChoice::ordinaryWindowsAbove(xcb_window_t client) const {
-    std::vector<xcb_window_t> windows;
+// Beneath ordinary windows that are no dialogs of its own application.
+bool PlacementChoice::liesBeneathOthers(xcb_window_t client) const {
     const auto *active = mirror_.find(client);
     if (active == nullptr || !active->isMapped || active->stackingLayer != StackingLayer::normal) {
-        return windows;
+        return false;
     }
     const auto &stacking = mirror_.stacking();
-    for (std::size_t i = stacking.size(); i-- > 0 && stacking[i] != active->frame;) {
-        const auto &window = *mirror_.find(stacking[i]);
-        if (window.isMapped && window.isManaged && !window.isInputOnly && !window.isOwn &&
-            window.stackingLayer == StackingLayer::normal && !window.transientFor &&
-            window.processIdentifier != active->processIdentifier) {
-            windows.push_back(window.frame);
-        }
-    }
-    return windows;
+    const auto place = std::ranges::find(stacking, active->frame);
+    return std::any_of(place, stacking.end(), [&](xcb_window_t frame) {
+        const auto &window = *mirror_.find(frame);
+        const bool isDialog =
+            window.transientFor && window.processIdentifier == active->processIdentifier;
+        return &window != active && window.canBeSeen() && !window.isMinimized() && !isDialog &&
+               window.stackingLayer == StackingLayer::normal &&
+               (window.isManaged || mirror_.windowManagerName().empty()) &&
+               mirror_.isOnCurrentDesktop(window);
+    });
 }
 
 void PlacementChoice::abandon(PlacementKind kind) {

@@ -9,7 +9,6 @@
 #include <functional>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace lumo {
 class MainLoop;
@@ -45,9 +44,8 @@ class PlacementChoice {
   private:
     void handle(const MirrorChange &change);
     void choose();
-    void watchActivation();
-    void missedRaise(xcb_window_t active);
-    std::vector<xcb_window_t> ordinaryWindowsAbove(xcb_window_t client) const;
+    void watchFocusedWindow();
+    bool liesBeneathOthers(xcb_window_t client) const;
     void set(const ManagerHabits &habits);
     std::string managerDisplayName() const;
 
@@ -58,8 +56,9 @@ class PlacementChoice {
     std::string chosenFor_; // the manager's name
     Signal<> changed_;
     Handle mirrorChanges_;
-    Handle raiseIsDue_;
-    std::optional<xcb_window_t> missedRaiseOf_; // the last window that got the focus, unraised
+    double takeoverEnds_ = 0;             // seconds
+    std::optional<xcb_window_t> watched_; // the focused window, while it lies beneath others
+    Handle missedRaise_;
 };
 
 } // namespace lumo::x11
