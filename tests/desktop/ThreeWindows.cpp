@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <set>
 
 namespace lumo::desktop {
@@ -140,7 +141,12 @@ std::string ThreeWindows::placementSeen() {
     if (!session.isOverrideRedirect(overlay)) {
         return "managed";
     }
-    return session.isShaped(overlay) ? "cut-outs" : "below";
+    const bool isOnTop = std::ranges::all_of(
+        std::array{red.subject.window, green.subject.window, blue.subject.window},
+        [&](xcb_window_t window) {
+            return !session.isViewable(window) || session.isAbove(overlay, session.frameOf(window));
+        });
+    return isOnTop ? "cut-outs" : "below";
 }
 
 } // namespace lumo::desktop

@@ -229,6 +229,7 @@ void X11PlatformWindow::goOut() {
 void X11PlatformWindow::hide(Stage stage, const drawing::PixelRect &area, const Order &order) {
     stage_ = stage;
     painter_->suspend();
+    surface_->setCutting(cutting());
     surface_->setCutAway(true);
     place(area, order);
     surface_->map();
@@ -246,6 +247,7 @@ void X11PlatformWindow::paint(const drawing::PlacedLayers &appearance, const Ord
 
 void X11PlatformWindow::show(const drawing::PixelRect &area, const Order &order) {
     stage_ = Stage::shown;
+    surface_->setCutting(cutting());
     place(area, order);
     painter_->present();
     surface_->setCutAway(false);
@@ -262,6 +264,15 @@ void X11PlatformWindow::place(const drawing::PixelRect &area, const Order &order
         }
         damageWhatComesOut(order);
     }
+    if (habits_.placement != PlacementKind::cutOuts) {
+        surface_->setShape({});
+    }
+}
+
+OverlaySurface::Cutting X11PlatformWindow::cutting() const {
+    return surroundings_.compositor.isCompositing() && surface_->depth() == 32
+               ? OverlaySurface::Cutting::pixels
+               : OverlaySurface::Cutting::shape;
 }
 
 void X11PlatformWindow::preparePainter(bool withBackdrop) {
@@ -282,6 +293,9 @@ void X11PlatformWindow::removePainter() {
 }
 
 void X11PlatformWindow::replacePainter() {
+    if (!surroundings_.compositor.isCompositing()) {
+        surface_->setCutting(OverlaySurface::Cutting::shape); // transparent pixels are black now
+    }
     removePainter();
     requestPush();
 }
@@ -295,7 +309,7 @@ std::unique_ptr<Painter> X11PlatformWindow::makePainter(bool withBackdrop) {
         }
     }
     if (surroundings_.compositor.isCompositing() && surface_->depth() == 32) {
-        return std::make_unique<TranslucentPainter>(drawing, surface_->id());
+        return std::make_unique<TranslucentPainter>(drawing, *surface_);
     }
     if (extensions.composite && extensions.damage &&
         drawing.formats.opaque(surface_->visual()) != XCB_NONE) {
@@ -312,10 +326,8 @@ X11PlatformWindow::makeScenePainter(std::unique_ptr<BackdropRenderer> renderer,
     auto scene = std::make_unique<SceneBelow>(
         connection_, surroundings_.surfaces, surroundings_.wallpaper, windows,
         [this] { return placement_->lowerWindows(wanted_.order); });
-    const ScenePainter::Canvas canvas{surface_->id(), surface_->depth(),
-                                      surface_->depth() == 32
-                                          ? drawing.formats.translucent()
-                                          : drawing.formats.opaque(surface_->visual())};
+    const auto format = surface_->depth() == 32 ? drawing.formats.translucent()
+                                                : drawing.formats.opaque(surface_->visual());
     // The painter is in the midst of its work when it fails.
     auto failed = [this, method = surroundings_.backdropRenderers.methodInUse()] {
         surroundings_.mainLoop.post(lifetime_.guard([this, method] {
@@ -324,7 +336,7 @@ X11PlatformWindow::makeScenePainter(std::unique_ptr<BackdropRenderer> renderer,
         }));
     };
     return std::make_unique<ScenePainter>(drawing.connection, surroundings_.mainLoop,
-                                          std::move(scene), canvas, std::move(renderer),
+                                          std::move(scene), *surface_, format, std::move(renderer),
                                           std::move(failed));
 }
 

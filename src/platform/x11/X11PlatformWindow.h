@@ -112,6 +112,7 @@ class X11PlatformWindow final : public PlatformWindow {
     void paint(const drawing::PlacedLayers &appearance, const Order &order);
     void show(const drawing::PixelRect &area, const Order &order);
     void place(const drawing::PixelRect &area, const Order &order);
+    OverlaySurface::Cutting cutting() const;
     void preparePainter(bool withBackdrop);
     std::unique_ptr<Painter> makePainter(bool withBackdrop);
     std::unique_ptr<Painter> makeScenePainter(std::unique_ptr<BackdropRenderer> renderer,

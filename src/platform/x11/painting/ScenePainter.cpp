@@ -1,6 +1,7 @@
 #include "platform/x11/painting/ScenePainter.h"
 
 #include "platform/x11/server/Connection.h"
+#include "platform/x11/server/OverlaySurface.h"
 #include "platform/x11/server/ProtocolRectangle.h"
 
 #include <algorithm>
@@ -19,12 +20,14 @@ drawing::PixelRect wholeOf(const RenderTarget &target) {
 } // namespace
 
 ScenePainter::ScenePainter(Connection &connection, MainLoop &mainLoop,
-                           std::unique_ptr<SceneBelow> scene, const Canvas &canvas,
+                           std::unique_ptr<SceneBelow> scene, OverlaySurface &window,
+                           xcb_render_pictformat_t format,
                            std::unique_ptr<BackdropRenderer> renderer, std::function<void()> failed)
     : connection_(connection)
     , mainLoop_(mainLoop)
     , scene_(std::move(scene))
-    , window_(canvas)
+    , window_(window)
+    , format_(format)
     , renderer_(std::move(renderer))
     , failed_(std::move(failed))
     , fresh_(makeEmptyRegion(connection_))
@@ -33,28 +36,24 @@ ScenePainter::ScenePainter(Connection &connection, MainLoop &mainLoop,
 }
 
 ScenePainter::Buffer ScenePainter::makeBuffer(const drawing::PixelRect &area) {
-    Buffer buffer{OwnedPixmap(connection_), OwnedPicture(connection_)};
-    xcb_create_pixmap(connection_, window_.depth, buffer.pixmap.id(), window_.window,
+    Buffer buffer{std::make_shared<OwnedPixmap>(connection_), OwnedPicture(connection_)};
+    xcb_create_pixmap(connection_, window_.depth(), buffer.pixmap->id(), window_.id(),
                       static_cast<std::uint16_t>(area.width),
                       static_cast<std::uint16_t>(area.height));
-    xcb_render_create_picture(connection_, buffer.picture.id(), buffer.pixmap.id(), window_.format,
-                              0, nullptr);
+    xcb_render_create_picture(connection_, buffer.picture.id(), buffer.pixmap->id(), format_, 0,
+                              nullptr);
     return buffer;
 }
 
 void ScenePainter::makeTarget(const drawing::PixelRect &area) {
     canvas_ = makeBuffer(area);
-    background_ = XCB_NONE;
+    isCanvasNew_ = true;
     if (renderer_->needsSceneApart()) {
         apart_ = makeBuffer(area);
     }
     const auto &scene = renderer_->needsSceneApart() ? apart_ : canvas_;
-    target_ = {area.width,        area.height,        window_.depth,       window_.format,
-               scene.pixmap.id(), scene.picture.id(), canvas_.pixmap.id(), canvas_.picture.id()};
-    context_ = OwnedGraphicsContext(connection_);
-    const std::uint32_t graphicsExposures = 0;
-    xcb_create_gc(connection_, context_.id(), canvas_.pixmap.id(), XCB_GC_GRAPHICS_EXPOSURES,
-                  &graphicsExposures);
+    target_ = {area.width,         area.height,        window_.depth(),      format_,
+               scene.pixmap->id(), scene.picture.id(), canvas_.pixmap->id(), canvas_.picture.id()};
     scene_->invalidate();
 }
 
@@ -139,10 +138,8 @@ void ScenePainter::drawn(bool succeeded) {
         return;
     }
     damage_ = {};
-    if (background_ != canvas_.pixmap.id()) {
-        // Servers show later drawing into it as well, since they keep the pixmap and not a copy.
-        background_ = canvas_.pixmap.id();
-        xcb_change_window_attributes(connection_, window_.window, XCB_CW_BACK_PIXMAP, &background_);
+    if (std::exchange(isCanvasNew_, false)) {
+        window_.setContents(canvas_.pixmap);
     }
     if (painted_) {
         std::exchange(painted_, nullptr)();
@@ -159,11 +156,9 @@ void ScenePainter::present() {
         return;
     }
     const auto &area = adopted_->area;
-    xcb_xfixes_set_gc_clip_region(connection_, context_.id(), fresh_.id(),
-                                  static_cast<std::int16_t>(-area.x),
-                                  static_cast<std::int16_t>(-area.y));
-    xcb_copy_area(connection_, canvas_.pixmap.id(), window_.window, context_.id(), 0, 0, 0, 0,
-                  static_cast<std::uint16_t>(area.width), static_cast<std::uint16_t>(area.height));
+    xcb_xfixes_translate_region(connection_, fresh_.id(), static_cast<std::int16_t>(-area.x),
+                                static_cast<std::int16_t>(-area.y));
+    window_.present(fresh_.id());
     xcb_xfixes_set_region(connection_, fresh_.id(), 0, nullptr);
 }
 

@@ -14,23 +14,18 @@
 
 namespace lumo::x11 {
 
+class OverlaySurface;
+
 // Shows a picture of what lies beneath with the layers drawn over it by a renderer, and draws what
 // changes beneath anew, at most once per refresh. Opaque, so that a compositing manager shows the
 // same.
 class ScenePainter final : public Painter {
   public:
-    // The window to paint, with its depth and format.
-    struct Canvas {
-        xcb_window_t window = XCB_NONE;
-        std::uint8_t depth = 0;
-        xcb_render_pictformat_t format = XCB_NONE;
-    };
-
-    // Calls failed when the renderer can't draw any more; nothing is painted from then on. The
-    // painter must outlive that call.
+    // The format is that of the window's pixels. Calls failed when the renderer can't draw any
+    // more; nothing is painted from then on. The painter must outlive that call.
     ScenePainter(Connection &connection, MainLoop &mainLoop, std::unique_ptr<SceneBelow> scene,
-                 const Canvas &canvas, std::unique_ptr<BackdropRenderer> renderer,
-                 std::function<void()> failed);
+                 OverlaySurface &window, xcb_render_pictformat_t format,
+                 std::unique_ptr<BackdropRenderer> renderer, std::function<void()> failed);
 
     void paint(const drawing::PlacedLayers &appearance, std::function<void()> painted) override;
     void present() override;
@@ -46,7 +41,7 @@ class ScenePainter final : public Painter {
     };
 
     struct Buffer {
-        OwnedPixmap pixmap;
+        std::shared_ptr<const OwnedPixmap> pixmap;
         OwnedPicture picture;
     };
 
@@ -66,16 +61,16 @@ class ScenePainter final : public Painter {
     Connection &connection_;
     MainLoop &mainLoop_;
     std::unique_ptr<SceneBelow> scene_;
-    Canvas window_;
+    OverlaySurface &window_;
+    xcb_render_pictformat_t format_;
     std::unique_ptr<BackdropRenderer> renderer_;
     std::function<void()> failed_;
 
     std::optional<drawing::PlacedLayers> adopted_;
-    Buffer canvas_; // what the window shows, its background as well
+    Buffer canvas_; // what the window shows once that has been rendered
     Buffer apart_;  // the scene, if the renderer needs it apart
     RenderTarget target_;
-    xcb_pixmap_t background_ = XCB_NONE; // the window's: the canvas once that has been rendered
-    OwnedGraphicsContext context_;
+    bool isCanvasNew_ = true; // and not yet the window's contents
 
     drawing::Region damage_; // to be rendered, or being rendered; from the window's top left
     OwnedRegion fresh_;      // rendered, or about to be, but not presented; on the root window

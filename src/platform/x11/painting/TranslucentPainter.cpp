@@ -1,5 +1,10 @@
 #include "platform/x11/painting/TranslucentPainter.h"
 
+#include "platform/x11/server/OverlaySurface.h"
+
+#include <memory>
+#include <utility>
+
 namespace lumo::x11 {
 
 namespace {
@@ -13,7 +18,7 @@ bool looksTheSame(const drawing::PlacedLayers &a, const drawing::PlacedLayers &b
 
 } // namespace
 
-TranslucentPainter::TranslucentPainter(const DrawingTools &tools, xcb_window_t window)
+TranslucentPainter::TranslucentPainter(const DrawingTools &tools, OverlaySurface &window)
     : tools_(tools)
     , window_(window) {
 }
@@ -21,10 +26,8 @@ TranslucentPainter::TranslucentPainter(const DrawingTools &tools, xcb_window_t w
 void TranslucentPainter::paint(const drawing::PlacedLayers &appearance,
                                std::function<void()> painted) {
     if (!painted_ || !looksTheSame(*painted_, appearance)) {
-        // The window keeps the pixmap alive as its background.
         auto group = drawLayers(tools_, appearance);
-        const std::uint32_t background = group.pixmap.id();
-        xcb_change_window_attributes(tools_.connection, window_, XCB_CW_BACK_PIXMAP, &background);
+        window_.setContents(std::make_shared<OwnedPixmap>(std::move(group.pixmap)));
         images_ = std::move(group.images);
         painted_ = appearance;
         isPresented_ = false;
@@ -34,7 +37,7 @@ void TranslucentPainter::paint(const drawing::PlacedLayers &appearance,
 
 void TranslucentPainter::present() {
     if (!isPresented_) {
-        xcb_clear_area(tools_.connection, 0, window_, 0, 0, 0, 0);
+        window_.present();
         isPresented_ = true;
     }
 }

@@ -3,17 +3,17 @@
 #include "platform/x11/painting/LayerGroup.h"
 #include "platform/x11/painting/Painter.h"
 
-#include <xcb/xcb.h>
-
 #include <optional>
 
 namespace lumo::x11 {
+
+class OverlaySurface;
 
 // For windows with alpha under a compositing manager, which does the blending with what lies
 // beneath. Draws once per change of the appearance and then leaves everything to the server.
 class TranslucentPainter final : public Painter {
   public:
-    TranslucentPainter(const DrawingTools &tools, xcb_window_t window);
+    TranslucentPainter(const DrawingTools &tools, OverlaySurface &window);
 
     void paint(const drawing::PlacedLayers &appearance, std::function<void()> painted) override;
     void present() override;
@@ -21,7 +21,7 @@ class TranslucentPainter final : public Painter {
 
   private:
     DrawingTools tools_;
-    xcb_window_t window_;
+    OverlaySurface &window_;
     std::optional<drawing::PlacedLayers> painted_;
     std::vector<std::shared_ptr<const ServerImage>> images_;
     bool isPresented_ = true;

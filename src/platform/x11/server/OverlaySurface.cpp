@@ -2,6 +2,7 @@
 
 #include "platform/x11/server/Connection.h"
 #include "platform/x11/server/PropertyWriter.h"
+#include "platform/x11/server/ProtocolRectangle.h"
 #include "platform/x11/server/RenderFormats.h"
 
 #include <sys/utsname.h>
@@ -20,6 +21,7 @@ OverlaySurface::OverlaySurface(Connection &connection, const RenderFormats &form
     , control_(control)
     , colormap_(connection)
     , window_(connection)
+    , context_(connection)
     , area_(area) {
     const auto translucent = formats.translucentVisual();
     depth_ = translucent != XCB_NONE ? 32 : connection_.screen().root_depth;
@@ -50,6 +52,11 @@ void OverlaySurface::create() {
         XCB_CW_BACK_PIXMAP | XCB_CW_BORDER_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK |
             XCB_CW_COLORMAP,
         attributes.data());
+    const std::uint32_t transparent = 0;
+    const std::uint32_t graphicsExposures = 0;
+    const std::array<std::uint32_t, 2> values = {transparent, graphicsExposures};
+    xcb_create_gc(connection_, context_.id(), id(), XCB_GC_FOREGROUND | XCB_GC_GRAPHICS_EXPOSURES,
+                  values.data());
 }
 
 void OverlaySurface::describe() {
@@ -133,12 +140,20 @@ void OverlaySurface::move(const drawing::PixelRect &area) {
                          XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH |
                              XCB_CONFIG_WINDOW_HEIGHT,
                          values.data());
+    if (cutting_ == Cutting::pixels) {
+        // The server keeps nothing of a window that it resizes.
+        pixels_ = makeEmptyRegion(connection_);
+        applyPixels();
+    }
 }
 
 void OverlaySurface::map() {
     if (state_ == State::unmapped) {
         state_ = State::mapped;
         xcb_map_window(connection_, id());
+        if (cutting_ == Cutting::pixels) {
+            present(); // what is drawn while it is unmapped is lost
+        }
     }
 }
 
@@ -149,6 +164,24 @@ void OverlaySurface::unmap() {
     }
 }
 
+void OverlaySurface::setCutting(Cutting cutting) {
+    if (cutting == cutting_) {
+        return;
+    }
+    cutting_ = cutting;
+    if (cutting_ == Cutting::shape) {
+        setContents(std::move(contents_));
+        applyShape();
+        return;
+    }
+    const std::uint32_t transparent = 0;
+    xcb_change_window_attributes(connection_, id(), XCB_CW_BACK_PIXEL, &transparent);
+    pixels_ = makeEmptyRegion(connection_);
+    xcb_clear_area(connection_, 0, id(), 0, 0, 0, 0);
+    applyShape();
+    useShape(XCB_NONE);
+}
+
 void OverlaySurface::setCutAway(bool isCutAway) {
     if (isCutAway != isCutAway_) {
         isCutAway_ = isCutAway;
@@ -157,6 +190,9 @@ void OverlaySurface::setCutAway(bool isCutAway) {
 }
 
 void OverlaySurface::setShape(OwnedRegion shape) {
+    if (!shape && !shape_) {
+        return;
+    }
     shape_ = std::move(shape);
     if (!isCutAway_) {
         applyShape();
@@ -171,6 +207,14 @@ void OverlaySurface::setPattern(OwnedRegion pattern) {
 }
 
 void OverlaySurface::applyShape() {
+    if (cutting_ == Cutting::pixels) {
+        applyPixels();
+    } else {
+        applyBoundingShape();
+    }
+}
+
+void OverlaySurface::applyBoundingShape() {
     if (isCutAway_) {
         useShape(outside_.id());
     } else if (!shape_ && !pattern_) {
@@ -187,8 +231,54 @@ void OverlaySurface::applyShape() {
     }
 }
 
+// Draws where it shows another part than before, and nowhere else: whoever composites draws that
+// anew.
+void OverlaySurface::applyPixels() {
+    auto shown = makeEmptyRegion(connection_);
+    const auto whole = toProtocol({0, 0, area_.width, area_.height});
+    if (!isCutAway_ && shape_) {
+        xcb_xfixes_copy_region(connection_, shape_.id(), shown.id());
+    } else if (!isCutAway_) {
+        xcb_xfixes_set_region(connection_, shown.id(), 1, &whole);
+    }
+    const auto changed = makeEmptyRegion(connection_);
+    xcb_xfixes_subtract_region(connection_, pixels_.id(), shown.id(), changed.id());
+    xcb_xfixes_set_gc_clip_region(connection_, context_.id(), changed.id(), 0, 0);
+    xcb_poly_fill_rectangle(connection_, id(), context_.id(), 1, &whole);
+    xcb_xfixes_subtract_region(connection_, shown.id(), pixels_.id(), changed.id());
+    copyContents(changed.id());
+    pixels_ = std::move(shown);
+}
+
 void OverlaySurface::useShape(xcb_xfixes_region_t shape) {
     xcb_xfixes_set_window_shape_region(connection_, id(), XCB_SHAPE_SK_BOUNDING, 0, 0, shape);
+}
+
+void OverlaySurface::setContents(std::shared_ptr<const OwnedPixmap> contents) {
+    contents_ = std::move(contents);
+    if (contents_ && cutting_ == Cutting::shape) {
+        const std::uint32_t background = contents_->id();
+        xcb_change_window_attributes(connection_, id(), XCB_CW_BACK_PIXMAP, &background);
+    }
+}
+
+void OverlaySurface::present(xcb_xfixes_region_t changed) {
+    if (cutting_ == Cutting::shape || changed == XCB_NONE) {
+        copyContents(cutting_ == Cutting::shape ? changed : pixels_.id());
+        return;
+    }
+    const auto visible = makeEmptyRegion(connection_);
+    xcb_xfixes_intersect_region(connection_, changed, pixels_.id(), visible.id());
+    copyContents(visible.id());
+}
+
+void OverlaySurface::copyContents(xcb_xfixes_region_t within) {
+    if (contents_) {
+        xcb_xfixes_set_gc_clip_region(connection_, context_.id(), within, 0, 0);
+        xcb_copy_area(connection_, contents_->id(), id(), context_.id(), 0, 0, 0, 0,
+                      static_cast<std::uint16_t>(area_.width),
+                      static_cast<std::uint16_t>(area_.height));
+    }
 }
 
 } // namespace lumo::x11

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 
 namespace lumo::x11 {
 
@@ -29,6 +30,10 @@ class OverlaySurface {
         mapped,
     };
 
+    // What keeps a part of it from being seen: the bounding shape; or transparent pixels, under
+    // compositing managers, some of which draw a window in a shape that it no longer has.
+    enum class Cutting { shape, pixels };
+
     // The first two arguments outlive the object. Calls stateKnown once, from the main loop, when
     // the state is no longer unconfirmed; never where it has been unusable from the beginning.
     OverlaySurface(Connection &connection, const RenderFormats &formats, Control control,
@@ -48,14 +53,26 @@ class OverlaySurface {
     void map();
     void unmap();
 
-    // Takes away every pixel while staying mapped.
+    // Shows the same by other means. Pixels need a depth of 32.
+    void setCutting(Cutting cutting);
+
+    // Shows nothing of it while it stays mapped.
     void setCutAway(bool isCutAway);
 
-    // What there is of it otherwise, from its top left; all of it when there is no region.
+    // What is shown of it otherwise, from its top left; all of it when there is no region.
     void setShape(OwnedRegion shape);
 
-    // The part of that shape which is drawn; all of it when there is no region.
+    // The part of that shape which is drawn; all of it when there is no region. For
+    // Cutting::shape.
     void setPattern(OwnedRegion pattern);
+
+    // The pixels of what is shown, a pixmap of the window's depth and, once it has been moved, its
+    // size. What comes to be shown from then on has them, also those drawn later.
+    void setContents(std::shared_ptr<const OwnedPixmap> contents);
+
+    // Brings the contents to what has been shown before, within the region from the window's top
+    // left; everywhere when there is none.
+    void present(xcb_xfixes_region_t changed = XCB_NONE);
 
   private:
     void create();
@@ -63,7 +80,10 @@ class OverlaySurface {
     void describeToManager();
     void letClicksThrough(std::function<void()> stateKnown);
     void applyShape();
+    void applyBoundingShape();
+    void applyPixels();
     void useShape(xcb_xfixes_region_t shape); // none: all of the window
+    void copyContents(xcb_xfixes_region_t within);
 
     Connection &connection_;
     Control control_;
@@ -72,11 +92,15 @@ class OverlaySurface {
     xcb_visualid_t visual_ = XCB_NONE;
     OwnedColormap colormap_;
     OwnedWindow window_;
+    OwnedGraphicsContext context_; // for transparent pixels and copies
     OwnedRegion outside_; // a pixel; some compositing managers take an empty shape for none at all
     OwnedRegion shape_;
     OwnedRegion pattern_;
     drawing::PixelRect area_;
     bool isCutAway_ = false;
+    Cutting cutting_ = Cutting::shape;
+    std::shared_ptr<const OwnedPixmap> contents_;
+    OwnedRegion pixels_; // for Cutting::pixels: where the window has its contents
     Lifetime lifetime_;
 };
 
