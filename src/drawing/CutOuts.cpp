@@ -7,10 +7,6 @@ namespace lumo::drawing {
 
 namespace {
 
-bool overlap(const PixelRect &a, const PixelRect &b) {
-    return !a.intersection(b).isEmpty();
-}
-
 // Of an ordinary window, when the reference is among the windows.
 bool staysClear(std::span<const CutOutWindow> windows, std::size_t index, std::size_t reference,
                 const CutOutRule &rule) {
@@ -20,7 +16,7 @@ bool staysClear(std::span<const CutOutWindow> windows, std::size_t index, std::s
     const auto &window = windows[index];
     return window.isFocused ||
            (index < reference &&
-            (overlap(window.area, windows[reference].area) || window.isDialogOfReference));
+            (window.area.overlaps(windows[reference].area) || window.isDialogOfReference));
 }
 
 } // namespace
@@ -50,10 +46,10 @@ std::vector<CutOutPiece> cutOutPieces(std::span<const CutOutWindow> windows,
     PixelRect clearBeneath;
     for (std::size_t i = windows.size(); i-- > 0;) {
         const auto &area = windows[i].area;
-        if (overlap(area, overlay) && (isClear[i] || overlap(area, clearBeneath))) {
+        if (area.overlaps(overlay) && (isClear[i] || area.overlaps(clearBeneath))) {
             pieces.push_back({windows[i].id, area, isClear[i]});
         }
-        if (overlap(area, overlay) && isClear[i]) {
+        if (area.overlaps(overlay) && isClear[i]) {
             clearBeneath = clearBeneath.united(area);
         }
     }

@@ -25,6 +25,8 @@ struct PixelRect {
                 std::min(maxY(), other.maxY()) - top};
     }
 
+    bool overlaps(const PixelRect &other) const { return !intersection(other).isEmpty(); }
+
     // The smallest rectangle that contains both; an empty one counts for nothing.
     PixelRect united(const PixelRect &other) const {
         if (isEmpty() || other.isEmpty()) {

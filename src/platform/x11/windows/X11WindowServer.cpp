@@ -27,10 +27,6 @@ int layerOf(const MirrorWindow &window) {
     return 0;
 }
 
-bool overlap(const drawing::PixelRect &a, const drawing::PixelRect &b) {
-    return a.x < b.maxX() && b.x < a.maxX() && a.y < b.maxY() && b.y < a.maxY();
-}
-
 } // namespace
 
 X11WindowServer::X11WindowServer(const WindowMirror &mirror, const X11Screens &screens,
@@ -102,7 +98,7 @@ bool X11WindowServer::isOnScreen(const MirrorWindow &window) const {
     }
     const auto &screens = screens_.pixelRects();
     return std::any_of(screens.begin(), screens.end(),
-                       [&](const auto &screen) { return overlap(screen, window.geometry); });
+                       [&](const auto &screen) { return screen.overlaps(window.geometry); });
 }
 
 WindowRecord X11WindowServer::makeRecord(const MirrorWindow &window) const {
