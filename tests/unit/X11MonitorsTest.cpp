@@ -50,6 +50,9 @@ TEST(Monitors, MonitorsShareNoPixel) {
          {{0, 0, 8, 6}, {8, 0, 8, 6}, {4, 2, 8, 6}},
          {{0, 0, 12, 8}, {12, 0, 4, 6}}},
         {"an empty one", {{0, 0, 8, 6}, {2, 2, 0, 0}}, {{0, 0, 8, 6}}},
+        {"beyond the root window",
+         {{0, 0, 8, 6}, {8, 0, 30000, 30000}, {20, 0, 4, 4}},
+         {{0, 0, 8, 6}, {8, 0, 8, 16}}},
     };
     for (const auto &[name, given, expected] : cases) {
         std::vector<Monitor> monitors;
@@ -58,11 +61,12 @@ TEST(Monitors, MonitorsShareNoPixel) {
             monitors.push_back({area, false, std::to_string(monitors.size()), {}});
         }
         std::vector<drawing::PixelRect> areas;
-        for (const auto &monitor : apart(monitors)) {
+        monitors = apart(std::move(monitors), {0, 0, 16, 16});
+        for (const auto &monitor : monitors) {
             areas.push_back(monitor.area);
         }
         EXPECT_EQ(areas, expected) << name;
-        EXPECT_EQ(apart(monitors).at(0).name, "0") << name;
+        EXPECT_EQ(monitors.at(0).name, "0") << name;
     }
 }
 

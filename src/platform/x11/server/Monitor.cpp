@@ -67,7 +67,10 @@ bool separateTwo(std::vector<Monitor> &monitors) {
 
 } // namespace
 
-std::vector<Monitor> apart(std::vector<Monitor> monitors) {
+std::vector<Monitor> apart(std::vector<Monitor> monitors, const drawing::PixelRect &root) {
+    for (auto &monitor : monitors) {
+        monitor.area = monitor.area.intersection(root);
+    }
     std::erase_if(monitors, [](const auto &monitor) { return monitor.area.isEmpty(); });
     while (separateTwo(monitors)) {
     }

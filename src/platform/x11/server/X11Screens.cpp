@@ -166,7 +166,7 @@ void X11Screens::finishMonitors(std::vector<Monitor> found) {
     reads_.finished(monitorsBit);
     std::stable_sort(found.begin(), found.end(),
                      [](const auto &a, const auto &b) { return a.isPrimary && !b.isPrimary; });
-    monitors_ = apart(std::move(found));
+    monitors_ = apart(std::move(found), root_);
     update();
 }
 
