@@ -66,13 +66,12 @@ bool take(const Layer &layer, const PlacedLayers &appearance, GrainPlanes &plane
 
 std::shared_ptr<const GrainPlane> planeOf(const Image &image, int width, int height) {
     const auto imageWidth = static_cast<std::size_t>(image.width);
-    if (image.width < 1 || image.height < 1 ||
-        image.pixels.size() < 4 * imageWidth * static_cast<std::size_t>(image.height)) {
+    if (!image.isWhole()) {
         return nullptr;
     }
     std::vector<std::size_t> columns(static_cast<std::size_t>(width));
     for (std::size_t x = 0; x < columns.size(); ++x) {
-        columns[x] = 4 * ((2 * x + 1) * imageWidth / (2 * columns.size()));
+        columns[x] = (2 * x + 1) * imageWidth / (2 * columns.size());
     }
     auto plane = std::make_shared<GrainPlane>();
     plane->width = width;
@@ -82,13 +81,12 @@ std::shared_ptr<const GrainPlane> planeOf(const Image &image, int width, int hei
         const auto row = (2 * static_cast<std::size_t>(y) + 1) *
                          static_cast<std::size_t>(image.height) /
                          (2 * static_cast<std::size_t>(height));
-        const auto *from = image.pixels.data() + 4 * row * imageWidth;
         for (const auto column : columns) {
-            const auto *pixel = from + column;
-            if (pixel[0] != pixel[1] || pixel[1] != pixel[2] || pixel[3] != 0xff) {
+            const auto [red, green, blue, alpha] = image.rgbaAt(row * imageWidth + column);
+            if (red != green || green != blue || alpha != 0xff) {
                 return nullptr;
             }
-            plane->values.push_back(pixel[0]);
+            plane->values.push_back(red);
         }
     }
     plane->values.resize(plane->values.size() + channelSlack);

@@ -93,6 +93,7 @@ void BackgroundMaterialPipeline::layout(const Rect &rect, double scale) {
     lastGrainSize_ = rect.size();
     lastScale_ = scale;
     grain.contentsScale = scale;
+    ++grainGenerationToken_; // what is on its way has another size
     if (auto image = GrainCache::shared().find(grainCacheKey(rect.size(), scale))) {
         grain.contents = std::move(image);
     } else {
@@ -101,13 +102,13 @@ void BackgroundMaterialPipeline::layout(const Rect &rect, double scale) {
 }
 
 void BackgroundMaterialPipeline::requestGrain(Size size, double scale) {
-    const auto token = ++grainGenerationToken_;
-    auto apply = lifetime_.guard([this, token](std::shared_ptr<const Image> image) {
-        if (token == grainGenerationToken_) {
-            tree_.layers[grainLayer_].contents = std::move(image);
-            onGrainArrived_();
-        }
-    });
+    auto apply =
+        lifetime_.guard([this, token = grainGenerationToken_](std::shared_ptr<const Image> image) {
+            if (token == grainGenerationToken_) {
+                tree_.layers[grainLayer_].contents = std::move(image);
+                onGrainArrived_();
+            }
+        });
     mainLoop_.runInBackground(
         QualityOfService::userInitiated,
         [size, scale, apply, &mainLoop = mainLoop_, existence = std::weak_ptr(existence_)] {

@@ -68,7 +68,7 @@ class BackgroundMaterialPipeline {
     double lastScale_ = 0;
     double lastIntensity_ = -1; // below 0: nothing is applied yet
     bool blurEnabled_ = true;
-    std::int64_t grainGenerationToken_ = 0;
+    std::int64_t grainGenerationToken_ = 0; // counts the sizes that were laid out
 
     // Tells background threads whether the pipeline is still there.
     std::shared_ptr<const Token> existence_ = std::make_shared<const Token>();

@@ -7,7 +7,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
+#include <iterator>
 #include <limits>
 #include <new>
 #include <stdexcept>
@@ -19,32 +19,18 @@ namespace {
 
 constexpr std::uint64_t firstState = 0x9E3779B97F4A7C15;
 constexpr std::uint64_t multiplier = 0x2545F4914F6CDD1D; // that of the published xorshift64*
-constexpr std::size_t bytesPerPixel = 4;
 
-using Pixel = std::array<std::uint8_t, bytesPerPixel>;
-
-// The pixel for each value of a random byte: an opaque grey around the middle.
-constexpr std::array<Pixel, 256> makePixels() {
-    std::array<Pixel, 256> pixels{};
+// The grey for each value of a random byte: around the middle.
+constexpr std::array<std::uint8_t, 256> makeGreys() {
+    std::array<std::uint8_t, 256> greys{};
     for (int byte = 0; byte < 256; ++byte) {
-        const auto grey = static_cast<std::uint8_t>(128 + (byte - 128) * 2 / 3);
-        pixels[static_cast<std::size_t>(byte)] = {grey, grey, grey, 255};
+        greys[static_cast<std::size_t>(byte)] =
+            static_cast<std::uint8_t>(128 + (byte - 128) * 2 / 3);
     }
-    return pixels;
+    return greys;
 }
 
-constexpr auto pixelOfByte = makePixels();
-
-std::uint64_t fillRow(Bytes &row, std::uint64_t state) {
-    const auto end = row.size();
-    for (std::size_t at = 0; at < end; at += bytesPerPixel) {
-        state ^= state >> 12;
-        state ^= state << 25;
-        state ^= state >> 27;
-        std::memcpy(&row[at], &pixelOfByte[(state * multiplier) >> 56], bytesPerPixel);
-    }
-    return state;
-}
+constexpr auto greyOfByte = makeGreys();
 
 int integerInRange(double value) {
     require(std::isfinite(value) && value > std::numeric_limits<int>::min() &&
@@ -67,14 +53,15 @@ std::shared_ptr<const Image> makeFineGrainImage(Size size, double scale) {
         auto image = std::make_shared<Image>();
         image->width = key.width;
         image->height = key.height;
-        Bytes row(static_cast<std::size_t>(key.width) * bytesPerPixel);
-        // Rows are made in the processor's cache and appended, so that the memory of the image is
-        // written once.
-        image->pixels.reserve(row.size() * static_cast<std::size_t>(key.height));
+        image->format = Image::Format::grey;
+        image->pixels.resize(static_cast<std::size_t>(key.width) *
+                             static_cast<std::size_t>(key.height));
         auto state = firstState;
-        for (int line = 0; line < key.height; ++line) {
-            state = fillRow(row, state);
-            image->pixels.insert(image->pixels.end(), row.begin(), row.end());
+        for (auto &grey : image->pixels) {
+            state ^= state >> 12;
+            state ^= state << 25;
+            state ^= state >> 27;
+            grey = greyOfByte[(state * multiplier) >> 56];
         }
         return image;
     } catch (const std::bad_alloc &) {
@@ -91,31 +78,44 @@ GrainCache &GrainCache::shared() {
     return cache;
 }
 
-std::shared_ptr<const Image> GrainCache::find(const GrainCacheKey &key) const {
-    const std::shared_lock lock(imagesMutex_);
-    const auto found = images_.find(key);
-    return found == images_.end() ? nullptr : found->second;
+std::shared_ptr<const Image> GrainCache::find(const GrainCacheKey &key) {
+    const std::lock_guard lock(mutex_);
+    return findLocked(key);
 }
 
-void GrainCache::store(const GrainCacheKey &key, std::shared_ptr<const Image> image) {
-    const std::unique_lock lock(imagesMutex_);
-    images_[key] = std::move(image);
+std::shared_ptr<const Image> GrainCache::findLocked(const GrainCacheKey &key) {
+    const auto found = std::ranges::find(entries_, key, &Entry::key);
+    if (found == entries_.end()) {
+        return nullptr;
+    }
+    entries_.splice(entries_.begin(), entries_, found);
+    return found->image;
+}
+
+void GrainCache::storeLocked(const GrainCacheKey &key, std::shared_ptr<const Image> image) {
+    entries_.push_front({key, std::move(image)});
+    std::size_t unused = 0;
+    for (auto entry = std::next(entries_.begin()); entry != entries_.end();) {
+        const bool isUsed = entry->image.use_count() > 1;
+        unused += isUsed ? 0 : entry->image->pixels.size();
+        entry = !isUsed && unused > budget ? entries_.erase(entry) : std::next(entry);
+    }
 }
 
 std::shared_ptr<const Image> GrainCache::findOrRender(Size size, double scale) {
     const auto key = grainCacheKey(size, scale);
-    std::unique_lock lock(workMutex_);
+    std::unique_lock lock(mutex_);
     renderingEnded_.wait(lock, [&] { return !rendering_.contains(key); });
-    if (auto image = find(key)) {
+    if (auto image = findLocked(key)) {
         return image;
     }
     rendering_.insert(key);
     lock.unlock();
     auto image = makeFineGrainImage(size, scale);
-    if (image) {
-        store(key, image);
-    }
     lock.lock();
+    if (image) {
+        storeLocked(key, image);
+    }
     rendering_.erase(key);
     renderingEnded_.notify_all();
     return image;
@@ -123,13 +123,13 @@ std::shared_ptr<const Image> GrainCache::findOrRender(Size size, double scale) {
 
 GrainCache::Reservation GrainCache::reserve(const GrainCacheKey &key) {
     {
-        const std::lock_guard lock(workMutex_);
+        const std::lock_guard lock(mutex_);
         if (!reserved_.insert(key).second) {
             return nullptr;
         }
     }
     return {this, [key](GrainCache *cache) {
-                const std::lock_guard lock(cache->workMutex_);
+                const std::lock_guard lock(cache->mutex_);
                 cache->reserved_.erase(key);
             }};
 }

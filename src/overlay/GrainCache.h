@@ -4,11 +4,11 @@
 #include "support/Geometry.h"
 
 #include <condition_variable>
-#include <map>
+#include <cstddef>
+#include <list>
 #include <memory>
 #include <mutex>
 #include <set>
-#include <shared_mutex>
 #include <tuple>
 
 namespace lumo {
@@ -30,39 +30,47 @@ struct GrainCacheKey {
 // fewer than one each way. Stops the program on a size or scale that is not finite or out of range.
 GrainCacheKey grainCacheKey(Size size, double scale);
 
-// A fine monochrome noise of that many pixels, opaque; the same at every call. Null when there is
-// no memory for it. Any thread.
+// A fine monochrome noise of that many pixels; the same at every call. Null when there is no memory
+// for it. Any thread.
 std::shared_ptr<const Image> makeFineGrainImage(Size size, double scale);
 
-// The grain images of the process, one for each key, kept for good. Any thread.
+// The grain images of the process, one for each key. Those that are in use stay, and with them the
+// most recently used others that fit in the budget. Any thread.
 class GrainCache {
   public:
+    // Bytes: three displays of 3,840 x 2,160 pixels.
+    static constexpr std::size_t budget = std::size_t{24} << 20U;
+
     // Held while an image is on its way, see reserve().
     using Reservation = std::shared_ptr<const void>;
 
     static GrainCache &shared();
 
-    // The image, if it has been rendered.
-    std::shared_ptr<const Image> find(const GrainCacheKey &key) const;
+    // The image, if it has been rendered and is still kept.
+    std::shared_ptr<const Image> find(const GrainCacheKey &key);
 
-    // The image, rendered now unless it has been before. Waits for another thread that is at it.
-    // Null when it can't be rendered.
+    // The image, rendered now unless it is there. Waits for another thread that renders it. Null
+    // when it can't be rendered.
     std::shared_ptr<const Image> findOrRender(Size size, double scale);
 
-    // Says that the caller is about to have this image rendered: null when somebody else has said
+    // Says that the caller is about to have this image rendered: null when another caller has said
     // so and has not let go of the reservation yet.
     Reservation reserve(const GrainCacheKey &key);
 
   private:
+    struct Entry {
+        GrainCacheKey key;
+        std::shared_ptr<const Image> image;
+    };
+
     GrainCache() = default;
 
-    void store(const GrainCacheKey &key, std::shared_ptr<const Image> image);
+    std::shared_ptr<const Image> findLocked(const GrainCacheKey &key);
+    void storeLocked(const GrainCacheKey &key, std::shared_ptr<const Image> image);
 
-    mutable std::shared_mutex imagesMutex_;
-    std::map<GrainCacheKey, std::shared_ptr<const Image>> images_;
-
-    std::mutex workMutex_;
+    std::mutex mutex_; // guards all below
     std::condition_variable renderingEnded_;
+    std::list<Entry> entries_; // the last used one first
     std::set<GrainCacheKey> rendering_;
     std::set<GrainCacheKey> reserved_;
 };

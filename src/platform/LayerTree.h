@@ -3,6 +3,8 @@
 #include "support/Geometry.h"
 #include "support/Value.h"
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -24,12 +26,33 @@ struct Color {
     bool operator==(const Color &) const = default;
 };
 
-// Pixels in rows from the top, four bytes each (red, green, blue, alpha), premultiplied, rows
-// without padding.
+// Pixels in rows from the top, rows without padding.
 struct Image {
+    enum class Format {
+        rgba, // four bytes each: red, green, blue, alpha, premultiplied
+        grey, // one byte each, opaque
+    };
+
     int width = 0;
     int height = 0;
     Bytes pixels;
+    Format format = Format::rgba;
+
+    std::size_t bytesPerPixel() const { return format == Format::rgba ? 4 : 1; }
+
+    // Whether the pixels are all there, and at least one is.
+    bool isWhole() const {
+        return width > 0 && height > 0 &&
+               pixels.size() / bytesPerPixel() / static_cast<std::size_t>(width) >=
+                   static_cast<std::size_t>(height);
+    }
+
+    // Red, green, blue and alpha of the pixel at that place in the rows.
+    std::array<std::uint8_t, 4> rgbaAt(std::size_t pixel) const {
+        const auto *at = &pixels[pixel * bytesPerPixel()];
+        return format == Format::rgba ? std::array{at[0], at[1], at[2], at[3]}
+                                      : std::array<std::uint8_t, 4>{*at, *at, *at, 255};
+    }
 };
 
 // A filter of what a backdrop layer shows, with its one parameter.

@@ -154,6 +154,11 @@ TEST_F(BackgroundMaterialPipelineTest, GrainOfTheNewestLayout) {
         }
         EXPECT_EQ(arrivals, 1);
         EXPECT_EQ(grain().contents->height, 4);
+        pipeline->layout({0, 0, width, 5}, 1);
+        pipeline->layout({0, 0, width, 4}, 1); // from the cache
+        loop.runBackgroundTasks();
+        loop.runPosted();
+        EXPECT_EQ(grain().contents->height, 4);
     }
 }
 
@@ -205,20 +210,36 @@ TEST_F(BackgroundMaterialPipelineTest, EachSizeIsPrewarmedOnce) {
 }
 
 TEST(GrainCache, KnownBytesEveryTime) {
-    const auto hash = [](const Bytes &bytes) { // FNV-1a
-        std::uint64_t result = 0xcbf29ce484222325;
-        for (const auto byte : bytes) {
-            result = (result ^ byte) * 0x100000001b3;
-        }
-        return result;
-    };
     // Both made by another implementation of the generator.
-    EXPECT_THAT(
-        makeFineGrainImage({2, 2}, 1)->pixels,
-        ElementsAre(52, 52, 52, 255, 99, 99, 99, 255, 154, 154, 154, 255, 126, 126, 126, 255));
+    EXPECT_THAT(makeFineGrainImage({2, 2}, 1)->pixels, ElementsAre(52, 99, 154, 126));
     const auto image = makeFineGrainImage({257, 131.9}, 1);
-    EXPECT_THAT(image->pixels, SizeIs(257 * 131 * 4));
-    EXPECT_EQ(hash(image->pixels), 0x4aca1fd4ebdfcd0U);
+    ASSERT_THAT(image->pixels, SizeIs(257 * 131));
+    std::uint64_t hash = 0xcbf29ce484222325; // FNV-1a
+    for (std::size_t pixel = 0; pixel < image->pixels.size(); ++pixel) {
+        for (const auto byte : image->rgbaAt(pixel)) {
+            hash = (hash ^ byte) * 0x100000001b3;
+        }
+    }
+    EXPECT_EQ(hash, 0x4aca1fd4ebdfcd0U);
+}
+
+TEST(GrainCache, KeepsUsedImagesAndTheNewestOthersWithinItsBudget) {
+    auto &cache = GrainCache::shared();
+    const auto at = [&](int index) { return cache.find(grainCacheKey({1024, 1000.0 + index}, 1)); };
+    const auto used = cache.findOrRender({1024, 1000}, 1);
+    for (int index = 1; index < 100; ++index) {
+        cache.findOrRender({1024, 1000.0 + index}, 1);
+        EXPECT_NE(at(1), nullptr) << "used again and again";
+    }
+    EXPECT_EQ(at(0), used);
+    EXPECT_NE(at(99), nullptr);
+    std::size_t kept = 0;
+    for (int index = 1; index < 100; ++index) {
+        const auto image = at(index);
+        kept += image ? image->pixels.size() : 0;
+    }
+    EXPECT_GT(kept, GrainCache::budget / 2);
+    EXPECT_LE(kept, GrainCache::budget + 2 * used->pixels.size());
 }
 
 TEST(GrainCache, OneRenderingForSeveralThreads) {

@@ -14,6 +14,7 @@
 namespace lumo::macos {
 
 static_assert(premultipliedLast == kCGImageAlphaPremultipliedLast);
+static_assert(noAlpha == kCGImageAlphaNone);
 
 namespace {
 
@@ -79,9 +80,13 @@ id nativeImage(const std::shared_ptr<const Image> &image) {
     if (!provider) {
         return nil;
     }
-    const CFReference<CGColorSpaceRef> colors(CGColorSpaceCreateDeviceRGB());
-    return CFBridgingRelease(CGImageCreate(width, height, 8, 32, 4 * width, colors.get(),
-                                           premultipliedLast, provider.get(), nullptr, false,
+    const bool isGrey = image->format == Image::Format::grey;
+    const CFReference<CGColorSpaceRef> colors(isGrey ? CGColorSpaceCreateDeviceGray()
+                                                     : CGColorSpaceCreateDeviceRGB());
+    const auto pixelBytes = image->bytesPerPixel();
+    return CFBridgingRelease(CGImageCreate(width, height, 8, 8 * pixelBytes, pixelBytes * width,
+                                           colors.get(), isGrey ? noAlpha : premultipliedLast,
+                                           provider.get(), nullptr, false,
                                            kCGRenderingIntentDefault));
 }
 

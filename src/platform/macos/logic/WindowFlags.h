@@ -42,7 +42,8 @@ inline constexpr std::uint64_t heightSizable = 1U << 4U;
 inline constexpr std::uint64_t both = widthSizable | heightSizable;
 } // namespace autoresizing
 
-// Alpha last and premultiplied, as LayerTree's images are.
+// How images of one and of four bytes per pixel keep their alpha, as LayerTree's do.
+inline constexpr std::uint32_t noAlpha = 0;
 inline constexpr std::uint32_t premultipliedLast = 1;
 
 } // namespace lumo::macos

@@ -28,13 +28,13 @@ Color scaled(const Color &color, double factor) {
 // The mean of some of its pixels, premultiplied.
 Color meanOf(const Image &image) {
     constexpr std::size_t enough = 4096;
-    const std::size_t count = image.pixels.size() / 4;
+    const std::size_t count = image.pixels.size() / image.bytesPerPixel();
     // Odd, so that columns of all kinds are met.
     const std::size_t step = std::max<std::size_t>(1, count / enough) | 1U;
     Color sum;
     double samples = 0;
     for (std::size_t pixel = 0; pixel < count; pixel += step) {
-        const auto *at = &image.pixels[pixel * 4];
+        const auto at = image.rgbaAt(pixel);
         sum = {sum.red + at[0], sum.green + at[1], sum.blue + at[2], sum.alpha + at[3]};
         ++samples;
     }

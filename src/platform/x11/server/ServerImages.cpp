@@ -3,25 +3,22 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <span>
 
 namespace lumo::x11 {
 
 namespace {
 
 constexpr std::size_t largestPiece = 1 << 20; // bytes
+constexpr std::size_t serverPixelBytes = 4;
 
-// From red, green, blue, alpha to a number with alpha in its highest byte and blue in its lowest.
-Bytes inServerOrder(std::span<const std::uint8_t> rgba, bool isLsbFirst) {
-    Bytes result(rgba.size());
-    for (std::size_t at = 0; at + 3 < rgba.size(); at += 4) {
-        const std::array<std::uint8_t, 4> argb = {rgba[at + 3], rgba[at], rgba[at + 1],
-                                                  rgba[at + 2]};
-        if (isLsbFirst) {
-            std::ranges::reverse_copy(argb, result.begin() + static_cast<std::ptrdiff_t>(at));
-        } else {
-            std::ranges::copy(argb, result.begin() + static_cast<std::ptrdiff_t>(at));
-        }
+// Pixels from the first on, each a number with alpha in its highest byte and blue in its lowest.
+Bytes inServerOrder(const Image &image, std::size_t first, std::size_t count, bool isLsbFirst) {
+    Bytes result(count * serverPixelBytes);
+    auto to = result.begin();
+    for (std::size_t pixel = first; pixel < first + count; ++pixel) {
+        const auto [red, green, blue, alpha] = image.rgbaAt(pixel);
+        const std::array argb = {alpha, red, green, blue};
+        to = isLsbFirst ? std::ranges::reverse_copy(argb, to).out : std::ranges::copy(argb, to).out;
     }
     return result;
 }
@@ -48,12 +45,7 @@ std::shared_ptr<const ServerImage> ServerImages::find(const std::shared_ptr<cons
 
 std::shared_ptr<const ServerImage> ServerImages::upload(const Image &image) {
     constexpr int largestPixmap = 32767;
-    if (image.width < 1 || image.height < 1 || image.width > largestPixmap ||
-        image.height > largestPixmap) {
-        return nullptr;
-    }
-    const auto rowBytes = static_cast<std::size_t>(image.width) * 4;
-    if (image.pixels.size() < rowBytes * static_cast<std::size_t>(image.height)) {
+    if (!image.isWhole() || image.width > largestPixmap || image.height > largestPixmap) {
         return nullptr;
     }
     const bool isLsbFirst = connection_.setup().image_byte_order == XCB_IMAGE_ORDER_LSB_FIRST;
@@ -70,12 +62,12 @@ std::shared_ptr<const ServerImage> ServerImages::upload(const Image &image) {
     const auto requestBytes = std::min(
         largestPiece, static_cast<std::size_t>(xcb_get_maximum_request_length(connection_)) * 4 -
                           sizeof(xcb_put_image_request_t) - sizeof(std::uint32_t));
-    const auto rowsAtOnce = std::max<std::size_t>(1, requestBytes / rowBytes);
+    const auto rowPixels = static_cast<std::size_t>(image.width);
+    const auto rowsAtOnce = std::max<std::size_t>(1, requestBytes / (rowPixels * serverPixelBytes));
     const auto height = static_cast<std::size_t>(image.height);
     for (std::size_t row = 0; row < height; row += rowsAtOnce) {
         const auto rows = std::min(rowsAtOnce, height - row);
-        const auto pixels =
-            inServerOrder({image.pixels.data() + row * rowBytes, rows * rowBytes}, isLsbFirst);
+        const auto pixels = inServerOrder(image, row * rowPixels, rows * rowPixels, isLsbFirst);
         xcb_put_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, pixmap, context.id(), width,
                       static_cast<std::uint16_t>(rows), 0, static_cast<std::int16_t>(row), 0, 32,
                       static_cast<std::uint32_t>(pixels.size()), pixels.data());

@@ -21,6 +21,7 @@ struct CGAffineTransform {
 typedef uint32_t CGBitmapInfo;
 enum LUMO_SINCE(10.0) CGImageAlphaInfo : uint32_t {
     kCGImageAlphaNone = 0,
+    kCGImageAlphaNone = 0,
     kCGImageAlphaPremultipliedLast = 1,
     kCGImageAlphaPremultipliedFirst = 2,
 };
@@ -43,6 +44,8 @@ static inline CGRect CGRectMake(CGFloat x, CGFloat y, CGFloat width, CGFloat hei
 extern "C" {
 bool CGRectEqualToRect(CGRect one, CGRect other) LUMO_SINCE(10.0);
 
+CGColorSpaceRef CGColorSpaceCreateDeviceGray(void) LUMO_SINCE(10.0)
+    __attribute__((cf_returns_retained));
 CGColorSpaceRef CGColorSpaceCreateDeviceRGB(void) LUMO_SINCE(10.0)
     __attribute__((cf_returns_retained));
 CGDataProviderRef CGDataProviderCreateWithCFData(CFDataRef data) LUMO_SINCE(10.4)
