@@ -3,6 +3,7 @@
 #include "overlay/FullScreenOverlayWindow.h"
 #include "overlay/OverlayScreenView.h"
 #include "overlay/ReferenceWindow.h"
+#include "overlay/TickSchedule.h"
 #include "platform/Platform.h"
 #include "platform/Screens.h"
 #include "settings/EffectMode.h"
@@ -26,8 +27,8 @@ namespace lumo {
 
 class SettingsStore;
 
-// Owns one overlay per display while the effect is shown, and decides sixty times a second which
-// window stays clear on each display and what each overlay shows.
+// Owns one overlay per display while the effect is shown, and decides at each tick which window
+// stays clear on each display and what each overlay shows. See TickSchedule for when it ticks.
 //
 // One update goes: the desktop becomes a FocusContext, that a RenderPlan, that one RenderSnapshot
 // per display, and only a snapshot that differs from the last applied one changes what is drawn.
@@ -57,6 +58,7 @@ class OverlayManager {
     struct CoverLock {
         WindowID windowID = 0;
         double until = 0;
+        double renewedAt = 0; // when an update last prolonged it
     };
 
     enum class ScreenRenderCommand { hidden, liveBackdrop };
@@ -87,6 +89,9 @@ class OverlayManager {
         RenderSnapshot snapshot;
         double firstSeenAt = 0;
     };
+
+    // Seconds for which another clear window has to be wanted before it is shown.
+    static constexpr double focusDebounceDuration = 0.08;
 
     // What is to be done about a display's desired snapshot.
     enum class RenderStep { unchanged, apply, startDebounce, holdDebounce };
@@ -191,6 +196,10 @@ class OverlayManager {
     void setupObservers();
     void tick();
     void syncAndUpdate();
+    std::optional<double> nextDeadline() const;
+    // The Cover App that is to be held clear; null when there is none.
+    const std::string *coverApp() const;
+    void prolongCoverLocks();
     void syncOverlaysToCurrentScreens();
     void removeStaleOverlays();
     void fitOverlay(DisplayOverlay &overlay, const Screen &screen, int screenIndex);
@@ -210,7 +219,8 @@ class OverlayManager {
     std::map<DisplayID, DisplayMemory> displayMemories_;
     std::set<WindowID> overlayWindowIDs_;
     Published<bool> isShowing_{false};
-    Handle timer_;
+    TickSchedule schedule_;
+    double lastUpdateAt_ = 0;
     std::vector<Handle> observers_;
     // The last application that was resolved as in front.
     std::optional<ProcessID> lastResolvedFrontPID_;

@@ -2,6 +2,7 @@
 #include "overlay/OverlayManager.h"
 #include "overlay/ScreenGeometry.h"
 #include "platform/Accessibility.h"
+#include "platform/DesktopChanges.h"
 #include "platform/MainLoop.h"
 #include "platform/Workspace.h"
 #include "settings/SettingsStore.h"
@@ -13,10 +14,10 @@ namespace lumo {
 
 namespace {
 
-constexpr double refreshInterval = 1.0 / 60;
 constexpr double transitionDuration = 0.12;
 constexpr double resizeTransitionDuration = 0.22;
 constexpr double coverBringForwardInterval = 0.45;
+constexpr double sumOfRoundings = 1e-6; // of the times of ticks, of which 27 make that interval
 
 Rect contentBounds(const Screen &screen) {
     return {0, 0, screen.frame.width, screen.frame.height};
@@ -36,7 +37,8 @@ OverlayManager::DisplayOverlay::DisplayOverlay(const Platform &platform, const S
 OverlayManager::OverlayManager(const Platform &platform, SettingsStore &settingsStore)
     : platform_(platform)
     , settingsStore_(settingsStore)
-    , windowService_(platform.windowServer, platform.workspace) {
+    , windowService_(platform.windowServer, platform.workspace)
+    , schedule_(platform.mainLoop, platform.desktopChanges != nullptr, [this] { tick(); }) {
     BackgroundMaterialPipeline::prewarmGrainCache(platform_.screens.screens(), platform_.mainLoop);
 }
 
@@ -57,7 +59,7 @@ void OverlayManager::startShowing() {
     platform_.mainLoop.post(lifetime_.guard([this] {
         attemptBringCoverAppToFront(settingsStore_.privacyCoverBringForwardOnStart.value());
     }));
-    timer_ = platform_.mainLoop.every(refreshInterval, lifetime_.guard([this] { tick(); }));
+    schedule_.start();
     syncAndUpdate();
 }
 
@@ -93,6 +95,13 @@ void OverlayManager::setupObservers() {
     observers_.push_back(workspace.onDidTerminateApplication(followDesktop));
     observers_.push_back(workspace.onActiveSpaceDidChange(followTransition));
     observers_.push_back(platform_.screens.onScreenParametersDidChange(followTransition));
+    if (platform_.desktopChanges != nullptr) {
+        const auto wake = [this] { schedule_.wake(); };
+        observers_.push_back(platform_.desktopChanges->onChange(wake));
+        for (auto *setting : settingsStore_.settings()) {
+            observers_.push_back(setting->subscribeToAssignments(wake));
+        }
+    }
 }
 
 void OverlayManager::tick() {
@@ -101,14 +110,37 @@ void OverlayManager::tick() {
     }
     const auto stillHere = lifetime_.watch();
     syncAndUpdate();
-    if (stillHere) {
+    if (stillHere && isShowing()) {
         attemptBringCoverAppToFront(false);
+        schedule_.sleepUntil(nextDeadline());
     }
 }
 
 void OverlayManager::syncAndUpdate() {
+    const auto stillHere = lifetime_.watch();
     syncOverlaysToCurrentScreens();
     updateAllOverlays();
+    if (stillHere) {
+        schedule_.sleepUntil(nextDeadline());
+    }
+}
+
+// When a tick would do something although nothing has changed.
+std::optional<double> OverlayManager::nextDeadline() const {
+    std::optional<double> next;
+    const auto consider = [&](double time) { next = std::min(next.value_or(time), time); };
+    for (const auto &[display, overlay] : overlays_) {
+        if (overlay.pendingRender) {
+            consider(overlay.pendingRender->firstSeenAt + focusDebounceDuration);
+        }
+    }
+    if (platform_.mainLoop.now() < transitionUntil_) {
+        consider(transitionUntil_);
+    }
+    if (coverApp() != nullptr && settingsStore_.privacyCoverKeepAbove.value()) {
+        consider(lastCoverBringForwardAt_ + coverBringForwardInterval);
+    }
+    return next;
 }
 
 void OverlayManager::extendTransition(double seconds) {
@@ -173,28 +205,32 @@ void OverlayManager::removeOverlays() {
 }
 
 void OverlayManager::cleanup() {
-    timer_.reset();
+    schedule_.stop();
     observers_.clear();
     removeOverlays();
 }
 
+const std::string *OverlayManager::coverApp() const {
+    const auto &bundleID = settingsStore_.privacyCoverBundleID.value();
+    const bool isChosen =
+        settingsStore_.privacyCoverEnabled.value() && bundleID && !bundleID->empty();
+    return isChosen ? &*bundleID : nullptr;
+}
+
 void OverlayManager::attemptBringCoverAppToFront(bool force) {
-    if (!settingsStore_.privacyCoverEnabled.value()) {
-        return;
-    }
-    const auto &coverBundleID = settingsStore_.privacyCoverBundleID.value();
-    if (!coverBundleID || coverBundleID->empty()) {
+    const auto *coverBundleID = coverApp();
+    if (coverBundleID == nullptr) {
         return;
     }
     const double now = platform_.mainLoop.now();
     if (!force && (!settingsStore_.privacyCoverKeepAbove.value() ||
-                   now - lastCoverBringForwardAt_ < coverBringForwardInterval)) {
+                   now - lastCoverBringForwardAt_ < coverBringForwardInterval - sumOfRoundings)) {
         return;
     }
     lastCoverBringForwardAt_ = now;
     const auto &applications = platform_.workspace.runningApplications();
     const auto cover =
-        std::ranges::find(applications, coverBundleID, &RunningApplication::bundleIdentifier);
+        std::ranges::find(applications, *coverBundleID, &RunningApplication::bundleIdentifier);
     if (cover == applications.end()) {
         return;
     }

@@ -11,7 +11,6 @@ namespace lumo {
 
 namespace {
 
-constexpr double focusDebounceDuration = 0.08;
 constexpr double logInterval = 0.2;
 
 void requireDistinctDisplayIDs(const std::vector<Screen> &screens) {
@@ -75,15 +74,30 @@ OverlayManager::resolveAndLockCoverWindow(const Screen &screen, const FocusConte
     const auto reference =
         resolveCoverReferenceWindowForScreen(screen, context, coverBundleID, lock, now);
     if (reference) {
-        lock = CoverLock{*reference, now + settingsStore_.coverWindowLockDuration.value()};
+        lock = CoverLock{*reference, now + settingsStore_.coverWindowLockDuration.value(), now};
     } else {
         lock.reset();
     }
     return reference;
 }
 
+// Each of the ticks that were slept through would have prolonged the locks that hold.
+void OverlayManager::prolongCoverLocks() {
+    const auto missed = schedule_.lastMissedTick();
+    if (!missed || *missed <= lastUpdateAt_) {
+        return;
+    }
+    for (auto &[display, memory] : displayMemories_) {
+        if (memory.coverLock && memory.coverLock->renewedAt == lastUpdateAt_) {
+            memory.coverLock->until += *missed - lastUpdateAt_;
+        }
+    }
+}
+
 void OverlayManager::updateAllOverlays() {
     const auto stillHere = lifetime_.watch();
+    prolongCoverLocks();
+    lastUpdateAt_ = platform_.mainLoop.now();
     const FocusContext context = buildFocusContext();
     const RenderPlan plan = computeRenderPlan(context);
     // Observers of the cover's status have run: they may have ended the effect, or this object.

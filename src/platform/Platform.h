@@ -5,6 +5,7 @@ namespace lumo {
 class Accessibility;
 class Application;
 class ApplicationStrips;
+class DesktopChanges;
 class EventMonitors;
 class HotKeyService;
 class Log;
@@ -56,6 +57,7 @@ struct Platform {
     WindowServer &windowServer;
     Workspace &workspace;
     Capabilities capabilities;
+    DesktopChanges *desktopChanges = nullptr; // null where not every change is announced
 };
 
 } // namespace lumo

@@ -114,7 +114,8 @@ Platform ScriptedDesktop::platform() {
             .userNotifications = *this,
             .windowServer = *this,
             .workspace = *this,
-            .capabilities = capabilities};
+            .capabilities = capabilities,
+            .desktopChanges = announcesChanges ? this : nullptr};
 }
 
 ScriptedDesktop::DisplayID ScriptedDesktop::plugDisplay(DisplayID number, const Rect &frame,
@@ -157,6 +158,7 @@ ScriptedDesktop::ProcessID ScriptedDesktop::launch(std::string name,
     const ProcessID process = nextProcess_++;
     applications_.push_back(
         {process, std::move(bundleIdentifier), std::move(name), ActivationPolicy::regular});
+    changed_.emit();
     return process;
 }
 
@@ -174,10 +176,12 @@ void ScriptedDesktop::quit(ProcessID process) {
 
 void ScriptedDesktop::focusApplication(std::optional<ProcessID> process) {
     frontmost_ = process;
+    changed_.emit();
     applicationActivated_.emit();
 }
 
 void ScriptedDesktop::switchSpace() {
+    changed_.emit();
     spaceChanged_.emit();
 }
 
@@ -350,6 +354,7 @@ void ScriptedDesktop::windowsChanged() {
     if (!windowListScripted_) {
         records_.reset();
     }
+    changed_.emit();
 }
 
 Rect ScriptedDesktop::flipped(const Rect &rect) const {

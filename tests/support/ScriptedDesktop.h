@@ -4,6 +4,7 @@
 #include "platform/Accessibility.h"
 #include "platform/Application.h"
 #include "platform/ApplicationStrips.h"
+#include "platform/DesktopChanges.h"
 #include "platform/EventMonitors.h"
 #include "platform/HotKeyService.h"
 #include "platform/LoginItem.h"
@@ -61,6 +62,7 @@ class ScriptedDesktop final : private WindowServer,
                               private StatusItem,
                               private UpdateFramework,
                               private ApplicationStrips,
+                              private DesktopChanges,
                               private EventMonitors,
                               private HotKeyService,
                               private UserDefaults,
@@ -78,6 +80,7 @@ class ScriptedDesktop final : private WindowServer,
     Platform platform();
 
     Capabilities capabilities{true};
+    bool announcesChanges = false; // all of them, see DesktopChanges
     ScriptedMainLoop mainLoop;
     std::vector<std::string> logLines;
 
@@ -230,6 +233,10 @@ class ScriptedDesktop final : private WindowServer,
     Handle onDidTerminateApplication(std::function<void()> observer) override;
     Handle onActiveSpaceDidChange(std::function<void()> observer) override;
 
+    Handle onChange(std::function<void()> observer) override {
+        return changed_.subscribe(std::move(observer));
+    }
+
     const std::vector<Screen> &screens() const override { return screens_; }
     Handle onScreenParametersDidChange(std::function<void()> observer) override;
 
@@ -314,6 +321,7 @@ class ScriptedDesktop final : private WindowServer,
     bool windowListScripted_ = false;
     // What was handed out last; dropped when anything about the windows changes.
     mutable std::shared_ptr<const WindowRecords> records_;
+    Signal<> changed_;
     Signal<> applicationActivated_;
     Signal<> applicationTerminated_;
     Signal<> spaceChanged_;
