@@ -10,6 +10,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <exception>
 #include <memory>
 #include <stdexcept>
@@ -78,27 +79,65 @@ void measureStart(Compositor compositor) {
                 quantile(milliseconds, 0.5), quantile(milliseconds, 1));
 }
 
+// When an overlay was restacked last, and the active window was set last, in seconds on the steady
+// clock; 0 for never.
+class FocusWatch {
+  public:
+    FocusWatch(DesktopSession &session, const std::string &displayName, xcb_window_t overlay)
+        : connection_(xcb_connect(displayName.c_str(), nullptr))
+        , overlay_(overlay)
+        , activeWindow_(session.atom("_NET_ACTIVE_WINDOW")) {
+        const std::uint32_t events =
+            XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;
+        xcb_change_window_attributes(connection_, session.root(), XCB_CW_EVENT_MASK, &events);
+        xcb_flush(connection_);
+    }
+    ~FocusWatch() { xcb_disconnect(connection_); }
+    FocusWatch(const FocusWatch &) = delete;
+    FocusWatch &operator=(const FocusWatch &) = delete;
+
+    void look() {
+        while (auto *event = xcb_poll_for_event(connection_)) {
+            const int type = event->response_type & 0x7f;
+            if (type == XCB_CONFIGURE_NOTIFY) {
+                xcb_configure_notify_event_t configured;
+                std::memcpy(&configured, event, sizeof configured);
+                restackedAt = configured.window == overlay_ ? now() : restackedAt;
+            } else if (type == XCB_PROPERTY_NOTIFY) {
+                xcb_property_notify_event_t changed;
+                std::memcpy(&changed, event, sizeof changed);
+                activatedAt = changed.atom == activeWindow_ ? now() : activatedAt;
+            }
+            std::free(event);
+        }
+    }
+
+    double restackedAt = 0;
+    double activatedAt = 0;
+
+  private:
+    xcb_connection_t *connection_;
+    xcb_window_t overlay_;
+    xcb_atom_t activeWindow_;
+};
+
 void measureFocus(CrowdedDesktop &crowd, xcb_window_t overlay) {
     constexpr double debounce = 0.08;
     DesktopSession &session = crowd.session;
+    FocusWatch watch(session, crowd.desktop.displayName(), overlay);
     std::vector<double> milliseconds;
     for (std::size_t change = 0; change < 51; ++change) {
         const xcb_window_t window = crowd.applications[change % 5]->window(change % 10);
-        session.takeOrderChanges();
+        watch.look();
         const double asked = now();
         session.activate(window);
-        double restackedAt = 0;
         require(session.eventually([&] {
-            for (const OrderChange &moved : session.takeOrderChanges()) {
-                if (moved.window == overlay && session.lastActivationAt() > asked) {
-                    restackedAt = moved.at;
-                }
-            }
-            return restackedAt > 0;
+            watch.look();
+            return watch.activatedAt > asked && watch.restackedAt > watch.activatedAt;
         }),
                 "the overlay does not follow the focus");
         if (change > 0) {
-            milliseconds.push_back((restackedAt - session.lastActivationAt() - debounce) * 1000);
+            milliseconds.push_back((watch.restackedAt - watch.activatedAt - debounce) * 1000);
         }
         require(session.eventually([&] { return session.isAbove(window, overlay); }),
                 "the overlay is in the wrong place");

@@ -1,7 +1,7 @@
 #include "platform/x11/server/X11Screens.h"
 
 #include "MirroredDesktop.h"
-#include "desktop/Outputs.h"
+#include "bus/RunUntil.h"
 #include "platform/freedesktop/GlibMainLoop.h"
 #include "platform/x11/server/ConnectionWatch.h"
 
@@ -17,7 +17,6 @@ namespace lumo::x11 {
 namespace {
 
 using desktop::DesktopOptions;
-using desktop::Outputs;
 using desktop::PrivateDesktop;
 using desktop::Server;
 using desktop::WindowManager;
@@ -40,12 +39,7 @@ class ScreensTest : public testing::Test {
         bool hasReplied = false;
         connection_->whenReplied<xcb_get_input_focus_reply_t>(
             xcb_get_input_focus(*connection_), [&](const auto *) { hasReplied = true; });
-        const double end = loop_.now() + 10;
-        const auto alarm = loop_.every(0.01, [] {});
-        while (!hasReplied || !screens_.isSettled()) {
-            ASSERT_LT(loop_.now(), end);
-            g_main_context_iteration(nullptr, TRUE);
-        }
+        ASSERT_TRUE(runUntil(loop_, [&] { return hasReplied && screens_.isSettled(); }));
     }
 
     void setResources(const std::string &text) {
@@ -138,7 +132,7 @@ class ScreensOfOutputsTest : public ScreensTest {
 
     // One per display, the main one first.
     std::vector<std::uint32_t> numbersAfter(const std::vector<desktop::OutputUse> &uses) {
-        outputs_.arrange(uses);
+        desktop_.arrangeOutputs(uses);
         catchUp();
         std::vector<std::uint32_t> numbers;
         for (const auto &screen : screens_.screens()) {
@@ -146,8 +140,6 @@ class ScreensOfOutputsTest : public ScreensTest {
         }
         return numbers;
     }
-
-    Outputs outputs_{desktop_.displayName()};
 };
 
 TEST_F(ScreensOfOutputsTest, NumbersStayWhateverOtherOutputsDo) {
@@ -179,7 +171,8 @@ TEST_F(ScreensOfOutputsTest, StormOfChangesIsAnnouncedOnce) {
     announcements_ = 0;
     const double began = loop_.now();
     for (int i = 0; i < 20; ++i) {
-        outputs_.arrange(i % 2 == 0 ? std::vector<desktop::OutputUse>{{0, {0, 0, 800, 600}, true},
+        desktop_.arrangeOutputs(i % 2 == 0
+                                    ? std::vector<desktop::OutputUse>{{0, {0, 0, 800, 600}, true},
                                                                       {1, {800, 0, 640, 480}}}
                                     : std::vector<desktop::OutputUse>{{1, {0, 0, 640, 480}, true}});
         while (loop_.now() < began + (i + 1) * 0.005) {

@@ -1,3 +1,4 @@
+#include "bus/RunUntil.h"
 #include "bus/StatusNotifierHost.h"
 #include "desktop/PrivateDesktop.h"
 #include "desktop/Variable.h"
@@ -9,7 +10,6 @@
 #include "platform/x11/server/RenderFormats.h"
 #include "platform/x11/server/X11Screens.h"
 
-#include <glib.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -25,17 +25,6 @@ namespace {
 
 using desktop::PrivateDesktop;
 using desktop::Variable;
-
-// Turns the loop until the condition holds; false when it does not within ten seconds.
-bool runUntil(freedesktop::GlibMainLoop &loop, const std::function<bool()> &condition) {
-    bool isTimeUp = false;
-    const auto looks = loop.every(0.01, [] {});
-    const auto deadline = loop.after(10, [&] { isTimeUp = true; });
-    while (!condition() && !isTimeUp) {
-        g_main_context_iteration(nullptr, TRUE);
-    }
-    return !isTimeUp;
-}
 
 // A status item on a private desktop, and what is heard of it.
 class StatusItemTest : public testing::Test {

@@ -1,7 +1,7 @@
 #include "platform/freedesktop/DesktopNotifications.h"
 
 #include "bus/BusService.h"
-#include "bus/MessageBus.h"
+#include "desktop/MessageBus.h"
 #include "desktop/TemporaryDirectory.h"
 #include "desktop/Variable.h"
 #include "platform/freedesktop/FileDescriptor.h"
@@ -122,7 +122,7 @@ class NotificationService {
 };
 
 TEST(DesktopNotificationsTest, ArrivalAtTheService) {
-    const test::MessageBus messageBus;
+    const desktop::MessageBus messageBus;
     const Variable address("DBUS_SESSION_BUS_ADDRESS", messageBus.address());
     EXPECT_THAT(send(), Optional(HasSubstr("org.freedesktop.Notifications")))
         << "no program has that name on the bus yet";

@@ -1,4 +1,4 @@
-#include "RunUntil.h"
+#include "bus/RunUntil.h"
 #include "desktop/TemporaryDirectory.h"
 #include "desktop/Variable.h"
 #include "platform/freedesktop/AutostartLoginItem.h"

@@ -1,8 +1,8 @@
 #include "platform/freedesktop/PackageKitUpdates.h"
 
-#include "RunUntil.h"
 #include "bus/BusService.h"
-#include "bus/MessageBus.h"
+#include "bus/RunUntil.h"
+#include "desktop/MessageBus.h"
 #include "desktop/Variable.h"
 #include "platform/freedesktop/GlibSignal.h"
 
@@ -97,7 +97,7 @@ class PackageKitUpdatesTest : public testing::Test {
   protected:
     bool eventually(const std::function<bool()> &condition) { return runUntil(loop, condition); }
 
-    test::MessageBus messageBus;
+    desktop::MessageBus messageBus;
     desktop::Variable systemBus{"DBUS_SYSTEM_BUS_ADDRESS", messageBus.address()};
     GlibMainLoop loop;
     std::unique_ptr<PackageKitUpdates> updates =

@@ -1,8 +1,8 @@
 #include "platform/freedesktop/PortalAppearance.h"
 
-#include "RunUntil.h"
 #include "bus/BusService.h"
-#include "bus/MessageBus.h"
+#include "bus/RunUntil.h"
+#include "desktop/MessageBus.h"
 #include "desktop/Variable.h"
 #include "platform/freedesktop/GlibSignal.h"
 #include "platform/freedesktop/SessionBus.h"
@@ -56,7 +56,7 @@ class Portal {
 };
 
 TEST(PortalAppearanceTest, FollowsTheSchemeOnceThereIsAnObserver) {
-    const test::MessageBus messageBus;
+    const desktop::MessageBus messageBus;
     const desktop::Variable address("DBUS_SESSION_BUS_ADDRESS", messageBus.address());
     Portal portal(messageBus.address());
     portal.scheme = 1;

@@ -1,8 +1,8 @@
 #include "platform/freedesktop/StatusNotifierItem.h"
 
-#include "RunUntil.h"
-#include "bus/MessageBus.h"
+#include "bus/RunUntil.h"
 #include "bus/StatusNotifierHost.h"
+#include "desktop/MessageBus.h"
 #include "desktop/Variable.h"
 #include "platform/freedesktop/SessionBus.h"
 
@@ -42,7 +42,7 @@ class StatusNotifierItemTest : public testing::Test {
         return host.properties();
     }
 
-    test::MessageBus messageBus_;
+    desktop::MessageBus messageBus_;
     desktop::Variable address_{"DBUS_SESSION_BUS_ADDRESS", messageBus_.address()};
     GlibMainLoop loop_;
     std::unique_ptr<SessionBus> bus_ = std::make_unique<SessionBus>(loop_);

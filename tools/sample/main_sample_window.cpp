@@ -292,11 +292,6 @@ class Application {
         OpenWindow &window = windows_.at(index);
         if (command == "close") {
             xcb_destroy_window(connection_, window.window);
-        } else if (command == "colour") {
-            std::string colour;
-            fields >> colour;
-            window.colour = Colour::parse(colour);
-            show(window);
         } else if (command == "animate") {
             fields >> window.isAnimated;
         }

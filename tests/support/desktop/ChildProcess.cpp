@@ -48,6 +48,17 @@ void pauseBriefly() {
     ::poll(nullptr, 0, 3);
 }
 
+void waitUntil(const std::function<bool()> &condition, ChildProcess &program,
+               const std::string &what) {
+    const double end = now() + 30;
+    while (!condition()) {
+        if (!program.isRunning() || now() > end) {
+            throw std::runtime_error(what + " did not start: " + program.report());
+        }
+        pauseBriefly();
+    }
+}
+
 ChildProcess::ChildProcess(std::vector<std::string> command, const Environment &environment,
                            const fs::path &outputDirectory)
     : name_(fs::path(command.at(0)).filename().string()) {

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -20,6 +21,13 @@ using Environment = std::map<std::string, std::string>;
 
 // A wait of a few milliseconds between two looks at something that announces nothing.
 void pauseBriefly();
+
+class ChildProcess;
+
+// Waits until the condition holds. Throws with what the program said when it ends before that, or
+// takes more than half a minute.
+void waitUntil(const std::function<bool()> &condition, ChildProcess &program,
+               const std::string &what);
 
 // A program started in a process group of its own. It is killed with everything in its group when
 // the object goes, and by the kernel when the tester dies. Used on the thread that made it.

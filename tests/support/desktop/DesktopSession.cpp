@@ -1,6 +1,5 @@
 #include "desktop/DesktopSession.h"
 
-#include <poll.h>
 #include <xcb/res.h>
 #include <xcb/shape.h>
 #include <xcb/xtest.h>
@@ -8,10 +7,8 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 #include <stdexcept>
-#include <utility>
 
 namespace lumo::desktop {
 
@@ -76,10 +73,6 @@ DesktopSession::DesktopSession(const std::string &displayName)
     }
     screen_ = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data;
     layout_ = PixelLayout::of(connection_, *screen_);
-    const std::uint32_t events =
-        XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;
-    xcb_change_window_attributes(connection_, root(), XCB_CW_EVENT_MASK, &events);
-    activeWindowAtom_ = atom("_NET_ACTIVE_WINDOW");
 }
 
 DesktopSession::~DesktopSession() {
@@ -103,38 +96,14 @@ void DesktopSession::sync() {
     wait(connection_, xcb_get_input_focus(connection_), xcb_get_input_focus_reply);
 }
 
-void DesktopSession::pump() {
-    while (const Reply<xcb_generic_event_t> event{xcb_poll_for_event(connection_)}) {
-        if ((event->response_type & 0x7f) == XCB_CONFIGURE_NOTIFY) {
-            xcb_configure_notify_event_t configured;
-            std::memcpy(&configured, event.get(), sizeof configured);
-            orderChanges_.push_back({configured.window, configured.above_sibling, now()});
-        } else if ((event->response_type & 0x7f) == XCB_PROPERTY_NOTIFY) {
-            xcb_property_notify_event_t changed;
-            std::memcpy(&changed, event.get(), sizeof changed);
-            if (changed.atom == activeWindowAtom_) {
-                lastActivationAt_ = now();
-            }
-        }
-    }
-}
-
-void DesktopSession::waitForEvents(Seconds atMost) {
-    xcb_flush(connection_);
-    pollfd server{.fd = xcb_get_file_descriptor(connection_), .events = POLLIN, .revents = 0};
-    // Some conditions look at files and processes, which announce nothing: hence the short limit.
-    ::poll(&server, 1, static_cast<int>(std::min(atMost.count(), 0.005) * 1000) + 1);
-    pump();
-}
-
 bool DesktopSession::eventually(const std::function<bool()> &condition, Seconds deadline) {
     const double end = now() + deadline.count();
     while (!condition()) {
-        const double left = end - now();
-        if (left <= 0) {
+        if (now() >= end) {
             return false;
         }
-        waitForEvents(Seconds(left));
+        xcb_flush(connection_);
+        pauseBriefly();
     }
     return true;
 }
@@ -290,20 +259,6 @@ xcb_window_t DesktopSession::selectionOwner(std::string_view selection) {
     return reply ? reply->owner : XCB_NONE;
 }
 
-std::size_t DesktopSession::passiveGrabs(xcb_window_t window) {
-    const auto reply = wait(connection_, xcb_res_query_client_resources(connection_, window),
-                            xcb_res_query_client_resources_reply);
-    const auto wanted = atom("PASSIVE GRAB");
-    std::size_t count = 0;
-    if (reply) {
-        auto type = xcb_res_query_client_resources_types_iterator(reply.get());
-        for (; type.rem > 0; xcb_res_type_next(&type)) {
-            count += type.data->resource_type == wanted ? type.data->count : 0;
-        }
-    }
-    return count;
-}
-
 xcb_window_t DesktopSession::windowManagerWindow() {
     constexpr std::string_view check = "_NET_SUPPORTING_WM_CHECK";
     const auto window = numbers(root(), check);
@@ -336,12 +291,6 @@ bool DesktopSession::windowManagerTakesWindows() {
         return std::find(clients.begin(), clients.end(), probe) == clients.end();
     };
     return eventually(isForgotten) && taken;
-}
-
-std::vector<OrderChange> DesktopSession::takeOrderChanges() {
-    sync();
-    pump();
-    return std::exchange(orderChanges_, {});
 }
 
 Picture DesktopSession::picture() {

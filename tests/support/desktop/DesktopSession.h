@@ -44,13 +44,6 @@ enum class Key : std::uint32_t {
     command = 0xffeb, // Super
 };
 
-// One announcement of the server that a child of the root window now lies directly above a sibling.
-struct OrderChange {
-    xcb_window_t window = XCB_NONE;
-    xcb_window_t aboveSibling = XCB_NONE; // none: at the very bottom
-    double at = 0;                        // seconds on the steady clock, when it was read
-};
-
 // The person at a desktop, with a pager and a pair of good eyes: an X connection of the tester's
 // own that acts on windows as users and their tools do and looks at what became of it. Places are
 // in pixels of the root window. What the server refuses is ignored, as windows come and go; a lost
@@ -92,7 +85,6 @@ class DesktopSession {
     bool isKeyboardGrabbed(); // by another client
     bool isPointerGrabbed();  // the same; a button that is held grabs it as well
     xcb_window_t selectionOwner(std::string_view selection);
-    std::size_t passiveGrabs(xcb_window_t window); // of the client that made the window
 
     // The window that proves that a window manager lives, and the manager's name from there; none
     // when none runs.
@@ -101,12 +93,6 @@ class DesktopSession {
 
     // Maps a small window and takes it away again: true when a window manager took it in hand soon.
     bool windowManagerTakesWindows();
-
-    // When _NET_ACTIVE_WINDOW was last set, in seconds on the steady clock; 0 when never.
-    double lastActivationAt() const { return lastActivationAt_; }
-
-    // Every change of order among the children of the root window since the last call.
-    std::vector<OrderChange> takeOrderChanges();
 
     // Pixels as shown, the work of a compositing manager included.
     Picture picture();
@@ -156,8 +142,6 @@ class DesktopSession {
     xcb_window_t openWindow(const Picture &picture);
 
   private:
-    void pump();
-    void waitForEvents(Seconds atMost);
     void askWindowManager(xcb_window_t window, std::string_view type,
                           const std::vector<std::uint32_t> &data);
     std::string textOf(xcb_window_t window, xcb_atom_t property);
@@ -170,9 +154,6 @@ class DesktopSession {
     xcb_screen_t *screen_ = nullptr;
     PixelLayout layout_;
     std::map<std::string, xcb_atom_t, std::less<>> atoms_;
-    std::vector<OrderChange> orderChanges_;
-    xcb_atom_t activeWindowAtom_ = XCB_NONE;
-    double lastActivationAt_ = 0;
 };
 
 } // namespace lumo::desktop

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
@@ -87,17 +88,6 @@ std::unique_ptr<ChildProcess> PrivateDesktop::start(const std::vector<std::strin
     return std::make_unique<ChildProcess>(command, all, directory() / "output");
 }
 
-void PrivateDesktop::waitUntil(const std::function<bool()> &condition, ChildProcess &program,
-                               const std::string &what) {
-    const auto end = std::chrono::steady_clock::now() + Seconds(30);
-    while (!condition()) {
-        if (!program.isRunning() || std::chrono::steady_clock::now() > end) {
-            throw std::runtime_error(what + " did not start: " + program.report());
-        }
-        pauseBriefly();
-    }
-}
-
 void PrivateDesktop::startServer(const DesktopOptions &options) {
     auto command = options.server == Server::xvfb ? xvfbCommand(options) : xorgCommand(options);
     command.insert(command.end(), {"-displayfd", "1", "-dpi", "96", "-noreset", "-nolisten", "tcp",
@@ -141,28 +131,8 @@ std::vector<std::string> PrivateDesktop::xorgCommand(const DesktopOptions &optio
 }
 
 void PrivateDesktop::startSessionBus() {
-    const fs::path file = directory() / "bus.conf";
-    std::ofstream(file) << "<busconfig><type>session</type><listen>unix:tmpdir=/tmp</listen>"
-                           "<policy context=\"default\"><allow send_destination=\"*\"/>"
-                           "<allow receive_sender=\"*\"/><allow own=\"*\"/>"
-                           "</policy></busconfig>";
-    messageBus_ = startMessageBus("--config-file=" + file.string(), "bus");
-}
-
-std::unique_ptr<ChildProcess> PrivateDesktop::startNotificationService() const {
-    const fs::path configuration = directory() / "dunstrc";
-    const std::ofstream empty(configuration);
-    return start({"dunst", "-config", configuration.string(), "-print"});
-}
-
-std::unique_ptr<ChildProcess> PrivateDesktop::startMessageBus(const std::string &configuration,
-                                                              const std::string &name) {
-    const fs::path socket = directory() / "run" / name;
-    environment_["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=" + socket.string();
-    auto bus = start({"dbus-daemon", configuration, "--nofork", "--nopidfile",
-                      "--address=" + environment_["DBUS_SESSION_BUS_ADDRESS"]});
-    waitUntil([&] { return fs::exists(socket); }, *bus, "the message bus");
-    return bus;
+    messageBus_ = std::make_unique<MessageBus>(environment_);
+    environment_["DBUS_SESSION_BUS_ADDRESS"] = messageBus_->address();
 }
 
 void PrivateDesktop::writeFile(const fs::path &inDirectory, const std::string &text) const {
@@ -225,16 +195,15 @@ void PrivateDesktop::startWindowManager(WindowManager windowManager) {
     }
     const auto before = session_->windowManagerWindow();
     const auto command = prepareWindowManager(windowManager);
-    // Some reach their settings over a message bus. Nobody else is told of it.
-    const Environment others = environment_;
+    // Some reach their settings over a message bus. No other program is told of it.
+    Environment variables = {{"GSETTINGS_BACKEND", "memory"}};
     if (!managersBus_) {
-        managersBus_ = startMessageBus("--session", "managers-bus");
+        auto all = environment_;
+        all.merge(Environment(variables));
+        managersBus_ = std::make_unique<MessageBus>(all, MessageBus::Services::ofTheSystem);
     }
-    environment_["DBUS_SESSION_BUS_ADDRESS"] =
-        "unix:path=" + (directory() / "run" / "managers-bus").string();
-    environment_["GSETTINGS_BACKEND"] = "memory";
-    const auto replaced = std::exchange(windowManager_, start(command));
-    environment_ = others;
+    variables["DBUS_SESSION_BUS_ADDRESS"] = managersBus_->address();
+    const auto replaced = std::exchange(windowManager_, start(command, variables));
 
     waitUntil(
         [&] {
@@ -285,6 +254,41 @@ void PrivateDesktop::setMonitor(const std::string &name, const Area &area, bool 
                     length(area.width) + "x" + length(area.height) + "+" + std::to_string(area.x) +
                         "+" + std::to_string(area.y),
                     withOutput ? "screen" : "none"});
+}
+
+void PrivateDesktop::arrangeOutputs(const std::vector<OutputUse> &uses) {
+    constexpr int outputs = 3;
+    std::vector<std::string> arguments;
+    if (std::ranges::none_of(uses, &OutputUse::isPrimary)) {
+        arguments.emplace_back("--noprimary");
+    }
+    for (int output = 0; output < outputs; ++output) {
+        const auto name = "DUMMY" + std::to_string(output);
+        arguments.insert(arguments.end(), {"--output", name});
+        const auto use = std::ranges::find(uses, output, &OutputUse::output);
+        if (use == uses.end()) {
+            arguments.emplace_back("--off");
+            continue;
+        }
+        const auto &area = use->area;
+        const auto mode =
+            std::to_string(area.width) + "x" + std::to_string(area.height) + "-wished";
+        if (modes_.insert(mode).second) {
+            const auto end = [](int pixels, int blank) { return std::to_string(pixels + blank); };
+            adjustMonitors({"--newmode", mode, "50", end(area.width, 0), end(area.width, 8),
+                            end(area.width, 16), end(area.width, 24), end(area.height, 0),
+                            end(area.height, 1), end(area.height, 2), end(area.height, 3)});
+        }
+        if (modes_.insert(name + mode).second) {
+            adjustMonitors({"--addmode", name, mode});
+        }
+        arguments.insert(arguments.end(), {"--mode", mode, "--pos",
+                                           std::to_string(area.x) + "x" + std::to_string(area.y)});
+        if (use->isPrimary) {
+            arguments.emplace_back("--primary");
+        }
+    }
+    adjustMonitors(arguments);
 }
 
 void PrivateDesktop::removeMonitor(const std::string &name) {

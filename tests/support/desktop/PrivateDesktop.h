@@ -2,6 +2,7 @@
 
 #include "desktop/ChildProcess.h"
 #include "desktop/DesktopSession.h"
+#include "desktop/MessageBus.h"
 #include "desktop/TemporaryDirectory.h"
 
 #include <filesystem>
@@ -30,8 +31,15 @@ enum class WindowManager {
 };
 enum class Compositor { none, picomXrender, picomGlx };
 
-// Xvfb, or the server of real displays with a driver for none, whose outputs Outputs arranges.
+// Xvfb, or the server of real displays with a driver for none, whose outputs arrangeOutputs() uses.
 enum class Server { xvfb, xorg };
+
+// One output at work, counted from 0 to 2.
+struct OutputUse {
+    int output = 0;
+    Area area;
+    bool isPrimary = false;
+};
 
 struct DesktopOptions {
     int width = 1280;
@@ -64,7 +72,6 @@ class PrivateDesktop {
     const Environment &environment() const { return environment_; }
     const std::filesystem::path &directory() const { return directory_.path(); }
     std::filesystem::path configDirectory() const { return directory() / "config"; }
-    std::filesystem::path dataDirectory() const { return directory() / "data"; }
 
     // Starts a program on this desktop, with these variables beside those of the desktop or instead
     // of them. It ends with the returned object, or with the desktop.
@@ -85,14 +92,14 @@ class PrivateDesktop {
     void startSessionBus();
     void stopSessionBus() { messageBus_.reset(); }
 
-    // The desktop's notification service, which prints what it is given. Needs a session bus, on
-    // which it appears a little later.
-    std::unique_ptr<ChildProcess> startNotificationService() const;
-
     // Makes, changes or removes a monitor. One that takes the server's only output replaces the one
     // that is there by itself. No RandR event tells of these changes.
     void setMonitor(const std::string &name, const Area &area, bool withOutput);
     void removeMonitor(const std::string &name);
+
+    // Puts these outputs of a Server::xorg to work and no others, as display settings do. The
+    // server tells everybody of each step.
+    void arrangeOutputs(const std::vector<OutputUse> &uses);
 
     ChildProcess &server() { return *server_; }
 
@@ -104,10 +111,6 @@ class PrivateDesktop {
     std::vector<std::string> xorgCommand(const DesktopOptions &options) const;
     std::vector<std::string> prepareWindowManager(WindowManager windowManager);
     void writeFile(const std::filesystem::path &inDirectory, const std::string &text) const;
-    std::unique_ptr<ChildProcess> startMessageBus(const std::string &configuration,
-                                                  const std::string &name);
-    void waitUntil(const std::function<bool()> &condition, ChildProcess &program,
-                   const std::string &what);
     void adjustMonitors(const std::vector<std::string> &arguments) const;
     void killDescendants();
 
@@ -115,10 +118,11 @@ class PrivateDesktop {
     Environment environment_;
     std::string displayName_;
     std::set<std::string> monitors_;
+    std::set<std::string> modes_; // by name, and each after an output that has it
     std::unique_ptr<ChildProcess> server_;
     std::unique_ptr<DesktopSession> session_;
-    std::unique_ptr<ChildProcess> messageBus_;
-    std::unique_ptr<ChildProcess> managersBus_;
+    std::unique_ptr<MessageBus> messageBus_;
+    std::unique_ptr<MessageBus> managersBus_;
     std::unique_ptr<ChildProcess> windowManager_;
     std::unique_ptr<ChildProcess> compositor_;
 };

@@ -62,10 +62,6 @@ void SampleApplication::closeWindow(std::size_t index) {
     process_->writeLine("close\t" + std::to_string(index));
 }
 
-void SampleApplication::setColour(std::size_t index, const std::string &colour) {
-    process_->writeLine("colour\t" + std::to_string(index) + "\t" + colour);
-}
-
 void SampleApplication::animate(std::size_t index, bool on) {
     process_->writeLine("animate\t" + std::to_string(index) + "\t" + (on ? "1" : "0"));
 }

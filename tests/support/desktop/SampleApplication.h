@@ -48,7 +48,6 @@ class SampleApplication {
     // Returns when the window is on screen.
     xcb_window_t open(const SampleWindow &window);
     void closeWindow(std::size_t index);
-    void setColour(std::size_t index, const std::string &colour);
 
     // Repaints the window 30 times a second in changing colours, or stops that.
     void animate(std::size_t index, bool on);

@@ -1,4 +1,4 @@
-#include "RunUntil.h"
+#include "bus/RunUntil.h"
 
 #include <glib.h>
 
