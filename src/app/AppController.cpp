@@ -61,6 +61,14 @@ void AppController::setupBindings() {
         }
         updateStatusMessage();
     }));
+    // The announcement above comes before the setting holds the value that starting looks at.
+    cancellables_.push_back(settingsStore_.didReload.subscribe([this] {
+        if (settingsStore_.isEnabled.value()) {
+            startCoreFeatures();
+        } else {
+            stopCoreFeatures();
+        }
+    }));
     shortcutManager_.onShortcutTriggered = [this](ShortcutEvent event) { handleShortcut(event); };
     mouseShakeToggleManager_.onShakeAction = [this](auto action) { handleShake(action); };
     cancellables_.push_back(settingsStore_.launchAtLogin.subscribe([this](const bool &launches) {

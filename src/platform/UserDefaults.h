@@ -1,10 +1,13 @@
 #pragma once
 
+#include "support/Handle.h"
 #include "support/Value.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace lumo {
 
@@ -26,6 +29,11 @@ class UserDefaults {
 
     // Removes the value under the key; nothing happens when there is none.
     virtual void removeObject(std::string_view key) = 0;
+
+    // Calls the observer in a turn of the main loop after others than this process have changed the
+    // values under these keys. Never where the system does not tell.
+    virtual Handle
+    onChangeByOthers(std::function<void(const std::vector<std::string> &keys)> observer) = 0;
 };
 
 } // namespace lumo

@@ -137,6 +137,11 @@ void Setting<T>::set(T next) {
     }
 }
 
+template <class T>
+void Setting<T>::reload() {
+    SettingsProperty<T>::set(load(userDefaults_, this->key(), defaultValue_));
+}
+
 template class SettingsProperty<bool>;
 template class SettingsProperty<std::string>;
 template class SettingsProperty<std::optional<std::string>>;

@@ -60,6 +60,9 @@ class AnySetting {
     // Assigns the current value once more: it is announced and written.
     virtual void setAgain() = 0;
 
+    // Assigns what user defaults hold now: it is announced, and not written.
+    virtual void reload() = 0;
+
     // Calls the observer on every assignment, before the value is stored.
     virtual Subscription subscribeToAssignments(std::function<void()> observer) = 0;
 
@@ -86,6 +89,7 @@ class Setting final : public AnySetting, public SettingsProperty<T> {
 
     bool isDefault() const override { return this->value() == defaultValue_; }
     void setAgain() override { set(this->value()); }
+    void reload() override;
     Subscription subscribeToAssignments(std::function<void()> observer) override {
         return this->subscribeToChanges(
             [observer = std::move(observer)](const T &) { observer(); });

@@ -1,10 +1,16 @@
 #include "settings/SettingsStore.h"
 
+#include "platform/UserDefaults.h"
+
+#include <algorithm>
+
 namespace lumo {
 
 SettingsStore::SettingsStore(UserDefaults &userDefaults)
     : userDefaults_(userDefaults) {
     replaceOldPeekShortcut();
+    changesByOthers_ = userDefaults.onChangeByOthers(
+        [this](const std::vector<std::string> &keys) { reload(keys); });
 }
 
 // The first default of the Peek hot key is the one of the turn-off hot key today.
@@ -13,6 +19,15 @@ void SettingsStore::replaceOldPeekShortcut() {
         peekShortcutKey.set(peekShortcutKey.defaultValue());
         peekShortcutModifiers.set(peekShortcutModifiers.defaultValue());
     }
+}
+
+void SettingsStore::reload(const std::vector<std::string> &keys) {
+    for (auto *setting : settings_) {
+        if (std::ranges::find(keys, setting->key()) != keys.end()) {
+            setting->reload();
+        }
+    }
+    didReload.emit();
 }
 
 } // namespace lumo

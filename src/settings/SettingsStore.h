@@ -26,13 +26,18 @@ class SettingsStore {
     std::vector<AnySetting *> settings_;
 
   public:
-    // Loads every setting. The user defaults must outlive the store.
+    // Loads every setting, and follows what others change. The user defaults must outlive the
+    // store.
     explicit SettingsStore(UserDefaults &userDefaults);
     SettingsStore(const SettingsStore &) = delete;
     SettingsStore &operator=(const SettingsStore &) = delete;
 
     // Given before any property changes.
     Signal<> willChange;
+
+    // Given after settings that others changed in the user defaults are stored here, each of which
+    // was announced like any assignment.
+    Signal<> didReload;
 
     // The focus effect is on.
     Setting<bool> isEnabled{*this, "isEnabled", false};
@@ -117,6 +122,9 @@ class SettingsStore {
     friend class Setting;
 
     void replaceOldPeekShortcut();
+    void reload(const std::vector<std::string> &keys);
+
+    Handle changesByOthers_;
 };
 
 } // namespace lumo

@@ -575,6 +575,15 @@ void ScriptedDesktop::sendHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
     }
 }
 
+void ScriptedDesktop::changeDefaults(const std::map<std::string, Value, std::less<>> &values) {
+    std::vector<std::string> keys;
+    for (const auto &[key, value] : values) {
+        defaults.insert_or_assign(key, value);
+        keys.push_back(key);
+    }
+    defaultsChanged_.emit(keys);
+}
+
 std::optional<Value> ScriptedDesktop::object(std::string_view key) const {
     const auto found = defaults.find(key);
     return found == defaults.end() ? std::nullopt : std::optional(found->second);

@@ -197,6 +197,8 @@ class ScriptedDesktop final : private WindowServer,
 
     // The program's own user defaults.
     std::map<std::string, Value, std::less<>> defaults;
+    // Changes them as another program would.
+    void changeDefaults(const std::map<std::string, Value, std::less<>> &values);
 
   private:
     struct Window {
@@ -287,6 +289,10 @@ class ScriptedDesktop final : private WindowServer,
     void setString(std::string_view key, const std::string &value) override { store(key, value); }
     void setData(std::string_view key, const Bytes &value) override { store(key, value); }
     void removeObject(std::string_view key) override { defaults.erase(std::string(key)); }
+    Handle
+    onChangeByOthers(std::function<void(const std::vector<std::string> &)> observer) override {
+        return defaultsChanged_.subscribe(std::move(observer));
+    }
 
     void store(std::string_view key, Value value) {
         defaults.insert_or_assign(std::string(key), std::move(value));
@@ -329,6 +335,7 @@ class ScriptedDesktop final : private WindowServer,
     Signal<> trustChanged_;
     Signal<> focusedWindowChanged_;
     Signal<> reopened_;
+    Signal<std::vector<std::string>> defaultsChanged_;
     Signal<StatusItemPlace> statusItemClicked_;
     std::list<std::shared_ptr<Monitor>> monitors_;
 };

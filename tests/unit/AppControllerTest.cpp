@@ -77,6 +77,13 @@ TEST_F(AppControllerTest, PeekLastsItsFullDuration) {
     EXPECT_THAT(desktop.openOverlays(), IsEmpty());
     desktop.advance(2.1);
     EXPECT_EQ(status(), "Lumo (Off)");
+
+    desktop.changeDefaults({{"isEnabled", true}}); // on the user's other display
+    EXPECT_EQ(status(), "Lumo (On)");
+    EXPECT_EQ(desktop.openOverlays().size(), 1U);
+    desktop.changeDefaults({{"isEnabled", false}});
+    EXPECT_EQ(status(), "Lumo (Off)");
+    EXPECT_THAT(desktop.openOverlays(), IsEmpty());
 }
 
 TEST_F(AppControllerTest, CoverIsAssignedAndHinted) {

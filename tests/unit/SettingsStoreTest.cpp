@@ -201,6 +201,24 @@ TEST_F(SettingsStoreTest, ValuesOutliveTheRun) {
     EXPECT_EQ(last.whitelist.value(), rules);
 }
 
+TEST_F(SettingsStoreTest, ChangesByOthersAreAnnouncedAndNotWritten) {
+    auto &store = restart();
+    store.peekDuration.set(3);
+    desktop.defaults.insert_or_assign("peekDuration", 4.0); // nobody tells of this one
+    std::vector<std::string> heard;
+    const auto mode = store.effectMode.subscribeToChanges(
+        [&](EffectMode next) { heard.emplace_back(rawValue(next)); });
+    const auto end = store.didReload.subscribe([&] {
+        heard.emplace_back(store.effectMode.value() == EffectMode::tint ? "stored" : "too early");
+    });
+    const Stored changed{{"effectMode", "tint"}, {"effectIntensity", "no number"}, {"other", 1}};
+    desktop.changeDefaults(changed);
+    EXPECT_THAT(heard, ElementsAre("tint", "stored"));
+    EXPECT_EQ(store.effectIntensity.value(), 0.6);
+    EXPECT_EQ(store.peekDuration.value(), 3);
+    EXPECT_EQ(desktop.defaults.at("effectIntensity"), Value("no number"));
+}
+
 TEST_F(SettingsStoreTest, OldPeekShortcutIsReplaced) {
     desktop.defaults = {{"peekShortcutKey", 45}, {"peekShortcutModifiers", 6144}};
     restart();

@@ -1,7 +1,5 @@
 #include "platform/freedesktop/AtomicFile.h"
 
-#include "platform/freedesktop/FileDescriptor.h"
-
 #include <fcntl.h>
 #include <glib.h>
 #include <sys/file.h>
@@ -10,8 +8,10 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <ctime>
+#include <thread>
 #include <utility>
 
 namespace lumo::freedesktop {
@@ -69,11 +69,9 @@ FileDescriptor openTemporary(const fs::path &path, std::error_code &error) {
     constexpr int flags = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
     while (true) {
         FileDescriptor file(open(path.c_str(), flags, S_IRUSR | S_IWUSR));
-        if (!file) {
+        if (!file || flock(file.get(), LOCK_EX | LOCK_NB) != 0) {
             error = lastError();
-            return file;
-        }
-        while (flock(file.get(), LOCK_EX) != 0 && errno == EINTR) {
+            return {};
         }
         // The process that held the lock before may have renamed or removed the file meanwhile.
         struct stat opened {};
@@ -180,27 +178,59 @@ std::optional<std::string> AtomicFile::read(std::error_code &error) const {
     }
 }
 
+fs::path AtomicFile::target(std::error_code &error) const {
+    auto target = withoutLinks(path_);
+    error = makeFolder(target.parent_path());
+    return target;
+}
+
+std::optional<AtomicFile::Turn> AtomicFile::takeTurn(std::error_code &error) const {
+    auto target = this->target(error);
+    if (error) {
+        return std::nullopt;
+    }
+    auto temporary = withSuffix(target, ".tmp");
+    auto file = openTemporary(temporary, error);
+    return file ? std::optional(Turn(std::move(target), std::move(temporary), std::move(file)))
+                : std::nullopt;
+}
+
 std::error_code AtomicFile::replace(std::string_view contents) const {
-    const auto target = withoutLinks(path_);
-    const auto temporary = withSuffix(target, ".tmp");
-    if (const auto error = makeFolder(target.parent_path())) {
-        return error;
-    }
+    constexpr int mostAttempts = 10;
     std::error_code error;
-    const auto file = openTemporary(temporary, error);
-    if (error) {
+    for (int attempt = 1;; ++attempt) {
+        if (auto turn = takeTurn(error)) {
+            return turn->replace(contents);
+        }
+        if (error != std::errc::resource_unavailable_try_again || attempt == mostAttempts) {
+            return error;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+}
+
+AtomicFile::Turn::Turn(fs::path target, fs::path temporary, FileDescriptor file)
+    : target_(std::move(target))
+    , temporary_(std::move(temporary))
+    , file_(std::move(file)) {
+}
+
+AtomicFile::Turn::~Turn() {
+    if (file_ && !isDone_) {
+        unlink(temporary_.c_str());
+    }
+}
+
+std::error_code AtomicFile::Turn::replace(std::string_view contents) {
+    if (const auto error = fill(file_.get(), contents)) {
         return error;
     }
-    error = fill(file.get(), contents);
-    if (!error && rename(temporary.c_str(), target.c_str()) != 0) {
-        error = lastError();
+    if (rename(temporary_.c_str(), target_.c_str()) != 0) {
+        return lastError();
     }
-    if (error) {
-        unlink(temporary.c_str());
-    } else {
-        syncFolder(target.parent_path());
-    }
-    return error;
+    isDone_ = true;
+    syncFolder(target_.parent_path());
+    return {};
 }
 
 fs::path AtomicFile::setAside(std::error_code &error) const {

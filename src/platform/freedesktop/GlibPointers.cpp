@@ -8,6 +8,14 @@ void GlibDeleter::operator()(char *text) const noexcept {
     g_free(text);
 }
 
+void GlibDeleter::operator()(unsigned char *bytes) const noexcept {
+    g_free(bytes);
+}
+
+void GlibDeleter::operator()(GDateTime *date) const noexcept {
+    g_date_time_unref(date);
+}
+
 void GlibDeleter::operator()(GDBusNodeInfo *info) const noexcept {
     g_dbus_node_info_unref(info);
 }
@@ -18,6 +26,10 @@ void GlibDeleter::operator()(GError *error) const noexcept {
 
 void GlibDeleter::operator()(GKeyFile *file) const noexcept {
     g_key_file_unref(file);
+}
+
+void GlibDeleter::operator()(GMarkupParseContext *context) const noexcept {
+    g_markup_parse_context_free(context);
 }
 
 void GlibDeleter::operator()(GSettingsSchema *schema) const noexcept {

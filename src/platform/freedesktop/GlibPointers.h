@@ -6,9 +6,11 @@
 // NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl*)
 using GCancellable = struct _GCancellable;
 using GDBusConnection = struct _GDBusConnection;
+using GDateTime = struct _GDateTime;
 using GDBusNodeInfo = struct _GDBusNodeInfo;
 using GError = struct _GError;
 using GKeyFile = struct _GKeyFile;
+using GMarkupParseContext = struct _GMarkupParseContext;
 using GSettingsSchema = struct _GSettingsSchema;
 using GSource = struct _GSource;
 using GVariant = struct _GVariant;
@@ -18,9 +20,12 @@ namespace lumo::freedesktop {
 
 struct GlibDeleter {
     void operator()(char *text) const noexcept;
+    void operator()(unsigned char *bytes) const noexcept;
+    void operator()(GDateTime *date) const noexcept;
     void operator()(GDBusNodeInfo *info) const noexcept;
     void operator()(GError *error) const noexcept;
     void operator()(GKeyFile *file) const noexcept;
+    void operator()(GMarkupParseContext *context) const noexcept;
     void operator()(GSettingsSchema *schema) const noexcept;
     void operator()(GSource *source) const noexcept;
     void operator()(GVariant *variant) const noexcept;

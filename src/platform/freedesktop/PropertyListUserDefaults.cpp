@@ -2,127 +2,64 @@
 
 #include "platform/MainLoop.h"
 #include "platform/freedesktop/ConfigurationFolder.h"
+#include "platform/freedesktop/FileWatch.h"
 #include "platform/freedesktop/GlibPointers.h"
 #include "platform/freedesktop/ProgramIdentity.h"
-#include "support/Invariant.h"
 #include "support/Log.h"
 
 #include <glib.h>
-#include <plist/plist.h>
 
-#include <clocale>
-#include <cstdlib>
+#include <chrono>
+#include <limits>
 #include <string>
+#include <thread>
 #include <utility>
 
 namespace lumo::freedesktop {
 
 namespace {
 
-// While it lives, numbers are read and printed on this thread as in C, with a point: libplist
-// follows the locale.
-class NumbersAsInC {
-  public:
-    NumbersAsInC()
-        : own_(newlocale(LC_ALL_MASK, "C", nullptr))
-        , previous_(uselocale(own_)) {}
-    ~NumbersAsInC() {
-        uselocale(previous_);
-        freelocale(own_);
+constexpr double pauseBeforeReading = 0.1; // seconds: a change of the file comes in several events
+constexpr double pauseBetweenAttempts = 0.1; // seconds
+constexpr int vainAttemptsBeforeReport = 10;
+constexpr auto longestWaitAtTheEnd = std::chrono::seconds(1);
+
+struct ToValue {
+    std::optional<Value> operator()(bool value) const { return value; }
+    std::optional<Value> operator()(std::int64_t value) const { return value; }
+    std::optional<Value> operator()(const PropertyList::LargeInteger &value) const {
+        using Limits = std::numeric_limits<std::int64_t>;
+        return value.digits.starts_with('-') ? Limits::min() : Limits::max();
     }
-    NumbersAsInC(const NumbersAsInC &) = delete;
-    NumbersAsInC &operator=(const NumbersAsInC &) = delete;
-
-  private:
-    locale_t own_;
-    locale_t previous_;
-};
-
-struct FreeText {
-    void operator()(char *text) const { std::free(text); }
-};
-
-using Text = std::unique_ptr<char, FreeText>;
-
-std::string stringOf(plist_t node) {
-    char *text = nullptr;
-    plist_get_string_val(node, &text);
-    const Text owner(text);
-    return text != nullptr ? text : "";
-}
-
-Bytes dataOf(plist_t node) {
-    char *bytes = nullptr;
-    std::uint64_t size = 0;
-    plist_get_data_val(node, &bytes, &size);
-    const Text owner(bytes);
-    return bytes != nullptr ? Bytes(bytes, bytes + size) : Bytes();
-}
-
-std::optional<Value> valueOf(plist_t node) {
-    switch (plist_get_node_type(node)) {
-    case PLIST_BOOLEAN: {
-        std::uint8_t value = 0;
-        plist_get_bool_val(node, &value);
-        return value != 0;
-    }
-    case PLIST_UINT: { // negative numbers too
-        std::uint64_t value = 0;
-        plist_get_uint_val(node, &value);
-        return static_cast<std::int64_t>(value);
-    }
-    case PLIST_REAL: {
-        double value = 0;
-        plist_get_real_val(node, &value);
-        return value;
-    }
-    case PLIST_STRING:
-        return stringOf(node);
-    case PLIST_DATA:
-        return dataOf(node);
-    default:
+    std::optional<Value> operator()(double value) const { return value; }
+    std::optional<Value> operator()(const std::string &value) const { return value; }
+    std::optional<Value> operator()(const Bytes &value) const { return value; }
+    template <class Other>
+    std::optional<Value> operator()(const Other & /*value*/) const {
         return std::nullopt;
     }
-}
+};
 
-plist_t makeNode(const Value &value) {
-    if (const auto boolean = value.boolean()) {
-        return plist_new_bool(*boolean ? 1 : 0);
-    }
-    if (const auto integer = value.integer()) {
-        return plist_new_uint(static_cast<std::uint64_t>(*integer));
-    }
-    if (const auto real = value.real()) {
-        return plist_new_real(*real);
-    }
-    if (const auto *string = value.string()) {
-        return plist_new_string(string->c_str());
-    }
-    const auto *data = value.data();
-    require(data != nullptr, "user defaults hold no dictionaries of their own");
-    return plist_new_data(reinterpret_cast<const char *>(data->data()), data->size());
-}
-
-std::string printableInXml(const std::string &text) {
-    const GlibPointer<gchar> valid(
-        g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())));
+std::string validUtf8(std::string_view text) {
     std::string result;
-    for (const gchar *at = valid.get(); *at != '\0'; ++at) {
-        const bool isControl = static_cast<unsigned char>(*at) < ' ';
-        if (isControl && *at != '\t' && *at != '\n' && *at != '\r') {
-            result += "\uFFFD";
-        } else {
-            result += *at;
+    while (true) {
+        const auto piece = text.substr(0, text.find('\0'));
+        const GlibPointer<gchar> valid(
+            g_utf8_make_valid(piece.data(), static_cast<gssize>(piece.size())));
+        result += valid.get();
+        if (piece.size() == text.size()) {
+            return result;
         }
+        result += '\0';
+        text.remove_prefix(piece.size() + 1);
     }
-    return result;
+}
+
+bool isTurnOfAnother(const std::error_code &error) {
+    return error == std::errc::resource_unavailable_try_again;
 }
 
 } // namespace
-
-void PropertyListUserDefaults::FreePropertyList::operator()(void *list) const {
-    plist_free(list);
-}
 
 std::optional<std::filesystem::path> PropertyListUserDefaults::standardFile() {
     auto folder = userConfigurationFolder();
@@ -133,41 +70,67 @@ std::optional<std::filesystem::path> PropertyListUserDefaults::standardFile() {
 PropertyListUserDefaults::PropertyListUserDefaults(const std::optional<std::filesystem::path> &file,
                                                    MainLoop &mainLoop, Log &log)
     : mainLoop_(mainLoop)
-    , log_(log)
-    , root_(plist_new_dict()) {
+    , log_(log) {
     if (file) {
         file_.emplace(*file);
         load();
     } else {
         log_.print("[Lumo] There is no home folder: settings are kept in memory only.");
     }
+    watch();
 }
 
 PropertyListUserDefaults::~PropertyListUserDefaults() {
-    flush();
+    using Clock = std::chrono::steady_clock;
+    const auto end = Clock::now() + longestWaitAtTheEnd;
+    std::error_code error;
+    while (!isWritten() && isTurnOfAnother(error = write()) && Clock::now() < end) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    if (error) {
+        reportFailure(error, "the last changes are lost.");
+    }
+}
+
+PropertyListUserDefaults::Contents PropertyListUserDefaults::read() const {
+    std::error_code error;
+    auto text = file_->read(error);
+    if (error) {
+        const bool isForbidden = error == std::errc::permission_denied;
+        return {isForbidden ? Found::unreadable : Found::noList, {}, {}, error.message()};
+    }
+    if (!text) {
+        return {};
+    }
+    Contents contents{Found::noList, std::move(*text), {}, {}};
+    auto list = readPropertyList(contents.text, contents.problem);
+    if (auto *values = list ? std::get_if<Dictionary>(&list->value) : nullptr) {
+        contents.found = Found::values;
+        contents.values = std::move(*values);
+    } else if (list) {
+        contents.problem = "not a dictionary";
+    }
+    return contents;
 }
 
 void PropertyListUserDefaults::load() {
-    std::error_code error;
-    const auto contents = file_->read(error);
-    if (error) {
-        giveUpFile(error.message());
-    }
-    if (!contents) {
-        return;
-    }
-    plist_t list = nullptr;
-    {
-        const NumbersAsInC numbers;
-        plist_from_memory(contents->data(), static_cast<std::uint32_t>(contents->size()), &list);
-    }
-    PropertyList owner(list);
-    if (list == nullptr) {
-        giveUpFile("not a property list");
-    } else if (plist_get_node_type(list) != PLIST_DICT) {
-        giveUpFile("not a dictionary");
-    } else {
-        root_ = std::move(owner);
+    lastSeen_ = read();
+    switch (lastSeen_.found) {
+    case Found::nothing:
+        break;
+    case Found::values:
+        format_ = propertyListFormat(lastSeen_.text);
+        values_ = std::exchange(lastSeen_.values, {});
+        break;
+    case Found::noList:
+        giveUpFile(lastSeen_.problem);
+        break;
+    case Found::unreadable:
+        log_.print("[Lumo] The settings in " + file_->path().string() + " can't be read (" +
+                   lastSeen_.problem +
+                   "): they stay as they are, and the defaults apply for this run.");
+        file_.reset();
+        break;
     }
 }
 
@@ -176,58 +139,148 @@ void PropertyListUserDefaults::giveUpFile(const std::string &reason) {
     const auto newName = file_->setAside(error);
     std::string line =
         "[Lumo] The settings in " + file_->path().string() + " can't be read (" + reason + "): ";
+    lastSeen_ = {};
     if (error) {
         line += "they can't be set aside either (" + error.message() +
                 "), so settings are kept in memory only.";
         file_.reset();
     } else {
-        line += "they were set aside as " + newName.string() + ", and the defaults apply.";
+        line += "they were set aside as " + newName.string() + ", and " +
+                (values_.empty() ? "the defaults apply." : "those in force are written.");
     }
     log_.print(line);
 }
 
-std::optional<Value> PropertyListUserDefaults::object(std::string_view key) const {
-    const auto node = plist_dict_get_item(root_.get(), std::string(key).c_str());
-    return node != nullptr ? valueOf(node) : std::nullopt;
+void PropertyListUserDefaults::watch() {
+    if (!file_) {
+        return;
+    }
+    std::error_code error;
+    auto target = file_->target(error);
+    if (error || target == watchedTarget_) {
+        return;
+    }
+    const auto noteEvent = [this] { scheduleReload(); };
+    watches_ = {watchFile(file_->path(), noteEvent),
+                target != file_->path() ? watchFile(target, noteEvent) : Handle()};
+    watchedTarget_ = std::move(target);
 }
 
-void PropertyListUserDefaults::set(std::string_view key, const Value &value) {
-    if (object(key) != value) {
-        plist_dict_set_item(root_.get(), std::string(key).c_str(), makeNode(value));
-        changed();
+void PropertyListUserDefaults::scheduleReload() {
+    if (!nextReload_) {
+        nextReload_ = mainLoop_.after(pauseBeforeReading, lifetime_.guard([this] {
+            nextReload_.reset();
+            reload();
+        }));
+    }
+}
+
+void PropertyListUserDefaults::reload() {
+    if (!file_) {
+        return;
+    }
+    watch();
+    auto contents = read();
+    if (contents.isSameAs(lastSeen_)) {
+        return;
+    }
+    auto values = std::exchange(contents.values, {});
+    lastSeen_ = std::move(contents);
+    switch (lastSeen_.found) {
+    case Found::nothing: // an editor may be about to put another one there
+        break;
+    case Found::values:
+        format_ = propertyListFormat(lastSeen_.text);
+        adopt(withUnwritten(std::move(values)));
+        break;
+    case Found::noList:
+    case Found::unreadable:
+        log_.print("[Lumo] The settings in " + file_->path().string() +
+                   " were changed and can't be read (" + lastSeen_.problem +
+                   "): those in force stay.");
+        break;
+    }
+}
+
+PropertyListUserDefaults::Dictionary
+PropertyListUserDefaults::withUnwritten(Dictionary values) const {
+    for (const auto &[key, value] : unwritten_) {
+        if (value) {
+            values.insert_or_assign(key, *value);
+        } else {
+            values.erase(key);
+        }
+    }
+    return values;
+}
+
+// Puts the values in force, and announces what of it is new.
+void PropertyListUserDefaults::adopt(Dictionary values) {
+    std::vector<std::string> keys;
+    for (const auto &[key, value] : values) {
+        const auto old = values_.find(key);
+        if (old == values_.end() || old->second != value) {
+            keys.push_back(key);
+        }
+    }
+    for (const auto &[key, value] : values_) {
+        if (!values.contains(key)) {
+            keys.push_back(key);
+        }
+    }
+    values_ = std::move(values);
+    if (!keys.empty()) {
+        changedByOthers_.emit(keys);
+    }
+}
+
+std::optional<Value> PropertyListUserDefaults::object(std::string_view key) const {
+    const auto found = values_.find(key);
+    return found != values_.end() ? std::visit(ToValue(), found->second.value) : std::nullopt;
+}
+
+void PropertyListUserDefaults::set(std::string_view key, PropertyList value) {
+    const auto found = values_.find(key);
+    if (found == values_.end() || found->second != value) {
+        values_.insert_or_assign(std::string(key), value);
+        changed(key, std::move(value));
     }
 }
 
 void PropertyListUserDefaults::setBool(std::string_view key, bool value) {
-    set(key, value);
+    set(key, {value});
 }
 
 void PropertyListUserDefaults::setInteger(std::string_view key, std::int64_t value) {
-    set(key, value);
+    set(key, {value});
 }
 
 void PropertyListUserDefaults::setDouble(std::string_view key, double value) {
-    set(key, value);
+    set(key, {value});
 }
 
 void PropertyListUserDefaults::setString(std::string_view key, const std::string &value) {
-    set(key, printableInXml(value));
+    set(key, {validUtf8(value)});
 }
 
 void PropertyListUserDefaults::setData(std::string_view key, const Bytes &value) {
-    set(key, value);
+    set(key, {value});
 }
 
 void PropertyListUserDefaults::removeObject(std::string_view key) {
-    const std::string name(key);
-    if (plist_dict_get_item(root_.get(), name.c_str()) != nullptr) {
-        plist_dict_remove_item(root_.get(), name.c_str());
-        changed();
+    if (const auto found = values_.find(key); found != values_.end()) {
+        values_.erase(found);
+        changed(key, std::nullopt);
     }
 }
 
-void PropertyListUserDefaults::changed() {
-    hasUnwritten_ = true;
+Handle PropertyListUserDefaults::onChangeByOthers(
+    std::function<void(const std::vector<std::string> &)> observer) {
+    return changedByOthers_.subscribe(std::move(observer));
+}
+
+void PropertyListUserDefaults::changed(std::string_view key, std::optional<PropertyList> value) {
+    unwritten_.insert_or_assign(std::string(key), std::move(value));
     if (!isFlushPosted_) {
         isFlushPosted_ = true;
         mainLoop_.post(lifetime_.guard([this] {
@@ -237,24 +290,84 @@ void PropertyListUserDefaults::changed() {
     }
 }
 
+// A file that others broke is replaced at the end, if not before: what was in force is there again
+// at the next start.
+bool PropertyListUserDefaults::isWritten() const {
+    return !file_ || (unwritten_.empty() && lastSeen_.found != Found::noList);
+}
+
 void PropertyListUserDefaults::flush() {
-    if (!hasUnwritten_ || !file_) {
+    if (!file_ || unwritten_.empty()) {
         return;
     }
-    char *xml = nullptr;
-    std::uint32_t size = 0;
-    {
-        const NumbersAsInC numbers;
-        plist_to_xml(root_.get(), &xml, &size);
+    const auto error = write();
+    if (isTurnOfAnother(error)) {
+        tryAgainLater(error);
+        return;
     }
-    const Text owner(xml);
-    require(xml != nullptr, "a property list can be printed");
-    const auto error = file_->replace({xml, size});
+    vainAttempts_ = 0;
     if (error && !lastWriteFailed_) {
-        log_.print("[Lumo] Settings can't be written to " + file_->path().string() + " (" +
-                   error.message() + "): they are kept in memory for now.");
+        reportFailure(error, "they are kept in memory for now.");
     }
-    hasUnwritten_ = lastWriteFailed_ = static_cast<bool>(error);
+    lastWriteFailed_ = static_cast<bool>(error);
+}
+
+void PropertyListUserDefaults::tryAgainLater(const std::error_code &error) {
+    if (nextAttempt_) {
+        return;
+    }
+    if (++vainAttempts_ == vainAttemptsBeforeReport) {
+        reportFailure(error, "another process has locked its temporary file, so they are kept in "
+                             "memory for now.");
+    }
+    nextAttempt_ = mainLoop_.after(pauseBetweenAttempts, lifetime_.guard([this] {
+        nextAttempt_.reset();
+        flush();
+    }));
+}
+
+void PropertyListUserDefaults::reportFailure(const std::error_code &error,
+                                             std::string_view consequence) {
+    log_.print("[Lumo] Settings can't be written to " + file_->path().string() + " (" +
+               error.message() + "): " + std::string(consequence));
+}
+
+std::error_code PropertyListUserDefaults::write() {
+    std::error_code error;
+    auto turn = file_->takeTurn(error);
+    if (!turn) {
+        return error;
+    }
+    auto contents = read();
+    if (contents.found == Found::unreadable) {
+        return make_error_code(std::errc::permission_denied);
+    }
+    if (contents.found == Found::noList) {
+        if (!contents.isSameAs(lastSeen_)) { // an editor may be about to write the rest of it
+            lastSeen_ = std::move(contents);
+            return make_error_code(std::errc::resource_unavailable_try_again);
+        }
+        giveUpFile(contents.problem);
+        if (!file_) {
+            return {};
+        }
+    }
+    const bool isThere = contents.found == Found::values;
+    if (isThere) {
+        format_ = propertyListFormat(contents.text);
+    }
+    auto next = isThere ? withUnwritten(contents.values) : values_;
+    if (!isThere || next != contents.values) {
+        contents.text = printPropertyList({next}, format_);
+        if (error = turn->replace(contents.text); error) {
+            return error;
+        }
+    }
+    lastSeen_ = {Found::values, std::move(contents.text), {}, {}};
+    unwritten_.clear();
+    watch();
+    adopt(std::move(next));
+    return {};
 }
 
 } // namespace lumo::freedesktop

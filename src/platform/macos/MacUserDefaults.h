@@ -15,6 +15,11 @@ class MacUserDefaults final : public UserDefaults {
     void setString(std::string_view key, const std::string &value) override;
     void setData(std::string_view key, const Bytes &value) override;
     void removeObject(std::string_view key) override;
+
+    // There is one instance of this program for each user.
+    Handle onChangeByOthers(std::function<void(const std::vector<std::string> &)>) override {
+        return {};
+    }
 };
 
 } // namespace lumo::macos
