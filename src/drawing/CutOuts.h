@@ -19,7 +19,8 @@ struct CutOutWindow {
     enum class Layer {
         below,    // the desktop, and windows that are kept below: never clear
         ordinary, // clear or covered, which the rule says
-        above,    // docks, windows that are kept on top, menus: clear with all of their kind
+        above,    // docks and windows that are kept on top: clear with all of their kind
+        floating, // menus and others that no manager handles: clear unless they lie at the bottom
     };
 
     std::uint32_t id = 0;
@@ -27,10 +28,12 @@ struct CutOutWindow {
     Layer layer = Layer::ordinary;
     bool isFocused = false;
     bool isDialogOfReference = false;
+    bool isOwn = false; // of this program, and no overlay
 };
 
 struct CutOutRule {
-    // The clear window; absent when all ordinary windows are to be covered.
+    // The clear window; absent when all ordinary windows are to be covered, but for this program's
+    // own.
     std::optional<std::uint32_t> reference = {};
 
     // What stays clear of the ordinary windows while the reference is not among the windows.
@@ -39,7 +42,7 @@ struct CutOutRule {
     // A window that gets the focus comes above the other ordinary ones, so all that lies above the
     // reference stays clear. Else the reference counts as the topmost of them, and of those that
     // really lie above it only those stay clear that overlap it or are its dialogs; the focused one
-    // does so wherever it lies.
+    // does so wherever it lies, and so do this program's own while there is no reference.
     bool focusRaises = true;
 
     bool coversLayersAbove = false;

@@ -35,8 +35,8 @@ class PlatformWindow {
     virtual double alphaValue() const = 0;
     virtual void setAlphaValue(double alpha) = 0;
 
-    // Shows the window above all ordinary windows, but below docks, menus and whatever is kept on
-    // top.
+    // Shows the window above all ordinary windows of other programs, but below this program's own
+    // where they lie above those, and below docks, menus and whatever is kept on top.
     virtual void orderFront() = 0;
 
     // Shows the window directly below the window of that number. When that window is gone, or is

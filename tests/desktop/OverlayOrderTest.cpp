@@ -102,6 +102,17 @@ TEST_F(OverlayOrder, BelowTheReferenceOrInFrontWithoutARequestPerTick) {
     settle();
     EXPECT_EQ(bytesOfTicks([&] { overlay->orderFront(); }), 0);
 
+    // Nor over this program's own windows.
+    const auto own = session.openWindow(session.picture({0, 0, 200, 200}));
+    EXPECT_TRUE(eventually([&] {
+        const auto *window = mirror->find(own);
+        return window != nullptr && window->isDescribed && window->isMapped;
+    }));
+    session.activate(own);
+    settle();
+    EXPECT_TRUE(session.isAbove(session.frameOf(own), idOf(*overlay)));
+    EXPECT_EQ(order(overlay.get()).substr(0, 4), "102o");
+
     // A reference that is minimised, or gone, leaves it where it is.
     session.minimise(app_.window(0));
     EXPECT_TRUE(eventually([&] { return !mirror->find(app_.window(0))->isMapped; }));
@@ -198,6 +209,7 @@ TEST_F(OverlayOrder, RestackingContestEndsOnTopWithCutOuts) {
     restack.reset();
     EXPECT_TRUE(eventually(isRight));
     EXPECT_EQ(lines.size(), 2);
+    EXPECT_THAT(order(overlay.get()), testing::HasSubstr("o5")) << "what floats needs no cut-out";
 }
 
 TEST_F(OverlayOrder, ClicksGoThroughDuringAResize) {

@@ -25,13 +25,14 @@ std::string letters(std::span<const CutOutPiece> pieces) {
 TEST(CutOuts, AreOfTheWindowsThatTheRuleKeepsClear) {
     constexpr PixelRect overlay = {0, 0, 800, 600};
     const std::vector<CutOutWindow> plain = {
-        {.id = 'm', .area = {700, 400, 80, 100}, .layer = Layer::above},
+        {.id = 'm', .area = {700, 400, 80, 100}, .layer = Layer::floating},
         {.id = 'd', .area = {0, 570, 800, 30}, .layer = Layer::above},
         {.id = 'h', .area = {400, 300, 150, 100}},
         {.id = 'a', .area = {20, 40, 100, 540}},
         {.id = 'u'}, // nothing is seen of it
         {.id = 'r', .area = {150, 180, 300, 250}},
         {.id = 'l', .area = {20, 60, 300, 250}},
+        {.id = 'w', .area = {20, 500, 300, 50}, .layer = Layer::floating},
         {.id = 'b', .area = overlay, .layer = Layer::below},
     };
     const auto with = [&](char id, bool CutOutWindow::*what) {
@@ -41,6 +42,8 @@ TEST(CutOuts, AreOfTheWindowsThatTheRuleKeepsClear) {
         return windows;
     };
     const auto dialog = with('a', &CutOutWindow::isDialogOfReference);
+    const auto own = with('h', &CutOutWindow::isOwn);
+    const auto ownBeneath = with('r', &CutOutWindow::isOwn);
     const auto focused = with('l', &CutOutWindow::isFocused);
     struct Case {
         const char *name;
@@ -51,8 +54,12 @@ TEST(CutOuts, AreOfTheWindowsThatTheRuleKeepsClear) {
     };
     const std::vector<Case> cases = {
         {"in front", {}, plain, overlay, "md"},
+        {"in front, own", {}, own, overlay, "mdh"},
+        {"in front, own beneath others", {}, ownBeneath, overlay, "md"},
+        {"in front, no raise", {.focusRaises = false}, ownBeneath, overlay, "mdHr"},
         {"in front of all layers", {.coversLayersAbove = true}, plain, overlay, ""},
         {"below a window", {.reference = 'r'}, plain, overlay, "mdhar"},
+        {"below the lowest", {.reference = 'l'}, plain, overlay, "mdharl"},
         {"below a menu", {.reference = 'm'}, plain, overlay, "md"},
         {"no raise", {.reference = 'r', .focusRaises = false}, plain, overlay, "mdhr"},
         {"no raise, dialog", {.reference = 'r', .focusRaises = false}, dialog, overlay, "mdhar"},

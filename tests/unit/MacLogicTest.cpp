@@ -265,6 +265,12 @@ TEST(WindowOrderTest, OverlaysMayShareAPlace) {
     EXPECT_TRUE(liesBelow(records, overlays, 8, 7)) << "the other is not on screen";
     EXPECT_TRUE(liesInFront(fromFrontToBack({100, 9, 101, 8, 1}), overlays, 8));
     EXPECT_FALSE(liesInFront(records, overlays, 8));
+    auto owned = fromFrontToBack({100, 8, 1, 9, 2, 3, 4});
+    for (auto &record : owned) {
+        record.ownerProcess = record.number == 3 ? 70 : 71;
+    }
+    EXPECT_EQ(lowestInFront(owned, overlays, 71), 2);
+    EXPECT_EQ(lowestInFront(owned, overlays, 70), std::nullopt);
 }
 
 TEST(MacTablesTest, NamesAndOrderOfLayerSettings) {

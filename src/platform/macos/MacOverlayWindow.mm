@@ -4,6 +4,8 @@
 #include "platform/macos/logic/WindowFlags.h"
 #include "platform/macos/logic/WindowOrder.h"
 
+#include <unistd.h>
+
 namespace lumo::macos {
 
 static_assert(styleMask::overlay ==
@@ -96,7 +98,11 @@ void MacOverlayWindow::setAlphaValue(double alpha) {
 // The list is that of the tick which asks; what moved since is put right by the next one.
 void MacOverlayWindow::orderFront() {
     const auto records = overlays_.windowServer_.lastRead();
-    if (!window_.visible || !records || !liesInFront(*records, overlays_.numbers_, listedNumber_)) {
+    const auto own = records ? lowestInFront(*records, overlays_.numbers_, getpid()) : std::nullopt;
+    if (own) {
+        orderBelow(*own);
+    } else if (!window_.visible || !records ||
+               !liesInFront(*records, overlays_.numbers_, listedNumber_)) {
         [window_ orderFront:nil];
     }
 }

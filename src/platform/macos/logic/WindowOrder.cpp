@@ -36,4 +36,20 @@ bool liesInFront(const WindowRecords &records, const std::set<std::uint32_t> &ov
     return comesNext(records.begin(), records.end(), overlays, number);
 }
 
+std::optional<std::uint32_t> lowestInFront(const WindowRecords &records,
+                                           const std::set<std::uint32_t> &overlays,
+                                           std::int32_t process) {
+    std::optional<std::uint32_t> lowest;
+    for (const auto &record : records) {
+        if (record.layer != 0 || !record.number || overlays.contains(*record.number)) {
+            continue;
+        }
+        if (record.ownerProcess != process) {
+            break;
+        }
+        lowest = record.number;
+    }
+    return lowest;
+}
+
 } // namespace lumo::macos

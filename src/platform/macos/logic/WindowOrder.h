@@ -3,6 +3,7 @@
 #include "platform/WindowServer.h"
 
 #include <cstdint>
+#include <optional>
 #include <set>
 
 namespace lumo::macos {
@@ -16,5 +17,11 @@ bool liesBelow(const WindowRecords &records, const std::set<std::uint32_t> &over
 // Whether the window of this number already lies above all ordinary windows but other overlays.
 bool liesInFront(const WindowRecords &records, const std::set<std::uint32_t> &overlays,
                  std::uint32_t number);
+
+// The lowest of that process's ordinary windows that lie above all of other processes, overlays
+// aside; absent when there is none.
+std::optional<std::uint32_t> lowestInFront(const WindowRecords &records,
+                                           const std::set<std::uint32_t> &overlays,
+                                           std::int32_t process);
 
 } // namespace lumo::macos

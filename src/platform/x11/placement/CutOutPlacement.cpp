@@ -10,6 +10,7 @@
 #include <xcb/shape.h>
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 namespace lumo::x11 {
@@ -29,8 +30,11 @@ CutOutWindow::Layer layerOf(const MirrorWindow &window) {
     case StackingLayer::normal:
         break;
     case StackingLayer::above:
-    case StackingLayer::floating:
         return CutOutWindow::Layer::above;
+    case StackingLayer::floating:
+        return window.isManaged || window.type == WindowFacts::Type::dock
+                   ? CutOutWindow::Layer::above
+                   : CutOutWindow::Layer::floating;
     }
     return CutOutWindow::Layer::ordinary;
 }
@@ -76,7 +80,8 @@ CutOutWindow CutOutPlacement::describe(const MirrorWindow &window,
             .area = isKnown ? window.visibleArea() : drawing::PixelRect{},
             .layer = layerOf(window),
             .isFocused = active && mirror_.find(*active) == &window,
-            .isDialogOfReference = reference != nullptr && isDialogOf(window, *reference)};
+            .isDialogOfReference = reference != nullptr && isDialogOf(window, *reference),
+            .isOwn = window.isOfThisProgram()};
 }
 
 drawing::CutOutRule CutOutPlacement::ruleOf(const Order &order,
@@ -122,8 +127,6 @@ CutOutPlacement::Plan CutOutPlacement::makePlan(const Order &order) const {
     const auto isClear = drawing::clearWindows(windows, ruleOf(order, reference));
     Plan plan;
     plan.shape.overlay = overlay_.area();
-    plan.shape.pieces = drawing::cutOutPieces(windows, isClear, plan.shape.overlay);
-    plan.shape.windowShapes = shapesOf(plan.shape.pieces);
     for (std::size_t i = 0; i < windows.size(); ++i) {
         if (isClear[i] || !mirror_.find(windows[i].id)->canBeSeen()) {
             continue;
@@ -133,7 +136,29 @@ CutOutPlacement::Plan CutOutPlacement::makePlan(const Order &order) const {
             plan.offender = windows[i].id;
         }
     }
+    leaveFloating(windows, isClear, above, plan);
+    plan.shape.pieces = drawing::cutOutPieces(windows, isClear, plan.shape.overlay);
+    plan.shape.windowShapes = shapesOf(plan.shape.pieces);
     return plan;
+}
+
+// What floats above all others is not cut out where it lies above the overlay as well, so that the
+// effect is seen through it; what is translucent has to lie there.
+void CutOutPlacement::leaveFloating(std::vector<CutOutWindow> &windows,
+                                    const std::vector<bool> &isClear, std::size_t above,
+                                    Plan &plan) const {
+    for (std::size_t i = 0;
+         i < windows.size() && isClear[i] && windows[i].layer == CutOutWindow::Layer::floating;
+         ++i) {
+        const auto &window = *mirror_.find(windows[i].id);
+        plan.ceiling = window.frame;
+        if (i < above) {
+            windows[i].area = {};
+        } else if (plan.offender == XCB_NONE && (window.depth == 32 || window.opacity < 1) &&
+                   !windows[i].area.intersection(plan.shape.overlay).isEmpty()) {
+            plan.offender = window.frame;
+        }
+    }
 }
 
 const CutOutPlacement::Plan &CutOutPlacement::plan(const Order &order) const {
@@ -168,7 +193,7 @@ Placement::Outcome CutOutPlacement::enforce(const Order &order) {
         push(wanted.shape);
     }
     if (wanted.offender != XCB_NONE && !isRaising_) {
-        raise(order, wanted.offender);
+        raise(order, wanted);
     }
     return Outcome::pursued;
 }
@@ -245,12 +270,12 @@ OwnedRegion CutOutPlacement::regionOf(const CutOutPiece &piece, const Shape &sha
     return part;
 }
 
-void CutOutPlacement::raise(const Order &order, xcb_window_t offender) {
+void CutOutPlacement::raise(const Order &order, const Plan &plan) {
     const double now = mainLoop_.now();
     if (now < pausedUntil_) {
         return;
     }
-    if (corrections_.isConflict(order, offender, now)) {
+    if (corrections_.isConflict(order, plan.offender, now)) {
         log_.print("[Lumo] Something keeps taking an overlay from the top; it is put back ever "
                    "more seldom");
         corrections_.clear();
@@ -258,8 +283,15 @@ void CutOutPlacement::raise(const Order &order, xcb_window_t offender) {
         pause_ = std::min(2 * pause_, longestPause);
         return;
     }
-    const std::uint32_t above = XCB_STACK_MODE_ABOVE;
-    xcb_configure_window(connection_, overlay_.id(), XCB_CONFIG_WINDOW_STACK_MODE, &above);
+    if (plan.ceiling != XCB_NONE) {
+        const std::array<std::uint32_t, 2> values = {plan.ceiling, XCB_STACK_MODE_BELOW};
+        xcb_configure_window(connection_, overlay_.id(),
+                             XCB_CONFIG_WINDOW_SIBLING | XCB_CONFIG_WINDOW_STACK_MODE,
+                             values.data());
+    } else {
+        const std::uint32_t above = XCB_STACK_MODE_ABOVE;
+        xcb_configure_window(connection_, overlay_.id(), XCB_CONFIG_WINDOW_STACK_MODE, &above);
+    }
     isRaising_ = true;
     // Its events have arrived by the time this is answered.
     connection_.whenReplied<xcb_get_input_focus_reply_t>(

@@ -24,8 +24,9 @@ class OverlaySurface;
 class WindowMirror;
 struct MirrorWindow;
 
-// Keeps the overlay above all other windows, cut out where drawing::clearWindows() says that they
-// stay clear. So there is no place in the stacking order to be in conflict about.
+// Keeps the overlay above all other windows but menus and the like, cut out where
+// drawing::clearWindows() says that they stay clear. So there is no place in the stacking order to
+// be in conflict about.
 class CutOutPlacement final : public Placement {
   public:
     // What is passed by reference outlives the object. The overlay's shape is this object's from
@@ -64,11 +65,16 @@ class CutOutPlacement final : public Placement {
     struct Plan {
         Shape shape;
         std::vector<xcb_window_t> covered; // from the top
-        xcb_window_t offender = XCB_NONE;  // the topmost of these that lies above the overlay
+        // The topmost of these that lies above the overlay, or a translucent floating window
+        // beneath it.
+        xcb_window_t offender = XCB_NONE;
+        xcb_window_t ceiling = XCB_NONE; // the lowest window that floats above all others
     };
 
     const Plan &plan(const Order &order) const;
     Plan makePlan(const Order &order) const;
+    void leaveFloating(std::vector<drawing::CutOutWindow> &windows,
+                       const std::vector<bool> &isClear, std::size_t above, Plan &plan) const;
     const MirrorWindow *referenceOf(const Order &order) const;
     drawing::CutOutWindow describe(const MirrorWindow &window, const MirrorWindow *reference) const;
     bool isDialogOf(const MirrorWindow &window, const MirrorWindow &owner) const;
@@ -79,7 +85,7 @@ class CutOutPlacement final : public Placement {
     OwnedRegion regionOf(const Shape &shape) const;
     OwnedRegion regionOfShaped(const Shape &shape) const;
     OwnedRegion regionOf(const drawing::CutOutPiece &piece, const Shape &shape) const;
-    void raise(const Order &order, xcb_window_t offender);
+    void raise(const Order &order, const Plan &plan);
 
     Connection &connection_;
     const WindowMirror &mirror_;

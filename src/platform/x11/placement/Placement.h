@@ -10,7 +10,8 @@ namespace lumo::x11 {
 struct Order {
     enum class Kind {
         out,   // not on screen
-        front, // above all of its stacking layer and of those below
+        front, // above all of its stacking layer and of those below, but for this program's own
+               // windows where these lie above the others
         below, // directly beneath the reference
     };
 

@@ -40,13 +40,21 @@ StackedPlacement::Target StackedPlacement::targetOfFront(int level) const {
     if (level > 0) {
         return {nullptr, XCB_STACK_MODE_ABOVE, stacking.size()};
     }
+    Target target{nullptr, XCB_STACK_MODE_BELOW, 0};
     for (std::size_t index = stacking.size(); index > 0; --index) {
         const auto *window = mirror_.find(stacking[index - 1]);
-        if (window->canBeSeen() && window->stackingLayer <= StackingLayer::normal) {
+        if (!window->canBeSeen() || window->stackingLayer > StackingLayer::normal) {
+            continue;
+        }
+        if (window->isOfThisProgram()) {
+            target = {window, XCB_STACK_MODE_BELOW, index - 1};
+        } else if (target.sibling != nullptr) {
+            break;
+        } else {
             return {window, XCB_STACK_MODE_ABOVE, index};
         }
     }
-    return {nullptr, XCB_STACK_MODE_BELOW, 0};
+    return target;
 }
 
 bool StackedPlacement::isPossible(const Order &order) const {

@@ -1,5 +1,6 @@
 #include "platform/x11/windows/MirrorWindow.h"
 
+#include <unistd.h>
 #include <xcb/xcb_icccm.h>
 
 #include <algorithm>
@@ -51,6 +52,10 @@ drawing::PixelRect MirrorWindow::visibleArea() const {
                                      geometry.width - edges.left - edges.right,
                                      geometry.height - edges.top - edges.bottom};
     return area.width > 0 && area.height > 0 ? area : geometry;
+}
+
+bool MirrorWindow::isOfThisProgram() const {
+    return !isOwn && processIdentifier == getpid();
 }
 
 MirrorWindow describe(const MirrorWindow &window, const DescriptionSources &sources) {

@@ -52,6 +52,9 @@ struct MirrorWindow {
 
     bool isMinimized() const { return minimization != Minimization::none; }
 
+    // This program's, and no overlay.
+    bool isOfThisProgram() const;
+
     // Mapped with pixels, and another client's.
     bool canBeSeen() const {
         return isMapped && !isInputOnly && !isOwn && minimization != Minimization::certain;
