@@ -27,14 +27,10 @@ class BlurChanges : public testing::Test, protected OverlayDesktop {
   protected:
     BlurChanges()
         : OverlayDesktop({.width = 800, .height = 600}) {
-        Picture wallpaper(width, height);
-        for (int y = 0; y < height; ++y) {
-            for (int x = 0; x < width; ++x) {
-                wallpaper.at(x, y) =
-                    x / 50 % 2 == y / 50 % 2 ? Colour{30, 60, 200} : Colour{240, 230, 120};
-            }
-        }
-        session.setWallpaper(wallpaper);
+        session.setWallpaper(
+            {width, height, [](int x, int y) {
+                 return x / 50 % 2 == y / 50 % 2 ? Colour{30, 60, 200} : Colour{240, 230, 120};
+             }});
         overlay_ = overlays->makeWindow(frame());
         overlay_->commit(tree_);
     }

@@ -21,11 +21,9 @@ TEST(OverlayChanges, WallpaperFromEachSource) {
     EXPECT_EQ(wrong(), "");
     // A pixmap that a property names, and another one.
     for (const Colour colour : {Colour{200, 100, 50}, Colour{50, 100, 200}}) {
-        desktop::Picture wallpaper(800, 600);
-        for (int x = 0; x < 800 * 600; ++x) {
-            wallpaper.at(x % 800, x / 800) = {colour.red, colour.green,
-                                              static_cast<std::uint8_t>(x % 256)};
-        }
+        const desktop::Picture wallpaper(800, 600, [&](int x, int y) {
+            return Colour{colour.red, colour.green, static_cast<std::uint8_t>((800 * y + x) % 256)};
+        });
         const Colour before = on.session.pixel(400, 300);
         on.session.setWallpaper(wallpaper);
         EXPECT_TRUE(on.eventually([&] { return on.session.pixel(400, 300) != before; }));

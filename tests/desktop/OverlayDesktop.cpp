@@ -120,18 +120,9 @@ std::string OverlayDesktop::difference(const desktop::Picture &plain, const desk
                                        const Look &look) const {
     const auto layers =
         tree({0, 0, static_cast<double>(frame.width), static_cast<double>(frame.height)}, look);
-    const auto expected = reference::render(plain.part(frame), layers, 1, look.alpha);
-    for (int y = area.y; y < area.bottom(); ++y) {
-        for (int x = area.x; x < area.right(); ++x) {
-            const auto wanted = expected.at(x - frame.x, y - frame.y);
-            if (distance(wanted, shown.at(x, y)) > tolerance) {
-                return std::to_string(x) + "," + std::to_string(y) + ": plain " +
-                       plain.at(x, y).describe() + ", wanted " + wanted.describe() + ", shown " +
-                       shown.at(x, y).describe();
-            }
-        }
-    }
-    return {};
+    auto expected = plain;
+    expected.paste(reference::render(plain.part(frame), layers, 1, look.alpha), {frame.x, frame.y});
+    return shown.differenceFrom(expected, area, tolerance);
 }
 
 std::string OverlayDesktop::lastingDifference(PlatformWindow &overlay, const desktop::Area &area,

@@ -16,13 +16,9 @@ class OverlayPictures : public testing::TestWithParam<Compositor>, protected Ove
   protected:
     OverlayPictures()
         : OverlayDesktop({.width = 800, .height = 600, .compositor = GetParam()}) {
-        desktop::Picture wallpaper(800, 600);
-        for (int y = 0; y < 600; ++y) {
-            for (int x = 0; x < 800; ++x) {
-                wallpaper.at(x, y) = {static_cast<std::uint8_t>(x / 4),
-                                      static_cast<std::uint8_t>(y / 3), 90};
-            }
-        }
+        const desktop::Picture wallpaper(800, 600, [](int x, int y) {
+            return Colour{static_cast<std::uint8_t>(x / 4), static_cast<std::uint8_t>(y / 3), 90};
+        });
         session.setWallpaper(wallpaper);
         EXPECT_TRUE(eventually([&] { return session.pixel(799, 599) == wallpaper.at(799, 599); }));
         session.activate(app_.window(1));
@@ -36,16 +32,14 @@ class OverlayPictures : public testing::TestWithParam<Compositor>, protected Ove
                                   const Rect &frame, const Look &look) {
         const Area on{static_cast<int>(frame.x), 600 - static_cast<int>(frame.maxY()),
                       static_cast<int>(frame.width), static_cast<int>(frame.height)};
-        std::string found;
-        eventually([&] {
-            found = difference(plain, session.picture(), area, on, look);
-            return found.empty();
+        return session.wrongUntilNone([&] {
+            settle();
+            return difference(plain, session.picture(), area, on, look);
         });
-        return found;
     }
 
     bool comesToShow(const desktop::Picture &plain, const Area &area) {
-        return eventually([&] { return !session.picture().firstDifference(plain, area); });
+        return eventually([&] { return session.picture().differenceFrom(plain, area).empty(); });
     }
 
     SampleApplication app_{desktop,
@@ -55,19 +49,20 @@ class OverlayPictures : public testing::TestWithParam<Compositor>, protected Ove
                             {.title = "C", .area = {420, 300, 300, 250}, .colour = "#3232c8"}}};
 };
 
-TEST_P(OverlayPictures, HolesAndImagesHaveTheirOriginAtTheBottomLeft) {
+TEST_P(OverlayPictures, MaskAndImagesFromTheBottomLeft) {
     const auto plain = session.picture();
     const auto overlay = overlays->makeWindow(frame());
-    auto holed = tree(frame());
-    holed.mask = EvenOddMask{holed.bounds, {holed.bounds, {20, 500, 100, 80}, {70, 460, 100, 80}}};
-    overlay->commit(holed);
+    auto masked = tree(frame());
+    masked.mask =
+        EvenOddMask{masked.bounds, {masked.bounds, {20, 500, 100, 80}, {70, 460, 100, 80}}};
+    overlay->commit(masked);
     overlay->orderBelow(app_.window(1));
-    // In pixels from the top. What the two holes have in common is covered again.
+    // In pixels from the top. What the two cut-outs have in common is covered again.
     for (const Area covered : {Area{70, 60, 50, 40}, Area{0, 0, 20, 600}, Area{20, 0, 180, 20}}) {
         EXPECT_EQ(lastingDifference(plain, covered, frame(), {}), "");
     }
-    for (const Area hole : {Area{20, 20, 100, 40}, Area{20, 60, 50, 40}, Area{120, 60, 50, 80}}) {
-        EXPECT_TRUE(comesToShow(plain, hole));
+    for (const Area cutOut : {Area{20, 20, 100, 40}, Area{20, 60, 50, 40}, Area{120, 60, 50, 80}}) {
+        EXPECT_TRUE(comesToShow(plain, cutOut));
     }
 
     LayerTree stretched;

@@ -33,13 +33,10 @@ class Races : public testing::TestWithParam<Place>, protected ThreeWindows {
   protected:
     Races()
         : ThreeWindows(GetParam().manager) {
-        Picture wallpaper(session.screenArea().width, session.screenArea().height);
-        for (int y = 0; y < wallpaper.height(); ++y) {
-            for (int x = 0; x < wallpaper.width(); ++x) {
-                wallpaper.at(x, y) = {0xc0, 0xc0, 0xc0};
-            }
-        }
-        session.setWallpaper(wallpaper);
+        session.setWallpaper(
+            {session.screenArea().width, session.screenArea().height, [](int, int) {
+                 return Colour{0xc0, 0xc0, 0xc0};
+             }});
         show();
     }
 

@@ -100,9 +100,8 @@ std::string ThreeWindows::wrongNow(const std::vector<Subject> &clear,
 }
 
 std::string ThreeWindows::wrongUntilNone(const std::function<std::string()> &look) {
-    std::string wrong;
-    const bool isRight = session.eventually([&] { return (wrong = look()).empty(); });
-    return isRight ? std::string() : wrong + "\n" + lumo->process().report();
+    const auto wrong = session.wrongUntilNone(look);
+    return wrong.empty() ? wrong : wrong + "\n" + lumo->process().report();
 }
 
 std::string ThreeWindows::wrongWith(const std::vector<Subject> &clear,

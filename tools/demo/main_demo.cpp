@@ -116,7 +116,7 @@ class Demo {
     double changedShare(const Picture &shown, std::size_t index) {
         const Picture &plain = plain_[index];
         const Area clear = session_.frameAreaOf(applications_[index].window());
-        if (shown.firstDifference(plain, clear)) {
+        if (!shown.differenceFrom(plain, clear).empty()) {
             return -1;
         }
         long changed = 0;
@@ -185,7 +185,7 @@ class Demo {
         Picture shown;
         const auto isRevealed = [&] {
             shown = session_.picture();
-            return !shown.firstDifference(plain_[2], session_.screenArea());
+            return shown.differenceFrom(plain_[2], session_.screenArea()).empty();
         };
         if (!session_.eventually(isRevealed, Seconds(5))) {
             throw std::runtime_error("the Peek hot key did not reveal the desktop; " +

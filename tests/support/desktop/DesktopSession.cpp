@@ -108,6 +108,12 @@ bool DesktopSession::eventually(const std::function<bool()> &condition, Seconds 
     return true;
 }
 
+std::string DesktopSession::wrongUntilNone(const std::function<std::string()> &look) {
+    std::string wrong;
+    eventually([&] { return (wrong = look()).empty(); });
+    return wrong;
+}
+
 bool DesktopSession::remains(const std::function<bool()> &condition, Seconds duration) {
     return !eventually([&] { return !condition(); }, duration);
 }
@@ -322,7 +328,7 @@ Picture DesktopSession::stillPicture() {
     Picture last = picture();
     const auto moved = [&] {
         Picture next = picture();
-        const bool differs = next.firstDifference(last, screenArea()).has_value();
+        const bool differs = !next.differenceFrom(last, screenArea()).empty();
         last = std::move(next);
         return differs;
     };

@@ -65,6 +65,9 @@ class DesktopSession {
     bool eventually(const std::function<bool()> &condition, Seconds deadline = Seconds(10));
     bool remains(const std::function<bool()> &condition, Seconds duration);
 
+    // Looks until nothing is wrong, and returns what is when the deadline has come.
+    std::string wrongUntilNone(const std::function<std::string()> &look);
+
     // Windows. frameOf() is the child of the root window that holds a window: what the window
     // manager made for it, or the window itself; none when it is gone.
     std::vector<xcb_window_t> stacking(); // children of the root window, bottom to top

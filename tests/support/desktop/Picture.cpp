@@ -31,14 +31,17 @@ int distance(Colour a, Colour b) {
         {std::abs(a.red - b.red), std::abs(a.green - b.green), std::abs(a.blue - b.blue)});
 }
 
-Picture Picture::part(const Area &area) const {
-    Picture result(area.width, area.height);
-    for (int y = 0; y < area.height; ++y) {
-        for (int x = 0; x < area.width; ++x) {
-            result.at(x, y) = at(area.x + x, area.y + y);
+Picture::Picture(int width, int height, const std::function<Colour(int x, int y)> &colourAt)
+    : Picture(width, height) {
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            at(x, y) = colourAt(x, y);
         }
     }
-    return result;
+}
+
+Picture Picture::part(const Area &area) const {
+    return {area.width, area.height, [&](int x, int y) { return at(area.x + x, area.y + y); }};
 }
 
 void Picture::paste(const Picture &other, Spot place) {
@@ -63,15 +66,16 @@ Picture::Mean Picture::mean(const Area &part) const {
     return {sum.red / count, sum.green / count, sum.blue / count};
 }
 
-std::optional<Spot> Picture::firstDifference(const Picture &other, const Area &part) const {
+std::string Picture::differenceFrom(const Picture &expected, const Area &part, int allowed) const {
     for (int y = part.y; y < part.bottom(); ++y) {
         for (int x = part.x; x < part.right(); ++x) {
-            if (at(x, y) != other.at(x, y)) {
-                return Spot{x, y};
+            if (distance(at(x, y), expected.at(x, y)) > allowed) {
+                return "at " + std::to_string(x) + "," + std::to_string(y) + " " +
+                       at(x, y).describe() + " instead of " + expected.at(x, y).describe() + "; ";
             }
         }
     }
-    return std::nullopt;
+    return {};
 }
 
 void Picture::savePng(const std::filesystem::path &file) const {

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <optional>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -52,6 +52,7 @@ class Picture {
         : width_(width)
         , height_(height)
         , pixels_(static_cast<std::size_t>(width) * static_cast<std::size_t>(height)) {}
+    Picture(int width, int height, const std::function<Colour(int x, int y)> &colourAt);
 
     int width() const { return width_; }
     int height() const { return height_; }
@@ -74,8 +75,9 @@ class Picture {
     };
     Mean mean(const Area &part) const;
 
-    // The first pixel of the part that is not the same in both, row by row.
-    std::optional<Spot> firstDifference(const Picture &other, const Area &part) const;
+    // Empty when no channel of the part differs by more than that; else the first pixel that does,
+    // row by row, and what is expected there.
+    std::string differenceFrom(const Picture &expected, const Area &part, int allowed = 0) const;
 
     // Throws when the file cannot be written.
     void savePng(const std::filesystem::path &file) const;
