@@ -41,6 +41,8 @@ const std::vector<Manager> managers = {
     {"i3-floating", WindowManager::i3Floating, "cut-outs", altTab},
     {"icewm", WindowManager::icewm, "below", altTab},
     {"awesome", WindowManager::awesome, "cut-outs", superJ},
+    {"bspwm", WindowManager::bspwm, "cut-outs"},
+    {"herbstluftwm", WindowManager::herbstluftwm, "cut-outs", altTab},
     {"none", WindowManager::none, "cut-outs"},
 };
 
@@ -259,6 +261,7 @@ class ManagersTest : public testing::TestWithParam<Manager>, protected ThreeWind
 };
 
 TEST_P(ManagersTest, ClearWindowThroughAllThatUsersDo) {
+    note("two displays", "one desktop"); // unless DisplaysTest has another for each
     show();
     focusByClick();
     focusByKeyboard();
@@ -275,6 +278,75 @@ TEST_P(ManagersTest, ClearWindowThroughAllThatUsersDo) {
     EXPECT_EQ(placementSeen(), GetParam().placement);
     rest();
 }
+
+// A manager that shows another desktop on each display.
+struct DesktopPerDisplay {
+    std::string name;
+    WindowManager windowManager = WindowManager::none;
+    std::uint32_t desktopOfSecond = 1; // the one that the second display shows at first
+
+    friend std::ostream &operator<<(std::ostream &stream, const DesktopPerDisplay &manager) {
+        return stream << manager.name;
+    }
+};
+
+class DisplaysTest : public testing::TestWithParam<DesktopPerDisplay>, protected ThreeWindows {
+  protected:
+    DisplaysTest()
+        : ThreeWindows(GetParam().windowManager,
+                       {{0, {0, 0, 800, 600}, true}, {1, {800, 0, 800, 600}}}) {}
+
+    bool areOnOneDisplay(const SubjectApplication &a, const SubjectApplication &b) {
+        const auto isOnSecond = [&](const SubjectApplication &application) {
+            return session.areaOf(application.subject.window).x >= 800;
+        };
+        return isOnSecond(a) == isOnSecond(b);
+    }
+
+    // Of red and green, which share a display, either.
+    std::string wrongWithBlueClear() {
+        std::string wrong;
+        session.eventually([&] {
+            wrong = wrongNow({red.subject, blue.subject}, {green.subject});
+            if (!wrong.empty() && wrongNow({green.subject, blue.subject}, {red.subject}).empty()) {
+                wrong.clear();
+            }
+            return wrong.empty();
+        });
+        return wrong;
+    }
+};
+
+TEST_P(DisplaysTest, EachHasItsClearWindow) {
+    bringForward(red);
+    const auto here = session.numbers(red.subject.window, "_NET_WM_DESKTOP");
+    ASSERT_FALSE(here.empty());
+    session.sendToDesktop(blue.subject.window, here.front() == 0 ? GetParam().desktopOfSecond : 0);
+    ASSERT_TRUE(session.eventually([&] { return !areOnOneDisplay(red, blue); }));
+    show({red.subject, blue.subject}, {green.subject});
+    bringForward(green);
+    auto wrong = wrongWith({green.subject, blue.subject}, {red.subject});
+    const auto spots = spotsIn(blue.subject.window);
+    ASSERT_FALSE(spots.empty());
+    session.click(spots[spots.size() / 2]);
+    EXPECT_TRUE(session.eventually([&] { return session.activeWindow() == blue.subject.window; }));
+    wrong += wrongWithBlueClear();
+    EXPECT_EQ(wrong, "");
+    ManagersTable::shared().set(GetParam().name, "two displays",
+                                wrong.empty() ? "ok" : "**failed**");
+}
+
+INSTANTIATE_TEST_SUITE_P(All, DisplaysTest,
+                         testing::Values(DesktopPerDisplay{"i3-tiled", WindowManager::i3},
+                                         DesktopPerDisplay{"awesome", WindowManager::awesome, 9},
+                                         DesktopPerDisplay{"bspwm", WindowManager::bspwm},
+                                         DesktopPerDisplay{"herbstluftwm",
+                                                           WindowManager::herbstluftwm}),
+                         [](const auto &row) {
+                             std::string name = row.param.name;
+                             std::erase(name, '-');
+                             return name;
+                         });
 
 class TableWriter : public testing::Environment {
     void TearDown() override { ManagersTable::shared().write(); }

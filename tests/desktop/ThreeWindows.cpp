@@ -8,11 +8,17 @@
 
 namespace lumo::desktop {
 
-void ThreeWindows::show() {
+void ThreeWindows::show(const std::vector<Subject> &clear, const std::vector<Subject> &covered) {
     bringForward(red);
     lumo.emplace(desktop, look_.preferences());
-    lumo->waitForOverlays(1);
-    EXPECT_EQ(wrongWithOnly(red), "");
+    lumo->waitForOverlays(std::max(outputs_.size(), std::size_t{1}));
+    EXPECT_EQ(wrongWith(clear, covered), "");
+}
+
+Area ThreeWindows::displayAt(Spot spot) {
+    const auto found = std::ranges::find_if(
+        outputs_, [&](const OutputUse &use) { return use.area.contains(spot.x, spot.y); });
+    return found == outputs_.end() ? session.screenArea() : found->area;
 }
 
 void ThreeWindows::bringForward(const SubjectApplication &application) {
@@ -71,9 +77,11 @@ std::string ThreeWindows::wrongIn(const Subject &subject, bool isClear) {
     }
     for (const Spot &spot : {spots.front(), spots[spots.size() / 2], spots.back()}) {
         const Colour pixel = session.pixel(spot);
+        const Area display = displayAt(spot);
         const Colour expected =
             isClear ? subject.colour
-                    : look_.over(subject.colour, grainAt(session.screenArea().width, spot));
+                    : look_.over(subject.colour,
+                                 grainAt(display.width, {spot.x - display.x, spot.y - display.y}));
         if (distance(pixel, expected) > (isClear ? 0 : tolerance)) {
             return "at " + std::to_string(spot.x) + "," + std::to_string(spot.y) + " " +
                    pixel.describe() + " instead of " + expected.describe();

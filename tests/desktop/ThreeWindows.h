@@ -36,8 +36,14 @@ class ThreeWindows {
     explicit ThreeWindows(WindowManager manager)
         : desktop({.windowManager = manager}) {}
 
-    // Starts the program with red in front and waits until that is seen.
-    void show();
+    ThreeWindows(WindowManager manager, const std::vector<OutputUse> &outputs)
+        : desktop({.windowManager = manager, .server = Server::xorg, .outputs = outputs})
+        , outputs_(outputs) {}
+
+    // Starts the program with red in front and waits until it is seen that these are clear and
+    // those under the effect.
+    void show() { show({red.subject}, {green.subject, blue.subject}); }
+    void show(const std::vector<Subject> &clear, const std::vector<Subject> &covered);
 
     // Gives it the focus where there is a manager, and raises it where there is none.
     void bringForward(const SubjectApplication &application);
@@ -70,10 +76,12 @@ class ThreeWindows {
     std::optional<LumoProcess> lumo;
 
   private:
+    Area displayAt(Spot spot);
     std::string wrongIn(const Subject &subject, bool isClear);
     std::string wrongUntilNone(const std::function<std::string()> &look);
 
     const Look look_{"dim", 1};
+    std::vector<OutputUse> outputs_ = {}; // one for all when empty
 };
 
 } // namespace lumo::desktop

@@ -256,6 +256,18 @@ TEST_F(WorkspaceTest, WindowListFromFrontToBack) {
         << "only what is on no desktop";
 }
 
+TEST(DesktopsTest, WindowKeptMappedOnAnotherDesktopIsNotOnScreen) {
+    MirroredDesktop mirrored({.windowManager = WindowManager::kwinCompositing});
+    const SampleApplication application(mirrored.desktop, "Sample", {{}, {}});
+    const auto isShown = [&](std::size_t window) {
+        return mirrored.mirror->isOnShownDesktop(mirrored.window(application.window(window)));
+    };
+    mirrored.catchUp();
+    mirrored.session.sendToDesktop(application.window(0), 1);
+    EXPECT_TRUE(mirrored.eventually([&] { return !isShown(0); }));
+    EXPECT_TRUE(mirrored.session.isViewable(application.window(0)) && isShown(1));
+}
+
 TEST_F(WorkspaceTest, WindowsAreRaisedThroughTheWindowManager) {
     const SampleApplication application(mirrored_.desktop, "Sample",
                                         {{.area = {0, 0, 400, 300}}, {.area = {50, 50, 400, 300}}});
@@ -272,6 +284,8 @@ TEST_F(WorkspaceTest, WindowsAreRaisedThroughTheWindowManager) {
     const auto focus = accessibility_.onFocusedWindowDidChange([&] { ++focusChanges; });
     for (const std::size_t window : {0U, 1U}) { // the first may be active already
         session_.activate(application.window(window));
+        EXPECT_TRUE(eventually(
+            [&] { return mirrored_.mirror->activeWindow() == application.window(window); }));
     }
     EXPECT_TRUE(eventually([&] { return focusChanges > 0; })) << "within one application";
 

@@ -16,6 +16,7 @@ looks at the pixels. The clear window must be exactly as painted, the others exa
 
 - *placement*: how the overlay got among the other windows (see [architecture.md](architecture.md)).
 - *ok*: seen to work. *not offered*: the manager does not list the capability in `_NET_SUPPORTED`, or has no such key.
+- *two displays*: where each display shows a desktop of its own, whether each has its clear window.
 - *clicks through*: of ten clicks on windows under the effect, how many reached the window and moved the focus there.
 - *corrections*: requests for the overlay's order beyond one for each of those ten changes of focus.
 - *idle requests*: all requests of the program to the X server within so many seconds in which nothing happened.
@@ -54,9 +55,10 @@ ManagersTable &ManagersTable::shared() {
 
 const std::vector<std::string> &ManagersTable::columns() {
     static const std::vector<std::string> names = {
-        "placement",  "focus by click", "clicks through", "focus by keyboard", "closing",
-        "minimising", "Peek",           "full screen",    "kept above",        "dock",
-        "menu",       "dialog",         "corrections",    "idle requests",     "picture"};
+        "placement",    "focus by click", "clicks through", "focus by keyboard",
+        "closing",      "minimising",     "Peek",           "full screen",
+        "kept above",   "dock",           "menu",           "dialog",
+        "two displays", "corrections",    "idle requests",  "picture"};
     return names;
 }
 

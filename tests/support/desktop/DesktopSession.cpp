@@ -296,7 +296,8 @@ bool DesktopSession::windowManagerTakesWindows() {
         const auto clients = numbers(root(), "_NET_CLIENT_LIST");
         return std::find(clients.begin(), clients.end(), probe) == clients.end();
     };
-    return eventually(isForgotten) && taken;
+    eventually(isForgotten, Seconds(0.5)); // some never take the last window off the list
+    return taken;
 }
 
 Picture DesktopSession::picture() {
@@ -401,6 +402,10 @@ void DesktopSession::setKeptAbove(xcb_window_t window, bool on) {
 
 void DesktopSession::switchToDesktop(std::uint32_t index) {
     askWindowManager(root(), "_NET_CURRENT_DESKTOP", {index, XCB_CURRENT_TIME});
+}
+
+void DesktopSession::sendToDesktop(xcb_window_t window, std::uint32_t index) {
+    askWindowManager(window, "_NET_WM_DESKTOP", {index, sourcePager});
 }
 
 void DesktopSession::setNumbers(xcb_window_t window, std::string_view property,

@@ -117,6 +117,7 @@ class DesktopSession {
     void setFullScreen(xcb_window_t window, bool on);
     void setKeptAbove(xcb_window_t window, bool on);
     void switchToDesktop(std::uint32_t index);
+    void sendToDesktop(xcb_window_t window, std::uint32_t index);
 
     // What the window's own client sets.
     void setNumbers(xcb_window_t window, std::string_view property,

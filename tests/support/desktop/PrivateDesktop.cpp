@@ -98,6 +98,9 @@ void PrivateDesktop::startServer(const DesktopOptions &options) {
     displayName_ = ":" + server_->outputLines().front();
     environment_["DISPLAY"] = displayName_;
     session_ = std::make_unique<DesktopSession>(displayName_);
+    if (!options.outputs.empty()) {
+        arrangeOutputs(options.outputs);
+    }
 }
 
 // It needs no privilege: it opens no device and leaves the terminal alone.
@@ -141,6 +144,11 @@ void PrivateDesktop::writeFile(const fs::path &inDirectory, const std::string &t
     std::ofstream(file) << text;
 }
 
+void PrivateDesktop::writeScript(const fs::path &inDirectory, const std::string &text) const {
+    writeFile(inDirectory, "#!/bin/sh\n" + text);
+    fs::permissions(directory() / inDirectory, fs::perms::owner_all);
+}
+
 // The command that starts it, told to replace another one where it would not do so by itself.
 std::vector<std::string> PrivateDesktop::prepareWindowManager(WindowManager windowManager) {
     switch (windowManager) {
@@ -166,7 +174,7 @@ std::vector<std::string> PrivateDesktop::prepareWindowManager(WindowManager wind
     case WindowManager::kwinCompositing:
         writeFile("config/kwinrc", std::string("[Compositing]\nEnabled=") +
                                        (windowManager == WindowManager::kwin ? "false" : "true") +
-                                       "\n");
+                                       "\n[Desktops]\nNumber=2\n");
         return {"kwin_x11", "--replace"};
     case WindowManager::mutter:
         return {"mutter", "--x11", "--replace", "--sm-disable"};
@@ -180,6 +188,22 @@ std::vector<std::string> PrivateDesktop::prepareWindowManager(WindowManager wind
                         "bindsym Mod1+Tab focus next\n") +
                 (windowManager == WindowManager::i3 ? "" : "for_window [all] floating enable\n"));
         return {"i3", "--replace", "-c", (configDirectory() / "i3" / "config").string()};
+    case WindowManager::bspwm:
+        writeScript("config/bspwm/bspwmrc", "for monitor in $(bspc query -M --names)\n"
+                                            "do bspc monitor $monitor -d desktop-of-$monitor\n"
+                                            "done\n");
+        return {"bspwm"};
+    case WindowManager::herbstluftwm:
+        // A tag for each monitor, which is gone to where it shows.
+        writeScript("config/herbstluftwm/autostart", "herbstclient add second\n"
+                                                     "herbstclient detect_monitors\n"
+                                                     "herbstclient set swap_monitors_to_get_tag 0\n"
+                                                     "herbstclient keybind Mod1-Tab cycle_all\n"
+                                                     "herbstclient unlock\n");
+        return {"herbstluftwm"};
+    case WindowManager::spectrwm:
+        writeFile("config/spectrwm/spectrwm.conf", "bar_enabled = 0\nmodkey = Mod1\n");
+        return {"spectrwm"};
     case WindowManager::icewm:
         writeFile("home/.icewm/preferences", "ShowTaskBar=0\nTaskBarAutoHide=0\n");
         return {"icewm", "--replace"};

@@ -26,6 +26,9 @@ enum class WindowManager {
     metacity,
     i3,
     i3Floating,
+    bspwm,
+    herbstluftwm,
+    spectrwm,
     icewm,
     awesome,
 };
@@ -48,7 +51,8 @@ struct DesktopOptions {
     Compositor compositor = Compositor::none;
     std::vector<std::string> serverArguments = {}; // as {"-extension", "Composite"}
     Server server = Server::xvfb;
-    int depth = 24; // of the root window, bits per pixel
+    int depth = 24;                      // of the root window, bits per pixel
+    std::vector<OutputUse> outputs = {}; // of Server::xorg; one for all when empty
 };
 
 // A desktop that nobody else sees: an X server without a screen on a free display number, with a
@@ -111,6 +115,7 @@ class PrivateDesktop {
     std::vector<std::string> xorgCommand(const DesktopOptions &options) const;
     std::vector<std::string> prepareWindowManager(WindowManager windowManager);
     void writeFile(const std::filesystem::path &inDirectory, const std::string &text) const;
+    void writeScript(const std::filesystem::path &inDirectory, const std::string &text) const;
     void adjustMonitors(const std::vector<std::string> &arguments) const;
     void killDescendants();
 

@@ -89,7 +89,7 @@ const WindowSurface *WindowSurfaces::find(xcb_window_t window) {
     const auto *current = mirror_.find(window);
     // Some compositing managers keep windows mapped that are not to be seen.
     if (current == nullptr || !current->isMapped || current->isInputOnly ||
-        current->isMinimized() || !mirror_.isOnCurrentDesktop(*current) ||
+        current->isMinimized() || !mirror_.isOnShownDesktop(*current) ||
         current->geometry.isEmpty() || formats_.opaque(current->visual) == XCB_NONE) {
         surfaces_.erase(window);
         return nullptr;

@@ -82,7 +82,7 @@ bool PlacementChoice::liesBeneathOthers(xcb_window_t client) const {
         return &window != active && window.canBeSeen() && !window.isMinimized() && !isDialog &&
                window.stackingLayer == StackingLayer::normal &&
                (window.isManaged || mirror_.windowManagerName().empty()) &&
-               mirror_.isOnCurrentDesktop(window);
+               mirror_.isOnShownDesktop(window);
     });
 }
 

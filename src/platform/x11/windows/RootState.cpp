@@ -4,6 +4,8 @@
 #include "platform/x11/server/EventKinds.h"
 #include "platform/x11/windows/MirrorChange.h"
 
+#include <xcb/xfixes.h>
+
 #include <algorithm>
 #include <array>
 #include <memory>
@@ -39,6 +41,9 @@ static_assert(names.size() == setWallpaperIndex + 1);
 constexpr std::uint32_t wallpaperBits = 1U << wallpaperIndex | 1U << setWallpaperIndex;
 constexpr std::uint32_t readBits = (1U << names.size()) - 1 - wallpaperBits;
 
+// Beside the properties: the owner of the compositing managers' selection.
+constexpr std::uint32_t compositorBit = 1U << names.size();
+
 // Longer lists are cut.
 constexpr std::uint32_t maximumLength = 65536;
 
@@ -49,6 +54,8 @@ RootState::RootState(Connection &connection, Note note)
     , note_(std::move(note))
     , utf8String_(connection.atom("UTF8_STRING"))
     , managerNameAtom_(connection.atom("_NET_WM_NAME"))
+    , compositorSelection_(
+          connection.atom("_NET_WM_CM_S" + std::to_string(connection.screenNumber())))
     , replies_(connection)
     , rootEvents_(
           connection.events().on(event::propertyNotify, connection.root(),
@@ -58,6 +65,41 @@ RootState::RootState(Connection &connection, Note note)
         atoms_.push_back(connection.atom(name));
     }
     reads_.want(readBits);
+    followCompositor();
+}
+
+void RootState::followCompositor() {
+    if (!connection_.extensions().xfixes) {
+        return;
+    }
+    compositorEvents_ = connection_.events().on(event::selectionNotify, [this](const auto &notify) {
+        if (notify.selection == compositorSelection_) {
+            reads_.want(compositorBit);
+        }
+    });
+    xcb_xfixes_select_selection_input(connection_, connection_.root(), compositorSelection_,
+                                      XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
+                                          XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
+                                          XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
+    reads_.want(compositorBit);
+}
+
+void RootState::requestCompositor() {
+    replies_.add<xcb_get_selection_owner_reply_t>(
+        xcb_get_selection_owner(connection_, compositorSelection_), [this](const auto *reply) {
+            reads_.finished(compositorBit);
+            const bool was = isWindowManagerCompositing();
+            compositor_ = reply != nullptr ? reply->owner : XCB_NONE;
+            if (isWindowManagerCompositing() != was) {
+                note_(&MirrorChange::appearance);
+            }
+        });
+}
+
+bool RootState::isWindowManagerCompositing() const {
+    const auto clientBits = ~connection_.setup().resource_id_mask;
+    return isWindowManagerRunning() && compositor_ != XCB_NONE &&
+           ((compositor_ ^ managerWindow_) & clientBits) == 0;
 }
 
 void RootState::handleProperty(xcb_atom_t property) {
@@ -86,6 +128,9 @@ void RootState::requestReads() {
                 reads_.finished(1U << index);
                 apply(index, reply);
             });
+    }
+    if ((now & compositorBit) != 0) {
+        requestCompositor();
     }
 }
 

@@ -44,6 +44,9 @@ class RootState {
 
     bool isWindowManagerRunning() const { return managerWindow_ != XCB_NONE; }
 
+    // Whether the window manager is the compositing manager as well.
+    bool isWindowManagerCompositing() const;
+
     // Whether the window manager says that it understands the hint.
     bool supports(xcb_atom_t hint) const;
 
@@ -55,6 +58,8 @@ class RootState {
     void apply(unsigned index, const xcb_get_property_reply_t *reply);
     void applyManagerCandidate(xcb_window_t candidate);
     void readManager();
+    void followCompositor();
+    void requestCompositor();
     void setManager(xcb_window_t window, const std::string &name);
 
     Connection &connection_;
@@ -62,6 +67,7 @@ class RootState {
     std::vector<xcb_atom_t> atoms_;
     xcb_atom_t utf8String_;
     xcb_atom_t managerNameAtom_;
+    xcb_atom_t compositorSelection_;
     PendingReads reads_;
     ReplyQueue replies_;
 
@@ -70,12 +76,14 @@ class RootState {
     xcb_window_t managerCandidate_ = XCB_NONE;
     xcb_window_t managerWindow_ = XCB_NONE;
     std::string managerName_;
-    std::vector<xcb_atom_t> supported_; // sorted
+    xcb_window_t compositor_ = XCB_NONE; // the owner of the compositing managers' selection
+    std::vector<xcb_atom_t> supported_;  // sorted
     std::vector<xcb_window_t> clients_;
     std::optional<xcb_window_t> activeWindow_;
     std::optional<std::uint32_t> currentDesktop_;
 
     Handle rootEvents_;
+    Handle compositorEvents_;
     std::array<Handle, 2> candidateEvents_;
 };
 

@@ -50,10 +50,11 @@ std::array<Handle, 10> WindowMirror::subscribe(Connection &connection) {
             })};
 }
 
-bool WindowMirror::isOnCurrentDesktop(const MirrorWindow &window) const {
+// Others unmap them. Several may show at a time, one on each display, and the current is but one.
+bool WindowMirror::isOnShownDesktop(const MirrorWindow &window) const {
     const auto current = root_.currentDesktop();
-    return !current || !window.desktop || window.desktop == current ||
-           window.desktop == onAllDesktops;
+    return !root_.isWindowManagerCompositing() || !current || !window.desktop ||
+           window.desktop == current || window.desktop == onAllDesktops;
 }
 
 Handle WindowMirror::onChange(std::function<void(const MirrorChange &)> observer) {

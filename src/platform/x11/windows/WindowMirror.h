@@ -45,8 +45,9 @@ class WindowMirror {
     // Whether the window manager says that it understands the hint.
     bool windowManagerSupports(xcb_atom_t hint) const { return root_.supports(hint); }
 
-    // Whether a window is on the current desktop, on all of them, or names none.
-    bool isOnCurrentDesktop(const MirrorWindow &window) const;
+    // False for a mapped window that its manager, which composites, shows nothing of because it is
+    // on another desktop.
+    bool isOnShownDesktop(const MirrorWindow &window) const;
 
     // Has the frame that a window manager makes around that window of ours count as ours as well,
     // until the window is destroyed. Others of ours may lie in windows of other clients.

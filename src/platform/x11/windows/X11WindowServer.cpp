@@ -93,7 +93,7 @@ std::vector<const MirrorWindow *> X11WindowServer::activeWindowAndOwners() const
 
 bool X11WindowServer::isOnScreen(const MirrorWindow &window) const {
     if (!window.isDescribed || !window.isMapped || window.isInputOnly || window.isMinimized() ||
-        window.stackingLayer == StackingLayer::desktop || !mirror_.isOnCurrentDesktop(window)) {
+        window.stackingLayer == StackingLayer::desktop || !mirror_.isOnShownDesktop(window)) {
         return false;
     }
     const auto &screens = screens_.pixelRects();

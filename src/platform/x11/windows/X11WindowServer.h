@@ -15,7 +15,7 @@ struct MirrorWindow;
 
 // The window list, made from the mirror when it is asked for and something has changed.
 //
-// On screen is what is viewable, draws, belongs to the current desktop and is not minimised.
+// On screen is what is viewable, draws, is not minimised and not on a desktop that is not shown.
 // Windows come in their stacking order, but the active window, when it is an ordinary one, is the
 // first of the ordinary ones: focus does not always raise here, and the frontmost ordinary
 // window stands for the one that the user works in. The window whose dialog it is comes next.

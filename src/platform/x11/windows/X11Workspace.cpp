@@ -188,7 +188,7 @@ bool X11Workspace::activate(std::int32_t processIdentifier) {
             continue;
         }
         const bool isShown =
-            window.isMapped && !window.isMinimized() && mirror_.isOnCurrentDesktop(window);
+            window.isMapped && !window.isMinimized() && mirror_.isOnShownDesktop(window);
         if (window.processIdentifier != processIdentifier) {
             isOnTop &= !isShown || window.stackingLayer != StackingLayer::normal || shown.empty();
         } else if (isShown) {
