@@ -294,7 +294,7 @@ TEST(WindowDescription, FollowsFromTheFacts) {
          {},
          {.layer = StackingLayer::floating, .isManaged = false, .isInTaskbars = false},
          true},
-        {"an overlay", {}, unmanaged, true, true},
+        {"an overlay", {.type = Type::floating}, unmanaged, true, true},
         {"managed in an override-redirect frame", {.managerState = 1}, {}, true},
         {"hidden or rolled up",
          {.isHidden = true, .managerState = 1},

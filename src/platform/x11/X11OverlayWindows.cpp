@@ -37,13 +37,26 @@ X11OverlayWindows::X11OverlayWindows(Connection &connection, WindowMirror &mirro
           screens.onScreenParametersDidChange([this] { backdropRenderers_.reconsider(); })) {
     // What libxcb or the connection would else wait for when an overlay first needs it.
     xcb_get_maximum_request_length(connection);
-    connection.internAtoms({"UTF8_STRING", "_NET_WM_NAME", "_NET_WM_PID", "_NET_WM_WINDOW_TYPE",
-                            "_NET_WM_WINDOW_TYPE_UTILITY", "_NET_WM_WINDOW_TYPE_NORMAL",
-                            "_NET_WM_STATE", "_KDE_NET_WM_STATE_SKIP_SWITCHER", "_MOTIF_WM_HINTS",
-                            "_NET_WM_USER_TIME", "WM_NORMAL_HINTS", "_NET_RESTACK_WINDOW",
-                            "_NET_WM_STATE_SKIP_TASKBAR", "_NET_WM_STATE_SKIP_PAGER",
-                            "_NET_WM_STATE_STICKY", "_NET_WM_DESKTOP", "_NET_WM_BYPASS_COMPOSITOR",
-                            "_COMPTON_SHADOW", "WM_HINTS"});
+    connection.internAtoms({"UTF8_STRING",
+                            "_NET_WM_NAME",
+                            "_NET_WM_PID",
+                            "_NET_WM_WINDOW_TYPE",
+                            "_NET_WM_WINDOW_TYPE_DND",
+                            "_NET_WM_WINDOW_TYPE_NORMAL",
+                            "_NET_WM_WINDOW_OPACITY",
+                            "_NET_WM_STATE",
+                            "_KDE_NET_WM_STATE_SKIP_SWITCHER",
+                            "_MOTIF_WM_HINTS",
+                            "_NET_WM_USER_TIME",
+                            "WM_NORMAL_HINTS",
+                            "_NET_RESTACK_WINDOW",
+                            "_NET_WM_STATE_SKIP_TASKBAR",
+                            "_NET_WM_STATE_SKIP_PAGER",
+                            "_NET_WM_STATE_STICKY",
+                            "_NET_WM_DESKTOP",
+                            "_NET_WM_BYPASS_COMPOSITOR",
+                            "_COMPTON_SHADOW",
+                            "WM_HINTS"});
 }
 
 std::unique_ptr<PlatformWindow> X11OverlayWindows::makeWindow(const Rect &frame) {

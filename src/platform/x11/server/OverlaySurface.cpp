@@ -65,11 +65,14 @@ void OverlaySurface::describe() {
     if (uname(&machine) == 0) {
         setText(connection_, id(), XCB_ATOM_WM_CLIENT_MACHINE, XCB_ATOM_STRING, machine.nodename);
     }
-    // Managers hide a managed utility window while another application is active.
+    // Compositing managers that make unfocused windows translucent leave alone what is being
+    // dragged, and what says how opaque it is. A managed window of such a type would get no place.
     setValues(
         connection_, id(), "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM,
-        {connection_.atom(control_ == Control::overrideRedirect ? "_NET_WM_WINDOW_TYPE_UTILITY"
+        {connection_.atom(control_ == Control::overrideRedirect ? "_NET_WM_WINDOW_TYPE_DND"
                                                                 : "_NET_WM_WINDOW_TYPE_NORMAL")});
+    constexpr std::uint32_t opaque = 0xffffffff;
+    setValues(connection_, id(), "_NET_WM_WINDOW_OPACITY", XCB_ATOM_CARDINAL, {opaque});
     setValues(connection_, id(), "_NET_WM_STATE", XCB_ATOM_ATOM,
               {connection_.atom("_NET_WM_STATE_SKIP_TASKBAR"),
                connection_.atom("_NET_WM_STATE_SKIP_PAGER"),

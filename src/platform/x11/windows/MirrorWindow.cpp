@@ -70,8 +70,9 @@ MirrorWindow describe(const MirrorWindow &window, const DescriptionSources &sour
     next.minimization = minimizationOf(facts);
     next.type = facts.type;
     // What is made on this connection are overlays, ordered among ordinary windows.
-    next.stackingLayer =
-        stackingLayerOf(facts, next.isOverrideRedirect && !next.isManaged && !next.isOwn);
+    next.stackingLayer = next.isOwn
+                             ? StackingLayer::normal
+                             : stackingLayerOf(facts, next.isOverrideRedirect && !next.isManaged);
     next.isInTaskbars = next.isManaged && !facts.skipsTaskbar &&
                         facts.type != WindowFacts::Type::dock &&
                         facts.type != WindowFacts::Type::desktop;
