@@ -156,6 +156,41 @@ TEST(WindowMirror, ManagersAreBelievedOnlyWhenTheirWindowConfirmsThem) {
 }
 
 // The borders that some managers make wider than what they draw are no part of what is seen.
+TEST(WindowMirror, KeyboardSaysWhichWindowIsActiveWhereTheManagerDoesNot) {
+    MirroredDesktop x({.windowManager = WindowManager::none});
+    SampleApplication app(x.desktop, "App",
+                          {{.area = {0, 0, 200, 200}}, {.area = {300, 0, 200, 200}}});
+    auto *manager = x.session.connection();
+    const auto focus = [&](xcb_window_t window) {
+        xcb_set_input_focus(manager, XCB_INPUT_FOCUS_POINTER_ROOT, window, XCB_CURRENT_TIME);
+        xcb_flush(manager);
+    };
+    focus(app.window(0));
+    x.catchUp();
+    EXPECT_EQ(x.mirror->activeWindow(), std::nullopt) << "no manager runs";
+    const std::uint32_t redirect = XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT;
+    xcb_change_window_attributes(manager, x.session.root(), XCB_CW_EVENT_MASK, &redirect);
+    const auto isActive = [&](std::size_t index) {
+        return x.eventually([&] { return x.mirror->activeWindow() == app.window(index); });
+    };
+    focus(app.window(1));
+    EXPECT_TRUE(isActive(1));
+    const auto inside = xcb_generate_id(manager);
+    xcb_create_window(manager, XCB_COPY_FROM_PARENT, inside, app.window(0), 0, 0, 5, 5, 0,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+    xcb_map_window(manager, inside);
+    focus(inside);
+    EXPECT_TRUE(isActive(0));
+    x.session.movePointerTo(400, 100);
+    focus(XCB_INPUT_FOCUS_POINTER_ROOT);
+    EXPECT_TRUE(isActive(1));
+    x.session.movePointerTo(100, 100);
+    EXPECT_TRUE(isActive(0));
+    x.session.movePointerTo(250, 100);
+    x.catchUp();
+    EXPECT_TRUE(isActive(0)) << "as long as nothing has the keyboard";
+}
+
 TEST(WindowMirror, VisiblePartOfAFrame) {
     MirroredDesktop mirrored({.windowManager = WindowManager::mutter});
     auto &session = mirrored.session;

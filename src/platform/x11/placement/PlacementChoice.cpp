@@ -105,7 +105,7 @@ void PlacementChoice::set(const ManagerHabits &habits) {
 
 std::string PlacementChoice::managerDisplayName() const {
     const auto &name = mirror_.windowManagerName();
-    return name.empty() ? std::string("The desktop") : name;
+    return name.empty() ? std::string("this desktop") : name;
 }
 
 } // namespace lumo::x11

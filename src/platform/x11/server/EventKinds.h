@@ -22,6 +22,12 @@ inline constexpr EventKind<xcb_key_release_event_t> keyRelease = {
     EventSource::core, XCB_KEY_RELEASE, offsetof(xcb_key_release_event_t, event)};
 inline constexpr EventKind<xcb_button_release_event_t> buttonRelease = {
     EventSource::core, XCB_BUTTON_RELEASE, offsetof(xcb_button_release_event_t, event)};
+inline constexpr EventKind<xcb_enter_notify_event_t> coreEnter = {
+    EventSource::core, XCB_ENTER_NOTIFY, offsetof(xcb_enter_notify_event_t, event)};
+inline constexpr EventKind<xcb_focus_in_event_t> coreFocusIn = {
+    EventSource::core, XCB_FOCUS_IN, offsetof(xcb_focus_in_event_t, event)};
+inline constexpr EventKind<xcb_focus_out_event_t> coreFocusOut = {
+    EventSource::core, XCB_FOCUS_OUT, offsetof(xcb_focus_out_event_t, event)};
 inline constexpr EventKind<xcb_expose_event_t> expose = {EventSource::core, XCB_EXPOSE,
                                                          offsetof(xcb_expose_event_t, window)};
 inline constexpr EventKind<xcb_create_notify_event_t> createNotify = {

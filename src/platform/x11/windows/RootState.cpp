@@ -138,6 +138,10 @@ bool RootState::isSettled() const {
     return reads_.isIdle() && replies_.isEmpty();
 }
 
+bool RootState::namesActiveWindow() const {
+    return activeWindow() || supports(atoms_[activeWindowIndex]);
+}
+
 std::optional<xcb_window_t> RootState::activeWindow() const {
     return isWindowManagerRunning() ? activeWindow_ : std::nullopt;
 }

@@ -34,6 +34,9 @@ class RootState {
     // True when nothing is being read.
     bool isSettled() const;
 
+    // Whether the window manager says which window is the active one.
+    bool namesActiveWindow() const;
+
     std::optional<xcb_window_t> activeWindow() const;
 
     // Absent when the window manager does not say.

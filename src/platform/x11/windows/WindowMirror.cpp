@@ -19,6 +19,7 @@ WindowMirror::WindowMirror(Connection &connection)
              .clientBits = ~connection.setup().resource_id_mask,
              .ownClient = connection.setup().resource_id_base})
     , root_(connection, [this](bool MirrorChange::*what) { tree_.changes().note(what); })
+    , focus_(connection, tree_, [this] { tree_.changes().note(&MirrorChange::activeWindow); })
     , reader_(connection, tree_, root_) {
     connection.selectRootEvents(XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY |
                                 XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE);
@@ -62,12 +63,26 @@ Handle WindowMirror::onChange(std::function<void(const MirrorChange &)> observer
 }
 
 bool WindowMirror::isSettled() const {
-    return tree_.isSettled() && reader_.isSettled() && root_.isSettled();
+    return tree_.isSettled() && reader_.isSettled() && root_.isSettled() && focus_.isSettled();
+}
+
+void WindowMirror::followFocus() {
+    const bool follows = !root_.namesActiveWindow();
+    if (root_.isSettled() && follows != focus_.isFollowing()) {
+        reader_.selectFocusEvents(follows);
+        focus_.follow(follows);
+    }
+    const auto &changes = tree_.changes().gathered();
+    if (changes.stacking || changes.windowManager) {
+        focus_.want(); // a window manager may have come or gone
+    }
+    focus_.requestReads();
 }
 
 void WindowMirror::finishBatch() {
+    followFocus();
     tree_.setWindowManagerRunning(root_.isWindowManagerRunning());
-    tree_.setActiveWindow(root_.activeWindow());
+    tree_.setActiveWindow(activeWindow());
     root_.requestReads();
     if (isReadAnew_ && tree_.changes().gathered().windowManager) {
         reader_.readAll();

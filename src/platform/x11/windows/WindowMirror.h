@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/x11/windows/FocusedWindow.h"
 #include "platform/x11/windows/MirrorChange.h"
 #include "platform/x11/windows/MirrorWindow.h"
 #include "platform/x11/windows/RootState.h"
@@ -36,8 +37,11 @@ class WindowMirror {
     // loop.
     const MirrorWindow *find(xcb_window_t window) const { return tree_.find(window); }
 
-    // The managed window that has the focus, as the window manager says.
-    std::optional<xcb_window_t> activeWindow() const { return root_.activeWindow(); }
+    // The managed window that has the focus, as the window manager says or, where that says
+    // nothing of it, as the keyboard goes there.
+    std::optional<xcb_window_t> activeWindow() const {
+        return focus_.isFollowing() ? focus_.window() : root_.activeWindow();
+    }
 
     // Empty when no window manager runs or it has no name.
     const std::string &windowManagerName() const { return root_.windowManagerName(); }
@@ -67,10 +71,12 @@ class WindowMirror {
 
   private:
     std::array<Handle, 10> subscribe(Connection &connection);
+    void followFocus();
     void finishBatch();
 
     WindowTree tree_;
     RootState root_;
+    FocusedWindow focus_;
     WindowReader reader_;
     bool isReadAnew_ = false; // the whole tree whenever the window manager changes
     Signal<MirrorChange> changed_;

@@ -45,11 +45,27 @@ void WindowReader::readAll() {
         });
 }
 
+void WindowReader::selectFocusEvents(bool selects) {
+    selectsFocusEvents_ = selects;
+    for (const auto window : tree_.stacking()) {
+        if (!tree_.find(window)->isOwn) {
+            selectEvents(window);
+        }
+    }
+}
+
+void WindowReader::selectEvents(xcb_window_t window) {
+    std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    if (selectsFocusEvents_) {
+        mask |= XCB_EVENT_MASK_FOCUS_CHANGE | XCB_EVENT_MASK_ENTER_WINDOW;
+    }
+    xcb_change_window_attributes(connection_, window, XCB_CW_EVENT_MASK, &mask);
+}
+
 void WindowReader::requestWanted() {
     const auto wanted = tree_.takeWanted();
-    const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
     for (const auto window : wanted.propertyAndStructureEvents) {
-        xcb_change_window_attributes(connection_, window, XCB_CW_EVENT_MASK, &mask);
+        selectEvents(window);
     }
     if (connection_.extensions().shape) {
         for (const auto window : wanted.shapeEvents) {

@@ -28,6 +28,9 @@ class WindowReader {
     // Asks for what the tree wants now.
     void requestWanted();
 
+    // Selects focus and enter events of all windows of the tree, or no longer.
+    void selectFocusEvents(bool selects);
+
     // The part of a window that a property tells of; none for other properties.
     std::uint32_t partOf(xcb_atom_t property) const;
 
@@ -40,6 +43,7 @@ class WindowReader {
     template <class Reply, class Cookie>
     void request(const Read &read, std::uint32_t part, Cookie cookie,
                  std::function<void(WindowFacts &, const Reply *)> store);
+    void selectEvents(xcb_window_t window);
     void requestProperties(const Read &read);
     void requestProcess(const Read &read);
     void requestStructure(const Read &read);
@@ -54,6 +58,7 @@ class WindowReader {
     const RootState &root_;
     WindowProperties properties_;
     ReplyQueue replies_;
+    bool selectsFocusEvents_ = false;
 };
 
 } // namespace lumo::x11
