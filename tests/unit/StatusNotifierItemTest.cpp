@@ -6,6 +6,7 @@
 #include "desktop/Variable.h"
 #include "platform/freedesktop/SessionBus.h"
 
+#include <gio/gio.h>
 #include <gmock/gmock.h>
 #include <unistd.h>
 
@@ -76,8 +77,12 @@ TEST_F(StatusNotifierItemTest, ComesBackWithTheBus) {
     auto host = std::make_unique<test::StatusNotifierHost>(messageBus_.address());
     host->setHost(true);
     ASSERT_TRUE(eventually([&] { return item_->hasHost(); }));
+    // As modules of GIO make it: its loss ends the process, unless that is prevented.
+    const GlibPointer<GDBusConnection> shared(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
+    ASSERT_NE(shared, nullptr);
     messageBus_.stop();
-    ASSERT_TRUE(eventually([&] { return !item_->hasHost(); }));
+    ASSERT_TRUE(eventually(
+        [&] { return !item_->hasHost() && g_dbus_connection_is_closed(shared.get()) != FALSE; }));
     host.reset();
     messageBus_.start();
     host = std::make_unique<test::StatusNotifierHost>(messageBus_.address());

@@ -50,9 +50,35 @@ void connectToBus(AsyncCalls &calls, const std::string &address,
         nullptr);
 }
 
+namespace {
+
+// The handle of what keeps the program running when a message bus ends to which a module of GIO is
+// connected by GIO's shared connection. That ends the process by default, and who makes such a
+// connection, and when, is the modules' own affair; so each one is asked not to in the moment in
+// which it closes, before the signal's own handler looks.
+Handle outliveSharedConnections() {
+    auto *type = g_type_class_ref(G_TYPE_DBUS_CONNECTION); // without which there is no signal
+    const auto closed = g_signal_lookup("closed", G_TYPE_DBUS_CONNECTION);
+    const auto hook = g_signal_add_emission_hook(
+        closed, 0,
+        [](GSignalInvocationHint *, guint, const GValue *values, gpointer) -> gboolean {
+            auto *connection = G_DBUS_CONNECTION(g_value_get_object(values));
+            g_dbus_connection_set_exit_on_close(connection, FALSE);
+            return TRUE;
+        },
+        nullptr, nullptr);
+    return Handle([type, closed, hook] {
+        g_signal_remove_emission_hook(closed, hook);
+        g_type_class_unref(type);
+    });
+}
+
+} // namespace
+
 SessionBus::SessionBus(MainLoop &mainLoop)
     : mainLoop_(mainLoop)
-    , pause_(firstPause) {
+    , pause_(firstPause)
+    , sharedConnections_(outliveSharedConnections()) {
     connect();
 }
 
@@ -86,7 +112,6 @@ void SessionBus::adopt(GlibPointer<GDBusConnection> connection) {
     }
     connection_ = std::move(connection);
     pause_ = firstPause;
-    g_dbus_connection_set_exit_on_close(connection_.get(), FALSE);
     const auto closed = +[](GDBusConnection *, gboolean, GError *, gpointer self) {
         static_cast<SessionBus *>(self)->drop();
     };

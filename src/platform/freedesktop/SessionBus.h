@@ -44,6 +44,7 @@ class SessionBus {
     MainLoop &mainLoop_;
     GlibPointer<GDBusConnection> connection_;
     double pause_; // seconds until the next attempt
+    Handle sharedConnections_;
     Signal<> changed_;
     Handle closed_;
     Handle nextAttempt_;
