@@ -1,4 +1,5 @@
 #include "app/AppDelegate.h"
+#include "app/CommandLine.h"
 #include "platform/freedesktop/GlibMainLoop.h"
 #include "platform/freedesktop/PortalAppearance.h"
 #include "platform/posix/LineOutput.h"
@@ -10,8 +11,10 @@
 #include "support/Log.h"
 #include "ui/QtInterface.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
+#include <iostream>
 
 namespace {
 
@@ -49,7 +52,12 @@ int runDelegate(lumo::freedesktop::GlibMainLoop &loop, lumo::x11::Connection &co
 
 } // namespace
 
-int main() {
+int main(int argumentCount, char **arguments) {
+    if (const auto answer = lumo::answerToArguments(
+            {arguments + std::min(argumentCount, 1), arguments + argumentCount})) {
+        (answer->status == 0 ? std::cout : std::cerr) << answer->line << std::endl;
+        return answer->status;
+    }
     // The toolkit would have the session manager start the program anew at the next login, which
     // the user decides by the login item alone; nor does it heed when that asks it to end.
     unsetenv("SESSION_MANAGER");   // NOLINT(concurrency-mt-unsafe): before there are other threads

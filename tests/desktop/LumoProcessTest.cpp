@@ -10,6 +10,7 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -48,6 +49,17 @@ TEST_F(LumoProgram, CleanStopOnSignals) {
         EXPECT_TRUE(session.eventually([&] {
             return session.pixel(100, 200) == Colour{0xd8, 0x3c, 0x30};
         }));
+    }
+}
+
+TEST_F(LumoProgram, ArgumentsAreAnsweredAndNothingStarts) {
+    const std::map<std::string, int> statuses{{"--help", 0}, {"--version", 0}, {"-h", 2}, {"", 2}};
+    for (const auto &[argument, status] : statuses) {
+        const auto lumo = desktop.start({LUMO_EXECUTABLE, argument}, {{"DISPLAY", ""}});
+        EXPECT_EQ(lumo->waitForExit(), status) << argument;
+        EXPECT_THAT(status == 0 ? lumo->outputLines() : lumo->errorLines(),
+                    testing::ElementsAre(testing::ContainsRegex("^Lumo [0-9.]+ .*lumo\\(1\\)")));
+        EXPECT_THAT(status == 0 ? lumo->errorLines() : lumo->outputLines(), IsEmpty());
     }
 }
 
