@@ -77,7 +77,10 @@ bool AppDelegate::applicationShouldHandleReopen() {
 }
 
 SettingsModel AppDelegate::settingsModel() {
-    return {platform_, appController_->settingsStore(), appController_->selectedSettingsTab,
+    return {platform_,
+            appController_->settingsStore(),
+            appController_->shortcutManager(),
+            appController_->selectedSettingsTab,
             [this] { appController_->setPrivacyCoverAppFromFrontmost(true); },
             [this](const std::optional<CoverAppChoice> &choice) {
                 appController_->selectCoverApp(choice);

@@ -2,12 +2,10 @@
 
 #include "platform/MainLoop.h"
 #include "settings/SettingsStore.h"
-#include "support/Invariant.h"
 #include "support/Log.h"
 #include "support/Utf8.h"
 
 #include <algorithm>
-#include <limits>
 #include <string>
 #include <utility>
 
@@ -106,13 +104,26 @@ void ShortcutManager::registerHotKeys() {
     }
     outcomesToCome_ = claimants.size();
     for (const auto *shortcut : claimants) {
+        hotKey(shortcut->event).isAwaited = true;
         requestHotKey(*shortcut);
+    }
+    if (claimants.empty()) {
+        announceTaken();
     }
 }
 
-// Empty for a shortcut that is turned off.
+bool ShortcutManager::hasKey(const Shortcut &shortcut) const {
+    return std::in_range<std::uint32_t>((settingsStore_.*shortcut.key).value());
+}
+
+// Empty for a shortcut that is turned off, or has no key.
 std::string ShortcutManager::combinationOf(const Shortcut &shortcut) const {
     if (!(settingsStore_.*shortcut.isEnabled).value()) {
+        return {};
+    }
+    if (!hasKey(shortcut)) {
+        log_.print("[Lumo] " + std::string(shortcut.name) + " hotkey left out: " +
+                   std::to_string((settingsStore_.*shortcut.key).value()) + " is no key code");
         return {};
     }
     return std::to_string((settingsStore_.*shortcut.key).value()) + "-" +
@@ -127,19 +138,46 @@ const ShortcutManager::Shortcut &ShortcutManager::claimantOf(const std::string &
 }
 
 void ShortcutManager::requestHotKey(const Shortcut &shortcut) {
-    const auto key = (settingsStore_.*shortcut.key).value();
-    require(key >= 0 && key <= std::numeric_limits<std::uint32_t>::max(),
-            "a shortcut's key code must be an unsigned 32-bit number, not " + std::to_string(key));
     auto &requested = hotKey(shortcut.event);
+    requested.registration.reset();
     requested.registration = hotKeyService_.registerHotKey(
-        static_cast<std::uint32_t>(key),
+        static_cast<std::uint32_t>((settingsStore_.*shortcut.key).value()),
         hotKeyModifiers((settingsStore_.*shortcut.modifiers).value()),
-        {fourCC(shortcut.signature), shortcut.number}, [this, &requested](HotKeyStatus status) {
-            requested.status = status;
-            if (--outcomesToCome_ == 0) {
-                logFailures();
-            }
-        });
+        {fourCC(shortcut.signature), shortcut.number},
+        [this, &requested](HotKeyStatus status) { handleOutcome(requested, status); });
+}
+
+void ShortcutManager::handleOutcome(HotKey &requested, HotKeyStatus status) {
+    requested.status = status;
+    if (std::exchange(requested.isAwaited, false) && --outcomesToCome_ == 0) {
+        logFailures();
+    }
+    if (outcomesToCome_ == 0) {
+        announceTaken();
+    }
+}
+
+void ShortcutManager::retryTaken() {
+    for (const auto &shortcut : Shortcut::all) {
+        const auto &wanted = hotKey(shortcut.event);
+        // Only what is still as it was registered; anything else is about to be registered anew.
+        if (isListening.value() && outcomesToCome_ == 0 && !willReregister_ &&
+            wanted.status == HotKeyStatus::alreadyTaken && !wanted.combination.empty() &&
+            &claimantOf(wanted.combination) == &shortcut) {
+            requestHotKey(shortcut);
+        }
+    }
+}
+
+void ShortcutManager::announceTaken() {
+    for (auto &shortcut : hotKeys_) {
+        const bool isTaken =
+            !shortcut.combination.empty() &&
+            hotKey(claimantOf(shortcut.combination).event).status == HotKeyStatus::alreadyTaken;
+        if (isTaken != shortcut.isTaken.value()) {
+            shortcut.isTaken.set(isTaken);
+        }
+    }
 }
 
 void ShortcutManager::logFailures() {

@@ -51,7 +51,8 @@ class ShortcutManager {
 
     // Registers every enabled shortcut anew: Peek first, then Toggle, then Set cover. A combination
     // that an earlier one has claimed, or that the service refuses, is skipped with a log line once
-    // all outcomes are known, which may be in a later turn of the main loop.
+    // all outcomes are known, which may be in a later turn of the main loop. So is one whose key
+    // code is no unsigned 32-bit number.
     void registerHotKeys();
 
     void unregisterHotKeys();
@@ -59,20 +60,32 @@ class ShortcutManager {
     // Registers anew if the manager was listening; makes sure that nothing is registered otherwise.
     void reregisterShortcuts();
 
+    // Whether another program has the combination that the shortcut wants. For what has no part in
+    // the registration itself.
+    Published<bool> &isTaken(ShortcutEvent event) { return hotKey(event).isTaken; }
+
+    // Tries again to register what another program had, without another log line.
+    void retryTaken();
+
   private:
     struct Shortcut;
     struct HotKey {
         Handle registration;
         std::string combination; // that the shortcut wants; empty when it is turned off
         HotKeyStatus status = HotKeyStatus::success; // of the registration, once it is known
+        bool isAwaited = false;                      // the registration's first outcome
         bool isDown = false;
+        Published<bool> isTaken{false};
     };
 
     void setupSettingsBinding();
+    bool hasKey(const Shortcut &shortcut) const;
     std::string combinationOf(const Shortcut &shortcut) const;
     const Shortcut &claimantOf(const std::string &combination);
     void requestHotKey(const Shortcut &shortcut);
+    void handleOutcome(HotKey &requested, HotKeyStatus status);
     void logFailures();
+    void announceTaken();
     void handleHotKeyEvent(const HotKeyEvent &event);
     void emit(ShortcutEvent event);
     HotKey &hotKey(ShortcutEvent event) { return hotKeys_[static_cast<std::size_t>(event)]; }

@@ -56,10 +56,11 @@ class HotKeyService {
     virtual Handle installEventHandler(std::function<void(const HotKeyEvent &)> handler) = 0;
 
     // Registers the key at the position that the virtual key code has on the ANSI layout, with
-    // exactly these modifiers (hotKeyModifier), whatever the lock keys say. Calls the function once
-    // with the outcome, during this call or later; nothing is registered unless that is a success.
-    // Releasing the handle unregisters the hot key, and an outcome that is still to come never
-    // does. Main thread only.
+    // exactly these modifiers (hotKeyModifier), whatever the lock keys say. Calls the function with
+    // the outcome, during this call or later; nothing is registered unless that is a success. A
+    // system may notice that another program has let go of the keys, or has taken them, and calls
+    // it with each outcome that differs from the one before. Releasing the handle unregisters the
+    // hot key, and no outcome comes any more. Main thread only.
     virtual Handle registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers, HotKeyID id,
                                   std::function<void(HotKeyStatus)> outcome) = 0;
 };

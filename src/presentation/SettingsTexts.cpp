@@ -34,6 +34,15 @@ std::string secondsText(double seconds) {
     return decimalText(seconds, needsHundredths ? 2 : 1) + " s";
 }
 
+std::string shortcutNote(std::string_view note, bool isTaken) {
+    constexpr std::string_view taken = "In use by another program.";
+    std::string text(note);
+    if (isTaken) {
+        text.append(note.empty() ? "" : " ").append(taken);
+    }
+    return text;
+}
+
 std::string_view ruleModeExplanation(bool useWhitelistMode) {
     return useWhitelistMode ? "Only whitelisted apps will be affected by Lumo."
                             : "Blacklisted apps will not be affected by Lumo.";

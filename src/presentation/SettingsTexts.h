@@ -45,6 +45,10 @@ std::string selectedCoverAppName(const SettingsStore &settings,
 // Whether the Cover App may look as if it held every display although each has its own focus.
 bool shouldShowCoverConflictHint(const SettingsStore &settings);
 
+// The note below a shortcut: what is worth knowing about it, if anything, and that another program
+// has its keys.
+std::string shortcutNote(std::string_view note, bool isTaken);
+
 // Gives every setting of the Shortcuts page its default.
 void resetShortcutsToDefaults(SettingsStore &settings);
 

@@ -13,6 +13,7 @@
 namespace lumo {
 
 class PermissionManager;
+class ShortcutManager;
 
 // The popover of the status item, 260 x 300 points. Closes by itself when the user acts outside of
 // it, presses Escape, or another window gets the focus. Main thread only.
@@ -42,6 +43,7 @@ class InterfaceWindow {
 struct SettingsModel {
     Platform platform;
     SettingsStore &settings;
+    ShortcutManager &shortcuts;
     Published<SettingsTab> &selectedTab;
     // Makes the application that the user works in the Cover App.
     std::function<void()> useFrontmostApp;

@@ -3,6 +3,7 @@
 #include "ui/Labels.h"
 #include "ui/Painting.h"
 #include "ui/Switch.h"
+#include "ui/Text.h"
 #include "ui/Theme.h"
 
 #include <QMouseEvent>
@@ -48,7 +49,8 @@ void Card::paintEvent(QPaintEvent * /*event*/) {
 
 SettingsRow::SettingsRow(std::string_view title, std::string_view note, QWidget *control)
     : switch_(dynamic_cast<Switch *>(control))
-    , lines_(new QVBoxLayout(this)) {
+    , lines_(new QVBoxLayout(this))
+    , note_(makeNote(note)) {
     lines_->setContentsMargins(rowMargin, rowPadding, rowMargin, rowPadding);
     lines_->setSpacing(spacing::small);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
@@ -59,15 +61,19 @@ SettingsRow::SettingsRow(std::string_view title, std::string_view note, QWidget 
     titleLabel->setBuddy(control); // what names a picker for screen readers
     texts->addStretch();
     texts->addWidget(titleLabel);
-    if (!note.empty()) {
-        texts->addWidget(makeNote(note));
-    }
+    texts->addWidget(note_);
+    note_->setHidden(note.empty());
     texts->addStretch();
     auto *row = new QHBoxLayout;
     row->setSpacing(spacing::section);
     row->addLayout(texts, 1);
     row->addWidget(control, 0, Qt::AlignVCenter);
     lines_->addLayout(row);
+}
+
+void SettingsRow::setNote(std::string_view note) {
+    note_->setText(toQString(note));
+    note_->setHidden(note.empty());
 }
 
 void SettingsRow::addLine(QWidget *line) {

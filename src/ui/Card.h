@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QLabel>
 #include <QVBoxLayout>
 #include <QWidget>
 #include <string_view>
@@ -31,6 +32,8 @@ class SettingsRow final : public QWidget {
     // An empty note is left out.
     SettingsRow(std::string_view title, std::string_view note, QWidget *control);
 
+    void setNote(std::string_view note);
+
     // A further line below the note, over the whole width of the row.
     void addLine(QWidget *line);
 
@@ -41,6 +44,7 @@ class SettingsRow final : public QWidget {
   private:
     Switch *switch_; // null where the control is another
     QVBoxLayout *lines_;
+    QLabel *note_;
 };
 
 // Lines of text and controls that belong together, as one row of a card.

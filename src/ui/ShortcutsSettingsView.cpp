@@ -1,5 +1,7 @@
 #include "ui/ShortcutsSettingsView.h"
 
+#include "input/ShortcutManager.h"
+#include "presentation/SettingsTexts.h"
 #include "ui/Button.h"
 #include "ui/Labels.h"
 #include "ui/Picker.h"
@@ -14,6 +16,7 @@ namespace {
 
 // A switch and the recorder of the shortcut that it turns on.
 struct ShortcutRow {
+    ShortcutEvent event;
     std::string_view title;
     Setting<bool> &isEnabled;
     Setting<std::int64_t> &keyCode;
@@ -21,18 +24,26 @@ struct ShortcutRow {
     std::string_view note = {};
 };
 
-SettingsRow *makeShortcutRow(const ShortcutRow &row, const Platform &platform, Bindings &bindings) {
+SettingsRow *makeShortcutRow(const ShortcutRow &row, const SettingsModel &model, Bindings &bindings,
+                             std::vector<Subscription> &subscriptions) {
     auto *toggle = new Switch;
     toggle->setAccessibleName(toQString(row.title));
-    toggle->setAccessibleDescription(toQString(row.note));
     bindings.bind(*toggle, row.isEnabled);
     auto *controls = new QWidget;
     auto *layout = new QHBoxLayout(controls);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(spacing::large);
-    layout->addWidget(new ShortcutRecorderView(platform, row.title, row.keyCode, row.modifiers));
+    layout->addWidget(
+        new ShortcutRecorderView(model.platform, row.title, row.keyCode, row.modifiers));
     layout->addWidget(toggle);
-    return new SettingsRow(row.title, row.note, controls);
+    auto *settingsRow = new SettingsRow(row.title, row.note, controls);
+    subscriptions.push_back(model.shortcuts.isTaken(row.event).subscribe(
+        [settingsRow, toggle, note = row.note](const bool &isTaken) {
+            const auto text = shortcutNote(note, isTaken);
+            settingsRow->setNote(text);
+            toggle->setAccessibleDescription(toQString(text));
+        }));
+    return settingsRow;
 }
 
 SettingsRow *makeModifierRow(std::string_view title, Setting<std::string> &setting,
@@ -53,18 +64,21 @@ SettingsRow *makeModifierRow(std::string_view title, Setting<std::string> &setti
 
 ShortcutsSettingsView::ShortcutsSettingsView(const SettingsModel &model)
     : SettingsPage(title(SettingsTab::shortcuts))
+    , shortcuts_(model.shortcuts)
     , bindings_(model.settings, model.platform.mainLoop) {
     auto &settings = model.settings;
     auto *keys = addCard();
     for (const auto &row :
-         {ShortcutRow{"Enable Toggle Shortcut", settings.toggleShortcutEnabled,
-                      settings.toggleShortcutKey, settings.toggleShortcutModifiers},
-          ShortcutRow{"Enable Peek Shortcut", settings.peekShortcutEnabled,
+         {ShortcutRow{ShortcutEvent::toggle, "Enable Toggle Shortcut",
+                      settings.toggleShortcutEnabled, settings.toggleShortcutKey,
+                      settings.toggleShortcutModifiers},
+          ShortcutRow{ShortcutEvent::peek, "Enable Peek Shortcut", settings.peekShortcutEnabled,
                       settings.peekShortcutKey, settings.peekShortcutModifiers,
                       "Peek is temporary and does not turn Lumo off."},
-          ShortcutRow{"Enable Set Cover Shortcut", settings.coverSetShortcutEnabled,
-                      settings.coverSetShortcutKey, settings.coverSetShortcutModifiers}}) {
-        keys->addRow(makeShortcutRow(row, model.platform, bindings_));
+          ShortcutRow{ShortcutEvent::setCoverFromFrontmost, "Enable Set Cover Shortcut",
+                      settings.coverSetShortcutEnabled, settings.coverSetShortcutKey,
+                      settings.coverSetShortcutModifiers}}) {
+        keys->addRow(makeShortcutRow(row, model, bindings_, takenShortcuts_));
     }
     auto *shake = addCard();
     shake->addRow(makeToggleRow(
@@ -95,6 +109,11 @@ ShortcutsSettingsView::ShortcutsSettingsView(const SettingsModel &model)
     QObject::connect(reset, &QPushButton::clicked, this,
                      [&settings] { resetShortcutsToDefaults(settings); });
     add(makeRow({reset}));
+}
+
+void ShortcutsSettingsView::showEvent(QShowEvent *event) {
+    SettingsPage::showEvent(event);
+    shortcuts_.retryTaken();
 }
 
 } // namespace lumo

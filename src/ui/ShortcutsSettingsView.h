@@ -10,8 +10,13 @@ class ShortcutsSettingsView final : public SettingsPage {
   public:
     explicit ShortcutsSettingsView(const SettingsModel &model);
 
+  protected:
+    void showEvent(QShowEvent *event) override;
+
   private:
+    ShortcutManager &shortcuts_;
     Bindings bindings_;
+    std::vector<Subscription> takenShortcuts_;
 };
 
 } // namespace lumo

@@ -56,6 +56,15 @@ class InputTest : public testing::Test {
         return mirrored_.eventually(condition);
     }
 
+    // For what timers have a part in.
+    void turnLoopUntil(const std::function<bool()> &condition) {
+        const double end = loop_.now() + 10;
+        while (!condition() && loop_.now() < end) {
+            connection_.dispatchUntil([] { return false; }, 0.01);
+            g_main_context_iteration(nullptr, FALSE);
+        }
+    }
+
     void press(const std::vector<Key> &chord) {
         mirrored_.session.press(chord);
         catchUp();
@@ -104,7 +113,8 @@ class InputTest : public testing::Test {
     freedesktop::GlibMainLoop loop_;
     X11Screens screens_{connection_, loop_};
     bool isActive_ = false; // a window of this program's
-    X11Input input_{connection_, *mirrored_.mirror, screens_, [this] { return isActive_; }, log_};
+    X11Input input_{connection_, *mirrored_.mirror, screens_, [this] { return isActive_; }, loop_,
+                    log_};
     const KeyboardModifiers &modifiers_ = input_.modifiers();
     X11EventMonitors &monitors_ = input_.eventMonitors();
     X11HotKeys &hotKeys_ = input_.hotKeys();
@@ -219,6 +229,36 @@ TEST_F(HotKeysTest, KeyOfAnotherProgramIsRefused) {
     EXPECT_FALSE(grabKeyAsOther(48, XCB_MOD_MASK_1 | superMask));
     press({Key::option, Key::command, Key::tab});
     EXPECT_THAT(take(), ElementsAre("+2", "-2"));
+
+    // That program lets go, as when it ends: with a window, and without one.
+    const auto keys =
+        monitors_.addGlobalMonitor(eventMask(EventType::keyDown), [](const auto &) {});
+    for (const bool hasWindow : {true, false}) {
+        ASSERT_TRUE(grabKeyAsOther(49, XCB_MOD_MASK_CONTROL));
+        std::vector<HotKeyStatus> outcomes;
+        auto toggle =
+            hotKeys_.registerHotKey(49, hotKeyModifier::control, {0, 1},
+                                    [&](HotKeyStatus outcome) { outcomes.push_back(outcome); });
+        ASSERT_TRUE(eventually([&] { return outcomes.size() == 1; }));
+        xcb_ungrab_key(tester(), *freedesktop::keycodeOfVirtualKey(49), mirrored_.session.root(),
+                       XCB_MOD_MASK_ANY);
+        if (hasWindow) {
+            const auto window = xcb_generate_id(tester());
+            xcb_create_window(tester(), XCB_COPY_FROM_PARENT, window, mirrored_.session.root(), 0,
+                              0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0,
+                              nullptr);
+            xcb_destroy_window(tester(), window);
+            catchUp();
+        } else {
+            press({Key::control, Key::space});
+        }
+        turnLoopUntil([&] { return outcomes.size() == 2; });
+        EXPECT_THAT(outcomes, ElementsAre(HotKeyStatus::alreadyTaken, HotKeyStatus::success));
+        press({Key::control, Key::space});
+        EXPECT_THAT(take(), ElementsAre("+1", "-1"));
+        toggle.reset();
+        catchUp();
+    }
 }
 
 TEST_F(HotKeysTest, RegisteringWaitsForNoReply) {
@@ -373,11 +413,7 @@ TEST_F(EventMonitorsTest, MotionInPointsWithButtonsAndModifiers) {
     session.setKey(Key::shift, false);
 
     session.setText(session.root(), "RESOURCE_MANAGER", "STRING", "Xft.dpi:\t192\n");
-    const double end = loop_.now() + 10;
-    while (screens_.pointSpace().scale() != 2 && loop_.now() < end) {
-        connection_.dispatchUntil([] { return false; }, 0.01);
-        g_main_context_iteration(nullptr, FALSE);
-    }
+    turnLoopUntil([&] { return screens_.pointSpace().scale() == 2; });
     ASSERT_EQ(screens_.pointSpace().scale(), 2);
     session.movePointerBy(30, 0);
     catchUp();

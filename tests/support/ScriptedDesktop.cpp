@@ -545,10 +545,13 @@ Handle ScriptedDesktop::registerHotKey(std::uint32_t keyCode, std::uint32_t modi
                                        std::function<void(HotKeyStatus)> outcome) {
     const bool isTaken =
         std::ranges::find(keyCodesTakenByOthers, keyCode) != keyCodesTakenByOthers.end();
-    if (!isTaken) {
-        hotKeys_.push_back({keyCode, modifiers, id});
-    }
+    const HotKey hotKey{keyCode, modifiers, id};
     const auto held = std::make_shared<std::function<void(HotKeyStatus)>>(std::move(outcome));
+    if (isTaken) {
+        refusedHotKeys_.push_back({hotKey, held});
+    } else {
+        hotKeys_.push_back(hotKey);
+    }
     const auto answer = [pending = std::weak_ptr(held), isTaken] {
         if (const auto call = pending.lock()) {
             (*call)(isTaken ? HotKeyStatus::alreadyTaken : HotKeyStatus::success);
@@ -559,11 +562,19 @@ Handle ScriptedDesktop::registerHotKey(std::uint32_t keyCode, std::uint32_t modi
     } else {
         answer();
     }
-    return Handle([this, id, held, isTaken] {
-        if (!isTaken) {
-            std::erase_if(hotKeys_, [id](const HotKey &hotKey) { return hotKey.id == id; });
-        }
+    return Handle([this, id, held] {
+        std::erase_if(hotKeys_, [id](const HotKey &each) { return each.id == id; });
     });
+}
+
+void ScriptedDesktop::releaseKeysOfOthers() {
+    keyCodesTakenByOthers.clear();
+    for (const auto &[hotKey, outcome] : std::exchange(refusedHotKeys_, {})) {
+        if (const auto call = outcome.lock()) {
+            hotKeys_.push_back(hotKey);
+            (*call)(HotKeyStatus::success);
+        }
+    }
 }
 
 void ScriptedDesktop::sendHotKey(std::uint32_t keyCode, std::uint32_t modifiers,

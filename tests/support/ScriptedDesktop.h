@@ -189,6 +189,8 @@ class ScriptedDesktop final : private WindowServer,
     }
     void sendHotKeyEvent(const HotKeyEvent &event) { hotKeyEvents_.emit(event); }
     std::vector<std::uint32_t> keyCodesTakenByOthers;
+    // Other programs let go of their keys, and what was refused for them is registered.
+    void releaseKeysOfOthers();
     bool answersHotKeysLater = false; // in a later turn of the loop, not at once
 
     // Strips of recent applications, which a program of that name draws.
@@ -320,7 +322,13 @@ class ScriptedDesktop final : private WindowServer,
     std::vector<ProcessID> activations_;
     Stack stack_;
     std::vector<std::shared_ptr<OverlayState>> overlays_;
+    struct RefusedHotKey {
+        HotKey hotKey;
+        std::weak_ptr<std::function<void(HotKeyStatus)>> outcome;
+    };
+
     std::vector<HotKey> hotKeys_;
+    std::vector<RefusedHotKey> refusedHotKeys_;
     Signal<HotKeyEvent> hotKeyEvents_;
     ProcessID nextProcess_ = 100;
     WindowID nextWindow_ = 1;

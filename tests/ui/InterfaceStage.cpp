@@ -27,7 +27,10 @@ InterfaceStage::InterfaceStage() {
 }
 
 SettingsModel InterfaceStage::settingsModel() {
-    return {desktop.platform(), settings, selectedTab,
+    return {desktop.platform(),
+            settings,
+            shortcuts,
+            selectedTab,
             [this] { actions.emplace_back("useFrontmost"); },
             [this](const std::optional<CoverAppChoice> &choice) {
                 chosenCovers.push_back(choice);

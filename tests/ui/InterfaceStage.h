@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ScriptedDesktop.h"
+#include "input/ShortcutManager.h"
 #include "presentation/UserInterface.h"
 #include "settings/SettingsStore.h"
 #include "support/NotificationCenter.h"
@@ -21,6 +22,7 @@ struct InterfaceStage {
 
     ScriptedDesktop desktop;
     SettingsStore settings{desktop.platform().userDefaults};
+    ShortcutManager shortcuts{desktop.platform(), settings};
     NotificationCenter notifications;
     PermissionManager permission{desktop.platform(), notifications};
     Published<SettingsTab> selectedTab{SettingsTab::general};

@@ -122,6 +122,24 @@ TEST_F(SettingsWindowTest, SwitchesWriteTheirSettingAndFollowIt) {
     }
 }
 
+TEST_F(SettingsWindowTest, ShortcutsOfAnotherProgramSaySo) {
+    const auto notes = [this] {
+        const auto texts = readTexts(open(SettingsTab::shortcuts));
+        return std::ranges::count_if(texts, [](const std::string &text) {
+            return text.ends_with("In use by another program.");
+        });
+    };
+    stage.desktop.keyCodesTakenByOthers = {48, 49};
+    stage.shortcuts.registerHotKeys();
+    stage.shortcuts.isListening.set(true);
+    EXPECT_EQ(notes(), 2);
+    stage.desktop.keyCodesTakenByOthers = {48};
+    open(SettingsTab::general);
+    EXPECT_EQ(notes(), 1) << "tried again";
+    stage.desktop.releaseKeysOfOthers();
+    EXPECT_EQ(notes(), 0);
+}
+
 TEST_F(SettingsWindowTest, SlidersMoveInStepsAndTellStrayValues) {
     struct Case {
         SettingsTab tab;

@@ -101,6 +101,40 @@ TEST_F(ShortcutManagerTest, ConflictsAndRefusalsCostOneShortcut) {
     }
 }
 
+TEST_F(ShortcutManagerTest, KeysOfAnotherProgramAreTriedAgain) {
+    desktop.keyCodesTakenByOthers = {48, 49};
+    listen();
+    std::vector<std::string> toggleTaken;
+    const auto taken = manager->isTaken(toggle).subscribe(
+        [&](bool isTaken) { toggleTaken.emplace_back(isTaken ? "taken" : "free"); });
+    EXPECT_TRUE(manager->isTaken(peek).value());
+    EXPECT_FALSE(manager->isTaken(setCoverFromFrontmost).value());
+    const auto said = desktop.logLines;
+    manager->retryTaken();
+    EXPECT_THAT(toggleTaken, ElementsAre("taken"));
+    desktop.keyCodesTakenByOthers = {48};
+    manager->retryTaken();
+    EXPECT_THAT(toggleTaken, ElementsAre("taken", "free"));
+    EXPECT_THAT(press(49, hotKeyModifier::control), ElementsAre(toggle));
+    desktop.releaseKeysOfOthers(); // which the system itself notices
+    EXPECT_FALSE(manager->isTaken(peek).value());
+    EXPECT_THAT(press(48, commandOption), ElementsAre(peek));
+    EXPECT_EQ(desktop.logLines, said);
+}
+
+TEST_F(ShortcutManagerTest, NumbersThatAreNoKeyCodesCostOneLine) {
+    constexpr std::int64_t large = 5'000'000'000;
+    desktop.defaults = {{"toggleShortcutKey", large}, {"peekShortcutKey", -1}};
+    SettingsStore edited(platform.userDefaults);
+    ShortcutManager shortcuts(platform, edited);
+    shortcuts.registerHotKeys();
+    EXPECT_THAT(desktop.logLines,
+                ElementsAre("[Lumo] Peek hotkey left out: -1 is no key code",
+                            "[Lumo] Toggle hotkey left out: 5000000000 is no key code"));
+    EXPECT_EQ(desktop.hotKeys().size(), 1U);
+    EXPECT_EQ(desktop.defaults.at("toggleShortcutKey"), Value(large));
+}
+
 TEST_F(ShortcutManagerTest, OutcomesThatComeTooLateChangeNothing) {
     desktop.answersHotKeysLater = true;
     desktop.keyCodesTakenByOthers = {48};

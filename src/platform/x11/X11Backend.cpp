@@ -22,7 +22,7 @@ X11Backend::X11Backend(Connection &connection, SingleInstance &instance, MainLoo
     , overlayWindows_(
           connection, mirror_, screens_, [this] { return screens_.pointSpace(); }, mainLoop, log)
     , input_(
-          connection, mirror_, screens_, [this] { return isActive(); }, log)
+          connection, mirror_, screens_, [this] { return isActive(); }, mainLoop, log)
     , userNotifications_(mainLoop)
     , application_(instance, workspace_, std::move(terminate))
     , loginItem_(freedesktop::AutostartLoginItem::ofThisProgram())

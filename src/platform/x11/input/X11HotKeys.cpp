@@ -1,8 +1,10 @@
 #include "platform/x11/input/X11HotKeys.h"
 
+#include "platform/MainLoop.h"
 #include "platform/freedesktop/KeyPositions.h"
 #include "platform/x11/input/KeyboardModifiers.h"
 #include "platform/x11/server/Connection.h"
+#include "platform/x11/server/EventKinds.h"
 #include "platform/x11/server/XcbXkb.h"
 #include "support/Log.h"
 
@@ -14,18 +16,25 @@ namespace lumo::x11 {
 
 namespace {
 
+constexpr double pauseBeforeRetry = 0.5; // seconds: windows come and go in numbers
+
 bool isKeyDown(const xcb_query_keymap_reply_t &keys, xcb_keycode_t keycode) {
     return (keys.keys[keycode / 8U] >> (keycode % 8U) & 1U) != 0;
 }
 
 } // namespace
 
-X11HotKeys::X11HotKeys(Connection &connection, KeyboardModifiers &modifiers, const Log &log)
+X11HotKeys::X11HotKeys(Connection &connection, KeyboardModifiers &modifiers, MainLoop &mainLoop,
+                       const Log &log)
     : connection_(connection)
     , modifiers_(modifiers)
+    , mainLoop_(mainLoop)
     , log_(log) {
     makeAutoRepeatDetectable();
     modifierChanges_ = modifiers.onChange([this] { grabAllAnew(); });
+    destroyedWindows_ = connection.events().on(
+        event::destroyNotify,
+        [this](const xcb_destroy_notify_event_t & /*event*/) { scheduleRetry(); });
 }
 
 X11HotKeys::~X11HotKeys() {
@@ -132,19 +141,48 @@ void X11HotKeys::grab(HotKey &hotKey, std::uint16_t state) {
 void X11HotKeys::handleGrabReply(HotKey &hotKey, bool succeeded) {
     if (!succeeded) {
         giveUp(hotKey, HotKeyStatus::alreadyTaken);
-    } else if (--hotKey.grabsInFlight == 0 && hotKey.outcome) {
-        std::exchange(hotKey.outcome, nullptr)(HotKeyStatus::success);
+    } else if (--hotKey.grabsInFlight == 0) {
+        setStatus(hotKey, HotKeyStatus::success);
     }
 }
 
 void X11HotKeys::giveUp(HotKey &hotKey, HotKeyStatus status) {
     ungrab(hotKey);
-    if (const auto outcome = std::exchange(hotKey.outcome, nullptr)) {
-        unregister(hotKey);
-        outcome(status);
-    } else {
+    if (hotKey.status == HotKeyStatus::success) {
         log_.print("[Lumo] hotkey lost when the keyboard changed, " + describe(status));
     }
+    setStatus(hotKey, status);
+}
+
+void X11HotKeys::setStatus(HotKey &hotKey, HotKeyStatus status) {
+    if (hotKey.status != status) {
+        hotKey.status = status;
+        const auto outcome = hotKey.outcome; // which may unregister the hot key
+        outcome(status);
+    }
+}
+
+void X11HotKeys::scheduleRetry() {
+    const bool isAnyTaken = std::ranges::any_of(
+        hotKeys_, [](const HotKey &hotKey) { return hotKey.status == HotKeyStatus::alreadyTaken; });
+    if (isAnyTaken && !nextRetry_) {
+        nextRetry_ = mainLoop_.after(pauseBeforeRetry, [this] {
+            nextRetry_.reset();
+            retryTaken();
+        });
+    }
+}
+
+void X11HotKeys::retryTaken() {
+    for (auto &hotKey : hotKeys_) {
+        const auto state = stateOf(hotKey.modifiers);
+        if (hotKey.status == HotKeyStatus::alreadyTaken && hotKey.grabbedStates.empty() && state) {
+            hotKey.earlierPress = EarlierPress::unknown;
+            readWhetherHeld(hotKey);
+            grab(hotKey, *state);
+        }
+    }
+    connection_.flush();
 }
 
 void X11HotKeys::ungrab(HotKey &hotKey) {
@@ -167,7 +205,7 @@ void X11HotKeys::unregister(HotKey &hotKey) {
 void X11HotKeys::grabAllAnew() {
     std::ranges::for_each(hotKeys_, [this](HotKey &hotKey) { ungrab(hotKey); });
     for (auto next = hotKeys_.begin(); next != hotKeys_.end();) {
-        auto &hotKey = *next++; // giving up may unregister it
+        auto &hotKey = *next++; // the outcome may unregister it
         if (const auto state = stateOf(hotKey.modifiers)) {
             grab(hotKey, *state);
         } else {
@@ -218,6 +256,9 @@ void X11HotKeys::notePhysicalPress(xcb_keycode_t keycode) {
         // One that comes before the reply was made before the server read the keys.
         if (hotKey.keycode == keycode && hotKey.earlierPress == EarlierPress::held) {
             hotKey.earlierPress = EarlierPress::released;
+        }
+        if (hotKey.keycode == keycode && hotKey.status == HotKeyStatus::alreadyTaken) {
+            scheduleRetry();
         }
     }
 }

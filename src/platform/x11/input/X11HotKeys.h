@@ -14,7 +14,8 @@
 
 namespace lumo {
 class Log;
-}
+class MainLoop;
+} // namespace lumo
 
 namespace lumo::x11 {
 
@@ -28,11 +29,13 @@ class KeyboardModifiers;
 //
 // Nothing waits for the server: the outcome of a registration, whether another client has the key,
 // is called when the replies have arrived. When the keyboard gets other modifiers, all hot keys are
-// grabbed anew; one that can't be had then costs a log line and stays silent until the next such
-// change or its next registration.
+// grabbed anew; one that can't be had then costs a log line. What another client has is requested
+// again after any client's window was destroyed, as when that client ended, and after the user
+// pressed the key.
 class X11HotKeys final : public HotKeyService {
   public:
-    X11HotKeys(Connection &connection, KeyboardModifiers &modifiers, const Log &log);
+    X11HotKeys(Connection &connection, KeyboardModifiers &modifiers, MainLoop &mainLoop,
+               const Log &log);
     ~X11HotKeys() override;
 
     Handle installEventHandler(std::function<void(const HotKeyEvent &)> handler) override;
@@ -59,7 +62,8 @@ class X11HotKeys final : public HotKeyService {
         std::uint32_t modifiers = 0;
         HotKeyID id = {};
         xcb_keycode_t keycode = 0;
-        std::function<void(HotKeyStatus)> outcome = {}; // empty once it has been called
+        std::function<void(HotKeyStatus)> outcome = {};
+        std::optional<HotKeyStatus> status = {}; // that the outcome was last called with
         // The modifier bits that it is grabbed with, with each state of the lock keys.
         std::vector<std::uint16_t> grabbedStates = {};
         std::size_t grabsInFlight = 0;
@@ -78,16 +82,22 @@ class X11HotKeys final : public HotKeyService {
     void grab(HotKey &hotKey, std::uint16_t state);
     void handleGrabReply(HotKey &hotKey, bool succeeded);
     void giveUp(HotKey &hotKey, HotKeyStatus status);
+    void setStatus(HotKey &hotKey, HotKeyStatus status);
+    void scheduleRetry();
+    void retryTaken();
     void ungrab(HotKey &hotKey);
     void unregister(HotKey &hotKey);
     void grabAllAnew();
 
     Connection &connection_;
     const KeyboardModifiers &modifiers_;
+    MainLoop &mainLoop_;
     const Log &log_;
     std::list<HotKey> hotKeys_;
     Signal<HotKeyEvent> events_;
     Handle modifierChanges_;
+    Handle destroyedWindows_;
+    Handle nextRetry_;
 };
 
 } // namespace lumo::x11

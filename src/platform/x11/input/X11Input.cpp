@@ -8,11 +8,11 @@
 namespace lumo::x11 {
 
 X11Input::X11Input(Connection &connection, WindowMirror &mirror, const X11Screens &screens,
-                   std::function<bool()> isActive, const Log &log)
+                   std::function<bool()> isActive, MainLoop &mainLoop, const Log &log)
     : isActive_(std::move(isActive))
     , modifiers_(connection)
     , monitors_(connection, modifiers_, screens)
-    , hotKeys_(connection, modifiers_, log)
+    , hotKeys_(connection, modifiers_, mainLoop, log)
     , router_(connection.extensions().xkb) {
     if (connection.extensions().xinput) {
         ownInput_.emplace(connection, mirror);

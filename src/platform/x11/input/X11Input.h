@@ -15,7 +15,8 @@
 
 namespace lumo {
 class Log;
-}
+class MainLoop;
+} // namespace lumo
 
 namespace lumo::x11 {
 
@@ -32,7 +33,7 @@ class X11Input {
     // The arguments must outlive the object. The function tells whether the active window is this
     // program's.
     X11Input(Connection &connection, WindowMirror &mirror, const X11Screens &screens,
-             std::function<bool()> isActive, const Log &log);
+             std::function<bool()> isActive, MainLoop &mainLoop, const Log &log);
 
     const KeyboardModifiers &modifiers() const { return modifiers_; }
     X11EventMonitors &eventMonitors() { return monitors_; }
