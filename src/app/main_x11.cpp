@@ -39,6 +39,7 @@ int runDelegate(lumo::freedesktop::GlibMainLoop &loop, lumo::x11::Connection &co
                  return backend.input().handleToolkitEvent(
                      *static_cast<const xcb_generic_event_t *>(event));
              },
+         .noteWindow = [&backend](auto window) { backend.noteInterfaceWindow(window); },
          .blendsWindows = [&backend] { return backend.isCompositing(); },
          .watchButtons =
              [&backend](auto observer) {

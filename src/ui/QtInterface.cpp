@@ -21,7 +21,9 @@
 #include <QApplication>
 #include <QCursor>
 #include <QLocale>
+#include <QPlatformSurfaceEvent>
 #include <QScreen>
+#include <QWindow>
 #include <array>
 #include <clocale>
 #include <utility>
@@ -29,7 +31,7 @@
 namespace lumo {
 
 // The toolkit from its start to its end.
-class QtInterface::Toolkit final : private QAbstractNativeEventFilter {
+class QtInterface::Toolkit final : public QObject, private QAbstractNativeEventFilter {
   public:
     Toolkit(const ToolkitHooks &hooks, const std::string &desktopEntry)
         : hooks_(hooks)
@@ -55,6 +57,9 @@ class QtInterface::Toolkit final : private QAbstractNativeEventFilter {
             // NOLINTEND(clang-analyzer-cplusplus.NewDeleteLeaks)
             application_.installNativeEventFilter(this);
         }
+        if (hooks_.noteWindow) {
+            application_.installEventFilter(this);
+        }
         if (hooks_.appearance != nullptr) {
             appearanceChanges_ = hooks_.appearance->onChange([this] { applyScheme(); });
         }
@@ -65,6 +70,17 @@ class QtInterface::Toolkit final : private QAbstractNativeEventFilter {
     bool nativeEventFilter(const QByteArray & /*type*/, void *event,
                            qintptr * /*result*/) override {
         return hooks_.handleNativeEvent(event);
+    }
+
+    bool eventFilter(QObject *object, QEvent *event) override {
+        if (event->type() == QEvent::PlatformSurface &&
+            static_cast<QPlatformSurfaceEvent *>(event)->surfaceEventType() ==
+                QPlatformSurfaceEvent::SurfaceCreated) {
+            if (const auto *window = qobject_cast<QWindow *>(object)) {
+                hooks_.noteWindow(window->winId());
+            }
+        }
+        return false;
     }
 
     void applyScheme() {

@@ -5,6 +5,7 @@
 #include "presentation/UserInterface.h"
 #include "support/Lifetime.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -23,6 +24,8 @@ struct ToolkitHooks {
     std::string windowSystem = {};
     // Sees each native event before the toolkit does; true drops the event.
     std::function<bool(const void *nativeEvent)> handleNativeEvent = {};
+    // Is given the window system's number of each window that the toolkit makes.
+    std::function<void(std::uintptr_t window)> noteWindow = {};
     // Whether the desktop blends windows, so that a window may be translucent.
     std::function<bool()> blendsWindows = {};
     // Calls the observer, while the handle is kept, when a mouse button goes down or up anywhere:

@@ -104,6 +104,7 @@ TEST_F(OverlayOrder, BelowTheReferenceOrInFrontWithoutARequestPerTick) {
 
     // Nor over this program's own windows.
     const auto own = session.openWindow(session.picture({0, 0, 200, 200}));
+    mirror->setInterfaceWindow(own);
     EXPECT_TRUE(eventually([&] {
         const auto *window = mirror->find(own);
         return window != nullptr && window->isDescribed && window->isMapped;

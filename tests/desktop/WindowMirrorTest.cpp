@@ -2,6 +2,7 @@
 #include "desktop/SampleApplication.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <random>
@@ -299,6 +300,12 @@ TEST(WindowMirror, StatedOwnerWhereTheServerDoesNotTell) {
     mirrored.session.setNumbers(window.client, "_NET_WM_PID", {4711});
     mirrored.catchUp();
     EXPECT_EQ(window.processIdentifier, 4711);
+    mirrored.session.setNumbers(window.client, "_NET_WM_PID",
+                                {static_cast<std::uint32_t>(getpid())});
+    mirrored.catchUp();
+    EXPECT_LT(window.processIdentifier, 0) << "any window may claim to be this program's";
+    mirrored.mirror->setInterfaceWindow(window.client);
+    EXPECT_EQ(window.processIdentifier, getpid());
 }
 
 } // namespace

@@ -343,6 +343,7 @@ class EventMonitorsTest : public InputTest {
                           100, 100, 300, 200, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
                           XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK,
                           values.data());
+        mirrored_.mirror->setInterfaceWindow(window);
         xcb_map_window(toolkit_.get(), window);
         syncToolkit();
         return window;

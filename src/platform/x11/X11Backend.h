@@ -39,6 +39,11 @@ class X11Backend {
 
     X11Input &input() { return input_; }
 
+    // The toolkit has made this window.
+    void noteInterfaceWindow(std::uintptr_t window) {
+        mirror_.setInterfaceWindow(static_cast<xcb_window_t>(window));
+    }
+
     // Whether a compositing manager does the blending at the moment.
     bool isCompositing() const { return overlayWindows_.isCompositing(); }
 

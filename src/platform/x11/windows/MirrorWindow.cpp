@@ -80,7 +80,7 @@ MirrorWindow describe(const MirrorWindow &window, const DescriptionSources &sour
     next.transientFor = facts.transientFor;
     const auto opacity = sources.frameFacts.opacity ? sources.frameFacts.opacity : facts.opacity;
     next.opacity = opacity.value_or(0xffffffff) / static_cast<double>(0xffffffff);
-    next.processIdentifier = facts.processIdentifier();
+    next.processIdentifier = sources.processIdentifier;
     next.instanceName = facts.instanceName;
     next.className = facts.className;
     next.title = facts.title();

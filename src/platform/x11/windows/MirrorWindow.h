@@ -41,7 +41,7 @@ struct MirrorWindow {
     std::uint8_t depth = 0;
     xcb_visualid_t visual = XCB_NONE;
     double opacity = 1;
-    std::int32_t processIdentifier = 0; // 0 when unknown
+    std::int32_t processIdentifier = 0; // below 0, another for each client, when unknown
     std::string instanceName = {};      // the two parts of WM_CLASS
     std::string className = {};
     std::optional<std::string> title = {};
@@ -69,7 +69,8 @@ struct DescriptionSources {
     const WindowFacts &frameFacts;
     const WindowFacts &clientFacts;                       // the same when the client is the frame
     std::optional<drawing::PixelRect> clientInFrame = {}; // from inside the frame's border
-    bool isComplete = true;                               // nothing is still to be read
+    std::int32_t processIdentifier = 0;
+    bool isComplete = true; // nothing is still to be read
     bool isOwn = false;
     bool isWindowManagerRunning = true;
 };

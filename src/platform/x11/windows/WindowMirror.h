@@ -57,6 +57,10 @@ class WindowMirror {
     // until the window is destroyed. Others of ours may lie in windows of other clients.
     void claimFrameOf(xcb_window_t window) { tree_.claimFrameOf(window); }
 
+    // Has the windows of the toolkit's connection, on which this one was made, count as this
+    // program's. It may be called for each of its windows.
+    void setInterfaceWindow(xcb_window_t window) { tree_.setInterfaceWindow(window); }
+
     // A number that is another one after each change.
     std::uint64_t revision() const { return tree_.changes().revision(); }
 

@@ -1,5 +1,7 @@
 #include "platform/x11/windows/WindowTree.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -259,10 +261,31 @@ void WindowTree::setActiveWindow(std::optional<xcb_window_t> window) {
 
 void WindowTree::setWindowManagerRunning(bool isRunning) {
     if (std::exchange(isWindowManagerRunning_, isRunning) != isRunning) {
-        for (const auto window : stacking_) {
-            redescribe(window);
-        }
+        redescribeAll();
     }
+}
+
+void WindowTree::setInterfaceWindow(xcb_window_t window) {
+    const auto client = window & numbers_.clientBits;
+    if (std::exchange(numbers_.interfaceClient, client) != client) {
+        redescribeAll();
+    }
+}
+
+void WindowTree::redescribeAll() {
+    for (const auto window : stacking_) {
+        redescribe(window);
+    }
+}
+
+// Other clients may state any process, and those elsewhere have one of another machine: windows of
+// a client whose process can't be told share a number below 0 instead.
+std::int32_t WindowTree::processOf(xcb_window_t window) const {
+    const auto stated = nodes_.at(window).facts.processIdentifier();
+    if (numbers_.isOfThisProgram(window)) {
+        return getpid();
+    }
+    return stated > 0 && stated != getpid() ? stated : -numbers_.clientOf(window);
 }
 
 WindowTree::Node *WindowTree::nodeOf(const Read &read) {
@@ -465,6 +488,7 @@ void WindowTree::redescribe(xcb_window_t window) {
                                .clientFacts = client.facts,
                                .clientInFrame = isInside && hasInset ? std::optional(client.inFrame)
                                                                      : std::nullopt,
+                               .processIdentifier = processOf(chosen),
                                .isComplete = isComplete,
                                .isOwn = numbers_.isOwn(window) || claimed_.contains(chosen),
                                .isWindowManagerRunning = isWindowManagerRunning_});

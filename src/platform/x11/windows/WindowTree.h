@@ -33,8 +33,18 @@ struct WindowNumbers {
     xcb_window_t root = XCB_NONE;
     std::uint32_t clientBits = 0; // which bits of a number tell the client that made the window
     std::uint32_t ownClient = 0;  // those of this program's connection
+    std::uint32_t interfaceClient = 0; // those of the toolkit's connection; 0 before it has one
 
     bool isOwn(xcb_window_t window) const { return (window & clientBits) == ownClient; }
+
+    bool isOfThisProgram(xcb_window_t window) const {
+        return isOwn(window) || (interfaceClient != 0 && (window & clientBits) == interfaceClient);
+    }
+
+    // Another number for each client, from 1.
+    std::int32_t clientOf(xcb_window_t window) const {
+        return static_cast<std::int32_t>((window & clientBits) / (~clientBits + 1));
+    }
 
     // Made by the server for itself, as the window that compositing managers draw on.
     bool isServers(xcb_window_t window) const { return (window & clientBits) == 0; }
@@ -134,6 +144,9 @@ class WindowTree {
     // until the window is destroyed.
     void claimFrameOf(xcb_window_t window) { claimed_.insert(window); }
 
+    // Has the windows of the client that made this one count as this program's.
+    void setInterfaceWindow(xcb_window_t window);
+
     // What descriptions depend on beside the windows.
     void setActiveWindow(std::optional<xcb_window_t> window);
     void setWindowManagerRunning(bool isRunning);
@@ -172,6 +185,8 @@ class WindowTree {
     void wantInset(xcb_window_t window);
     void redescribe(xcb_window_t window);
     xcb_window_t clientOf(const TopLevel &top) const;
+    std::int32_t processOf(xcb_window_t window) const;
+    void redescribeAll();
     void note(bool MirrorChange::*what) { changes_.note(what); }
 
     WindowNumbers numbers_;

@@ -90,7 +90,7 @@ void X11Workspace::refresh() const {
     std::map<std::int32_t, const MirrorWindow *> best;
     for (const auto frame : mirror_.stacking()) {
         const auto &window = *mirror_.find(frame);
-        if (!window.isDescribed || window.processIdentifier == 0) {
+        if (!window.isDescribed) {
             continue;
         }
         auto &known = best[window.processIdentifier];
