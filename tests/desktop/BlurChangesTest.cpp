@@ -127,7 +127,7 @@ TEST_F(BlurChanges, ShapeAlphaOpacityAndPresenceBeneath) {
 
     setOpacity(solid, 1);
     fill(scene, red, {255, 0, 0});
-    session.restore(app.window());
+    session.activate(app.window());
     Picture restored = scene;
     restored.paste(withSample.part(sample), {sample.x, sample.y});
     EXPECT_TRUE(comesToShow(restored)) << "opaque again, and restored";

@@ -2,7 +2,6 @@
 
 #include "Look.h"
 #include "desktop/PrivateDesktop.h"
-#include "desktop/RequestCounter.h"
 #include "desktop/SampleApplication.h"
 
 #include <gmock/gmock.h>
@@ -69,24 +68,6 @@ TEST_F(LumoProgram, LossOfTheServerEndsTheProgramWithStatusOne) {
     desktop.killServer();
     EXPECT_EQ(lumo.process().waitForExit(), 1) << lumo.process().report();
     EXPECT_THAT(lumo.remarks(), SizeIs(1)) << lumo.process().report();
-}
-
-TEST_F(LumoProgram, NoRequestsWhileNothingChanges) {
-    LumoProcess lumo(desktop, Look{{"softBlur", 0.6}}.preferences());
-    lumo.waitForOverlays();
-    session.stillPicture();
-    const auto ticks = [&](long count) {
-        const long end = lumo.process().voluntarySwitches() + count;
-        return session.eventually([&] { return lumo.process().voluntarySwitches() >= end; },
-                                  Seconds(30));
-    };
-    ASSERT_TRUE(ticks(60)) << "the program's main loop does not turn";
-    RequestCounter requests(desktop.displayName(), lumo.processIdentifier());
-    ASSERT_TRUE(ticks(300));
-    EXPECT_EQ(requests.count(), 0) << requests.describe();
-    session.activate(back.window());
-    EXPECT_TRUE(session.eventually([&] { return requests.count() > 0; }))
-        << "a change of focus must be seen in the count";
 }
 
 // OpenGL's drivers are many times the program's size. This X server has no graphics hardware.

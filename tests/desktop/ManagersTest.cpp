@@ -153,14 +153,14 @@ class ManagersTest : public testing::TestWithParam<Manager>, protected ThreeWind
             note("full screen", "not offered");
             return;
         }
-        session.setFullScreen(green.subject.window, true);
+        session.setState(green.subject.window, "_NET_WM_STATE_FULLSCREEN", true);
         const bool fills = session.eventually([&] {
             const auto area = session.screenArea();
             return std::ranges::all_of(
                 std::vector<Spot>{{0, 0}, {area.width - 1, 0}, {area.width / 2, area.height - 1}},
                 [&](const Spot &spot) { return session.pixel(spot) == green.subject.colour; });
         });
-        session.setFullScreen(green.subject.window, false);
+        session.setState(green.subject.window, "_NET_WM_STATE_FULLSCREEN", false);
         record("full screen", (fills ? "" : "not filled") + wrongWithOnly(green));
     }
 
@@ -169,10 +169,10 @@ class ManagersTest : public testing::TestWithParam<Manager>, protected ThreeWind
             note("kept above", "not offered");
             return;
         }
-        session.setKeptAbove(blue.subject.window, true);
+        session.setState(blue.subject.window, "_NET_WM_STATE_ABOVE", true);
         bringForward(red);
         const auto wrong = wrongWith({red.subject, blue.subject}, {green.subject});
-        session.setKeptAbove(blue.subject.window, false);
+        session.setState(blue.subject.window, "_NET_WM_STATE_ABOVE", false);
         bringForward(red);
         record("kept above", wrong + wrongWithOnly(red));
     }
@@ -225,7 +225,7 @@ class ManagersTest : public testing::TestWithParam<Manager>, protected ThreeWind
             bringForward(red);
         }
         auto wrong = wrongWith({red.subject}, {blue.subject});
-        session.restore(green.subject.window);
+        session.activate(green.subject.window);
         wrong += wrongWithOnly(green);
         record("minimising", wrong);
     }

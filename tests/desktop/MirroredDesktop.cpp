@@ -1,6 +1,5 @@
 #include "MirroredDesktop.h"
 
-#include <sstream>
 #include <stdexcept>
 
 namespace lumo::x11 {
@@ -8,17 +7,6 @@ namespace lumo::x11 {
 namespace {
 
 constexpr double deadline = 10;
-
-std::string describe(const MirrorWindow &window) {
-    std::ostringstream text;
-    const auto &at = window.geometry;
-    text << window.frame << ": " << at.x << ',' << at.y << ' ' << at.width << 'x' << at.height
-         << " border " << window.borderWidth << (window.isMapped ? " mapped" : "")
-         << (window.isInputOnly ? " input-only" : "")
-         << (window.isOverrideRedirect ? " override-redirect" : "") << " depth "
-         << int{window.depth} << " visual " << window.visual;
-    return text.str();
-}
 
 // The mirror's record, with what the server answers in its place.
 std::optional<MirrorWindow> truthOf(Connection &connection, const MirrorWindow &known) {
@@ -86,8 +74,7 @@ std::string differenceFromServer(Connection &connection, const WindowMirror &mir
         }
         const auto truth = truthOf(connection, *known);
         if (!truth || *truth != *known) {
-            return "mirror " + describe(*known) + "; server " +
-                   (truth ? describe(*truth) : std::string("none"));
+            return "window " + std::to_string(window) + " differs";
         }
     }
     return {};

@@ -1,10 +1,9 @@
 #include "OverlayDesktop.h"
 
+#include "bus/RunUntil.h"
 #include "platform/x11/server/ConnectionWatch.h"
 #include "reference/Grain.h"
 #include "reference/ReferenceRenderer.h"
-
-#include <glib.h>
 
 #include <array>
 #include <cstdlib>
@@ -54,16 +53,7 @@ Rect OverlayDesktop::frame() const {
 }
 
 bool OverlayDesktop::eventually(const std::function<bool()> &condition) {
-    const double end = loop.now() + deadline;
-    // So that the condition is looked at again while nothing happens.
-    const auto alarm = loop.every(0.005, [] {});
-    while (!condition()) {
-        if (loop.now() > end) {
-            return false;
-        }
-        g_main_context_iteration(nullptr, TRUE);
-    }
-    return true;
+    return runUntil(loop, condition, deadline);
 }
 
 std::uint64_t OverlayDesktop::bytesOfTurn() {

@@ -29,7 +29,7 @@ class OverlayDesktop : public MirroredDesktop, private Screens {
     // Makes the overlays' maker anew, with LUMO_RENDERER set to that. No overlay is there.
     void useRenderer(const std::string &name);
 
-    // Turns the main loop until the condition holds. False when it does not within ten seconds.
+    // Turns the main loop until the condition holds. False when it does not within a minute.
     bool eventually(const std::function<bool()> &condition);
 
     // Turns the main loop once and gives how many bytes of requests that took.

@@ -1,8 +1,9 @@
 #include "platform/x11/windows/X11Workspace.h"
 
 #include "MirroredDesktop.h"
+#include "bus/RunUntil.h"
+#include "bus/UserFolders.h"
 #include "desktop/SampleApplication.h"
-#include "desktop/TemporaryDirectory.h"
 #include "platform/freedesktop/GlibMainLoop.h"
 #include "platform/x11/server/ConnectionWatch.h"
 #include "platform/x11/server/X11Screens.h"
@@ -14,12 +15,9 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace lumo::x11 {
@@ -29,53 +27,10 @@ using desktop::SampleApplication;
 using desktop::WindowManager;
 using testing::ElementsAre;
 
-// A desktop with all that is read from it, and folders for desktop entries that hold nothing else.
+// A desktop with all that is read from it.
 class WorkspaceTest : public testing::Test {
   protected:
-    static void SetUpTestSuite() {
-        // GLib looks once.
-        static const desktop::TemporaryDirectory directory;
-        folder = directory.path();
-        for (const char *name : {"data/applications", "config", "system"}) {
-            std::filesystem::create_directories(folder / name);
-        }
-        for (const auto &[variable, name] :
-             {std::pair("XDG_DATA_HOME", "data"), std::pair("XDG_CONFIG_HOME", "config"),
-              std::pair("XDG_DATA_DIRS", "system")}) {
-            // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread runs yet
-            setenv(variable, (folder / name).c_str(), 1);
-        }
-    }
-
-    void TearDown() override {
-        std::filesystem::remove_all(folder / "data/applications");
-        std::filesystem::create_directory(folder / "data/applications");
-    }
-
-    static void writeFile(const std::filesystem::path &path, const std::string &text) {
-        std::ofstream(folder / path) << text;
-    }
-
-    static void writeEntry(const std::string &identifier, const std::string &lines) {
-        writeFile("data/applications/" + identifier + ".desktop",
-                  "[Desktop Entry]\nType=Application\n" + lines);
-    }
-
-    // Turns the main loop until the condition holds; false when it does not within ten seconds.
-    bool eventually(const std::function<bool()> &condition) {
-        freedesktop::GlibMainLoop loop;
-        bool holds = false;
-        const auto watch = x11::watch(loop, *mirrored_.connection, [&] { loop.quit(1); });
-        const auto deadline = loop.now() + 10;
-        const auto timer = loop.every(0.005, [&] {
-            holds = condition();
-            if (holds || loop.now() > deadline) {
-                loop.quit(0);
-            }
-        });
-        loop.run();
-        return holds;
-    }
+    bool eventually(const std::function<bool()> &condition) { return runUntil(loop_, condition); }
 
     bool isFrontmost(const SampleApplication &application) const {
         const auto *frontmost = workspace_.frontmostApplication();
@@ -95,10 +50,10 @@ class WorkspaceTest : public testing::Test {
         return titles;
     }
 
-    static inline std::filesystem::path folder;
     MirroredDesktop mirrored_{{}};
     desktop::DesktopSession &session_ = mirrored_.session;
     freedesktop::GlibMainLoop loop_;
+    Handle watch_ = x11::watch(loop_, *mirrored_.connection, [] {});
     X11Screens screens_{*mirrored_.connection, loop_};
     std::vector<std::string> lines_;
     Log log_{[this](std::string_view line) { lines_.emplace_back(line); }};
@@ -108,7 +63,8 @@ class WorkspaceTest : public testing::Test {
 };
 
 TEST_F(WorkspaceTest, ApplicationsByTheirDesktopEntries) {
-    writeEntry("org.example.Alpha", "Name=Alpha Editor\nExec=true\nStartupWMClass=Alpha\n");
+    freedesktop::writeDesktopEntry("org.example.Alpha",
+                                   "Name=Alpha Editor\nExec=true\nStartupWMClass=Alpha\n");
     const SampleApplication alpha(mirrored_.desktop, "Alpha", {{}});
     const SampleApplication gamma(mirrored_.desktop, "Gamma", {{}});
     const SampleApplication panel(mirrored_.desktop, "Panel",
@@ -135,7 +91,8 @@ TEST_F(WorkspaceTest, ApplicationsByTheirDesktopEntries) {
 
     const auto program = std::filesystem::read_symlink(
         "/proc/" + std::to_string(gamma.processIdentifier()) + "/exe");
-    writeEntry("org.example.Sample", "Name=Sample\nExec=" + program.string() + " --new\n");
+    freedesktop::writeDesktopEntry("org.example.Sample",
+                                   "Name=Sample\nExec=" + program.string() + " --new\n");
     EXPECT_TRUE(eventually([&] {
         return workspace_.runningApplication(gamma.processIdentifier())->localizedName == "Sample";
     })) << "a new entry, found by the name of its program";

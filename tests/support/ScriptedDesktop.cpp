@@ -1,6 +1,7 @@
 #include "ScriptedDesktop.h"
 
 #include <algorithm>
+#include <ranges>
 #include <stdexcept>
 
 namespace lumo::test {
@@ -35,8 +36,17 @@ class ScriptedDesktop::OverlayWindow final : public PlatformWindow {
     double alphaValue() const override { return state_.alpha; }
     void setAlphaValue(double alpha) override { state_.alpha = alpha; }
 
-    void orderFront() override { desktop_.orderOverlayFront(state_); }
-    void orderBelow(std::uint32_t window) override { desktop_.orderOverlayBelow(state_, window); }
+    void orderFront() override {
+        desktop_.place(state_, std::ranges::find_if(desktop_.stack_, [](const Window &each) {
+                           return each.layer <= 0;
+                       }));
+    }
+    void orderBelow(std::uint32_t window) override {
+        const auto target = desktop_.find(window);
+        if (target != desktop_.stack_.end()) {
+            desktop_.place(state_, std::next(target));
+        }
+    }
     void orderOut() override { desktop_.orderOverlayOut(state_); }
 
     std::optional<double> backingScaleFactor() const override {
@@ -149,10 +159,6 @@ void ScriptedDesktop::setScreensSilently(std::vector<Screen> screens) {
     windowsChanged();
 }
 
-Handle ScriptedDesktop::onScreenParametersDidChange(std::function<void()> observer) {
-    return screensChanged_.subscribe(std::move(observer));
-}
-
 ScriptedDesktop::ProcessID ScriptedDesktop::launch(std::string name,
                                                    std::optional<std::string> bundleIdentifier) {
     const ProcessID process = nextProcess_++;
@@ -190,22 +196,6 @@ void ScriptedDesktop::setLumoBundleIdentifier(std::optional<std::string> identif
     applications_.front() = own_;
 }
 
-const RunningApplication *ScriptedDesktop::frontmostApplication() const {
-    if (!frontmost_) {
-        return nullptr;
-    }
-    for (const auto &application : applications_) {
-        if (application.processIdentifier == *frontmost_) {
-            return &application;
-        }
-    }
-    return nullptr;
-}
-
-const std::vector<RunningApplication> &ScriptedDesktop::runningApplications() const {
-    return applications_;
-}
-
 const RunningApplication *ScriptedDesktop::runningApplication(ProcessID process) const {
     const auto found = std::ranges::find(applications_, process,
                                          [](const auto &each) { return each.processIdentifier; });
@@ -215,20 +205,12 @@ const RunningApplication *ScriptedDesktop::runningApplication(ProcessID process)
 bool ScriptedDesktop::activate(ProcessID process) {
     activations_.push_back(process);
     mainLoop.post([this, process] {
-        std::vector<WindowID> owned;
-        for (const auto &window : stack_) {
-            if (window.owner == process) {
-                owned.push_back(window.number);
-            }
+        for (const auto window : windowsOf(process) | std::views::reverse) {
+            raise(window);
         }
-        std::for_each(owned.rbegin(), owned.rend(), [this](WindowID window) { raise(window); });
         focusApplication(process);
     });
     return true;
-}
-
-Handle ScriptedDesktop::onReopen(std::function<void()> observer) {
-    return reopened_.subscribe(std::move(observer));
 }
 
 std::optional<std::string> ScriptedDesktop::registerMainApplication() {
@@ -250,24 +232,10 @@ void ScriptedDesktop::checkForUpdates(std::function<void(const UpdateResult &)> 
         [completion = std::move(completion), result = updateResult] { completion(result); });
 }
 
-Handle ScriptedDesktop::onDidActivateApplication(std::function<void()> observer) {
-    return applicationActivated_.subscribe(std::move(observer));
-}
-
-Handle ScriptedDesktop::onDidTerminateApplication(std::function<void()> observer) {
-    return applicationTerminated_.subscribe(std::move(observer));
-}
-
-Handle ScriptedDesktop::onActiveSpaceDidChange(std::function<void()> observer) {
-    return spaceChanged_.subscribe(std::move(observer));
-}
-
 ScriptedDesktop::WindowID ScriptedDesktop::openWindow(ProcessID owner, const Rect &bounds,
                                                       std::optional<std::string> title, int layer) {
-    const auto application = std::ranges::find(
-        applications_, owner, [](const auto &each) { return each.processIdentifier; });
-    auto name = application == applications_.end() ? std::string("Process")
-                                                   : application->localizedName.value_or("");
+    const auto *application = runningApplication(owner);
+    auto name = application == nullptr ? "Process" : application->localizedName.value_or("");
     const WindowID number = nextWindow_++;
     insertInFront({number, owner, std::move(name), bounds, std::move(title), layer});
     return number;
@@ -303,6 +271,16 @@ void ScriptedDesktop::retitle(WindowID window, std::optional<std::string> title)
 void ScriptedDesktop::answerWindowListWith(std::shared_ptr<const WindowRecords> records) {
     windowListScripted_ = true;
     records_ = std::move(records);
+}
+
+std::vector<ScriptedDesktop::WindowID> ScriptedDesktop::windowsOf(ProcessID process) const {
+    std::vector<WindowID> numbers;
+    for (const auto &window : stack_) {
+        if (window.owner == process) {
+            numbers.push_back(window.number);
+        }
+    }
+    return numbers;
 }
 
 std::vector<ScriptedDesktop::WindowID> ScriptedDesktop::stack() const {
@@ -441,18 +419,6 @@ void ScriptedDesktop::place(OverlayState &overlay, Stack::iterator position) {
     windowsChanged();
 }
 
-void ScriptedDesktop::orderOverlayFront(OverlayState &overlay) {
-    place(overlay,
-          std::ranges::find_if(stack_, [](const Window &each) { return each.layer <= 0; }));
-}
-
-void ScriptedDesktop::orderOverlayBelow(OverlayState &overlay, WindowID window) {
-    const auto target = find(window);
-    if (target != stack_.end()) {
-        place(overlay, std::next(target));
-    }
-}
-
 void ScriptedDesktop::orderOverlayOut(OverlayState &overlay) {
     const auto entry = find(overlay.number);
     if (entry != stack_.end()) {
@@ -464,10 +430,8 @@ void ScriptedDesktop::orderOverlayOut(OverlayState &overlay) {
 
 std::vector<std::unique_ptr<AccessibilityWindow>> ScriptedDesktop::windows(ProcessID process) {
     std::vector<std::unique_ptr<AccessibilityWindow>> owned;
-    for (const auto &window : stack_) {
-        if (window.owner == process) {
-            owned.push_back(std::make_unique<AccessibleWindow>(*this, window.number));
-        }
+    for (const auto window : windowsOf(process)) {
+        owned.push_back(std::make_unique<AccessibleWindow>(*this, window));
     }
     return owned;
 }
@@ -475,14 +439,6 @@ std::vector<std::unique_ptr<AccessibilityWindow>> ScriptedDesktop::windows(Proce
 void ScriptedDesktop::changeAccessibilityTrust(bool trusted) {
     accessibilityTrusted = trusted;
     trustChanged_.emit();
-}
-
-Handle ScriptedDesktop::onProcessTrustDidChange(std::function<void()> observer) {
-    return trustChanged_.subscribe(std::move(observer));
-}
-
-Handle ScriptedDesktop::onFocusedWindowDidChange(std::function<void()> observer) {
-    return focusedWindowChanged_.subscribe(std::move(observer));
 }
 
 void ScriptedDesktop::movePointer(double dx, std::uint32_t modifierFlags, Target target) {

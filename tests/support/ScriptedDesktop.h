@@ -218,13 +218,18 @@ class ScriptedDesktop final : private WindowServer,
         std::function<bool(const InputEvent &)> handler;
     };
     using Stack = std::list<Window>;
+    using Observer = std::function<void()>;
     class OverlayWindow;
     class AccessibleWindow;
 
     std::shared_ptr<const WindowRecords> onScreenWindows() const override;
 
-    const RunningApplication *frontmostApplication() const override;
-    const std::vector<RunningApplication> &runningApplications() const override;
+    const RunningApplication *frontmostApplication() const override {
+        return frontmost_ ? runningApplication(*frontmost_) : nullptr;
+    }
+    const std::vector<RunningApplication> &runningApplications() const override {
+        return applications_;
+    }
     const RunningApplication *runningApplication(ProcessID process) const override;
     const RunningApplication &ownApplication() const override { return own_; }
     std::vector<InstalledApplication> installedApplications() const override { return installed; }
@@ -233,24 +238,36 @@ class ScriptedDesktop final : private WindowServer,
         ++settingsOpened;
         return true;
     }
-    Handle onDidActivateApplication(std::function<void()> observer) override;
-    Handle onDidTerminateApplication(std::function<void()> observer) override;
-    Handle onActiveSpaceDidChange(std::function<void()> observer) override;
+    Handle onDidActivateApplication(Observer observer) override {
+        return applicationActivated_.subscribe(std::move(observer));
+    }
+    Handle onDidTerminateApplication(Observer observer) override {
+        return applicationTerminated_.subscribe(std::move(observer));
+    }
+    Handle onActiveSpaceDidChange(Observer observer) override {
+        return spaceChanged_.subscribe(std::move(observer));
+    }
 
     Handle onChange(std::function<void()> observer) override {
         return changed_.subscribe(std::move(observer));
     }
 
     const std::vector<Screen> &screens() const override { return screens_; }
-    Handle onScreenParametersDidChange(std::function<void()> observer) override;
+    Handle onScreenParametersDidChange(Observer observer) override {
+        return screensChanged_.subscribe(std::move(observer));
+    }
 
     std::unique_ptr<PlatformWindow> makeWindow(const Rect &frame) override;
 
     bool isProcessTrusted() const override { return accessibilityTrusted; }
     std::vector<std::unique_ptr<AccessibilityWindow>> windows(ProcessID process) override;
 
-    Handle onProcessTrustDidChange(std::function<void()> observer) override;
-    Handle onFocusedWindowDidChange(std::function<void()> observer) override;
+    Handle onProcessTrustDidChange(Observer observer) override {
+        return trustChanged_.subscribe(std::move(observer));
+    }
+    Handle onFocusedWindowDidChange(Observer observer) override {
+        return focusedWindowChanged_.subscribe(std::move(observer));
+    }
 
     Handle addGlobalMonitor(EventMask mask,
                             std::function<void(const InputEvent &)> handler) override;
@@ -263,7 +280,7 @@ class ScriptedDesktop final : private WindowServer,
     void setActivationPolicy(ActivationPolicy policy) override { activationPolicy = policy; }
     void activateIgnoringOtherApps() override { ++activationsOfLumo; }
     void terminate() override { isTerminated = true; }
-    Handle onReopen(std::function<void()> observer) override;
+    Handle onReopen(Observer observer) override { return reopened_.subscribe(std::move(observer)); }
 
     std::optional<std::string> registerMainApplication() override;
     std::optional<std::string> unregisterMainApplication() override;
@@ -303,12 +320,11 @@ class ScriptedDesktop final : private WindowServer,
 
     Handle addMonitor(Monitor monitor);
     bool send(const InputEvent &event, Target target);
+    std::vector<WindowID> windowsOf(ProcessID process) const; // front to back
     Stack::iterator find(WindowID window);
     Stack::iterator require(WindowID window);
     void insertInFront(Window window);
     void place(OverlayState &overlay, Stack::iterator position);
-    void orderOverlayFront(OverlayState &overlay);
-    void orderOverlayBelow(OverlayState &overlay, WindowID window);
     void orderOverlayOut(OverlayState &overlay);
     void windowsChanged();
     Rect flipped(const Rect &rect) const;

@@ -1,7 +1,7 @@
 #include "platform/freedesktop/DesktopEntries.h"
 
-#include "UserFolders.h"
 #include "bus/RunUntil.h"
+#include "bus/UserFolders.h"
 #include "desktop/Variable.h"
 #include "platform/freedesktop/SettingsOpener.h"
 

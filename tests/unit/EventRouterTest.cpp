@@ -101,48 +101,5 @@ TEST_F(EventRouterTest, SentEventsSayNothingAboutTheServer) {
     EXPECT_THAT(takeNotes(), ElementsAre("message", "expose", "button"));
 }
 
-TEST_F(EventRouterTest, ExtensionsHaveTheirOwnCodes) {
-    std::vector<std::uint32_t> sequences;
-    const auto damage =
-        router.on(event::damageNotify, 7,
-                  [&](const auto &, std::uint32_t sequence) { sequences.push_back(sequence); });
-    const auto screen = router.on(event::randrScreenChangeNotify, note("screen"));
-    const auto output = router.on(event::randrNotify, note("output"));
-    const auto motion = router.on(event::rawMotion, note("motion"));
-    const auto state = router.on(event::keyboardStateNotify, note("state"));
-
-    Delivered<xcb_damage_notify_event_t> damaged(91);
-    damaged.event.drawable = 7;
-    damaged.generic.full_sequence = 70000;
-    Delivered<xcb_input_raw_motion_event_t> moved(XCB_GE_GENERIC);
-    moved.event.extension = 131;
-    moved.event.event_type = XCB_INPUT_RAW_MOTION;
-    Delivered<xcb_xkb_state_notify_event_t> changed(85);
-    changed.event.xkbType = XCB_XKB_STATE_NOTIFY;
-    const auto routeAll = [&] {
-        router.route(damaged.generic);
-        router.route(moved.generic);
-        router.route(changed.generic);
-        router.route(Delivered<xcb_generic_event_t>(89).generic);
-        router.route(Delivered<xcb_generic_event_t>(90).generic);
-        router.route(Delivered<xcb_generic_event_t>(127).generic);
-    };
-    routeAll();
-    EXPECT_THAT(takeNotes(), IsEmpty()) << "of extensions that the server lacks";
-
-    router.addExtension(EventSource::damage, 91);
-    router.addExtension(EventSource::randr, 89);
-    router.addExtension(EventSource::xinput, 131);
-    router.addExtension(EventSource::xkb, 85);
-    routeAll();
-    EXPECT_THAT(sequences, ElementsAre(70000));
-    EXPECT_THAT(takeNotes(), ElementsAre("motion", "state", "screen", "output"));
-    moved.event.extension = 132;
-    changed.event.xkbType = 200;
-    moved.event.event_type = 500;
-    routeAll();
-    EXPECT_THAT(takeNotes(), ElementsAre("screen", "output"));
-}
-
 } // namespace
 } // namespace lumo::x11

@@ -1,10 +1,11 @@
 #include "platform/freedesktop/GlibMainLoop.h"
 
+#include "bus/RunUntil.h"
+
 #include <glib.h>
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <functional>
 #include <limits>
 #include <vector>
 
@@ -12,12 +13,6 @@ namespace lumo::freedesktop {
 namespace {
 
 using testing::ElementsAre;
-
-void turnUntil(const std::function<bool()> &condition) {
-    while (!condition()) {
-        g_main_context_iteration(nullptr, TRUE);
-    }
-}
 
 // As when a task shows a dialog and waits for it.
 TEST(GlibMainLoopTest, TasksMayTurnTheLoop) {
@@ -33,16 +28,16 @@ TEST(GlibMainLoopTest, TasksMayTurnTheLoop) {
         if (++ticks == 1) {
             loop.post([&] {
                 posted.push_back(1);
-                turnUntil([&] { return posted.size() == 3; });
+                runUntil(loop, [&] { return posted.size() == 3; });
             });
             loop.post([&] { posted.push_back(2); });
             loop.post([&] { posted.push_back(3); });
             other = loop.after(0.01, [&] { closed = true; });
-            turnUntil([&] { return closed && posted.size() == 3; });
+            runUntil(loop, [&] { return closed && posted.size() == 3; });
         }
         --depth;
     });
-    turnUntil([&] { return ticks >= 3; });
+    runUntil(loop, [&] { return ticks >= 3; });
     EXPECT_EQ(deepest, 1) << "a timer's task does not run within itself";
     EXPECT_THAT(posted, ElementsAre(1, 2, 3));
 }
@@ -77,7 +72,7 @@ TEST(GlibMainLoopTest, TimersOfAnyTimeAndTheirRelease) {
             ++runs;
         }));
     }
-    turnUntil([&] { return runs == 3; });
+    runUntil(loop, [&] { return runs == 3; });
     Handle repeating;
     repeating = loop.every(0.001, [&] {
         ++runs;

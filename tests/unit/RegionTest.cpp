@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <array>
 #include <cstddef>
 #include <random>
 #include <vector>
@@ -14,33 +12,6 @@ namespace lumo::drawing {
 namespace {
 
 constexpr int side = 24;
-
-using Pixels = std::array<std::array<int, side>, side>;
-
-// In how many of the rectangles each pixel lies.
-Pixels count(const std::vector<PixelRect> &rectangles) {
-    Pixels pixels{};
-    for (const auto &rect : rectangles) {
-        for (int y = std::max(rect.y, 0); y < std::min(rect.maxY(), side); ++y) {
-            for (int x = std::max(rect.x, 0); x < std::min(rect.maxX(), side); ++x) {
-                ++pixels.at(static_cast<std::size_t>(y)).at(static_cast<std::size_t>(x));
-            }
-        }
-    }
-    return pixels;
-}
-
-// The pixels for which the function of their counts is true.
-template <typename Function>
-Pixels where(const Pixels &a, const Pixels &b, Function isIn) {
-    Pixels result{};
-    for (std::size_t y = 0; y < side; ++y) {
-        for (std::size_t x = 0; x < side; ++x) {
-            result.at(y).at(x) = isIn(a.at(y).at(x), b.at(y).at(x)) ? 1 : 0;
-        }
-    }
-    return result;
-}
 
 class RandomRectangles {
   public:
@@ -57,31 +28,6 @@ class RandomRectangles {
     std::uniform_int_distribution<int> start_{-2, side - 6};
     std::uniform_int_distribution<int> extent_{-1, 8}; // empty and negative ones among them
 };
-
-TEST(Region, HoldsThePixelsThatCountingFinds) {
-    RandomRectangles random;
-    const Region all(PixelRect{0, 0, side, side});
-    for (int round = 0; round < 300; ++round) {
-        const auto some = random.next();
-        const auto others = random.next();
-        const Region a = Region(some) & all;
-        const Region b = Region(others) & all;
-        const auto inA = count(some);
-        const auto inB = count(others);
-        const auto is = [&](const Region &region, auto isIn) {
-            return count(region.rectangles()) == where(inA, inB, isIn);
-        };
-        EXPECT_TRUE(is(a | b, [](int x, int y) { return x > 0 || y > 0; }));
-        EXPECT_TRUE(is(a & b, [](int x, int y) { return x > 0 && y > 0; }));
-        EXPECT_TRUE(is(a - b, [](int x, int y) { return x > 0 && y == 0; }));
-        EXPECT_TRUE(is(evenOdd(some) & all, [](int x, int) { return x % 2 == 1; }));
-        EXPECT_EQ(a.isEmpty(), count({}) == where(inA, inB, [](int x, int) { return x > 0; }));
-        for (const auto &rect : others) {
-            EXPECT_EQ(a.overlaps(rect), !(a & rect).isEmpty());
-        }
-        EXPECT_EQ((a - b).translated(3, -5).translated(-3, 5), a - b);
-    }
-}
 
 TEST(Region, GrowsToAllSides) {
     const Region corner(std::vector<PixelRect>{{4, 4, 6, 2}, {4, 6, 2, 4}});

@@ -4,10 +4,10 @@
 
 namespace lumo::freedesktop {
 
-bool runUntil(GlibMainLoop &loop, const std::function<bool()> &condition) {
+bool runUntil(GlibMainLoop &loop, const std::function<bool()> &condition, double seconds) {
     bool isTimeUp = false;
-    const auto looks = loop.every(0.01, [] {});
-    const auto deadline = loop.after(10, [&] { isTimeUp = true; });
+    const auto looks = loop.every(0.005, [] {});
+    const auto deadline = loop.after(seconds, [&] { isTimeUp = true; });
     while (!condition() && !isTimeUp) {
         g_main_context_iteration(nullptr, TRUE);
     }

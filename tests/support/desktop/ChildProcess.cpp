@@ -175,15 +175,4 @@ std::string ChildProcess::report() {
     return text.str();
 }
 
-long ChildProcess::voluntarySwitches() const {
-    constexpr std::string_view key = "voluntary_ctxt_switches:";
-    std::ifstream stream("/proc/" + std::to_string(pid_) + "/status");
-    for (std::string line; std::getline(stream, line);) {
-        if (line.starts_with(key)) {
-            return std::stol(line.substr(key.size()));
-        }
-    }
-    return 0;
-}
-
 } // namespace lumo::desktop

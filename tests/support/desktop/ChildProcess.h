@@ -65,10 +65,6 @@ class ChildProcess {
     // Everything it said and how it ended, for a failure's message.
     std::string report();
 
-    // How often its main thread has gone to sleep by itself so far, which counts its turns of the
-    // main loop.
-    long voluntarySwitches() const;
-
   private:
     void spawn(const std::vector<std::string> &command, const Environment &environment);
 

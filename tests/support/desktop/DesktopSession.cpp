@@ -369,10 +369,6 @@ void DesktopSession::minimise(xcb_window_t window) {
     askWindowManager(window, "WM_CHANGE_STATE", {iconicState});
 }
 
-void DesktopSession::restore(xcb_window_t window) {
-    activate(window);
-}
-
 void DesktopSession::move(xcb_window_t window, int x, int y) {
     const std::array values = {static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y)};
     xcb_configure_window(connection_, window, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y,
@@ -390,14 +386,6 @@ void DesktopSession::resize(xcb_window_t window, int width, int height) {
 
 void DesktopSession::setState(xcb_window_t window, std::string_view state, bool on) {
     askWindowManager(window, "_NET_WM_STATE", {on ? 1U : 0U, atom(state), 0, sourcePager});
-}
-
-void DesktopSession::setFullScreen(xcb_window_t window, bool on) {
-    setState(window, "_NET_WM_STATE_FULLSCREEN", on);
-}
-
-void DesktopSession::setKeptAbove(xcb_window_t window, bool on) {
-    setState(window, "_NET_WM_STATE_ABOVE", on);
 }
 
 void DesktopSession::switchToDesktop(std::uint32_t index) {

@@ -110,12 +110,9 @@ class DesktopSession {
     void activate(xcb_window_t window);
     void close(xcb_window_t window);
     void minimise(xcb_window_t window);
-    void restore(xcb_window_t window);
     void move(xcb_window_t window, int x, int y);
     void resize(xcb_window_t window, int width, int height);
     void setState(xcb_window_t window, std::string_view state, bool on); // "_NET_WM_STATE_..."
-    void setFullScreen(xcb_window_t window, bool on);
-    void setKeptAbove(xcb_window_t window, bool on);
     void switchToDesktop(std::uint32_t index);
     void sendToDesktop(xcb_window_t window, std::uint32_t index);
 

@@ -1,6 +1,5 @@
 #include "desktop/LesserServer.h"
 
-#include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -48,63 +47,40 @@ LesserServer::LesserServer(const std::string &displayName,
     if (bind(listener_, address.get(), address.size) != 0 || listen(listener_, 8) != 0) {
         throw std::runtime_error("cannot listen as display " + std::to_string(number_));
     }
-    thread_ = std::thread([this] { run(); });
+    acceptor_ = std::thread([this] { acceptAll(); });
 }
 
 LesserServer::~LesserServer() {
-    stop_ = true;
-    thread_.join();
-    for (const auto &[socket, peer] : peers_) {
+    shutdown(listener_, SHUT_RDWR);
+    acceptor_.join();
+    for (const int socket : sockets_) {
+        shutdown(socket, SHUT_RDWR);
+    }
+    pumps_.clear();
+    for (const int socket : sockets_) {
         close(socket);
     }
     close(listener_);
 }
 
-void LesserServer::run() {
-    while (!stop_) {
-        std::vector<pollfd> sources = {{listener_, POLLIN, 0}};
-        for (const auto &[socket, peer] : peers_) {
-            sources.push_back({socket, POLLIN, 0});
-        }
-        constexpr int untilStopIsSeen = 20; // milliseconds
-        poll(sources.data(), sources.size(), untilStopIsSeen);
-        for (const pollfd &source : sources) {
-            if (source.revents == 0) {
-                continue;
-            }
-            source.fd == listener_ ? accept() : forward(source.fd);
-        }
-    }
-}
-
-void LesserServer::accept() {
+void LesserServer::acceptAll() {
     const DisplayAddress address(serverNumber_);
-    const int client = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
-    const int server = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (connect(server, address.get(), address.size) == 0) {
-        peers_.insert({{client, server}, {server, client}});
-    } else {
-        close(client);
-        close(server);
+    for (int client = 0; (client = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {
+        const int server = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        connect(server, address.get(), address.size);
+        sockets_.insert(sockets_.end(), {client, server});
+        pumps_.emplace_back([=, this] { pump(client, server); });
+        pumps_.emplace_back([=, this] { pump(server, client); });
     }
 }
 
-void LesserServer::forward(int socket) {
-    const auto found = peers_.find(socket);
-    if (found == peers_.end()) { // its peer has gone in the same turn
-        return;
-    }
-    const int peer = found->second;
+void LesserServer::pump(int from, int to) const {
     std::array<char, 65536> buffer{};
-    const ssize_t count = recv(socket, buffer.data(), buffer.size(), 0);
-    hideExtensions(buffer.data(), buffer.data() + std::max<ssize_t>(count, 0));
-    if (count <= 0 ||
-        send(peer, buffer.data(), static_cast<std::size_t>(count), MSG_NOSIGNAL) != count) {
-        for (const int gone : {socket, peer}) {
-            close(gone);
-            peers_.erase(gone);
-        }
+    for (ssize_t count = 0; (count = recv(from, buffer.data(), buffer.size(), 0)) > 0;) {
+        hideExtensions(buffer.data(), buffer.data() + count);
+        send(to, buffer.data(), static_cast<std::size_t>(count), MSG_NOSIGNAL);
     }
+    shutdown(to, SHUT_RDWR);
 }
 
 void LesserServer::hideExtensions(char *begin, char *end) const {

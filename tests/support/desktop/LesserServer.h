@@ -2,8 +2,6 @@
 
 #include "desktop/ChildProcess.h"
 
-#include <atomic>
-#include <map>
 #include <string>
 #include <thread>
 #include <vector>
@@ -26,18 +24,17 @@ class LesserServer {
     Environment variables() const { return {{"DISPLAY", ":" + std::to_string(number_)}}; }
 
   private:
-    void run();
-    void accept();
-    void forward(int socket);
+    void acceptAll();
+    void pump(int from, int to) const;
     void hideExtensions(char *begin, char *end) const;
 
     int serverNumber_;
     int number_;
     std::vector<std::string> hidden_;
     int listener_ = -1;
-    std::map<int, int> peers_; // by each socket, where its bytes go
-    std::atomic<bool> stop_ = false;
-    std::thread thread_;
+    std::thread acceptor_;
+    std::vector<int> sockets_;        // after the acceptor has ended, or by it
+    std::vector<std::jthread> pumps_; // the same
 };
 
 } // namespace lumo::desktop

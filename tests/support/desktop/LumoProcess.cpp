@@ -44,8 +44,6 @@ void writePreferences(const PrivateDesktop &desktop, const Preferences &preferen
     std::ofstream stream(file);
     stream << std::setprecision(std::numeric_limits<double>::max_digits10)
            << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-           << "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
-           << "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
            << "<plist version=\"1.0\">\n<dict>\n";
     for (const auto &[key, value] : preferences) {
         stream << "  <key>" << key << "</key>";

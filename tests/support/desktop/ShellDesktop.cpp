@@ -89,16 +89,6 @@ void ShellDesktop::chooseRow(int row) {
     session.press({Key::enter});
 }
 
-bool ShellDesktop::clickInPopover(Spot place) {
-    if (!isPopoverShown() && !openPopover()) {
-        return false;
-    }
-    const auto area = *popover();
-    session.stillPicture();
-    session.click({area.x + place.x, area.y + place.y});
-    return true;
-}
-
 std::optional<xcb_window_t> ShellDesktop::openSettings() {
     LumoProcess second(desktop);
     second.process().waitForExit();

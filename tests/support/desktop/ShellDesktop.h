@@ -11,7 +11,7 @@
 namespace lumo::desktop {
 
 // A desktop with a session bus and a panel, on which somebody works with the program's dot, popover
-// and windows. Places in the popover are from its top left corner.
+// and windows.
 class ShellDesktop {
   public:
     explicit ShellDesktop(const DesktopOptions &options = {});
@@ -38,9 +38,6 @@ class ShellDesktop {
 
     // The row, counted from the first, of the page that the popover has just come to show.
     void chooseRow(int row);
-
-    // Opens the popover and clicks into it.
-    bool clickInPopover(Spot place);
 
     // Opens the settings window as a second start does; absent when it does not come to the front.
     std::optional<xcb_window_t> openSettings();

@@ -1,4 +1,4 @@
-#include "UserFolders.h"
+#include "bus/UserFolders.h"
 
 #include "desktop/TemporaryDirectory.h"
 
