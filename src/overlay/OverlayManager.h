@@ -217,7 +217,7 @@ class OverlayManager {
     WindowListService windowService_;
     std::map<DisplayID, DisplayOverlay> overlays_;
     std::map<DisplayID, DisplayMemory> displayMemories_;
-    std::set<WindowID> overlayWindowIDs_;
+    std::set<WindowID> overlayWindowIDs_; // as of the last focus context
     Published<bool> isShowing_{false};
     TickSchedule schedule_;
     double lastUpdateAt_ = 0;

@@ -24,6 +24,11 @@ std::string selectionLine(OverlayManager::DisplayID displayID, const ScreenCandi
 
 OverlayManager::FocusContext OverlayManager::buildFocusContext() {
     FocusContext context;
+    // A backend may have replaced the window of an overlay.
+    overlayWindowIDs_.clear();
+    for (const auto &[display, overlay] : overlays_) {
+        overlayWindowIDs_.insert(overlay.panel.windowNumber());
+    }
     const RunningApplication &own = platform_.workspace.ownApplication();
     std::optional<std::string_view> frontBundleID;
     if (const RunningApplication *front = platform_.workspace.frontmostApplication()) {

@@ -151,7 +151,6 @@ void OverlayManager::createOverlay(const Screen &screen, int screenIndex) {
     const DisplayID display = displayID(screen);
     overlays_.erase(display);
     auto &overlay = overlays_.try_emplace(display, platform_, screen).first->second;
-    overlayWindowIDs_.insert(overlay.panel.windowNumber());
     overlay.view.setScreenIdx(screenIndex);
     overlay.panel.orderFront();
 }
@@ -179,7 +178,6 @@ void OverlayManager::removeStaleOverlays() {
         if (hasDisplay(screens, display)) {
             return false;
         }
-        overlayWindowIDs_.erase(overlay.panel.windowNumber());
         displayMemories_[display].lastSelectedWindow.reset();
         return true;
     });
@@ -198,7 +196,6 @@ void OverlayManager::fitOverlay(DisplayOverlay &overlay, const Screen &screen, i
 
 void OverlayManager::removeOverlays() {
     overlays_.clear();
-    overlayWindowIDs_.clear();
     for (auto &[display, memory] : displayMemories_) {
         memory.lastLogAt = 0;
     }
@@ -235,7 +232,8 @@ void OverlayManager::attemptBringCoverAppToFront(bool force) {
         return;
     }
     const ProcessID process = cover->processIdentifier;
-    platform_.workspace.activate(process);
+    platform_.workspace.activate(process,
+                                 force ? HiddenApplication::show : HiddenApplication::leave);
     raiseCoverAppWindowIfPossible(process);
 }
 

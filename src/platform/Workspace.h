@@ -14,6 +14,10 @@ namespace lumo {
 // not at all.
 enum class ActivationPolicy { regular, accessory, prohibited };
 
+// What becomes of an application of which no window is shown, since all are minimised or on another
+// desktop: it comes back, or is left alone.
+enum class HiddenApplication { show, leave };
+
 struct RunningApplication {
     std::int32_t processIdentifier = 0;
     std::optional<std::string> bundleIdentifier;
@@ -54,8 +58,9 @@ class Workspace {
     virtual const RunningApplication &ownApplication() const = 0;
 
     // Brings the application with all its windows to the front and gives it the focus. False when
-    // the system refused; true does not promise that it has happened yet.
-    virtual bool activate(std::int32_t processIdentifier) = 0;
+    // the system refused; true does not promise that it has happened yet. Where activating never
+    // brings minimised windows back, a hidden application stays hidden in any case.
+    virtual bool activate(std::int32_t processIdentifier, HiddenApplication hidden) = 0;
 
     // Opens the system's settings, where they have one at the page on which the user lets this
     // program read and raise other applications' windows, without waiting for them. False when

@@ -115,7 +115,7 @@ TEST_F(WorkspaceTest, FrontmostApplicationAndActivation) {
     ASSERT_TRUE(eventually([&] { return isFrontmost(second); }));
 
     activated = 0;
-    ASSERT_TRUE(workspace_.activate(first.processIdentifier()));
+    ASSERT_TRUE(workspace_.activate(first.processIdentifier(), HiddenApplication::show));
     EXPECT_TRUE(eventually([&] {
         return isFrontmost(first) && session_.isAbove(first.window(0), second.window()) &&
                session_.isAbove(first.window(1), first.window(0));
@@ -123,9 +123,9 @@ TEST_F(WorkspaceTest, FrontmostApplicationAndActivation) {
     EXPECT_GT(activated, 0);
     mirrored_.catchUp();
     const auto sent = mirrored_.connection->bytesSent();
-    EXPECT_TRUE(workspace_.activate(first.processIdentifier()));
+    EXPECT_TRUE(workspace_.activate(first.processIdentifier(), HiddenApplication::show));
     EXPECT_EQ(mirrored_.connection->bytesSent(), sent) << "it is in front already";
-    EXPECT_FALSE(workspace_.activate(1)) << "no application";
+    EXPECT_FALSE(workspace_.activate(1, HiddenApplication::show)) << "no application";
 
     activated = 0;
     session_.activate(first.window(0));
@@ -135,7 +135,8 @@ TEST_F(WorkspaceTest, FrontmostApplicationAndActivation) {
     session_.minimise(first.window(0));
     session_.minimise(first.window(1));
     EXPECT_TRUE(eventually([&] { return isFrontmost(second); }));
-    EXPECT_TRUE(workspace_.activate(first.processIdentifier()));
+    EXPECT_FALSE(workspace_.activate(first.processIdentifier(), HiddenApplication::leave));
+    EXPECT_TRUE(workspace_.activate(first.processIdentifier(), HiddenApplication::show));
     EXPECT_TRUE(eventually([&] { return isFrontmost(first); })) << "back from its icon";
 
     EXPECT_EQ(terminated, 0);
@@ -205,7 +206,13 @@ TEST_F(WorkspaceTest, WindowListFromFrontToBack) {
     ASSERT_TRUE(
         eventually([&] { return mirrored_.mirror->activeWindow() == application.window(8); }));
     ASSERT_TRUE(raiseOtherWindow());
+    const auto emptyFrame = application.open({.title = "Frame", .overrideRedirect = true});
+    const std::uint32_t overrideRedirect = 0;
+    xcb_change_window_attributes(session_.connection(), emptyFrame, XCB_CW_OVERRIDE_REDIRECT,
+                                 &overrideRedirect);
+    session_.move(emptyFrame, 20, 20);
     mirrored_.catchUp();
+    EXPECT_TRUE(eventually([&] { return !mirrored_.window(emptyFrame).isOverrideRedirect; }));
     EXPECT_THAT(titles(), ElementsAre("Menu 101", "Dock 20", "Above 3", "Its dialog", "Active",
                                       "Raised", "Below -1"));
     session_.switchToDesktop(1);

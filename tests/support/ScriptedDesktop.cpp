@@ -202,7 +202,8 @@ const RunningApplication *ScriptedDesktop::runningApplication(ProcessID process)
     return found == applications_.end() ? nullptr : &*found;
 }
 
-bool ScriptedDesktop::activate(ProcessID process) {
+bool ScriptedDesktop::activate(ProcessID process, HiddenApplication hidden) {
+    lastActivation = hidden;
     activations_.push_back(process);
     mainLoop.post([this, process] {
         for (const auto window : windowsOf(process) | std::views::reverse) {

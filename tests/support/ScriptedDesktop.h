@@ -102,6 +102,7 @@ class ScriptedDesktop final : private WindowServer,
     ProcessID lumo() const { return own_.processIdentifier; }
     void setLumoBundleIdentifier(std::optional<std::string> identifier);
     std::vector<ProcessID> activations() const { return activations_; }
+    HiddenApplication lastActivation = {};
 
     std::vector<InstalledApplication> installed;
     int settingsOpened = 0;
@@ -233,7 +234,7 @@ class ScriptedDesktop final : private WindowServer,
     const RunningApplication *runningApplication(ProcessID process) const override;
     const RunningApplication &ownApplication() const override { return own_; }
     std::vector<InstalledApplication> installedApplications() const override { return installed; }
-    bool activate(ProcessID process) override;
+    bool activate(ProcessID process, HiddenApplication hidden) override;
     bool openSystemSettings() override {
         ++settingsOpened;
         return true;

@@ -106,6 +106,7 @@ TEST_F(PrivacyCover, BroughtForwardOnceAtStart) {
     settle();
     desktop.advance(2);
     EXPECT_THAT(desktop.activations(), ElementsAre(editor));
+    EXPECT_EQ(desktop.lastActivation, HiddenApplication::show);
     EXPECT_THAT(desktop.raiseAttempts, ElementsAre(front, back)) << "the first that succeeds";
     EXPECT_EQ(desktop.stack().back(), page);
 }
@@ -122,6 +123,7 @@ TEST_F(PrivacyCover, BroughtForwardAtMostEvery450Milliseconds) {
     desktop.advance(9);
     EXPECT_THAT(desktop.activations(), SizeIs(testing::AllOf(testing::Ge(20), testing::Le(22))));
     EXPECT_THAT(desktop.raiseAttempts, IsEmpty());
+    EXPECT_EQ(desktop.lastActivation, HiddenApplication::leave);
 
     desktop.quit(editor);
     settings.privacyCoverBundleID.set("org.example.Gone");

@@ -18,7 +18,7 @@ class MacWorkspace final : public Workspace {
     std::vector<InstalledApplication> installedApplications() const override;
     const RunningApplication &ownApplication() const override { return own_; }
 
-    bool activate(std::int32_t processIdentifier) override;
+    bool activate(std::int32_t processIdentifier, HiddenApplication hidden) override;
     bool openSystemSettings() override;
 
     Handle onDidActivateApplication(std::function<void()> observer) override;

@@ -123,7 +123,7 @@ std::vector<InstalledApplication> MacWorkspace::installedApplications() const {
     return found;
 }
 
-bool MacWorkspace::activate(std::int32_t processIdentifier) {
+bool MacWorkspace::activate(std::int32_t processIdentifier, HiddenApplication /*hidden*/) {
     NSRunningApplication *application =
         [NSRunningApplication runningApplicationWithProcessIdentifier:processIdentifier];
     return [application activateWithOptions:NSApplicationActivateAllWindows];

@@ -16,7 +16,7 @@ X11Application::X11Application(SingleInstance &instance, X11Workspace &workspace
 
 // A window that has just been made comes to the front by itself.
 void X11Application::activateIgnoringOtherApps() {
-    workspace_.activate(workspace_.ownApplication().processIdentifier);
+    workspace_.activate(workspace_.ownApplication().processIdentifier, HiddenApplication::show);
 }
 
 Handle X11Application::onReopen(std::function<void()> observer) {

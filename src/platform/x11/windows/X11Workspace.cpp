@@ -173,7 +173,7 @@ std::vector<InstalledApplication> X11Workspace::installedApplications() const {
     return applications;
 }
 
-bool X11Workspace::activate(std::int32_t processIdentifier) {
+bool X11Workspace::activate(std::int32_t processIdentifier, HiddenApplication ifHidden) {
     if (!pager_.isAvailable()) {
         return false;
     }
@@ -198,7 +198,7 @@ bool X11Workspace::activate(std::int32_t processIdentifier) {
         }
     }
     const auto *front = shown.empty() ? hidden : shown.back();
-    if (front == nullptr) {
+    if (front == nullptr || (front == hidden && ifHidden == HiddenApplication::leave)) {
         return false;
     }
     const bool isActive = frontmostApplication() != nullptr &&

@@ -40,7 +40,7 @@ class X11Workspace final : public Workspace {
     const RunningApplication *runningApplication(std::int32_t processIdentifier) const override;
     std::vector<InstalledApplication> installedApplications() const override;
     const RunningApplication &ownApplication() const override { return own_; }
-    bool activate(std::int32_t processIdentifier) override;
+    bool activate(std::int32_t processIdentifier, HiddenApplication hidden) override;
     bool openSystemSettings() override { return settingsOpener_.open(); }
     Handle onDidActivateApplication(std::function<void()> observer) override;
     Handle onDidTerminateApplication(std::function<void()> observer) override;
