@@ -96,6 +96,10 @@ bool X11WindowServer::isOnScreen(const MirrorWindow &window) const {
         window.stackingLayer == StackingLayer::desktop || !mirror_.isOnShownDesktop(window)) {
         return false;
     }
+    // A frame that the window manager has mapped before its window is known to be inside.
+    if (!window.isManaged && !window.isOverrideRedirect && !mirror_.windowManagerName().empty()) {
+        return false;
+    }
     const auto &screens = screens_.pixelRects();
     return std::any_of(screens.begin(), screens.end(),
                        [&](const auto &screen) { return screen.overlaps(window.geometry); });
