@@ -106,6 +106,7 @@ void DesktopEntries::watch() {
         auto &entries = *static_cast<DesktopEntries *>(self);
         entries.isLoaded_ = false;
         ++entries.revision_;
+        entries.changed_.emit();
     };
     monitor_ = connectToSignal(monitor.get(), "changed", G_CALLBACK(changed), this);
 }

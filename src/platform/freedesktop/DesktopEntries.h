@@ -1,8 +1,10 @@
 #pragma once
 
 #include "support/Handle.h"
+#include "support/Signal.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -34,6 +36,11 @@ class DesktopEntries {
     // A number that is another one after the entries changed.
     std::uint64_t revision() const { return revision_; }
 
+    // Calls the observer after revision() has changed.
+    Handle onChange(std::function<void()> observer) {
+        return changed_.subscribe(std::move(observer));
+    }
+
   private:
     void load();
     void watch();
@@ -41,6 +48,7 @@ class DesktopEntries {
     std::vector<DesktopEntry> entries_;
     bool isLoaded_ = false;
     std::uint64_t revision_ = 1;
+    Signal<> changed_;
     Handle monitor_;
 };
 

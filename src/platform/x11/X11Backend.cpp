@@ -18,6 +18,7 @@ X11Backend::X11Backend(Connection &connection, SingleInstance &instance, MainLoo
     , screens_(connection, mainLoop)
     , workspace_(connection, mirror_, log)
     , windowServer_(mirror_, screens_, workspace_)
+    , desktopChanges_(mirror_, screens_, workspace_)
     , accessibility_(connection, mirror_)
     , overlayWindows_(
           connection, mirror_, screens_, [this] { return screens_.pointSpace(); }, mainLoop, log)
@@ -60,7 +61,8 @@ Platform X11Backend::platform() {
             .capabilities = {.liveBackdrop = overlayWindows_.canDrawBackdrops(),
                              .globalKeyMonitors = input_.eventMonitors().canMonitorKeys(),
                              .permissionComesByItself = true,
-                             .updates = freedesktop::hasSystemUpdates}};
+                             .updates = freedesktop::hasSystemUpdates},
+            .desktopChanges = &desktopChanges_};
 }
 
 } // namespace lumo::x11

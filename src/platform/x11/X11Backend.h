@@ -14,6 +14,7 @@
 #include "platform/x11/server/X11Screens.h"
 #include "platform/x11/windows/WindowMirror.h"
 #include "platform/x11/windows/X11Accessibility.h"
+#include "platform/x11/windows/X11DesktopChanges.h"
 #include "platform/x11/windows/X11WindowServer.h"
 #include "platform/x11/windows/X11Workspace.h"
 #include "support/Log.h"
@@ -60,6 +61,7 @@ class X11Backend {
     X11Screens screens_;
     X11Workspace workspace_;
     X11WindowServer windowServer_;
+    X11DesktopChanges desktopChanges_;
     X11Accessibility accessibility_;
     X11OverlayWindows overlayWindows_;
     X11Input input_;

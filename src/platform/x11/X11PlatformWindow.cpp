@@ -29,6 +29,9 @@ namespace {
 // What the protocol can say of a window's size.
 constexpr int largestExtent = 32767;
 
+// Seconds after which an order is enforced again that does not hold by then.
+constexpr double attemptInterval = 1.0 / 60;
+
 } // namespace
 
 X11PlatformWindow::X11PlatformWindow(OverlaySurroundings &surroundings, const Rect &frame)
@@ -258,11 +261,18 @@ void X11PlatformWindow::show(const drawing::PixelRect &area, const Order &order)
 void X11PlatformWindow::place(const drawing::PixelRect &area, const Order &order) {
     surface_->move(area);
     placed_ = order;
+    nextAttempt_.reset();
     if (!placement_->holds(order)) {
         if (placement_->enforce(order) == Placement::Outcome::abandoned) {
             surroundings_.placementChoice.abandon(habits_.placement);
         }
         damageWhatComesOut(order);
+        nextAttempt_ = surroundings_.mainLoop.after(
+            std::max(attemptInterval, placement_->remainingPause()), [this] {
+                if (!placement_->holds(wanted_.order)) {
+                    requestPush();
+                }
+            });
     }
     if (habits_.placement != PlacementKind::cutOuts) {
         surface_->setShape({});

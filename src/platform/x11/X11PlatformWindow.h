@@ -138,6 +138,7 @@ class X11PlatformWindow final : public PlatformWindow {
     std::unique_ptr<Placement> placement_;
     std::unique_ptr<Painter> painter_;
     bool paintsBackdrop_ = false; // the painter was made for a tree that shows a backdrop
+    Handle nextAttempt_;          // at an order that does not hold yet
     Handle compositorChanges_;
     Handle choiceChanges_;
     Handle mirrorChanges_;

@@ -198,6 +198,10 @@ Placement::Outcome CutOutPlacement::enforce(const Order &order) {
     return Outcome::pursued;
 }
 
+double CutOutPlacement::remainingPause() const {
+    return pausedUntil_ - mainLoop_.now();
+}
+
 void CutOutPlacement::follow(const Order &order) {
     if (order.kind == Order::Kind::out) {
         return;

@@ -37,6 +37,7 @@ class CutOutPlacement final : public Placement {
     bool isPossible(const Order &order) const override;
     bool holds(const Order &order) const override;
     [[nodiscard]] Outcome enforce(const Order &order) override;
+    double remainingPause() const override;
     void follow(const Order &order) override;
     bool mayBeSeen(const Order & /*order*/) override { return true; }
     std::vector<xcb_window_t> lowerWindows(const Order &order) const override;

@@ -45,6 +45,9 @@ class Placement {
     // there is a point to it.
     [[nodiscard]] virtual Outcome enforce(const Order &order) = 0;
 
+    // For how many seconds more enforce() leaves an order alone that does not hold.
+    virtual double remainingPause() const { return 0; }
+
     // Does what can be done at once when windows have come, gone or moved since the order was
     // enforced, while nothing that is painted beneath the overlay differs.
     virtual void follow(const Order & /*order*/) {}

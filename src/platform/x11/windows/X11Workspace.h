@@ -49,6 +49,12 @@ class X11Workspace final : public Workspace {
     // A number that is another one after the applications, or what is known of them, changed.
     std::uint64_t revision() const;
 
+    // Calls the observer after the desktop entries have changed, from which the applications have
+    // their names.
+    Handle onEntriesDidChange(std::function<void()> observer) {
+        return entries_.onChange(std::move(observer));
+    }
+
   private:
     // What a process was found to be by a window of it.
     struct Identity {
