@@ -70,6 +70,28 @@ TEST_F(LumoProgram, LossOfTheServerEndsTheProgramWithStatusOne) {
     EXPECT_THAT(lumo.remarks(), SizeIs(1)) << lumo.process().report();
 }
 
+TEST_F(LumoProgram, SleepsWhileNothingChanges) {
+    LumoProcess lumo(desktop, Look{{"softBlur", 0.6}}.preferences());
+    lumo.waitForOverlays();
+    session.stillPicture();
+    // How often its main thread has gone to sleep by itself.
+    const auto turns = [&] {
+        std::ifstream status("/proc/" + std::to_string(lumo.processIdentifier()) + "/status");
+        const std::string text(std::istreambuf_iterator<char>(status), {});
+        const std::string key = "\nvoluntary_ctxt_switches:";
+        return std::stol(text.substr(text.find(key) + key.size()));
+    };
+    const auto sleeps = [&](Seconds time) {
+        const long most = turns() + 5; // a message bus is looked for now and then
+        return session.remains([&] { return turns() <= most; }, time);
+    };
+    EXPECT_TRUE(session.eventually([&] { return sleeps(Seconds(1)); })) << "once it has started";
+    EXPECT_TRUE(sleeps(Seconds(3)));
+    const long before = turns();
+    session.activate(back.window());
+    EXPECT_TRUE(session.eventually([&] { return turns() > before; }));
+}
+
 // OpenGL's drivers are many times the program's size. This X server has no graphics hardware.
 TEST_F(LumoProgram, DriversAreLoadedOnlyToDrawWithThem) {
     const Look blur{{"softBlur", 0.6}};
