@@ -1,5 +1,6 @@
 #include "platform/x11/X11Backend.h"
 
+#include "platform/freedesktop/GlibMainLoop.h"
 #include "platform/freedesktop/SystemUpdates.h"
 #include "platform/x11/server/Connection.h"
 
@@ -9,8 +10,9 @@
 
 namespace lumo::x11 {
 
-X11Backend::X11Backend(Connection &connection, SingleInstance &instance, MainLoop &mainLoop,
-                       Log &log, std::function<void()> terminate)
+X11Backend::X11Backend(Connection &connection, SingleInstance &instance,
+                       freedesktop::GlibMainLoop &mainLoop, Log &log,
+                       std::function<void()> terminate)
     : mainLoop_(mainLoop)
     , log_(log)
     , userDefaults_(freedesktop::PropertyListUserDefaults::standardFile(), mainLoop, log)

@@ -32,8 +32,8 @@ class SingleInstance;
 class X11Backend {
   public:
     // The arguments must outlive the backend. The function ends the program.
-    X11Backend(Connection &connection, SingleInstance &instance, MainLoop &mainLoop, Log &log,
-               std::function<void()> terminate);
+    X11Backend(Connection &connection, SingleInstance &instance,
+               freedesktop::GlibMainLoop &mainLoop, Log &log, std::function<void()> terminate);
 
     // What the program is given. Valid as long as the backend.
     Platform platform();

@@ -72,8 +72,12 @@ std::optional<Area> ShellDesktop::popover() {
 }
 
 bool ShellDesktop::openPopover() {
-    session.click(dot(), 3);
-    return session.eventually([&] { return isPopoverShown(); }) &&
+    // The panel may still be about to move the dot.
+    const auto click = [&] {
+        session.click(dot(), 3);
+        return session.eventually([&] { return isPopoverShown(); }, Seconds(3));
+    };
+    return session.eventually(click) &&
            session.eventually([&] { return session.isKeyboardGrabbed(); }) &&
            session.eventually([&] { return !session.isPointerGrabbed(); });
 }

@@ -16,7 +16,6 @@ namespace {
 constexpr std::uint32_t rawKeys = XCB_INPUT_XI_EVENT_MASK_RAW_KEY_PRESS;
 constexpr std::uint32_t rawButtons =
     XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS | XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_RELEASE;
-constexpr std::uint32_t rawMotion = XCB_INPUT_XI_EVENT_MASK_RAW_MOTION;
 constexpr std::uint32_t deviceChanges =
     XCB_INPUT_XI_EVENT_MASK_HIERARCHY | XCB_INPUT_XI_EVENT_MASK_DEVICE_CHANGED;
 
@@ -45,13 +44,22 @@ std::optional<InputEvent> keyDownEvent(std::uint32_t keycode, std::uint32_t modi
 
 } // namespace
 
-X11EventMonitors::X11EventMonitors(Connection &connection, const KeyboardModifiers &modifiers,
-                                   const X11Screens &screens)
+X11EventMonitors::X11EventMonitors(freedesktop::GlibMainLoop &loop, Connection &connection,
+                                   const KeyboardModifiers &modifiers, const X11Screens &screens,
+                                   std::function<void(const InputEvent &)> moved)
     : connection_(connection)
     , modifiers_(modifiers)
-    , screens_(screens) {
+    , screens_(screens)
+    , moved_(std::move(moved)) {
     if (connection.extensions().xinput) {
         devices_.emplace(connection);
+        motion_.emplace(
+            loop, connection,
+            [this](const auto &raw) {
+                const auto part = devices_->movement(raw);
+                movement_ = {movement_.x + part.x, movement_.y + part.y};
+            },
+            [this] { finishMotion(); });
         events_ = subscribe(connection.events());
     }
     if (connection.extensions().xkb) {
@@ -139,26 +147,28 @@ void X11EventMonitors::selectEvents() {
         }
         return false;
     };
+    const bool wantsMotion = wants(pointerMotionMask);
     const auto wanted = (wants(eventMask(EventType::keyDown)) ? rawKeys : 0U) |
-                        (wants(pointerMotionMask) ? rawMotion | rawButtons : 0U) |
-                        (wantedButtons_ > 0 ? rawButtons : 0U);
-    const auto before = std::exchange(selected_, wanted);
-    if (before == wanted) {
+                        (wantsMotion || wantedButtons_ > 0 ? rawButtons : 0U);
+    const bool hadMotion = std::exchange(hasMotion_, wantsMotion);
+    if (std::exchange(selected_, wanted) == wanted && hadMotion == wantsMotion) {
         return;
     }
-    const bool hasMotion = (wanted & rawMotion) != 0;
     struct {
         xcb_input_event_mask_t allHead;
         std::uint32_t all;
         xcb_input_event_mask_t mastersHead;
         std::uint32_t masters;
     } const selection{{XCB_INPUT_DEVICE_ALL, 1},
-                      hasMotion ? deviceChanges : 0U,
+                      wantsMotion ? deviceChanges : 0U,
                       // From the devices themselves each event would come a second time.
                       {XCB_INPUT_DEVICE_ALL_MASTER, 1},
                       wanted};
     xcb_input_xi_select_events(connection_, connection_.root(), 2, &selection.allHead);
-    if (hasMotion && (before & rawMotion) == 0) {
+    if (hadMotion != wantsMotion) {
+        motion_->setEnabled(wantsMotion);
+    }
+    if (!hadMotion && wantsMotion) {
         buttonsDown_ = 0;
         devices_->read();
     }
@@ -167,11 +177,13 @@ void X11EventMonitors::selectEvents() {
 std::array<Handle, 4> X11EventMonitors::subscribe(EventRouter &events) {
     return {events.on(event::rawButtonPress,
                       [this](const auto &raw) {
+                          readMotion(); // which came before it
                           buttonsDown_ |= canBeHeld(raw.detail) ? 1U << raw.detail : 0U;
                           buttons_.emit(raw.detail, true);
                       }),
             events.on(event::rawButtonRelease,
                       [this](const auto &raw) {
+                          readMotion();
                           buttonsDown_ &= canBeHeld(raw.detail) ? ~(1U << raw.detail) : ~0U;
                           buttons_.emit(raw.detail, false);
                       }),
@@ -193,16 +205,22 @@ std::optional<InputEvent> X11EventMonitors::keyDown(const xcb_key_press_event_t 
     return keyDownEvent(event.detail, modifiers_.flagsOf(event.state));
 }
 
-std::optional<InputEvent> X11EventMonitors::motion(const xcb_input_raw_motion_event_t &event) {
-    const auto movement = devices_->movement(event);
+void X11EventMonitors::readMotion() {
+    if (motion_) {
+        motion_->readNow();
+    }
+}
+
+void X11EventMonitors::finishMotion() {
+    const auto movement = std::exchange(movement_, {});
     if (movement.x == 0 && movement.y == 0) {
-        return std::nullopt;
+        return;
     }
     const double scale = screens_.pointSpace().scale();
-    return InputEvent{.type = motionType(),
-                      .modifierFlags = modifiers_.flagsOf(keyboardState_),
-                      .deltaX = movement.x / scale,
-                      .deltaY = movement.y / scale};
+    moved_({.type = motionType(),
+            .modifierFlags = modifiers_.flagsOf(keyboardState_),
+            .deltaX = movement.x / scale,
+            .deltaY = movement.y / scale});
 }
 
 EventType X11EventMonitors::motionType() const {
@@ -218,6 +236,7 @@ EventType X11EventMonitors::motionType() const {
 
 std::optional<InputEvent>
 X11EventMonitors::modifierChange(const xcb_xkb_state_notify_event_t &event) {
+    readMotion();
     const auto before = modifiers_.flagsOf(std::exchange(keyboardState_, event.mods));
     const auto flags = modifiers_.flagsOf(event.mods);
     if (flags == before) {

@@ -1,5 +1,6 @@
 #include "platform/x11/input/X11Input.h"
 
+#include "platform/freedesktop/GlibMainLoop.h"
 #include "platform/x11/server/Connection.h"
 #include "platform/x11/server/EventKinds.h"
 
@@ -8,10 +9,16 @@
 namespace lumo::x11 {
 
 X11Input::X11Input(Connection &connection, WindowMirror &mirror, const X11Screens &screens,
-                   std::function<bool()> isActive, MainLoop &mainLoop, const Log &log)
+                   std::function<bool()> isActive, freedesktop::GlibMainLoop &mainLoop,
+                   const Log &log)
     : isActive_(std::move(isActive))
     , modifiers_(connection)
-    , monitors_(connection, modifiers_, screens)
+    , monitors_(mainLoop, connection, modifiers_, screens,
+                [this](const InputEvent &motion) {
+                    if (InputRouter::motion(focus()) == InputRecipient::globalMonitors) {
+                        monitors_.sendToGlobal(motion);
+                    }
+                })
     , hotKeys_(connection, modifiers_, mainLoop, log)
     , router_(connection.extensions().xkb) {
     if (connection.extensions().xinput) {
@@ -26,20 +33,12 @@ InputFocus X11Input::focus() const {
     return focus;
 }
 
-std::array<Handle, 5> X11Input::subscribe(EventRouter &events) {
+std::array<Handle, 4> X11Input::subscribe(EventRouter &events) {
     return {events.on(event::keyPress,
                       [this](const auto &press) { handlePress(KeySource::grab, press); }),
             events.on(event::keyRelease,
                       [this](const auto &release) { handleRelease(KeySource::grab, release); }),
             events.on(event::rawKeyPress, [this](const auto &press) { handleRawPress(press); }),
-            events.on(event::rawMotion,
-                      [this](const auto &raw) {
-                          const auto motion = monitors_.motion(raw);
-                          if (motion &&
-                              InputRouter::motion(focus()) == InputRecipient::globalMonitors) {
-                              monitors_.sendToGlobal(*motion);
-                          }
-                      }),
             events.on(event::keyboardStateNotify, [this](const auto &change) {
                 const auto modifiers = monitors_.modifierChange(change);
                 if (modifiers &&

@@ -15,8 +15,11 @@
 
 namespace lumo {
 class Log;
-class MainLoop;
 } // namespace lumo
+
+namespace lumo::freedesktop {
+class GlibMainLoop;
+}
 
 namespace lumo::x11 {
 
@@ -33,7 +36,7 @@ class X11Input {
     // The arguments must outlive the object. The function tells whether the active window is this
     // program's.
     X11Input(Connection &connection, WindowMirror &mirror, const X11Screens &screens,
-             std::function<bool()> isActive, MainLoop &mainLoop, const Log &log);
+             std::function<bool()> isActive, freedesktop::GlibMainLoop &mainLoop, const Log &log);
 
     const KeyboardModifiers &modifiers() const { return modifiers_; }
     X11EventMonitors &eventMonitors() { return monitors_; }
@@ -47,7 +50,7 @@ class X11Input {
     bool handleToolkitEvent(const xcb_generic_event_t &event);
 
   private:
-    std::array<Handle, 5> subscribe(EventRouter &events);
+    std::array<Handle, 4> subscribe(EventRouter &events);
     void handleRawPress(const xcb_input_raw_key_press_event_t &event);
     bool handlePress(KeySource source, const xcb_key_press_event_t &event);
     void handleRelease(KeySource source, const xcb_key_release_event_t &event);
@@ -59,7 +62,7 @@ class X11Input {
     X11EventMonitors monitors_;
     X11HotKeys hotKeys_;
     InputRouter router_;
-    std::array<Handle, 5> events_;
+    std::array<Handle, 4> events_;
 };
 
 } // namespace lumo::x11

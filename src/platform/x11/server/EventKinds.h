@@ -84,8 +84,6 @@ inline constexpr EventKind<xcb_input_raw_button_press_event_t> rawButtonPress = 
     EventSource::xinput, XCB_INPUT_RAW_BUTTON_PRESS};
 inline constexpr EventKind<xcb_input_raw_button_release_event_t> rawButtonRelease = {
     EventSource::xinput, XCB_INPUT_RAW_BUTTON_RELEASE};
-inline constexpr EventKind<xcb_input_raw_motion_event_t> rawMotion = {EventSource::xinput,
-                                                                      XCB_INPUT_RAW_MOTION};
 
 inline constexpr EventKind<xcb_xkb_new_keyboard_notify_event_t> newKeyboardNotify = {
     EventSource::xkb, XCB_XKB_NEW_KEYBOARD_NOTIFY};
