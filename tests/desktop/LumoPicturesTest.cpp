@@ -106,5 +106,24 @@ INSTANTIATE_TEST_SUITE_P(Compositors, LumoPictures,
                                 Stage{"picomXrenderDepth30", Compositor::picomXrender, 30}),
                          [](const auto &stage) { return stage.param.name; });
 
+// Which is grey here, whatever the root window's background and the settings of other desktops.
+TEST(LumoDesktopColour, IsWhatTheCompositingManagerShows) {
+    PrivateDesktop desktop({.width = 400, .height = 300, .compositor = Compositor::picomXrender});
+    DesktopSession &session = desktop.session();
+    ASSERT_EQ(desktop.start({"xsetroot", "-solid", "#306090"})->waitForExit(Seconds(10)), 0);
+    const Colour plain = Colour::parse("#808080");
+    ASSERT_TRUE(session.eventually([&] { return session.pixel(200, 150) == plain; }));
+    LumoProcess lumo(desktop, Look{{"softBlur", 0.6}}.preferences());
+    lumo.waitForOverlays(1);
+    EXPECT_TRUE(session.eventually([&] { return session.pixel(200, 150) != plain; }));
+    EXPECT_TRUE(session.remains(
+        [&] {
+            const Colour seen = session.pixel(200, 150);
+            return seen.red == seen.green && seen.green == seen.blue && distance(seen, plain) < 40;
+        },
+        Seconds(0.5)))
+        << session.pixel(200, 150).describe();
+}
+
 } // namespace
 } // namespace lumo::desktop

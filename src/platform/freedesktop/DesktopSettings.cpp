@@ -4,9 +4,11 @@
 
 #include <gio/gio.h>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <string_view>
 
 namespace lumo::freedesktop {
 
@@ -15,11 +17,27 @@ namespace {
 constexpr const char *backgroundSchema = "org.gnome.desktop.background";
 constexpr const char *colorKey = "primary-color";
 
+// Of those that use the schema, by the names in XDG_CURRENT_DESKTOP.
+constexpr std::array<std::string_view, 2> desktops = {"GNOME", "Unity"};
+
+bool isDesktopRunning() {
+    const char *variable = g_getenv("XDG_CURRENT_DESKTOP");
+    std::string_view names = variable != nullptr ? variable : "";
+    while (!names.empty()) {
+        const auto end = std::min(names.find(':'), names.size());
+        if (std::ranges::find(desktops, names.substr(0, end)) != desktops.end()) {
+            return true;
+        }
+        names.remove_prefix(std::min(end + 1, names.size()));
+    }
+    return false;
+}
+
 } // namespace
 
 std::optional<Color> desktopBackgroundColor() {
     auto *source = g_settings_schema_source_get_default();
-    if (source == nullptr) {
+    if (source == nullptr || !isDesktopRunning()) {
         return std::nullopt;
     }
     const GlibPointer<GSettingsSchema> schema(

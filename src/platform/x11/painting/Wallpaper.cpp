@@ -11,6 +11,7 @@
 #include <xcb/composite.h>
 #include <xcb/shape.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <utility>
@@ -43,8 +44,9 @@ OwnedPicture repeatingPicture(Connection &connection, xcb_pixmap_t pixmap,
 } // namespace
 
 Wallpaper::Wallpaper(Connection &connection, WindowMirror &mirror, const RenderFormats &formats,
-                     const CompositorWatch &compositor)
+                     CompositorWatch &compositor)
     : connection_(connection)
+    , mirror_(mirror)
     , formats_(formats)
     , compositor_(compositor)
     , rootWidth_(connection.screen().width_in_pixels)
@@ -52,6 +54,7 @@ Wallpaper::Wallpaper(Connection &connection, WindowMirror &mirror, const RenderF
     , events_(connection.events().on(
           event::configureNotify, connection.root(),
           [this](const auto &configure) { rootIs(configure.width, configure.height); }))
+    , compositorChanges_(compositor.onChange([this] { recapture(); }))
     , mirrorChanges_(mirror.onChange([this](const MirrorChange &change) {
         if (change.wallpaper) {
             ++reading_;
@@ -111,27 +114,78 @@ void Wallpaper::rootIs(std::uint16_t width, std::uint16_t height) {
     if (width != rootWidth_ || height != rootHeight_) {
         rootWidth_ = width;
         rootHeight_ = height;
-        if (source_ != Source::property) {
-            picture_.reset();
-        }
-        changed_.emit();
+        recapture();
     }
 }
 
-void Wallpaper::drawOnto(xcb_render_picture_t picture, const drawing::PixelRect &area) {
-    if (!picture_ && !compositor_.isCompositing()) {
-        captureRootBackground();
+void Wallpaper::recapture() {
+    if (source_ != Source::property) {
+        picture_.reset();
     }
+    changed_.emit();
+}
+
+void Wallpaper::drawOnto(xcb_render_picture_t picture, const drawing::PixelRect &area) {
     if (!picture_) {
-        const auto all = toProtocol({0, 0, area.width, area.height});
-        xcb_render_fill_rectangles(connection_, XCB_RENDER_PICT_OP_SRC, picture, settingsColor(), 1,
-                                   &all);
-        return;
+        capture();
     }
     xcb_render_composite(connection_, XCB_RENDER_PICT_OP_SRC, picture_.id(), XCB_NONE, picture,
                          static_cast<std::int16_t>(area.x), static_cast<std::int16_t>(area.y), 0, 0,
                          0, 0, static_cast<std::uint16_t>(area.width),
                          static_cast<std::uint16_t>(area.height));
+}
+
+void Wallpaper::capture() {
+    if (!compositor_.isCompositing()) {
+        captureRootBackground();
+    } else if (const auto color = freedesktop::desktopBackgroundColor()) {
+        captureSettingsColor(*color);
+    } else if (const auto place = uncoveredPlace()) {
+        captureSeen(place->first, place->second);
+    } else {
+        captureRootBackground();
+    }
+}
+
+void Wallpaper::captureSettingsColor(const Color &color) {
+    picture_ = OwnedPicture(connection_);
+    xcb_render_create_solid_fill(connection_, picture_.id(), opaque(color));
+}
+
+// Some compositing managers show the root window's background there, others a colour of their own.
+void Wallpaper::captureSeen(std::int16_t x, std::int16_t y) {
+    const OwnedPixmap pixmap(connection_);
+    xcb_create_pixmap(connection_, connection_.screen().root_depth, pixmap.id(), connection_.root(),
+                      1, 1);
+    const OwnedPicture root(connection_);
+    const auto format = formats_.opaque(connection_.screen().root_visual);
+    const std::uint32_t withWindows = XCB_SUBWINDOW_MODE_INCLUDE_INFERIORS;
+    xcb_render_create_picture(connection_, root.id(), connection_.root(), format,
+                              XCB_RENDER_CP_SUBWINDOW_MODE, &withWindows);
+    picture_ = repeatingPicture(connection_, pixmap.id(), format);
+    xcb_render_composite(connection_, XCB_RENDER_PICT_OP_SRC, root.id(), XCB_NONE, picture_.id(), x,
+                         y, 0, 0, 0, 0, 1, 1);
+}
+
+// Absent when windows, overlays among them, and the shadows around them leave none.
+std::optional<std::pair<std::int16_t, std::int16_t>> Wallpaper::uncoveredPlace() const {
+    constexpr int steps = 24;
+    constexpr int shadow = 40; // pixels
+    for (int place = 0; place < steps * steps; ++place) {
+        const int x = (2 * (place % steps) + 1) * rootWidth_ / (2 * steps);
+        const int y = (2 * (place / steps) + 1) * rootHeight_ / (2 * steps);
+        const auto &stacking = mirror_.stacking();
+        const bool isCovered = std::ranges::any_of(stacking, [&](xcb_window_t frame) {
+            const auto &window = *mirror_.find(frame);
+            const auto &area = window.geometry;
+            return window.isMapped && !window.isInputOnly && x >= area.x - shadow &&
+                   x < area.maxX() + shadow && y >= area.y - shadow && y < area.maxY() + shadow;
+        });
+        if (!isCovered) {
+            return std::pair(static_cast<std::int16_t>(x), static_cast<std::int16_t>(y));
+        }
+    }
+    return std::nullopt;
 }
 
 // The server tells no client the root window's background, but draws it into a window whose own
@@ -155,13 +209,6 @@ void Wallpaper::captureRootBackground() {
     xcb_composite_name_window_pixmap(connection_, window.id(), pixmap.id());
     picture_ = repeatingPicture(connection_, pixmap.id(),
                                 formats_.opaque(connection_.screen().root_visual));
-}
-
-xcb_render_color_t Wallpaper::settingsColor() {
-    if (!settingsColor_) {
-        settingsColor_ = freedesktop::desktopBackgroundColor().value_or(Color::black());
-    }
-    return opaque(*settingsColor_);
 }
 
 } // namespace lumo::x11

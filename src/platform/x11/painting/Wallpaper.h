@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <utility>
 
 namespace lumo::x11 {
 
@@ -22,13 +23,14 @@ class RenderFormats;
 class WindowMirror;
 
 // What lies beneath all windows: the pixmap that the root window's property names; else, while a
-// compositing manager draws the desktop, the colour in the desktop's settings; else the root
-// window's own background. (A desktop that shows its picture in a window needs none of this.)
+// compositing manager draws the desktop, the colour in the settings of the desktop that runs, or
+// the one that is seen where no window is; else the root window's own background. (A desktop that
+// shows its picture in a window needs none of this.)
 // Follows the property while running. Main thread only; only construction waits for the server.
 class Wallpaper {
   public:
     Wallpaper(Connection &connection, WindowMirror &mirror, const RenderFormats &formats,
-              const CompositorWatch &compositor);
+              CompositorWatch &compositor);
 
     // Draws the part within the area, opaque, to a picture whose origin is the area's top left.
     void drawOnto(xcb_render_picture_t picture, const drawing::PixelRect &area);
@@ -45,20 +47,25 @@ class Wallpaper {
     void readPixmap(std::size_t index, xcb_pixmap_t pixmap);
     void settle(OwnedPicture picture);
     void rootIs(std::uint16_t width, std::uint16_t height);
+    void recapture();
+    void capture();
+    void captureSettingsColor(const Color &color);
     void captureRootBackground();
-    xcb_render_color_t settingsColor();
+    void captureSeen(std::int16_t x, std::int16_t y);
+    std::optional<std::pair<std::int16_t, std::int16_t>> uncoveredPlace() const;
 
     Connection &connection_;
+    const WindowMirror &mirror_;
     const RenderFormats &formats_;
-    const CompositorWatch &compositor_;
+    CompositorWatch &compositor_;
     OwnedPicture picture_;           // repeats, from the root window's origin; none while not known
     Source source_ = Source::unread; // as last read
     std::uint16_t rootWidth_;
     std::uint16_t rootHeight_;
     unsigned reading_ = 0; // which reading of the property the replies must belong to
-    std::optional<Color> settingsColor_;
     Signal<> changed_;
     Handle events_;
+    Handle compositorChanges_;
     Handle mirrorChanges_;
     Lifetime lifetime_;
 };
