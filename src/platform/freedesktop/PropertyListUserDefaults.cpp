@@ -140,7 +140,9 @@ void PropertyListUserDefaults::giveUpFile(const std::string &reason) {
     std::string line =
         "[Lumo] The settings in " + file_->path().string() + " can't be read (" + reason + "): ";
     lastSeen_ = {};
-    if (error) {
+    if (error == std::errc::no_such_file_or_directory) {
+        line += "another instance has set them aside.";
+    } else if (error) {
         line += "they can't be set aside either (" + error.message() +
                 "), so settings are kept in memory only.";
         file_.reset();

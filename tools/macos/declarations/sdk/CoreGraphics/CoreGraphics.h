@@ -21,7 +21,6 @@ struct CGAffineTransform {
 typedef uint32_t CGBitmapInfo;
 enum LUMO_SINCE(10.0) CGImageAlphaInfo : uint32_t {
     kCGImageAlphaNone = 0,
-    kCGImageAlphaNone = 0,
     kCGImageAlphaPremultipliedLast = 1,
     kCGImageAlphaPremultipliedFirst = 2,
 };
