@@ -232,6 +232,8 @@ TEST_F(OverlayOrder, ClicksGoThroughDuringAResize) {
     EXPECT_TRUE(eventually([&] { return app_.clicks().size() == clicks; }))
         << app_.clicks().size() << " of " << clicks;
     EXPECT_TRUE(session.isViewable(idOf(*overlay)));
+    session.setNumbers(idOf(*overlay), "_NET_WM_WINDOW_OPACITY", {0x80000000});
+    EXPECT_TRUE(eventually([&] { return lines.size() == 1; }));
 }
 
 } // namespace

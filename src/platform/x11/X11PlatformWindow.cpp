@@ -170,6 +170,11 @@ void X11PlatformWindow::followWindows() {
     if (!surface_->isMapped() || wanted_.order.kind == Order::Kind::out || isPlacementStale()) {
         return;
     }
+    const auto *described = surroundings_.mirror.find(surface_->id());
+    if (described != nullptr && described->opacity < 1) {
+        surroundings_.log.print("[Lumo] Another program makes overlays translucent, so that what "
+                                "they cover can be seen (_NET_WM_WINDOW_OPACITY)");
+    }
     placement_->follow(placed_);
     if (!placement_->holds(wanted_.order) ||
         (stage_ == Stage::awaitingPlace && placement_->mayBeSeen(wanted_.order))) {

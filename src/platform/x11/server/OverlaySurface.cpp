@@ -41,7 +41,7 @@ void OverlaySurface::create() {
     const std::uint32_t events =
         control_ == Control::managed
             ? XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY
-            : std::uint32_t{XCB_EVENT_MASK_NO_EVENT};
+            : std::uint32_t{XCB_EVENT_MASK_PROPERTY_CHANGE};
     const std::array<std::uint32_t, 5> attributes = {
         XCB_BACK_PIXMAP_NONE, 0, control_ == Control::overrideRedirect ? 1U : 0U, events,
         colormap_.id()};
