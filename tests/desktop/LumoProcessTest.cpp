@@ -1,8 +1,7 @@
 #include "desktop/LumoProcess.h"
 
 #include "Look.h"
-#include "desktop/PrivateDesktop.h"
-#include "desktop/SampleApplication.h"
+#include "TwoWindows.h"
 
 #include <gmock/gmock.h>
 
@@ -23,20 +22,7 @@ using testing::SizeIs;
 
 const Look look{{"dim", 0.6}};
 
-// Two windows, the second of them in front.
-class LumoProgram : public testing::Test {
-  protected:
-    LumoProgram() {
-        session.activate(front.window());
-        session.eventually([&] { return session.activeWindow() == front.window(); });
-    }
-
-    PrivateDesktop desktop{{.width = 900, .height = 700}};
-    DesktopSession &session = desktop.session();
-    SampleApplication back{desktop, "Back", {{.area = {60, 80, 420, 320}, .colour = "#d83c30"}}};
-    SampleApplication front{
-        desktop, "Front", {{.area = {360, 240, 420, 320}, .colour = "#3c64e0"}}};
-};
+class LumoProgram : public testing::Test, protected TwoWindows {};
 
 TEST_F(LumoProgram, CleanStopOnSignals) {
     for (const int number : {SIGTERM, SIGINT}) {

@@ -1,8 +1,7 @@
 #include "Look.h"
+#include "TwoWindows.h"
 #include "desktop/LesserServer.h"
 #include "desktop/LumoProcess.h"
-#include "desktop/PrivateDesktop.h"
-#include "desktop/SampleApplication.h"
 
 #include <gmock/gmock.h>
 
@@ -41,14 +40,13 @@ std::vector<std::string> without(std::initializer_list<const char *> extensions)
     return arguments;
 }
 
-class LumoServers : public testing::TestWithParam<LesserCase> {
+class LumoServers : public testing::TestWithParam<LesserCase>, protected TwoWindows {
   protected:
-    LumoServers() {
+    LumoServers()
+        : TwoWindows({.serverArguments = GetParam().serverArguments, .depth = GetParam().depth}) {
         if (!GetParam().hidden.empty()) {
             lesser.emplace(desktop.displayName(), GetParam().hidden);
         }
-        session.activate(front.window());
-        session.eventually([&] { return session.activeWindow() == front.window(); });
     }
 
     void expectRefusal(LumoProcess &lumo) {
@@ -60,12 +58,11 @@ class LumoServers : public testing::TestWithParam<LesserCase> {
     }
 
     void expectShown(LumoProcess &lumo, bool isBackClear) {
-        std::string wrong;
-        EXPECT_TRUE(session.eventually([&] {
-            wrong = wrongAt({70, 110, 256, 100}, {0xd8, 0x3c, 0x30}, isBackClear) +
-                    wrongAt({510, 420, 256, 100}, {0x3c, 0x64, 0xe0}, !isBackClear);
-            return wrong.empty();
-        })) << wrong
+        EXPECT_EQ(session.wrongUntilNone([&] {
+            return wrongAt({70, 110, 256, 100}, {0xd8, 0x3c, 0x30}, isBackClear) +
+                   wrongAt({510, 420, 256, 100}, {0x3c, 0x64, 0xe0}, !isBackClear);
+        }),
+                  "")
             << lumo.process().report();
     }
 
@@ -101,15 +98,7 @@ class LumoServers : public testing::TestWithParam<LesserCase> {
     }
 
     const Look look{"dim", 0.6};
-    PrivateDesktop desktop{{.width = 900,
-                            .height = 700,
-                            .serverArguments = GetParam().serverArguments,
-                            .depth = GetParam().depth}};
-    DesktopSession &session = desktop.session();
     std::optional<LesserServer> lesser;
-    SampleApplication back{desktop, "Back", {{.area = {60, 80, 420, 320}, .colour = "#d83c30"}}};
-    SampleApplication front{
-        desktop, "Front", {{.area = {360, 240, 420, 320}, .colour = "#3c64e0"}}};
 };
 
 TEST_P(LumoServers, EffectOrOneClearLine) {

@@ -206,7 +206,7 @@ TEST_F(LumoShell, SettingsAreInForceAtOnce) {
 }
 
 TEST_F(LumoShell, SecondStartOpensTheSettings) {
-    // A session manager that never answers: whoever reports to it waits for ever.
+    // A session manager that never replies: a client that reports to it waits for ever.
     const auto place = (desktop.configDirectory() / "session").string();
     const int manager = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};

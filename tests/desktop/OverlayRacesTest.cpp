@@ -150,12 +150,12 @@ TEST_F(OverlayRaces, WindowsBeneathABlur) {
 }
 
 // As when a display is plugged in while the overlays of others show.
-TEST_F(OverlayRaces, OfOverlaysWithAServerThatDoesNotReply) {
+TEST_F(OverlayRaces, OverlaysOfAServerThatDoesNotReply) {
     settle();
     // What is drawn has to fit into the connection's buffer.
     constexpr Rect part = {0, 0, 100, 100};
     desktop.server().signal(SIGSTOP);
-    alarm(30); // whoever waits for the server does so forever
+    alarm(30); // a wait for the server would last forever
     const auto added = overlays->makeWindow(part);
     added->commit(tree(part));
     added->orderFront();

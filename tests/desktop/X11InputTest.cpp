@@ -324,7 +324,7 @@ TEST_F(HotKeysTest, ModifierKeysMoveToOtherPositions) {
 
 class EventMonitorsTest : public InputTest {
   protected:
-    // A monitor that is at work and keeps what it hears.
+    // A monitor that is at work and keeps the events that it receives.
     Handle monitor(EventMask mask) {
         auto handle = monitors_.addGlobalMonitor(
             mask, [this](const InputEvent &event) { events_.push_back(event); });
@@ -522,9 +522,9 @@ class ToolkitTest : public EventMonitorsTest {
 
 TEST_F(ToolkitTest, LocalMonitorsMaySwallowKeys) {
     const auto first = monitorLocally();
-    int heardBySecond = 0;
+    int receivedBySecond = 0;
     const auto second = monitors_.addLocalMonitor(keysMask, [&](const InputEvent &) {
-        ++heardBySecond;
+        ++receivedBySecond;
         return false;
     });
     setFocus(openOwnWindow());
@@ -533,7 +533,7 @@ TEST_F(ToolkitTest, LocalMonitorsMaySwallowKeys) {
     ASSERT_THAT(local_, SizeIs(1)) << "a modifier key is no key of its own";
     EXPECT_EQ(local_[0].keyCode, 2);
     EXPECT_EQ(local_[0].modifierFlags, modifierFlag::control);
-    EXPECT_EQ(heardBySecond, 1);
+    EXPECT_EQ(receivedBySecond, 1);
     EXPECT_THAT(typed_, SizeIs(2));
 
     swallows_ = true;
@@ -541,13 +541,13 @@ TEST_F(ToolkitTest, LocalMonitorsMaySwallowKeys) {
     press({Key::d});
     readToolkitEvents();
     EXPECT_THAT(local_, SizeIs(2));
-    EXPECT_EQ(heardBySecond, 1);
+    EXPECT_EQ(receivedBySecond, 1);
     EXPECT_THAT(typed_, IsEmpty());
 }
 
 // As its popups make. The keys differ, as the same key would be the same press within a
 // millisecond.
-TEST_F(ToolkitTest, AGrabOfItsOwnMakesKeysLocal) {
+TEST_F(ToolkitTest, OwnGrabMakesKeysLocal) {
     const auto global = monitor(keysMask);
     const auto local = monitorLocally();
     const auto hotKey =
@@ -595,7 +595,7 @@ TEST_F(ToolkitTest, AGrabOfItsOwnMakesKeysLocal) {
 }
 
 // As when a shortcut has just been recorded and the server is quicker than this program.
-TEST_F(ToolkitTest, ItsReleaseOfAKeyHeldAtRegistrationComesBeforeTheReply) {
+TEST_F(ToolkitTest, ReleaseBeforeTheReplyToARegistration) {
     setFocus(openOwnWindow());
     mirrored_.session.setKey(Key::v, true);
     readToolkitEvents();
@@ -613,7 +613,7 @@ TEST_F(ToolkitTest, ItsReleaseOfAKeyHeldAtRegistrationComesBeforeTheReply) {
     EXPECT_EQ(hotKeyPresses, 1);
 }
 
-TEST_F(ToolkitTest, ItsActiveWindowSeesHotKeysFirst) {
+TEST_F(ToolkitTest, ActiveWindowReceivesHotKeysFirst) {
     isActive_ = true;
     swallows_ = true;
     const auto local = monitorLocally();

@@ -26,7 +26,7 @@ namespace {
 using desktop::PrivateDesktop;
 using desktop::Variable;
 
-// A status item on a private desktop, and what is heard of it.
+// A status item on a private desktop, and its reports.
 class StatusItemTest : public testing::Test {
   protected:
     void makeItem() {

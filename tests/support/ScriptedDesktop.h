@@ -47,8 +47,8 @@ struct OverlayState {
 };
 
 // A whole desktop in memory: every interface of the platform, driven by the test in the words of
-// the desktop. What happens to it is told to observers at once, as if the main loop had just heard
-// of it; what the program asks of it (activating an application) is told in a later turn.
+// the desktop. What happens to it is told to observers at once, as if the main loop had just
+// learnt of it; what the program asks of it (activating an application) is told in a later turn.
 //
 // Bounds of windows have the origin at the top left and y down, frames of screens and overlays have
 // it at the bottom left and y up.
@@ -91,7 +91,7 @@ class ScriptedDesktop final : private WindowServer,
     DisplayID plugDisplay(DisplayID number, const Rect &frame, double scale = 1);
     void unplugDisplay(DisplayID number);
     void resizeDisplay(DisplayID number, const Rect &frame, double scale = 1);
-    // As these three, but noticed only by whoever looks: no notification is sent.
+    // As these three, but without a notification.
     void setScreensSilently(std::vector<Screen> screens);
 
     // Applications
@@ -161,21 +161,21 @@ class ScriptedDesktop final : private WindowServer,
     // Tells that another window has the focus.
     void announceFocusedWindow() { focusedWindowChanged_.emit(); }
 
-    // Pointer and keyboard. What the program's own windows get is heard by its local monitors, all
-    // else by its global ones.
+    // Pointer and keyboard. What the program's own windows get is received by its local monitors,
+    // all else by its global ones.
     enum class Target { otherProgram, lumo };
     void movePointer(double dx, std::uint32_t modifierFlags = 0, Target target = {});
     // True when a local monitor swallowed the event.
     bool pressKey(std::uint16_t keyCode, std::uint32_t modifierFlags = 0, Target target = {});
-    // Monitors that hear of any of these events.
+    // Monitors of any of these events.
     int monitorCount(EventMask mask) const;
 
     // Notifications that the program sent to the user; what is to go wrong with the next ones.
     std::vector<UserNotification> notifications;
     std::optional<std::string> notificationError;
 
-    // Hot keys. A press while the key is down is auto-repeat. Nothing is heard of combinations that
-    // are not registered.
+    // Hot keys. A press while the key is down is auto-repeat. Only registered combinations are
+    // announced.
     struct HotKey {
         std::uint32_t keyCode = 0;
         std::uint32_t modifiers = 0;

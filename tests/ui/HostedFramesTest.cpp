@@ -35,7 +35,7 @@ class ScriptedViewHost final : public ViewHost {
     QWidget *view() const { return QWidget::find(reinterpret_cast<WId>(hosted.nativeView)); }
 
     HostedView hosted;
-    QWidget frameInFocus; // until somebody gives the focus to the view
+    QWidget frameInFocus; // until the view is given the focus
     std::vector<std::string> events;
     std::function<void()> userClosesPopover;
     std::function<void()> userClosesWindow;

@@ -265,22 +265,15 @@ TEST_F(SettingsWindowTest, RulesAreSearchedSwitchedAddedAndRemoved) {
                 testing::Contains("Only whitelisted apps will be affected by Lumo."));
     settings.useWhitelistMode.set(false);
 
-    const auto chooser = [&]() -> AppChooserView & {
-        settle();
-        control<QPushButton>(rules, "Add App...").click();
-        return *view->findChild<AppChooserView *>();
-    };
-    QTest::keyClicks(chooser().findChild<SearchField *>(), "photo");
-    auto &apps = *chooser().findChild<QListView *>();
-    QTest::keyClicks(chooser().findChild<SearchField *>(), "photo");
+    settle();
+    control<QPushButton>(rules, "Add App...").click();
+    const auto &chooser = *view->findChild<AppChooserView *>();
+    QTest::keyClicks(chooser.findChild<SearchField *>(), "photo");
+    const auto &apps = *chooser.findChild<QListView *>();
     ASSERT_EQ(apps.model()->rowCount(), 1);
     QTest::mouseClick(apps.viewport(), Qt::LeftButton, {},
                       apps.visualRect(apps.model()->index(0, 0)).center());
     EXPECT_EQ(shownRules().back(), "Photos");
-    auto *appSearch = chooser().findChild<SearchField *>();
-    QTest::keyClicks(appSearch, "maps");
-    QTest::keyClick(appSearch, Qt::Key_Return);
-    EXPECT_EQ(shownRules().back(), "Maps");
 }
 
 TEST_F(SettingsWindowTest, TypedIdentifierBecomesAShownRule) {

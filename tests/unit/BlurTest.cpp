@@ -33,7 +33,7 @@ double varianceOfOnePixel(const BlurGrid &grid, int pixel, int count) {
     return variance / sum;
 }
 
-TEST(BlurGrid, BlursAsWideAsAskedForAtACostThatDoesNotGrow) {
+TEST(BlurGrid, DeviationAsWantedWithBoundedRadius) {
     for (double deviation = 0.6; deviation < 150; deviation *= 1.3) {
         const auto grid = blurGrid(deviation);
         const int count = 2048 / grid.factor * grid.factor;

@@ -22,7 +22,7 @@ std::string letters(std::span<const CutOutPiece> pieces) {
     return text;
 }
 
-TEST(CutOuts, AreOfTheWindowsThatTheRuleKeepsClear) {
+TEST(CutOuts, WindowsThatTheRuleKeepsClear) {
     constexpr PixelRect overlay = {0, 0, 800, 600};
     const std::vector<CutOutWindow> plain = {
         {.id = 'm', .area = {700, 400, 80, 100}, .layer = Layer::floating},
@@ -78,7 +78,7 @@ TEST(CutOuts, AreOfTheWindowsThatTheRuleKeepsClear) {
     }
 }
 
-TEST(CutOuts, AreWhereTheTopmostWindowStaysClear) {
+TEST(CutOuts, PixelsWhoseTopmostWindowIsClear) {
     constexpr int size = 12;
     const auto seed = testing::UnitTest::GetInstance()->random_seed();
     SCOPED_TRACE(seed);

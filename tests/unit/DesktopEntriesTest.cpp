@@ -36,7 +36,7 @@ std::string started() {
     return text;
 }
 
-TEST(DesktopEntriesTest, FoundByClassThenIdentifierThenProgramAndAnewAfterAChange) {
+TEST(DesktopEntriesTest, FoundByClassIdentifierOrProgram) {
     writeDesktopEntry("org.example.Browser",
                       "Name=Browser\nExec=sh -c true\nStartupWMClass=Navigator\n");
     writeDesktopEntry("navigator", "Name=Another\nExec=cat\n");
@@ -69,7 +69,7 @@ TEST(DesktopEntriesTest, FoundByClassThenIdentifierThenProgramAndAnewAfterAChang
     EXPECT_EQ(found("latecomer", "", ""), "late");
 }
 
-TEST(SettingsOpenerTest, StartsTheProgramOfTheDesktopThatRuns) {
+TEST(SettingsOpenerTest, ProgramOfTheRunningDesktop) {
     std::vector<std::string> lines;
     GlibMainLoop loop;
     const Log log([&](std::string_view line) { lines.emplace_back(line); });

@@ -31,7 +31,7 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::Optional;
 
-// What became of a notification: the error, empty for none; absent when nothing was heard.
+// What became of a notification: the error, empty for none; absent when nothing was received.
 std::optional<std::string> send() {
     GlibMainLoop loop;
     DesktopNotifications notifications(loop);
@@ -74,16 +74,16 @@ TEST(DesktopNotificationsTest, HangingBusIsNotWaitedFor) {
     const Variable address("DBUS_SESSION_BUS_ADDRESS", std::nullopt);
     GlibMainLoop loop;
     auto notifications = std::make_unique<DesktopNotifications>(loop);
-    bool wasHeard = false;
-    notifications->add({"id", "A title", "A body."}, [&](const auto &) { wasHeard = true; });
+    bool hasResult = false;
+    notifications->add({"id", "A title", "A body."}, [&](const auto &) { hasResult = true; });
     const auto timer = loop.after(0.2, [&] { loop.quit(3); });
     EXPECT_EQ(loop.run(), 3) << "the loop goes on";
-    EXPECT_FALSE(wasHeard);
+    EXPECT_FALSE(hasResult);
     notifications.reset();
     GlibMainLoop afterwards;
     const auto end = afterwards.after(0.2, [&] { afterwards.quit(0); });
     afterwards.run();
-    EXPECT_FALSE(wasHeard) << "nothing is heard after the end";
+    EXPECT_FALSE(hasResult) << "nothing is received after the end";
 }
 
 // What the service was given.

@@ -13,7 +13,7 @@ namespace {
 
 using testing::ElementsAre;
 
-TEST(DesktopSettingsTest, ColoursOfEveryLengthAndNothingFromOtherText) {
+TEST(DesktopSettingsTest, ColoursOfEveryLength) {
     EXPECT_EQ(colorFromHexadecimal("#f00"), (Color{1, 0, 0, 1}));
     EXPECT_EQ(colorFromHexadecimal("#0000ff"), (Color{0, 0, 1, 1}));
     EXPECT_EQ(colorFromHexadecimal("#ffff00003333"), (Color{1, 0, 0.2, 1}));
@@ -23,7 +23,7 @@ TEST(DesktopSettingsTest, ColoursOfEveryLengthAndNothingFromOtherText) {
 }
 
 // The inverse agrees with the table, and every key of a full keyboard has its place.
-TEST(KeyPositionsTest, TheSameBothWays) {
+TEST(KeyPositionsTest, SamePositionsBothWays) {
     int keys = 0;
     for (std::uint32_t virtualKey = 0; virtualKey < 200; ++virtualKey) {
         if (const auto keycode = keycodeOfVirtualKey(virtualKey)) {
@@ -44,7 +44,7 @@ TEST(KeyPositionsTest, TheSameBothWays) {
 }
 
 // Premultiplied: the title's colour in the middle, a rim of the opposite shade, nothing outside.
-TEST(DotPictureTest, ADiscWithARimOnATransparentSquare) {
+TEST(DotPictureTest, DiscWithARimOnATransparentSquare) {
     const StatusTitle title{"\u25CF", {1, 0, 0, 1}, 15, true, -0.5};
     for (const int side : {16, 22, 48}) {
         const auto image = dotPicture(title, side);

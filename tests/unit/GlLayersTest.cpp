@@ -19,7 +19,7 @@ PlacedLayers placed(std::vector<Layer> layers) {
     return result;
 }
 
-TEST(GlLayers, AreThoseThatContributeInPixelsFromTheTop) {
+TEST(GlLayers, LayersThatContribute) {
     Layer tint;
     tint.frame = {10, 5, 20, 10};
     tint.backgroundColor = Color::black();

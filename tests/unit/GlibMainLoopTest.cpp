@@ -42,7 +42,7 @@ TEST(GlibMainLoopTest, TasksMayTurnTheLoop) {
     EXPECT_THAT(posted, ElementsAre(1, 2, 3));
 }
 
-TEST(GlibMainLoopTest, WhatATaskPostsWaitsForTheNextTurnAndWhatIsLeftGoesWithTheLoop) {
+TEST(GlibMainLoopTest, PostedTasksWaitForTheNextTurn) {
     std::vector<int> posted;
     {
         GlibMainLoop loop;

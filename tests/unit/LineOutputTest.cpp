@@ -40,7 +40,7 @@ struct Pipe {
     std::array<int, 2> ends{};
 };
 
-TEST(LineOutput, APipeThatNobodyReadsDropsLinesAndSaysHowMany) {
+TEST(LineOutput, FullPipeDropsAndCountsLines) {
     const Pipe pipe;
     LineOutput output(pipe.ends[1]);
     const std::string line(1000, 'x');
@@ -58,7 +58,7 @@ TEST(LineOutput, APipeThatNobodyReadsDropsLinesAndSaysHowMany) {
     EXPECT_EQ(pipe.read(), "and again\n");
 }
 
-TEST(LineOutput, ALineLongerThanAPipeComesWholeOrNotAtAll) {
+TEST(LineOutput, LineLongerThanAPipeIsNeverCut) {
     const Pipe pipe;
     LineOutput output(pipe.ends[1]);
     const std::string line(200000, 'y');

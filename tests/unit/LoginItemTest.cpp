@@ -59,7 +59,7 @@ TEST(LoginItemTest, EntryStartsExactlyTheProgram) {
 }
 
 // The settings and the login item are in the same folder, however the environment names it.
-TEST(ConfigurationFolderTest, IsTheSameForTheSettingsAndTheLoginItem) {
+TEST(ConfigurationFolderTest, SameForSettingsAndLoginItem) {
     struct Row {
         std::optional<std::string> configuration;
         std::optional<std::string> home;

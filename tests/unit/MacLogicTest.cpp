@@ -99,7 +99,7 @@ const WindowRecord described{.number = 41,
                              .title = "Report",
                              .alpha = 1};
 
-TEST(WindowDictionaryTest, NumbersOfAnyTypeThatRepresentTheSameAreRead) {
+TEST(WindowDictionaryTest, NumbersOfEveryType) {
     EXPECT_EQ(NativeWindow().record(), described);
     NativeWindow window;
     window.entries.at("kCGWindowNumber") = 41.0;
@@ -110,7 +110,7 @@ TEST(WindowDictionaryTest, NumbersOfAnyTypeThatRepresentTheSameAreRead) {
     EXPECT_EQ(window.record(), described);
 }
 
-TEST(WindowDictionaryTest, AFactIsAbsentWhenItsEntryIsMissingOrOfAnotherType) {
+TEST(WindowDictionaryTest, MissingAndMistypedEntriesAreAbsent) {
     struct Case {
         std::string_view key;
         std::optional<Value> value; // absent: the entry is

@@ -122,8 +122,8 @@ TEST_F(MouseShakeTest, SettingsAndModifiersChooseTheAction) {
     for (const auto &[reveal, held, toggleAction, action] : cases) {
         settings.shakeToReveal.set(reveal);
         settings.shakeToggleActionEnabled.set(toggleAction);
-        const auto heard = shake(held ? modifierFlag::shift : modifierFlag::option);
-        EXPECT_EQ(heard.empty() ? nothing : heard.front(), action)
+        const auto received = shake(held ? modifierFlag::shift : modifierFlag::option);
+        EXPECT_EQ(received.empty() ? nothing : received.front(), action)
             << reveal << held << toggleAction;
     }
 }

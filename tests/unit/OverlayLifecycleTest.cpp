@@ -11,9 +11,9 @@ using testing::SizeIs;
 class OverlayLifecycle : public test::OverlayStories {};
 
 TEST_F(OverlayLifecycle, OneOverlayPerDisplayWhileShowing) {
-    std::vector<bool> heard;
+    std::vector<bool> received;
     const auto subscription =
-        manager->subscribeToIsShowing([&](bool showing) { heard.push_back(showing); });
+        manager->subscribeToIsShowing([&](bool showing) { received.push_back(showing); });
     EXPECT_THAT(desktop.openOverlays(), IsEmpty());
     manager->stopShowing();
 
@@ -33,7 +33,7 @@ TEST_F(OverlayLifecycle, OneOverlayPerDisplayWhileShowing) {
 
     manager->startShowing();
     EXPECT_THAT(desktop.openOverlays(), SizeIs(2));
-    EXPECT_THAT(heard, ElementsAre(false, true, false, true));
+    EXPECT_THAT(received, ElementsAre(false, true, false, true));
 }
 
 TEST_F(OverlayLifecycle, DisplaysComeAndGo) {

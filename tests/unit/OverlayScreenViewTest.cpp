@@ -26,7 +26,7 @@ class OverlayScreenViewTest : public testing::Test {
     OverlayScreenView view{frame, *window, desktop.platform()};
 };
 
-TEST_F(OverlayScreenViewTest, OverlappingHolesCoverAgain) {
+TEST_F(OverlayScreenViewTest, OverlappingCutOutsCoverAgain) {
     const Rect bounds{0, 0, 101, 53};
     const Rect left{5, 5, 20, 20};
     const Rect right{15, 5, 20, 20};
@@ -36,7 +36,8 @@ TEST_F(OverlayScreenViewTest, OverlappingHolesCoverAgain) {
     EXPECT_THAT(view.layerTree().mask->rectangles, ElementsAre(bounds, left, right));
 
     view.applyExclusionMask({Rect::null(), {}});
-    EXPECT_THAT(view.layerTree().mask->rectangles, ElementsAre(bounds)) << "a mask without holes";
+    EXPECT_THAT(view.layerTree().mask->rectangles, ElementsAre(bounds))
+        << "a mask without cut-outs";
     view.applyExclusionMask({});
     EXPECT_EQ(view.layerTree().mask, std::nullopt);
 }

@@ -144,9 +144,9 @@ TEST_F(OverlayUpdate, UnchangedTickPutsOnlyTheOrderRight) {
     desktop.advance(1);
     EXPECT_EQ(overlay.changedCommits, drawn);
     EXPECT_EQ(desktop.platform().windowServer.onScreenWindows(), before)
-        << "two overlays must not fight about their order";
+        << "two overlays leave each other in place";
 
-    // Somebody pushes a window between the overlay and the clear window.
+    // Another client pushes a window between the overlay and the clear window.
     const auto page = openOn(left, browser);
     desktop.raise(report);
     overlay.level = 3;
@@ -186,7 +186,7 @@ TEST_F(OverlayUpdate, OwnWindowInFrontLeavesTheLastApplicationClear) {
     EXPECT_EQ(clearOn(left), dialog) << "no identifier equals no identifier: Lumo is in front";
 }
 
-TEST_F(OverlayUpdate, StripsOfRecentApplicationsAreHoles) {
+TEST_F(OverlayUpdate, StripsOfRecentApplicationsAreCutOut) {
     const auto strips = desktop.launch(test::ScriptedDesktop::stripOwner, "org.example.Strips");
     // On the left display, whose top is 180 points below the highest edge.
     desktop.openWindow(strips, {0, 280, 200, 600});
@@ -194,19 +194,19 @@ TEST_F(OverlayUpdate, StripsOfRecentApplicationsAreHoles) {
     manager->startShowing();
     EXPECT_FALSE(shownOn(left).mask.has_value());
 
-    const auto holes = [this] {
+    const auto cutOuts = [this] {
         tick();
         const auto &mask = shownOn(left).mask;
         return mask ? mask->rectangles.size() - 1 : 0;
     };
     desktop.stripsEnabled = true;
-    EXPECT_EQ(holes(), 1U);
+    EXPECT_EQ(cutOuts(), 1U);
     EXPECT_EQ(shownOn(left).mask->rectangles.back(), (Rect{0, 196, 204, 608}));
     EXPECT_FALSE(shownOn(right).mask.has_value());
     desktop.stripsEnabled.reset();
-    EXPECT_EQ(holes(), 1U) << "the last known value stays in force";
+    EXPECT_EQ(cutOuts(), 1U) << "the last known value stays in force";
     desktop.stripsEnabled = false;
-    EXPECT_EQ(holes(), 0U);
+    EXPECT_EQ(cutOuts(), 0U);
 }
 
 TEST_F(OverlayUpdate, LogLinesAtMostFiveTimesASecond) {

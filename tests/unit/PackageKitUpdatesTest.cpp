@@ -128,7 +128,7 @@ TEST_F(PackageKitUpdatesTest, ResultsOfThePackageService) {
     EXPECT_EQ(check(), (UpdateResult{Kind::serviceUnavailable, {}}));
 }
 
-TEST_F(PackageKitUpdatesTest, TheLossOfTheBusEndsTheCheckAndNothingElse) {
+TEST_F(PackageKitUpdatesTest, LossOfTheBusEndsTheCheck) {
     PackageService service(messageBus.address());
     service.isSilent = true;
     std::optional<UpdateResult> result;
@@ -139,7 +139,7 @@ TEST_F(PackageKitUpdatesTest, TheLossOfTheBusEndsTheCheckAndNothingElse) {
     EXPECT_EQ(result, (UpdateResult{UpdateResult::Kind::serviceUnavailable, {}}));
 }
 
-TEST_F(PackageKitUpdatesTest, OneAnswerToRequestsThatOverlapAndNoneAfterTheEnd) {
+TEST_F(PackageKitUpdatesTest, OneResultForOverlappingRequests) {
     PackageService service(messageBus.address());
     int results = 0;
     for (int request = 0; request < 2; ++request) {

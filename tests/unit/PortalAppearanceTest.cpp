@@ -55,7 +55,7 @@ class Portal {
     Handle reads_;
 };
 
-TEST(PortalAppearanceTest, FollowsTheSchemeOnceThereIsAnObserver) {
+TEST(PortalAppearanceTest, SchemeIsFollowedOnceObserved) {
     const desktop::MessageBus messageBus;
     const desktop::Variable address("DBUS_SESSION_BUS_ADDRESS", messageBus.address());
     Portal portal(messageBus.address());

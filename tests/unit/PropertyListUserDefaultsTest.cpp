@@ -332,16 +332,16 @@ TEST_F(PropertyListUserDefaultsTest, WhatOthersWriteIsTakenIn) {
     fs::create_symlink(elsewhere, file);
     PropertyListUserDefaults first(file, real, log);
     PropertyListUserDefaults second(elsewhere, real, log);
-    std::vector<std::string> heard;
+    std::vector<std::string> received;
     const auto observer = first.onChangeByOthers(
-        [&](const auto &keys) { heard.insert(heard.end(), keys.begin(), keys.end()); });
+        [&](const auto &keys) { received.insert(received.end(), keys.begin(), keys.end()); });
     first.setBool("mine", true);
     second.setInteger("both", 2);
     second.setString("yours", "text");
     EXPECT_TRUE(runUntil(real, [&] {
         return first.object("yours") == Value("text") && second.object("mine") == Value(true);
     }));
-    EXPECT_THAT(heard, testing::UnorderedElementsAre("both", "yours"));
+    EXPECT_THAT(received, testing::UnorderedElementsAre("both", "yours"));
 
     // An editor replaces the file at the moment at which a setting changes, and then breaks it.
     const auto changed = file.string() + ".new";

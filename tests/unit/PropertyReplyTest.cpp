@@ -36,7 +36,7 @@ class Reply {
     std::vector<std::uint32_t> memory_;
 };
 
-TEST(PropertyReply, TextIsUtf8Whatever) {
+TEST(PropertyReply, TextIsUtf8) {
     const std::vector<std::tuple<xcb_atom_t, std::string, std::optional<std::string>>> cases = {
         {utf8String, "Zürich", "Zürich"},
         {utf8String, "Z\xC3\xBCrich\xff", "Zürich\xEF\xBF\xBD"},
@@ -51,7 +51,7 @@ TEST(PropertyReply, TextIsUtf8Whatever) {
     }
 }
 
-TEST(PropertyReply, OfAnotherFormatOrOfNoneIsNoProperty) {
+TEST(PropertyReply, OtherFormatsCountAsMissing) {
     const std::string twoValues("\x01\0\0\0\x02\0\0\0", 8);
     const Reply numbers(XCB_ATOM_CARDINAL, 32, twoValues);
     EXPECT_THAT(values32(numbers.get()), ElementsAre(1, 2));

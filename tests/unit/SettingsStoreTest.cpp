@@ -102,16 +102,17 @@ TEST_F(SettingsStoreTest, AnnouncementComesBeforeStoring) {
     store.privacyCoverBundleID.set("org.example.Editor");
     store.privacyCoverDisplayName.set("Editor");
     desktop.defaults.clear();
-    std::vector<std::string> heard;
-    const auto willChange = store.willChange.subscribe([&] { heard.emplace_back("will change"); });
+    std::vector<std::string> received;
+    const auto willChange =
+        store.willChange.subscribe([&] { received.emplace_back("will change"); });
     for (auto *setting : store.settings()) {
-        heard.clear();
+        received.clear();
         const auto subscription = setting->subscribeToAssignments([&] {
-            heard.emplace_back(setting->key());
+            received.emplace_back(setting->key());
             EXPECT_FALSE(desktop.defaults.contains(setting->key()));
         });
         setting->setAgain();
-        EXPECT_THAT(heard, ElementsAre("will change", setting->key()));
+        EXPECT_THAT(received, ElementsAre("will change", setting->key()));
         EXPECT_EQ(desktop.defaults.contains(setting->key()),
                   setting->key() != "hasCompletedOnboarding")
             << setting->key();
@@ -205,15 +206,16 @@ TEST_F(SettingsStoreTest, ChangesByOthersAreAnnouncedAndNotWritten) {
     auto &store = restart();
     store.peekDuration.set(3);
     desktop.defaults.insert_or_assign("peekDuration", 4.0); // nobody tells of this one
-    std::vector<std::string> heard;
+    std::vector<std::string> received;
     const auto mode = store.effectMode.subscribeToChanges(
-        [&](EffectMode next) { heard.emplace_back(rawValue(next)); });
+        [&](EffectMode next) { received.emplace_back(rawValue(next)); });
     const auto end = store.didReload.subscribe([&] {
-        heard.emplace_back(store.effectMode.value() == EffectMode::tint ? "stored" : "too early");
+        received.emplace_back(store.effectMode.value() == EffectMode::tint ? "stored"
+                                                                           : "too early");
     });
     const Stored changed{{"effectMode", "tint"}, {"effectIntensity", "no number"}, {"other", 1}};
     desktop.changeDefaults(changed);
-    EXPECT_THAT(heard, ElementsAre("tint", "stored"));
+    EXPECT_THAT(received, ElementsAre("tint", "stored"));
     EXPECT_EQ(store.effectIntensity.value(), 0.6);
     EXPECT_EQ(store.peekDuration.value(), 3);
     EXPECT_EQ(desktop.defaults.at("effectIntensity"), Value("no number"));

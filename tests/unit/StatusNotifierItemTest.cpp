@@ -50,7 +50,7 @@ class StatusNotifierItemTest : public testing::Test {
     std::unique_ptr<StatusNotifierItem> item_ = std::make_unique<StatusNotifierItem>(*bus_);
 };
 
-TEST_F(StatusNotifierItemTest, OffersItselfToEveryWatcherAndFollowsItsHosts) {
+TEST_F(StatusNotifierItemTest, RegistersWithEveryWatcher) {
     int changes = 0;
     const auto hosts = item_->onHostChange([&] { ++changes; });
     for (int round = 0; round < 2; ++round) {
@@ -91,7 +91,7 @@ TEST_F(StatusNotifierItemTest, ComesBackWithTheBus) {
     EXPECT_EQ(host->items().size(), 1U);
 }
 
-TEST_F(StatusNotifierItemTest, TellsTheHostWhatToShowAndAnnouncesChangesWithoutPictures) {
+TEST_F(StatusNotifierItemTest, PropertiesAndAnnouncedChanges) {
     test::StatusNotifierHost host(messageBus_.address());
     ASSERT_TRUE(eventually([&] { return !host.items().empty(); }));
     EXPECT_THAT(propertiesSeenBy(host),
@@ -113,7 +113,7 @@ TEST_F(StatusNotifierItemTest, TellsTheHostWhatToShowAndAnnouncesChangesWithoutP
     EXPECT_THAT(host.takeSignals(), ElementsAre("NewIcon", "NewToolTip", "NewStatus"));
 }
 
-TEST_F(StatusNotifierItemTest, TheMenuAloneIsThePersonsWishAndNothingComesAfterTheEnd) {
+TEST_F(StatusNotifierItemTest, ContextMenuAloneOpensIt) {
     test::StatusNotifierHost host(messageBus_.address());
     ASSERT_TRUE(eventually([&] { return !host.items().empty(); }));
     std::vector<std::pair<int, int>> places;

@@ -14,53 +14,53 @@ using testing::ElementsAre;
 
 TEST(Published, NewValueIsAnnouncedBeforeItIsStored) {
     Published<int> number(1);
-    std::vector<std::pair<int, int>> heard; // argument, stored value at that moment
+    std::vector<std::pair<int, int>> received; // argument, stored value at that moment
     const auto subscription =
-        number.subscribe([&](int value) { heard.emplace_back(value, number.value()); });
+        number.subscribe([&](int value) { received.emplace_back(value, number.value()); });
     number.set(2);
     number.set(2);
-    EXPECT_THAT(heard, ElementsAre(std::pair(1, 1), std::pair(2, 1), std::pair(2, 2)));
+    EXPECT_THAT(received, ElementsAre(std::pair(1, 1), std::pair(2, 1), std::pair(2, 2)));
     EXPECT_EQ(number.value(), 2);
 }
 
 TEST(Published, ObserversComeAndGoDuringAnAnnouncement) {
     auto number = std::make_unique<Published<int>>(0);
-    std::vector<std::string> heard;
+    std::vector<std::string> received;
     Subscription second;
     Subscription late;
     const auto first = number->subscribeToChanges([&](int) {
-        heard.emplace_back("first");
+        received.emplace_back("first");
         second.reset();
-        late = number->subscribeToChanges([&](int) { heard.emplace_back("late"); });
+        late = number->subscribeToChanges([&](int) { received.emplace_back("late"); });
     });
-    second = number->subscribeToChanges([&](int) { heard.emplace_back("second"); });
-    const auto third = number->subscribeToChanges([&](int) { heard.emplace_back("third"); });
+    second = number->subscribeToChanges([&](int) { received.emplace_back("second"); });
+    const auto third = number->subscribeToChanges([&](int) { received.emplace_back("third"); });
     number->set(1);
-    EXPECT_THAT(heard, ElementsAre("first", "third"));
+    EXPECT_THAT(received, ElementsAre("first", "third"));
     number.reset();
     second.reset(); // outliving the published value is harmless
 }
 
 TEST(Signal, EmitWithinAnEmit) {
     Signal<int> signal;
-    std::vector<std::string> heard;
+    std::vector<std::string> received;
     Handle second;
     const auto first = signal.subscribe([&](int depth) {
-        heard.push_back("first " + std::to_string(depth));
+        received.push_back("first " + std::to_string(depth));
         if (depth == 0) {
             signal.emit(1);
             second.reset();
         }
     });
     second =
-        signal.subscribe([&](int depth) { heard.push_back("second " + std::to_string(depth)); });
+        signal.subscribe([&](int depth) { received.push_back("second " + std::to_string(depth)); });
     const auto third =
-        signal.subscribe([&](int depth) { heard.push_back("third " + std::to_string(depth)); });
+        signal.subscribe([&](int depth) { received.push_back("third " + std::to_string(depth)); });
     signal.emit(0);
-    EXPECT_THAT(heard, ElementsAre("first 0", "first 1", "second 1", "third 1", "third 0"));
-    heard.clear();
+    EXPECT_THAT(received, ElementsAre("first 0", "first 1", "second 1", "third 1", "third 0"));
+    received.clear();
     signal.emit(2);
-    EXPECT_THAT(heard, ElementsAre("first 2", "third 2"));
+    EXPECT_THAT(received, ElementsAre("first 2", "third 2"));
 }
 
 TEST(Handle, OneReleaseOnDestructionMoveAndAssignment) {

@@ -169,7 +169,7 @@ TEST_F(WindowTreeTest, UnframedWindowsAreManagedWhileAWindowManagerRuns) {
     EXPECT_FALSE(tree.find(a)->isManaged);
 }
 
-TEST_F(WindowTreeTest, WantsEachPartOnceAtATimeAndDropsRepliesForDeadWindows) {
+TEST_F(WindowTreeTest, OneReadPerPartAtATime) {
     create(a);
     create(own + 1);
     const auto first = tree.takeWanted();

@@ -11,7 +11,7 @@ namespace {
 
 using testing::ElementsAre;
 
-TEST(WorkerThreadsTest, UrgentTasksFirstAndTheRestInTheOrderOfPosting) {
+TEST(WorkerThreadsTest, UrgentTasksFirst) {
     std::vector<int> order;
     std::latch posted(1);
     {
@@ -29,7 +29,7 @@ TEST(WorkerThreadsTest, UrgentTasksFirstAndTheRestInTheOrderOfPosting) {
     EXPECT_THAT(order, ElementsAre(1, 2, 3, 4)) << "what is left is run at the end";
 }
 
-TEST(WorkerThreadsTest, AsManyAtOnceAsTheLimitAndTheRestDroppedAtTheEnd) {
+TEST(WorkerThreadsTest, AsManyAtOnceAsTheLimit) {
     std::latch bothRun(2);
     WorkerThreads threads(2, WorkerThreads::AtEnd::dropTasks);
     for (int task = 0; task < 2; ++task) {

@@ -58,8 +58,8 @@ xcb_pixmap_t pixmapOf(xcb_connection_t *connection, const xcb_screen_t &screen,
     return pixmap;
 }
 
-// A grab at this time is never granted, only answered with who has one. Were it granted, the server
-// would refuse the next one of a program that gives the time of an event before it.
+// A grab at this time is never granted, only answered with whether there is one. Were it granted,
+// the server would refuse the next one of a program that gives the time of an event before it.
 constexpr xcb_timestamp_t refusedTime = 1;
 
 } // namespace

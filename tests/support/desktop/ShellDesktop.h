@@ -10,7 +10,7 @@
 
 namespace lumo::desktop {
 
-// A desktop with a session bus and a panel, on which somebody works with the program's dot, popover
+// A desktop with a session bus and a panel, on which a user works with the program's dot, popover
 // and windows.
 class ShellDesktop {
   public:

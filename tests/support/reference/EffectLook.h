@@ -14,7 +14,7 @@ struct EffectLook {
     bool blurFreeMode = false;
     bool liveBackdrop = false; // whether the desktop draws backdrop layers
 
-    // The layers of a display of that size in pixels with that grain, without holes.
+    // The layers of a display of that size in pixels with that grain, without cut-outs.
     LayerTree tree(int width, int height, double scale, std::shared_ptr<const Image> grain) const;
     LayerTree tree(int width, int height, double scale = 1) const;
 };
