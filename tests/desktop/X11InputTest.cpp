@@ -221,6 +221,10 @@ TEST_F(HotKeysTest, KeyHeldAtRegistrationCountsFromItsNextPress) {
 TEST_F(HotKeysTest, KeyOfAnotherProgramIsRefused) {
     ASSERT_TRUE(grabKeyAsOther(49, XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_LOCK));
     EXPECT_EQ(add(49, hotKeyModifier::control, 1).status, HotKeyStatus::alreadyTaken);
+    const auto own = add(40, hotKeyModifier::control, 2);
+    EXPECT_EQ(own.status, HotKeyStatus::success);
+    EXPECT_EQ(add(40, hotKeyModifier::control | 1U, 3).status, HotKeyStatus::alreadyTaken)
+        << "the masks differ in a bit that no key sets";
     catchUp();
     EXPECT_TRUE(grabKeyAsOther(49, XCB_MOD_MASK_CONTROL)) << "a grab was kept";
     EXPECT_EQ(add(500, 0, 1).status, HotKeyStatus::invalidParameter);

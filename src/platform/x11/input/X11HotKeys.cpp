@@ -102,6 +102,12 @@ Handle X11HotKeys::registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers
         outcome(HotKeyStatus::invalidParameter);
         return {};
     }
+    // The server lets one client have the same grab twice, and masks may differ in bits that no
+    // key sets.
+    if (isHotKey(*keycode, *state)) {
+        outcome(HotKeyStatus::alreadyTaken);
+        return {};
+    }
     auto &hotKey = hotKeys_.emplace_back();
     hotKey.modifiers = modifiers;
     hotKey.id = id;
