@@ -202,6 +202,7 @@ void OverlayManager::removeOverlays() {
 }
 
 void OverlayManager::cleanup() {
+    prolongCoverLocks(); // which outlive a stop
     schedule_.stop();
     observers_.clear();
     removeOverlays();
