@@ -153,7 +153,8 @@ std::string ThreeWindows::placementSeen() {
         [&](xcb_window_t window) {
             return !session.isViewable(window) || session.isAbove(overlay, session.frameOf(window));
         });
-    return isOnTop ? "cut-outs" : "below";
+    // A clear window may lie above cut-outs too.
+    return isOnTop || session.isShaped(overlay) ? "cut-outs" : "below";
 }
 
 } // namespace lumo::desktop
