@@ -234,8 +234,8 @@ void OverlaySurface::applyBoundingShape() {
     }
 }
 
-// Draws where it shows another part than before, and nowhere else: whoever composites draws that
-// anew.
+// Draws where it shows another part than before, and nowhere else: the compositing manager draws
+// anew what it was told of.
 void OverlaySurface::applyPixels() {
     auto shown = makeEmptyRegion(connection_);
     const auto whole = toProtocol({0, 0, area_.width, area_.height});
