@@ -135,11 +135,12 @@ class HotKeysTest : public InputTest {
 
     // Registers a hot key and waits for the outcome.
     Registration add(std::uint32_t key, std::uint32_t modifiers, std::uint32_t number) {
-        std::optional<HotKeyStatus> status;
-        auto handle = hotKeys_.registerHotKey(key, modifiers, {0, number},
-                                              [&](HotKeyStatus outcome) { status = outcome; });
-        EXPECT_TRUE(eventually([&] { return status.has_value(); }));
-        return {status.value_or(HotKeyStatus::success), std::move(handle)};
+        // Shared, as the outcome may come again when it changes.
+        const auto status = std::make_shared<std::optional<HotKeyStatus>>();
+        auto handle = hotKeys_.registerHotKey(
+            key, modifiers, {0, number}, [status](HotKeyStatus outcome) { *status = outcome; });
+        EXPECT_TRUE(eventually([&] { return status->has_value(); }));
+        return {status->value_or(HotKeyStatus::success), std::move(handle)};
     }
 
     std::vector<std::string> take() { return std::exchange(events_, {}); }
