@@ -662,7 +662,7 @@ TEST_F(EventMonitorsTest, MotionIsCollectedWithoutRequestsAndOnlyWhileItIsWanted
     while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
     }
     mirrored_.session.movePointerBy(3, 0);
-    catchUp();
+    mirrored_.session.stacking(); // a round trip
     EXPECT_EQ(g_main_context_iteration(nullptr, FALSE), FALSE) << "nothing arrives any more";
 }
 
