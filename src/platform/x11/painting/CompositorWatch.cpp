@@ -1,12 +1,8 @@
 #include "platform/x11/painting/CompositorWatch.h"
 
 #include "platform/x11/server/Connection.h"
-#include "platform/x11/server/EventKinds.h"
 
 #include <xcb/composite.h>
-#include <xcb/xfixes.h>
-
-#include <string>
 
 namespace lumo::x11 {
 
@@ -19,21 +15,11 @@ constexpr double probeInterval = 1.0 / 60;
 CompositorWatch::CompositorWatch(Connection &connection, MainLoop &mainLoop)
     : connection_(connection)
     , mainLoop_(mainLoop)
-    , selection_(connection.atom("_NET_WM_CM_S" + std::to_string(connection.screenNumber()))) {
+    , selection_(connection, [this](xcb_window_t owner) { announcedIs(owner != XCB_NONE); }) {
     if (!connection_.extensions().xfixes || !connection_.extensions().composite) {
         return;
     }
-    events_ = connection_.events().on(event::selectionNotify, [this](const auto &notify) {
-        if (notify.selection == selection_) {
-            announcedIs(notify.owner != XCB_NONE);
-        }
-    });
-    xcb_xfixes_select_selection_input(connection_, connection_.root(), selection_,
-                                      XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
-                                          XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
-                                          XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
-    const auto owner = connection_.wait(xcb_get_selection_owner(connection_, selection_),
-                                        xcb_get_selection_owner_reply);
+    const auto owner = connection_.wait(selection_.requestOwner(), xcb_get_selection_owner_reply);
     if (!owner || owner->owner == XCB_NONE) {
         return;
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/MainLoop.h"
+#include "platform/x11/server/CompositorSelection.h"
 #include "support/Handle.h"
 #include "support/Lifetime.h"
 #include "support/Signal.h"
@@ -44,10 +45,9 @@ class CompositorWatch {
 
     Connection &connection_;
     MainLoop &mainLoop_;
-    xcb_atom_t selection_;
     State state_ = State::absent;
     Signal<> changed_;
-    Handle events_;
+    CompositorSelection selection_;
     Handle nextProbe_;
     Lifetime lifetime_;
 };

@@ -4,8 +4,6 @@
 #include "platform/x11/server/EventKinds.h"
 #include "platform/x11/windows/MirrorChange.h"
 
-#include <xcb/xfixes.h>
-
 #include <algorithm>
 #include <array>
 #include <memory>
@@ -54,39 +52,24 @@ RootState::RootState(Connection &connection, Note note)
     , note_(std::move(note))
     , utf8String_(connection.atom("UTF8_STRING"))
     , managerNameAtom_(connection.atom("_NET_WM_NAME"))
-    , compositorSelection_(
-          connection.atom("_NET_WM_CM_S" + std::to_string(connection.screenNumber())))
     , replies_(connection)
     , rootEvents_(
           connection.events().on(event::propertyNotify, connection.root(),
-                                 [this](const auto &property) { handleProperty(property.atom); })) {
+                                 [this](const auto &property) { handleProperty(property.atom); }))
+    , compositorSelection_(connection, [this](xcb_window_t) { reads_.want(compositorBit); }) {
     connection.internAtoms(names);
     for (const auto name : names) {
         atoms_.push_back(connection.atom(name));
     }
     reads_.want(readBits);
-    followCompositor();
-}
-
-void RootState::followCompositor() {
-    if (!connection_.extensions().xfixes) {
-        return;
+    if (connection.extensions().xfixes) { // without it the reading would go stale
+        reads_.want(compositorBit);
     }
-    compositorEvents_ = connection_.events().on(event::selectionNotify, [this](const auto &notify) {
-        if (notify.selection == compositorSelection_) {
-            reads_.want(compositorBit);
-        }
-    });
-    xcb_xfixes_select_selection_input(connection_, connection_.root(), compositorSelection_,
-                                      XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
-                                          XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
-                                          XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
-    reads_.want(compositorBit);
 }
 
 void RootState::requestCompositor() {
     replies_.add<xcb_get_selection_owner_reply_t>(
-        xcb_get_selection_owner(connection_, compositorSelection_), [this](const auto *reply) {
+        compositorSelection_.requestOwner(), [this](const auto *reply) {
             reads_.finished(compositorBit);
             const bool was = isWindowManagerCompositing();
             compositor_ = reply != nullptr ? reply->owner : XCB_NONE;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/x11/server/CompositorSelection.h"
 #include "platform/x11/server/PendingReads.h"
 #include "platform/x11/server/PropertyReply.h"
 #include "support/Handle.h"
@@ -61,7 +62,6 @@ class RootState {
     void apply(unsigned index, const xcb_get_property_reply_t *reply);
     void applyManagerCandidate(xcb_window_t candidate);
     void readManager();
-    void followCompositor();
     void requestCompositor();
     void setManager(xcb_window_t window, const std::string &name);
 
@@ -70,7 +70,6 @@ class RootState {
     std::vector<xcb_atom_t> atoms_;
     xcb_atom_t utf8String_;
     xcb_atom_t managerNameAtom_;
-    xcb_atom_t compositorSelection_;
     PendingReads reads_;
     ReplyQueue replies_;
 
@@ -86,7 +85,7 @@ class RootState {
     std::optional<std::uint32_t> currentDesktop_;
 
     Handle rootEvents_;
-    Handle compositorEvents_;
+    CompositorSelection compositorSelection_;
     std::array<Handle, 2> candidateEvents_;
 };
 
