@@ -1,5 +1,6 @@
 #include "platform/freedesktop/DesktopSettings.h"
 
+#include "platform/freedesktop/CurrentDesktop.h"
 #include "platform/freedesktop/GlibPointers.h"
 
 #include <gio/gio.h>
@@ -21,16 +22,10 @@ constexpr const char *colorKey = "primary-color";
 constexpr std::array<std::string_view, 2> desktops = {"GNOME", "Unity"};
 
 bool isDesktopRunning() {
-    const char *variable = g_getenv("XDG_CURRENT_DESKTOP");
-    std::string_view names = variable != nullptr ? variable : "";
-    while (!names.empty()) {
-        const auto end = std::min(names.find(':'), names.size());
-        if (std::ranges::find(desktops, names.substr(0, end)) != desktops.end()) {
-            return true;
-        }
-        names.remove_prefix(std::min(end + 1, names.size()));
-    }
-    return false;
+    const auto current = currentDesktop();
+    return std::ranges::any_of(desktopNames(current), [](std::string_view name) {
+        return std::ranges::find(desktops, name) != desktops.end();
+    });
 }
 
 } // namespace

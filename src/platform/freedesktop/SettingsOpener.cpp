@@ -1,11 +1,11 @@
 #include "platform/freedesktop/SettingsOpener.h"
 
+#include "platform/freedesktop/CurrentDesktop.h"
 #include "platform/freedesktop/GlibPointers.h"
 #include "platform/freedesktop/SettingsProgram.h"
 
 #include <gio/gdesktopappinfo.h>
 
-#include <cstdlib>
 #include <string>
 
 namespace lumo::freedesktop {
@@ -13,9 +13,7 @@ namespace lumo::freedesktop {
 namespace {
 
 GlibPointer<GAppInfo> settingsProgram() {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing changes the environment
-    const char *desktop = std::getenv("XDG_CURRENT_DESKTOP");
-    for (const auto entry : settingsEntriesOf(desktop == nullptr ? "" : desktop)) {
+    for (const auto entry : settingsEntriesOf(currentDesktop())) {
         auto *info = g_desktop_app_info_new((std::string(entry) + ".desktop").c_str());
         if (info != nullptr) {
             return GlibPointer<GAppInfo>(G_APP_INFO(info));

@@ -1,6 +1,7 @@
 #include "platform/freedesktop/SettingsProgram.h"
 
-#include <algorithm>
+#include "platform/freedesktop/CurrentDesktop.h"
+
 #include <array>
 #include <utility>
 
@@ -35,9 +36,7 @@ constexpr std::array entriesOfDesktops = {
 
 std::vector<std::string_view> settingsEntriesOf(std::string_view currentDesktop) {
     std::vector<std::string_view> entries;
-    while (!currentDesktop.empty()) {
-        const auto name = currentDesktop.substr(0, currentDesktop.find(':'));
-        currentDesktop.remove_prefix(std::min(name.size() + 1, currentDesktop.size()));
+    for (const auto name : desktopNames(currentDesktop)) {
         for (const auto &[desktop, entry] : entriesOfDesktops) {
             if (desktop == name) {
                 entries.push_back(entry);
