@@ -15,6 +15,27 @@ namespace {
 constexpr double firstPause = 2; // seconds
 constexpr double longestPause = 60;
 
+// The handle of what keeps the program running when a message bus ends to which a module of GIO is
+// connected by GIO's shared connection. That ends the process by default, and who makes such a
+// connection, and when, is the modules' own affair; so each one is asked not to in the moment in
+// which it closes, before the signal's own handler looks.
+Handle outliveSharedConnections() {
+    auto *type = g_type_class_ref(G_TYPE_DBUS_CONNECTION); // without which there is no signal
+    const auto closed = g_signal_lookup("closed", G_TYPE_DBUS_CONNECTION);
+    const auto hook = g_signal_add_emission_hook(
+        closed, 0,
+        [](GSignalInvocationHint *, guint, const GValue *values, gpointer) -> gboolean {
+            auto *connection = G_DBUS_CONNECTION(g_value_get_object(values));
+            g_dbus_connection_set_exit_on_close(connection, FALSE);
+            return TRUE;
+        },
+        nullptr, nullptr);
+    return Handle([type, closed, hook] {
+        g_signal_remove_emission_hook(closed, hook);
+        g_type_class_unref(type);
+    });
+}
+
 } // namespace
 
 std::string sessionBusAddress() {
@@ -49,31 +70,6 @@ void connectToBus(AsyncCalls &calls, const std::string &address,
                                           G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
         nullptr);
 }
-
-namespace {
-
-// The handle of what keeps the program running when a message bus ends to which a module of GIO is
-// connected by GIO's shared connection. That ends the process by default, and who makes such a
-// connection, and when, is the modules' own affair; so each one is asked not to in the moment in
-// which it closes, before the signal's own handler looks.
-Handle outliveSharedConnections() {
-    auto *type = g_type_class_ref(G_TYPE_DBUS_CONNECTION); // without which there is no signal
-    const auto closed = g_signal_lookup("closed", G_TYPE_DBUS_CONNECTION);
-    const auto hook = g_signal_add_emission_hook(
-        closed, 0,
-        [](GSignalInvocationHint *, guint, const GValue *values, gpointer) -> gboolean {
-            auto *connection = G_DBUS_CONNECTION(g_value_get_object(values));
-            g_dbus_connection_set_exit_on_close(connection, FALSE);
-            return TRUE;
-        },
-        nullptr, nullptr);
-    return Handle([type, closed, hook] {
-        g_signal_remove_emission_hook(closed, hook);
-        g_type_class_unref(type);
-    });
-}
-
-} // namespace
 
 SessionBus::SessionBus(MainLoop &mainLoop)
     : mainLoop_(mainLoop)
