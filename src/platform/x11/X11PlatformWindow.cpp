@@ -323,7 +323,7 @@ std::unique_ptr<Painter> X11PlatformWindow::makePainter(bool withBackdrop) {
             return makeScenePainter(std::move(renderer), SceneBelow::Windows::blended);
         }
     }
-    if (surroundings_.compositor.isCompositing() && surface_->depth() == 32) {
+    if (cutting() == OverlaySurface::Cutting::pixels) {
         return std::make_unique<TranslucentPainter>(drawing, *surface_);
     }
     if (extensions.composite && extensions.damage &&

@@ -70,7 +70,7 @@ std::vector<SceneBelow::Entry> SceneBelow::currentEntries() {
     std::vector<Entry> entries;
     for (const auto window : lowerWindows_()) {
         const auto *surface = surfaces_.find(window);
-        if (surface != nullptr && !surface->geometry.intersection(area_).isEmpty()) {
+        if (surface != nullptr && surface->geometry.overlaps(area_)) {
             entries.push_back(
                 {window, surface->geometry, surface->visible, surface->opacity, surface->version});
         }

@@ -155,7 +155,7 @@ void CutOutPlacement::leaveFloating(std::vector<CutOutWindow> &windows,
         if (i < above) {
             windows[i].area = {};
         } else if (plan.offender == XCB_NONE && (window.depth == 32 || window.opacity < 1) &&
-                   !windows[i].area.intersection(plan.shape.overlay).isEmpty()) {
+                   windows[i].area.overlaps(plan.shape.overlay)) {
             plan.offender = window.frame;
         }
     }
