@@ -112,7 +112,6 @@ void OverlayManager::tick() {
     syncAndUpdate();
     if (stillHere && isShowing()) {
         attemptBringCoverAppToFront(false);
-        schedule_.sleepUntil(nextDeadline());
     }
 }
 
@@ -226,6 +225,7 @@ void OverlayManager::attemptBringCoverAppToFront(bool force) {
         return;
     }
     lastCoverBringForwardAt_ = now;
+    schedule_.sleepUntil(nextDeadline());
     const auto &applications = platform_.workspace.runningApplications();
     const auto cover =
         std::ranges::find(applications, *coverBundleID, &RunningApplication::bundleIdentifier);

@@ -29,7 +29,7 @@ void TickSchedule::start() {
     steadyTime_ = startedAt_;
     isRunning_ = true;
     if (!sleeps_) {
-        ticks_ = mainLoop_.every(interval, lifetime_.guard([this] { tick_(); }));
+        ticks_ = mainLoop_.every(interval, tick_);
     }
 }
 
@@ -45,15 +45,14 @@ void TickSchedule::wake() {
         return;
     }
     const double earliest = steadyTime_ - (ticksAtOnce - 1) * interval;
-    waking_ = mainLoop_.after(std::max(earliest - mainLoop_.now(), 0.0),
-                              lifetime_.guard([this] { runTick(); }));
+    waking_ = mainLoop_.after(std::max(earliest - mainLoop_.now(), 0.0), [this] { runTick(); });
 }
 
 void TickSchedule::sleepUntil(std::optional<double> deadline) {
     deadline_.reset();
     if (sleeps_ && isRunning_ && deadline) {
         deadline_ = mainLoop_.after(std::max(*deadline - mainLoop_.now(), 0.0) + lateness,
-                                    lifetime_.guard([this] { runTick(); }));
+                                    [this] { runTick(); });
     }
 }
 
@@ -69,7 +68,8 @@ void TickSchedule::runTick() {
     waking_.reset();
     deadline_.reset();
     steadyTime_ = std::max(steadyTime_, mainLoop_.now()) + interval;
-    tick_();
+    const auto tick = tick_; // which may end the schedule
+    tick();
 }
 
 } // namespace lumo

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "support/Handle.h"
-#include "support/Lifetime.h"
 
 #include <functional>
 #include <optional>
@@ -55,7 +54,6 @@ class TickSchedule {
     // When the next tick would be run if they had all come at the interval; behind the clock while
     // there is room for several at once.
     double steadyTime_ = 0;
-    Lifetime lifetime_;
 };
 
 } // namespace lumo
