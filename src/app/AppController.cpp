@@ -54,21 +54,12 @@ AppController::AppController(const Platform &platform, UserInterface &userInterf
 
 void AppController::setupBindings() {
     cancellables_.push_back(settingsStore_.isEnabled.subscribe([this](const bool &enabled) {
-        if (enabled) {
-            startCoreFeatures();
-        } else {
-            stopCoreFeatures();
-        }
+        runCoreFeatures(enabled);
         updateStatusMessage();
     }));
     // The announcement above comes before the setting holds the value that starting looks at.
-    cancellables_.push_back(settingsStore_.didReload.subscribe([this] {
-        if (settingsStore_.isEnabled.value()) {
-            startCoreFeatures();
-        } else {
-            stopCoreFeatures();
-        }
-    }));
+    cancellables_.push_back(settingsStore_.didReload.subscribe(
+        [this] { runCoreFeatures(settingsStore_.isEnabled.value()); }));
     shortcutManager_.onShortcutTriggered = [this](ShortcutEvent event) { handleShortcut(event); };
     mouseShakeToggleManager_.onShakeAction = [this](auto action) { handleShake(action); };
     cancellables_.push_back(settingsStore_.launchAtLogin.subscribe([this](const bool &launches) {
@@ -191,6 +182,14 @@ void AppController::openSettings(SettingsTab tab) {
     }));
 }
 
+void AppController::runCoreFeatures(bool enabled) {
+    if (enabled) {
+        startCoreFeatures();
+    } else {
+        stopCoreFeatures();
+    }
+}
+
 void AppController::startCoreFeatures() {
     if (settingsStore_.isEnabled.value()) {
         overlayManager_.startShowing();
@@ -216,11 +215,7 @@ void AppController::setLumoEnabled(bool enabled) {
     if (settingsStore_.isEnabled.value() != enabled) {
         settingsStore_.isEnabled.set(enabled);
     }
-    if (enabled) {
-        startCoreFeatures();
-    } else {
-        stopCoreFeatures();
-    }
+    runCoreFeatures(enabled);
     updateStatusMessage();
 }
 

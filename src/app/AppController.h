@@ -97,6 +97,7 @@ class AppController {
     void setupEmergencyStop();
     void registerEmergencyHotKey();
     void emergencyStop();
+    void runCoreFeatures(bool enabled);
     void startCoreFeatures();
     void stopCoreFeatures();
     void updateStatusMessage();
