@@ -50,7 +50,7 @@ void Card::paintEvent(QPaintEvent * /*event*/) {
 SettingsRow::SettingsRow(std::string_view title, std::string_view note, QWidget *control)
     : switch_(dynamic_cast<Switch *>(control))
     , lines_(new QVBoxLayout(this))
-    , note_(makeNote(note)) {
+    , note_(makeNote({})) {
     lines_->setContentsMargins(rowMargin, rowPadding, rowMargin, rowPadding);
     lines_->setSpacing(spacing::small);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
@@ -62,13 +62,13 @@ SettingsRow::SettingsRow(std::string_view title, std::string_view note, QWidget 
     texts->addStretch();
     texts->addWidget(titleLabel);
     texts->addWidget(note_);
-    note_->setHidden(note.empty());
     texts->addStretch();
     auto *row = new QHBoxLayout;
     row->setSpacing(spacing::section);
     row->addLayout(texts, 1);
     row->addWidget(control, 0, Qt::AlignVCenter);
     lines_->addLayout(row);
+    setNote(note);
 }
 
 void SettingsRow::setNote(std::string_view note) {
