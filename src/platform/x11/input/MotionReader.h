@@ -6,7 +6,6 @@
 
 #include <cstdint>
 #include <functional>
-#include <string>
 
 namespace lumo::freedesktop {
 class GlibMainLoop;

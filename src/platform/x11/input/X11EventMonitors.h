@@ -56,10 +56,10 @@ class X11EventMonitors final : public EventMonitors {
     // to be translated once, also when it is sent to nobody.
     std::optional<InputEvent> keyDown(const xcb_input_raw_key_press_event_t &event) const;
     std::optional<InputEvent> keyDown(const xcb_key_press_event_t &event) const;
+    std::optional<InputEvent> modifierChange(const xcb_xkb_state_notify_event_t &event);
+
     // Hands on what motion has come, before the next reading is due.
     void readMotion();
-
-    std::optional<InputEvent> modifierChange(const xcb_xkb_state_notify_event_t &event);
 
     void sendToGlobal(const InputEvent &event) const { global_.emit(event); }
     bool sendToLocal(const InputEvent &event) const; // true when a monitor swallowed the event
