@@ -154,7 +154,7 @@ void measureIdle(CrowdedDesktop &crowd, LumoProcess &lumo) {
     const double start = now();
     const double ownBefore = cpuSeconds(lumo.process().processIdentifier());
     const double serverBefore = cpuSeconds(crowd.desktop.server().processIdentifier());
-    const long turnsBefore = voluntarySwitches(lumo.processIdentifier());
+    const long turnsBefore = lumo.process().voluntarySwitches();
     // A wait that asks the server nothing: looks would count as the server's time.
     while (now() - start < seconds) {
         pauseBriefly();
@@ -162,8 +162,7 @@ void measureIdle(CrowdedDesktop &crowd, LumoProcess &lumo) {
     const double elapsed = now() - start;
     const double own = cpuSeconds(lumo.process().processIdentifier()) - ownBefore;
     const double server = cpuSeconds(crowd.desktop.server().processIdentifier()) - serverBefore;
-    const auto turns =
-        static_cast<double>(voluntarySwitches(lumo.processIdentifier()) - turnsBefore);
+    const auto turns = static_cast<double>(lumo.process().voluntarySwitches() - turnsBefore);
     std::printf(
         "  idle with 50 windows, %.0f s scaled to a minute: %.3f s CPU (%.2f %% of a core), "
         "X server %.3f s, main loop sleeps %.0f/s\n",

@@ -120,12 +120,12 @@ template <class Step>
 Cost costOf(LumoProcess &lumo, double seconds, Step step) {
     const double start = now();
     const double cpu = cpuSeconds(lumo.process().processIdentifier());
-    const long turns = voluntarySwitches(lumo.processIdentifier());
+    const long turns = lumo.process().voluntarySwitches();
     while (now() - start < seconds) {
         step();
     }
     return {now() - start, cpuSeconds(lumo.process().processIdentifier()) - cpu,
-            static_cast<double>(voluntarySwitches(lumo.processIdentifier()) - turns)};
+            static_cast<double>(lumo.process().voluntarySwitches() - turns)};
 }
 
 // The real program with all triggers on and the effect off.
@@ -136,7 +136,7 @@ void measureProgram() {
     Preferences preferences = shownEffect("dim", 0.6);
     preferences["isEnabled"] = false;
     LumoProcess lumo(desktop, preferences);
-    session.eventually([&] { return voluntarySwitches(lumo.processIdentifier()) > 20; });
+    session.eventually([&] { return lumo.process().voluntarySwitches() > 20; });
     session.remains([] { return true; }, Seconds(1)); // it has started
     const Cost idle = costOf(lumo, seconds, [] { pauseBriefly(); });
     std::printf(

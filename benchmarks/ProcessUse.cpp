@@ -27,17 +27,6 @@ double megabytesAfter(const fs::path &file, std::string_view key) {
 
 } // namespace
 
-long voluntarySwitches(pid_t process) {
-    constexpr std::string_view key = "voluntary_ctxt_switches:";
-    std::ifstream stream(folderOf(process) / "status");
-    for (std::string line; std::getline(stream, line);) {
-        if (line.starts_with(key)) {
-            return std::stol(line.substr(key.size()));
-        }
-    }
-    return 0;
-}
-
 MemoryUse memoryUse(pid_t process) {
     const auto file = folderOf(process) / "smaps_rollup";
     return {megabytesAfter(file, "Rss:"), megabytesAfter(file, "Pss:")};

@@ -17,10 +17,6 @@ MemoryUse memoryUse(pid_t process);
 // Processor time of its living threads.
 double cpuSeconds(pid_t process);
 
-// How often its main thread has gone to sleep by itself so far, which counts its turns of the main
-// loop.
-long voluntarySwitches(pid_t process);
-
 // True when a file whose path contains the text is mapped into the program.
 bool hasMapped(pid_t process, std::string_view text);
 

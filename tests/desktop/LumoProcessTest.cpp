@@ -60,13 +60,7 @@ TEST_F(LumoProgram, SleepsWhileNothingChanges) {
     LumoProcess lumo(desktop, Look{{"softBlur", 0.6}}.preferences());
     lumo.waitForOverlays();
     session.stillPicture();
-    // How often its main thread has gone to sleep by itself.
-    const auto turns = [&] {
-        std::ifstream status("/proc/" + std::to_string(lumo.processIdentifier()) + "/status");
-        const std::string text(std::istreambuf_iterator<char>(status), {});
-        const std::string key = "\nvoluntary_ctxt_switches:";
-        return std::stol(text.substr(text.find(key) + key.size()));
-    };
+    const auto turns = [&] { return lumo.process().voluntarySwitches(); };
     const auto sleeps = [&](Seconds time) {
         const long most = turns() + 5; // a message bus is looked for now and then
         return session.remains([&] { return turns() <= most; }, time);

@@ -1,6 +1,7 @@
 #include "platform/x11/input/X11Input.h"
 
 #include "MirroredDesktop.h"
+#include "bus/RunUntil.h"
 #include "platform/HotKeyService.h"
 #include "platform/freedesktop/GlibMainLoop.h"
 #include "platform/freedesktop/KeyPositions.h"
@@ -58,11 +59,11 @@ class InputTest : public testing::Test {
 
     // For what timers have a part in.
     void turnLoopUntil(const std::function<bool()> &condition) {
-        const double end = loop_.now() + 10;
-        while (!condition() && loop_.now() < end) {
-            connection_.dispatchUntil([] { return false; }, 0.01);
-            g_main_context_iteration(nullptr, FALSE);
-        }
+        freedesktop::runUntil(loop_, [&] {
+            connection_.dispatch();
+            connection_.flush();
+            return condition();
+        });
     }
 
     void press(const std::vector<Key> &chord) {

@@ -116,6 +116,17 @@ bool ChildProcess::isRunning() {
     return !waitForExit(Seconds(0));
 }
 
+long ChildProcess::voluntarySwitches() const {
+    constexpr std::string_view key = "voluntary_ctxt_switches:";
+    std::ifstream status("/proc/" + std::to_string(pid_) + "/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.starts_with(key)) {
+            return std::stol(line.substr(key.size()));
+        }
+    }
+    return 0;
+}
+
 void ChildProcess::signal(int number) {
     if (!exitStatus_) {
         ::kill(pid_, number);

@@ -45,6 +45,10 @@ class ChildProcess {
     const std::string &name() const { return name_; }
     bool isRunning();
 
+    // How often its main thread has gone to sleep by itself so far, which counts its turns of the
+    // main loop.
+    long voluntarySwitches() const;
+
     // Sends a signal to the program alone; nothing when it has ended.
     void signal(int number);
 
