@@ -1,6 +1,7 @@
-// What live blur costs: the work on pixels alone, a whole frame with the X server's part, and the
-// real program with a window animating beneath it, beside a compositing manager that blurs the
-// same. Prints numbers and judges none; wall times move with what else the machine does.
+// What drawing costs while what lies beneath changes: a frame of blur, the work on pixels alone and
+// with the X server's part, and the real program with a window animating beneath it, beside a
+// compositing manager that dims or blurs the same. Prints numbers and judges none; wall times move
+// with what else the machine does.
 
 #include "ProcessUse.h"
 #include "desktop/LumoProcess.h"
@@ -109,21 +110,40 @@ void measureFrames(x11::Connection &connection, int width, int height, double in
     }
 }
 
-// A window animates 30 times a second beneath something that blurs the whole display.
+// A window animates 30 times a second beneath something that draws over the whole display.
 void measureAnimation(PrivateDesktop &desktop, SampleApplication &application,
-                      const std::string &name, ChildProcess &blurring) {
+                      const std::string &name, ChildProcess &drawing) {
     application.animate(0, true);
     desktop.session().eventually([] { return false; }, Seconds(1));
     const double start = now();
-    const double own = cpuSeconds(blurring.processIdentifier());
+    const double own = cpuSeconds(drawing.processIdentifier());
     const double server = cpuSeconds(desktop.server().processIdentifier());
     while (now() - start < 10) {
         pauseBriefly();
     }
     std::printf("  %-50s %.2f s + X server %.2f s CPU in 10 s\n", name.c_str(),
-                cpuSeconds(blurring.processIdentifier()) - own,
+                cpuSeconds(drawing.processIdentifier()) - own,
                 cpuSeconds(desktop.server().processIdentifier()) - server);
     application.animate(0, false);
+}
+
+void measureLumo(PrivateDesktop &desktop, SampleApplication &application, const std::string &mode) {
+    LumoProcess lumo(desktop, shownEffect(mode, 0.6));
+    lumo.waitForOverlays();
+    desktop.session().stillPicture();
+    measureAnimation(desktop, application, "Lumo, " + mode + " 0.6, with grain", lumo.process());
+    lumo.stop();
+}
+
+void measurePeer(PrivateDesktop &desktop, SampleApplication &application,
+                 const std::string &configuration, const std::string &name) {
+    const auto file = desktop.directory() / "picom.conf";
+    std::ofstream(file) << configuration << '\n';
+    const auto picom = desktop.start({"picom", "--experimental-backends", "--config", file});
+    auto &session = desktop.session();
+    session.eventually([&] { return session.selectionOwner("_NET_WM_CM_S0") != XCB_NONE; });
+    session.stillPicture();
+    measureAnimation(desktop, application, "picom, " + name + ", no grain", *picom);
 }
 
 void measureBesidePeer() {
@@ -136,13 +156,11 @@ void measureBesidePeer() {
          {.area = {300, 900, 300, 100}, .colour = "#304050"}});
     auto &session = desktop.session();
     session.activate(application.window(3));
-    {
-        LumoProcess lumo(desktop, shownEffect("softBlur", 0.6));
-        lumo.waitForOverlays();
-        session.stillPicture();
-        measureAnimation(desktop, application, "Lumo, radius 30, with grain", lumo.process());
-        lumo.stop();
+    for (const char *mode : {"dim", "tint", "softBlur"}) {
+        measureLumo(desktop, application, mode);
     }
+    measurePeer(desktop, application, R"(backend = "xrender"; inactive-dim = 0.6;)",
+                "xrender, inactive-dim 0.6");
     // All that lies beneath a translucent window as large as the display.
     const auto pane = application.open(
         {.area = session.screenArea(), .colour = "#808080", .overrideRedirect = true});
@@ -151,15 +169,10 @@ void measureBesidePeer() {
                         session.atom("_NET_WM_WINDOW_OPACITY"), XCB_ATOM_CARDINAL, 32, 1, &opacity);
     xcb_flush(session.connection());
     for (const char *method : {"none", "dual_kawase"}) {
-        const auto configuration = desktop.directory() / "picom.conf";
-        std::ofstream(configuration) << R"(backend = "glx"; blur: { method = ")" << method
-                                     << R"("; strength = 7; };)" << '\n';
-        const auto picom =
-            desktop.start({"picom", "--experimental-backends", "--config", configuration});
-        session.eventually([&] { return session.selectionOwner("_NET_WM_CM_S0") != XCB_NONE; });
-        session.stillPicture();
-        measureAnimation(desktop, application,
-                         std::string("picom, software GL, blur ") + method + ", no grain", *picom);
+        measurePeer(desktop, application,
+                    R"(backend = "glx"; blur: { method = ")" + std::string(method) +
+                        R"("; strength = 7; };)",
+                    "software GL, blur " + std::string(method));
     }
 }
 
