@@ -72,7 +72,7 @@ void measureEvents() {
     const auto connection = x11::Connection::open(desktop.displayName().c_str());
     const auto instance = x11::SingleInstance::claim(*connection);
     x11::X11Backend backend(*connection, *instance, loop, log, [] {});
-    SettingsStore settings(backend.platform().userDefaults);
+    SettingsStore settings(backend.platform());
     MouseShakeToggleManager shake(backend.platform(), settings);
     int shakes = 0;
     shake.onShakeAction = [&shakes](auto) { ++shakes; };

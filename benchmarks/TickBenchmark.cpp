@@ -38,7 +38,7 @@ void fill(ScriptedDesktop &desktop) {
 void unchangedTick(benchmark::State &state) {
     ScriptedDesktop desktop;
     fill(desktop);
-    SettingsStore settings(desktop.platform().userDefaults);
+    SettingsStore settings(desktop.platform());
     OverlayManager manager(desktop.platform(), settings);
     manager.startShowing();
     desktop.mainLoop.runBackgroundTasks();

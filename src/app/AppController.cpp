@@ -5,8 +5,10 @@
 #include "platform/MainLoop.h"
 #include "platform/UserDefaults.h"
 #include "platform/UserNotifications.h"
+#include "platform/Vocabulary.h"
 #include "platform/WindowServer.h"
 #include "platform/Workspace.h"
+#include "presentation/Shortcuts.h"
 #include "settings/AppRule.h"
 #include "support/Log.h"
 #include "windows/OrdinaryWindow.h"
@@ -33,7 +35,7 @@ bool areEmergencyKeys(const InputEvent &event) {
 
 AppController::AppController(const Platform &platform, UserInterface &userInterface)
     : platform_(platform)
-    , settingsStore_(platform.userDefaults)
+    , settingsStore_(platform)
     , permissionManager_(platform, notificationCenter_)
     , rulesEngine_(settingsStore_)
     , overlayManager_(platform, settingsStore_)
@@ -148,8 +150,20 @@ void AppController::registerEmergencyHotKey() {
 void AppController::emergencyStop() {
     settingsStore_.isEnabled.set(false);
     stopCoreFeatures();
+    notify("Lumo Emergency Stop", "Lumo effects have been safely turned off.");
+}
+
+void AppController::announceReadiness() {
+    const auto &words = platform_.vocabulary.firstStart;
+    if (!words.readyTitle.empty()) {
+        notify(std::string(words.readyTitle),
+               withShortcuts(words.readyText, platform_, settingsStore_));
+    }
+}
+
+void AppController::notify(std::string title, std::string text) {
     platform_.userNotifications.add(
-        {makeUUID(), "Lumo Emergency Stop", "Lumo effects have been safely turned off."},
+        {makeUUID(), std::move(title), std::move(text)},
         lifetime_.guard([this](const std::optional<std::string> &error) {
             if (error) {
                 platform_.log.print("[Lumo] Failed to send notification: " + *error);

@@ -83,6 +83,10 @@ class AppController {
     // The same for a choice of the user's, who is told.
     void selectCoverApp(const std::optional<CoverAppChoice> &choice);
 
+    // Tells the user where the program is and how it is turned on, where the desktop has words for
+    // that.
+    void announceReadiness();
+
     // Selects the page and calls onOpenSettings in a later turn of the main loop.
     void openSettings(SettingsTab tab);
 
@@ -98,6 +102,7 @@ class AppController {
     void registerEmergencyHotKey();
     void emergencyStop();
     void runCoreFeatures(bool enabled);
+    void notify(std::string title, std::string text);
     void startCoreFeatures();
     void stopCoreFeatures();
     void updateStatusMessage();

@@ -104,12 +104,28 @@ void AppDelegate::showGuidanceWindow() {
         return;
     }
     guidanceWindow_ = userInterface_.makeGuidanceWindow(
-        platform_, appController_->permissionManager(),
+        {platform_, appController_->settingsStore(), appController_->permissionManager(),
+         lifetime_.guard([this] { beginAfterGuidance(); })},
         lifetime_.guard([this] { handleGuidanceWindowClosed(); }));
     guidanceWindow_->makeKeyAndOrderFront();
 }
 
+void AppDelegate::beginAfterGuidance() {
+    endGuidance();
+    appController_->setLumoEnabled(true);
+}
+
+// What the page would have told is told once, where nothing else shows that the program runs.
 void AppDelegate::handleGuidanceWindowClosed() {
+    auto &settings = appController_->settingsStore();
+    const bool isFirst = !settings.hasCompletedOnboarding.value();
+    endGuidance();
+    if (isFirst && settings.hasCompletedOnboarding.value() && !settings.isEnabled.value()) {
+        appController_->announceReadiness();
+    }
+}
+
+void AppDelegate::endGuidance() {
     const auto closed = std::exchange(guidanceWindow_, nullptr);
     if (isPermitted()) {
         auto &onboarding = appController_->settingsStore().hasCompletedOnboarding;

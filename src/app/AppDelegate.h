@@ -39,7 +39,9 @@ class AppDelegate {
   private:
     bool isPermitted() const;
     void awaitPermission();
+    void endGuidance();
     void handleGuidanceWindowClosed();
+    void beginAfterGuidance();
     SettingsModel settingsModel();
 
     Platform platform_;

@@ -1,6 +1,7 @@
 #include "input/ShortcutManager.h"
 
 #include "platform/MainLoop.h"
+#include "platform/ShortcutModifiers.h"
 #include "settings/SettingsStore.h"
 #include "support/Log.h"
 #include "support/Utf8.h"

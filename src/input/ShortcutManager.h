@@ -1,6 +1,5 @@
 #pragma once
 
-#include "input/KeyNames.h"
 #include "platform/HotKeyService.h"
 #include "platform/Platform.h"
 #include "support/Handle.h"

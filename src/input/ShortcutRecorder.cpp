@@ -1,7 +1,7 @@
 #include "input/ShortcutRecorder.h"
 
-#include "input/KeyNames.h"
 #include "platform/EventMonitors.h"
+#include "platform/ShortcutModifiers.h"
 
 namespace lumo {
 

@@ -8,6 +8,7 @@ class ApplicationStrips;
 class DesktopChanges;
 class EventMonitors;
 class HotKeyService;
+class Keyboard;
 class Log;
 class LoginItem;
 class MainLoop;
@@ -19,6 +20,7 @@ class UserDefaults;
 class UserNotifications;
 class WindowServer;
 class Workspace;
+struct Vocabulary;
 
 // What this desktop can do, as probed once at start.
 struct Capabilities {
@@ -44,6 +46,7 @@ struct Platform {
     ApplicationStrips &applicationStrips;
     EventMonitors &eventMonitors;
     HotKeyService &hotKeyService;
+    Keyboard &keyboard;
     Log &log;
     LoginItem &loginItem;
     Log &loginItemLog; // the system's log, for what is wrong with the login item
@@ -54,6 +57,7 @@ struct Platform {
     UpdateFramework &updateFramework;
     UserDefaults &userDefaults;
     UserNotifications &userNotifications;
+    const Vocabulary &vocabulary;
     WindowServer &windowServer;
     Workspace &workspace;
     Capabilities capabilities;

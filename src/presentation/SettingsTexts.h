@@ -26,7 +26,8 @@ inline constexpr SliderRange intensityRange{0, 1, 0.05};
 inline constexpr SliderRange transitionSpeedRange{0, 1, 0.05}; // seconds
 inline constexpr SliderRange shakeSensitivityRange{0, 1, 0.01};
 
-// The names under which the shake gesture's modifiers are stored and shown.
+// The names under which the shake gesture's modifiers are stored, in the order in which they are
+// offered.
 inline constexpr std::array<std::string_view, 5> shakeModifierNames{"None", "Shift", "Option",
                                                                     "Command", "Control"};
 

@@ -1,8 +1,10 @@
 #include "presentation/StatusMenu.h"
 
-#include "input/KeyNames.h"
+#include "platform/Keyboard.h"
 #include "platform/MainLoop.h"
+#include "platform/Vocabulary.h"
 #include "platform/Workspace.h"
+#include "presentation/Shortcuts.h"
 #include "settings/CoverLockPreset.h"
 #include "settings/SettingsStore.h"
 
@@ -27,15 +29,12 @@ std::string asciiLowercased(std::string text) {
 
 } // namespace
 
-std::string shortcutLabel(std::int64_t keyCode, std::int64_t modifiers) {
-    return displayedModifiers(modifiers) + keyCodeToString(keyCode);
-}
-
 StatusMenu::StatusMenu(const Platform &platform, SettingsStore &settings, StatusMenuActions actions)
     : platform_(platform)
     , settings_(settings)
     , actions_(std::move(actions))
-    , settingsChanges_(settings.willChange.subscribe([this] { announceChange(); })) {
+    , settingsChanges_(settings.willChange.subscribe([this] { announceChange(); }))
+    , keyNameChanges_(platform.keyboard.onNamesDidChange([this] { announceChange(); })) {
 }
 
 Handle StatusMenu::onChange(std::function<void()> observer) {
@@ -93,7 +92,7 @@ std::optional<std::string> StatusMenu::setCoverShortcutLabel() const {
     if (!settings_.coverSetShortcutEnabled.value()) {
         return std::nullopt;
     }
-    return shortcutLabel(settings_.coverSetShortcutKey.value(),
+    return shortcutLabel(platform_, settings_.coverSetShortcutKey.value(),
                          settings_.coverSetShortcutModifiers.value());
 }
 
@@ -104,10 +103,10 @@ std::string StatusMenu::chooseCoverSubtitle() const {
 
 std::string StatusMenu::shortcutSummary() const {
     return "Toggle " +
-           shortcutLabel(settings_.toggleShortcutKey.value(),
+           shortcutLabel(platform_, settings_.toggleShortcutKey.value(),
                          settings_.toggleShortcutModifiers.value()) +
            ", Peek(temp) " +
-           shortcutLabel(settings_.peekShortcutKey.value(),
+           shortcutLabel(platform_, settings_.peekShortcutKey.value(),
                          settings_.peekShortcutModifiers.value());
 }
 

@@ -94,10 +94,8 @@ class StatusMenu {
     Signal<> changed_;
     bool isChangeAnnounced_ = false;
     Handle settingsChanges_;
+    Handle keyNameChanges_;
     Lifetime lifetime_;
 };
-
-// A shortcut as the recorder shows it: the modifiers' symbols and the key's name.
-std::string shortcutLabel(std::int64_t keyCode, std::int64_t modifiers);
 
 } // namespace lumo

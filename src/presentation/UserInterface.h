@@ -51,6 +51,15 @@ struct SettingsModel {
     std::function<void(const std::optional<CoverAppChoice> &)> selectCoverApp;
 };
 
+// What the page of the first start needs. All references outlive its window.
+struct GuidanceModel {
+    Platform platform;
+    SettingsStore &settings;
+    PermissionManager &permission;
+    // Turns the effect on and closes the window.
+    std::function<void()> begin;
+};
+
 // Draws what the program shows besides the overlays, with some toolkit. Main thread only.
 class UserInterface {
   public:
@@ -64,10 +73,8 @@ class UserInterface {
     virtual std::unique_ptr<InterfaceWindow>
     makeSettingsWindow(const SettingsModel &model, std::function<void()> onWillClose) = 0;
 
-    // The guidance view is given the permission manager, which outlives it.
     virtual std::unique_ptr<InterfaceWindow>
-    makeGuidanceWindow(const Platform &platform, PermissionManager &permissionManager,
-                       std::function<void()> onWillClose) = 0;
+    makeGuidanceWindow(const GuidanceModel &model, std::function<void()> onWillClose) = 0;
 
     // Tells the user something, with a button to dismiss it.
     virtual void showMessage(const std::string &title, const std::string &text) = 0;

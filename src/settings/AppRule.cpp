@@ -13,64 +13,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-struct Preset {
-    std::string_view bundleID;
-    std::string_view displayName;
-};
-
-constexpr std::array whitelistPresets = std::to_array<Preset>({
-    {"com.apple.Safari", "Safari"},
-    {"com.google.Chrome", "Chrome"},
-    {"com.google.Chrome.canary", "Chrome Canary"},
-    {"com.brave.Browser", "Brave"},
-    {"org.mozilla.firefox", "Firefox"},
-    {"com.microsoft.edgemac", "Edge"},
-    {"com.apple.iChat", "Messages"},
-    {"com.apple.FaceTime", "FaceTime"},
-    {"us.zoom.xos", "Zoom"},
-    {"com.microsoft.teams", "Teams"},
-    {"com.google.hangouts", "Hangouts"},
-    {"com.slack.slack", "Slack"},
-    {"com.hnc.Discord", "Discord"},
-    {"com.apple.dt.Xcode", "Xcode"},
-    {"com.jetbrains.intellij", "IntelliJ IDEA"},
-    {"com.jetbrains.pycharm", "PyCharm"},
-    {"com.jetbrains.WebStorm", "WebStorm"},
-    {"com.microsoft.VSCode", "VS Code"},
-    {"com.github.GitHubClient", "GitHub Desktop"},
-    {"com.sublimetext.4", "Sublime Text"},
-    {"com.adobe.Photoshop", "Photoshop"},
-    {"com.adobe.illustrator", "Illustrator"},
-    {"com.figma.Desktop", "Figma"},
-    {"com.bohemiancoding.sketch3", "Sketch"},
-    {"com.apple.iWork.Pages", "Pages"},
-    {"com.microsoft.Word", "Word"},
-    {"com.culturedcode.ThingsMac", "Things 3"},
-    {"com.omnigroup.OmniFocus3.MacAppStore", "OmniFocus"},
-    {"com.apple.Music", "Music"},
-    {"com.spotify.client", "Spotify"},
-});
-
-constexpr std::array blacklistPresets = std::to_array<Preset>({
-    {"com.apple.finder", "Finder"},
-    {"com.apple.dock", "Dock"},
-    {"com.apple.systempreferences", "System Settings"},
-    {"com.apple.controlcenter", "Control Center"},
-    {"com.apple.iMovieApp", "iMovie"},
-    {"com.apple.FinalCut", "Final Cut Pro"},
-});
-
-template <std::size_t count>
-std::vector<AppRule> makeRules(const std::array<Preset, count> &presets) {
-    std::vector<AppRule> rules;
-    rules.reserve(count);
-    for (const auto &preset : presets) {
-        rules.push_back(
-            {makeUUID(), std::string(preset.bundleID), std::string(preset.displayName), true});
-    }
-    return rules;
-}
-
 Json toJson(const AppRule &rule) {
     return {{"id", rule.id},
             {"bundleID", rule.bundleID},
@@ -118,13 +60,13 @@ Json decode(const Bytes &text) {
 
 } // namespace
 
-const std::vector<AppRule> &AppRule::presetWhitelist() {
-    static const auto rules = makeRules(whitelistPresets);
-    return rules;
-}
-
-const std::vector<AppRule> &AppRule::presetBlacklist() {
-    static const auto rules = makeRules(blacklistPresets);
+std::vector<AppRule> makeRules(const std::vector<PresetRule> &presets) {
+    std::vector<AppRule> rules;
+    rules.reserve(presets.size());
+    for (const auto &preset : presets) {
+        rules.push_back(
+            {makeUUID(), std::string(preset.bundleID), std::string(preset.displayName), true});
+    }
     return rules;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Vocabulary.h"
 #include "support/Value.h"
 
 #include <cstddef>
@@ -19,12 +20,10 @@ struct AppRule {
     bool isEnabled = true;
 
     bool operator==(const AppRule &) const = default;
-
-    // The lists that apply while none is stored. Made on first use; within one run the identifiers
-    // stay the same.
-    static const std::vector<AppRule> &presetWhitelist();
-    static const std::vector<AppRule> &presetBlacklist();
 };
+
+// Rules for these applications, switched on, with identifiers of their own.
+std::vector<AppRule> makeRules(const std::vector<PresetRule> &presets);
 
 // A random UUID as 36 characters, letters in upper case.
 std::string makeUUID();

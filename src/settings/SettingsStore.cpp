@@ -6,10 +6,11 @@
 
 namespace lumo {
 
-SettingsStore::SettingsStore(UserDefaults &userDefaults)
-    : userDefaults_(userDefaults) {
+SettingsStore::SettingsStore(const Platform &platform)
+    : userDefaults_(platform.userDefaults)
+    , vocabulary_(platform.vocabulary) {
     replaceOldPeekShortcut();
-    changesByOthers_ = userDefaults.onChangeByOthers(
+    changesByOthers_ = userDefaults_.onChangeByOthers(
         [this](const std::vector<std::string> &keys) { reload(keys); });
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Platform.h"
 #include "settings/AppRule.h"
 #include "settings/EffectMode.h"
 #include "settings/MultiScreenMode.h"
@@ -23,12 +24,12 @@ class UserDefaults;
 class SettingsStore {
     // What the properties below need while they are made, hence first.
     UserDefaults &userDefaults_;
+    const Vocabulary &vocabulary_;
     std::vector<AnySetting *> settings_;
 
   public:
-    // Loads every setting, and follows what others change. The user defaults must outlive the
-    // store.
-    explicit SettingsStore(UserDefaults &userDefaults);
+    // Loads every setting, and follows what others change.
+    explicit SettingsStore(const Platform &platform);
     SettingsStore(const SettingsStore &) = delete;
     SettingsStore &operator=(const SettingsStore &) = delete;
 
@@ -55,8 +56,8 @@ class SettingsStore {
     Setting<bool> mouseShakeToggleEnabled{*this, "mouseShakeToggleEnabled", true};
 
     // The rule lists, and which of them is in force. Stored and edited only.
-    Setting<std::vector<AppRule>> whitelist{*this, "whitelist", AppRule::presetWhitelist()};
-    Setting<std::vector<AppRule>> blacklist{*this, "blacklist", AppRule::presetBlacklist()};
+    Setting<std::vector<AppRule>> whitelist{*this, "whitelist", makeRules(vocabulary_.whitelist)};
+    Setting<std::vector<AppRule>> blacklist{*this, "blacklist", makeRules(vocabulary_.blacklist)};
     Setting<bool> useWhitelistMode{*this, "useWhitelistMode", false};
 
     Setting<bool> privacyCoverEnabled{*this, "privacyCoverEnabled", false};

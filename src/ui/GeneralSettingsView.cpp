@@ -1,5 +1,6 @@
 #include "ui/GeneralSettingsView.h"
 
+#include "platform/Vocabulary.h"
 #include "ui/Labels.h"
 #include "ui/SettingControls.h"
 #include "ui/Theme.h"
@@ -10,8 +11,9 @@ GeneralSettingsView::GeneralSettingsView(const SettingsModel &model)
     : SettingsPage(title(SettingsTab::general))
     , bindings_(model.settings, model.platform.mainLoop) {
     auto &settings = model.settings;
+    const auto &words = model.platform.vocabulary;
     auto *start = addCard();
-    start->addRow(makeToggleRow("Launch at login", settings.launchAtLogin, bindings_));
+    start->addRow(makeToggleRow(words.launchAtLogin, settings.launchAtLogin, bindings_));
     start->addRow(makeToggleRow("Pause in fullscreen apps", settings.pauseInFullscreen, bindings_));
     addCard()->addRow(makeSliderRow("Peek Duration", settings.peekDuration, bindings_,
                                     peekDurationRange, secondsText));
@@ -19,7 +21,7 @@ GeneralSettingsView::GeneralSettingsView(const SettingsModel &model)
     auto *footer = new QWidget;
     auto *lines = new QVBoxLayout(footer);
     lines->setSpacing(spacing::tight);
-    for (const auto *line : {"Version " LUMO_VERSION, "Focus and privacy for your Mac"}) {
+    for (const auto line : {std::string_view("Version " LUMO_VERSION), words.tagLine}) {
         auto *label = makeLabel(line, TextStyle::caption, role::secondaryText);
         label->setAlignment(Qt::AlignCenter);
         lines->addWidget(label);

@@ -1,33 +1,29 @@
 #pragma once
 
-#include "platform/Platform.h"
-#include "support/Published.h"
+#include "platform/Vocabulary.h"
+#include "presentation/UserInterface.h"
+#include "support/Handle.h"
 
 #include <QWidget>
-#include <string_view>
+#include <utility>
+#include <vector>
 
 class QLabel;
+class QVBoxLayout;
 
 namespace lumo {
 
 class Button;
-class PermissionManager;
+class Card;
 
-// A permission that the program needs, and what for.
-struct PermissionRow {
-    std::string_view icon; // a symbol's name
-    std::string_view title;
-    std::string_view description;
-};
-
-// Explains the one permission that the program needs, and lets the user check it again. Never
-// closes its window.
+// The page of the first start, in the desktop's own words: what the program does, the one
+// permission that it needs, which the user can check again, and a button to begin. Never closes its
+// window by itself.
 class GuidedAccessView final : public QWidget {
   public:
     static constexpr QSize contentSize{400, 480};
 
-    // The manager outlives the view.
-    GuidedAccessView(const Platform &platform, PermissionManager &permissionManager);
+    explicit GuidedAccessView(GuidanceModel model);
 
     // While checking, the button for it shows progress in place of its symbol.
     void setChecking(bool isChecking);
@@ -36,14 +32,23 @@ class GuidedAccessView final : public QWidget {
     void paintEvent(QPaintEvent *event) override;
 
   private:
-    void openSystemSettings();
+    void addHeader(QVBoxLayout &column);
+    void addLines(QVBoxLayout &column);
+    void addPermission(QVBoxLayout &column);
+    void addButtons(QVBoxLayout &column);
+    void showShortcuts();
     void showState(bool isGranted);
+    void openSystemSettings();
 
-    Platform platform_;
-    PermissionManager &permissionManager_;
-    Button *recheck_;
+    GuidanceModel model_;
+    const FirstStartWords &words_;
+    std::vector<std::pair<QLabel *, std::string_view>> texts_; // with shortcuts
+    Card *permission_ = nullptr;
+    Button *checkAgain_;
+    Button *begin_ = nullptr; // null where there is none
     QLabel *state_;
-    Subscription permission_;
+    Subscription permissionChanges_;
+    Handle keyNameChanges_;
 };
 
 } // namespace lumo

@@ -32,6 +32,17 @@ void paintIcon(QPainter &painter) {
 
 } // namespace
 
+void paintProgramIcon(QPainter &painter, const QRectF &square) {
+    constexpr double margin = 100;
+    const double scale = square.width() / (side - 2 * margin);
+    painter.save();
+    painter.translate(square.topLeft());
+    painter.scale(scale, scale);
+    painter.translate(-margin, -margin);
+    paintIcon(painter);
+    painter.restore();
+}
+
 QIcon programIcon() {
     QIcon icon;
     for (const int size : {16, 32, 64}) {

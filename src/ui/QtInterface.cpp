@@ -251,11 +251,10 @@ QtInterface::makeSettingsWindow(const SettingsModel &model, std::function<void()
 }
 
 std::unique_ptr<InterfaceWindow>
-QtInterface::makeGuidanceWindow(const Platform &platform, PermissionManager &permissionManager,
-                                std::function<void()> onWillClose) {
+QtInterface::makeGuidanceWindow(const GuidanceModel &model, std::function<void()> onWillClose) {
     startToolkit();
-    return makeWindow("Lumo", new GuidedAccessView(platform, permissionManager),
-                      HostedWindowKind::guidance, std::move(onWillClose));
+    return makeWindow("Lumo", new GuidedAccessView(model), HostedWindowKind::guidance,
+                      std::move(onWillClose));
 }
 
 void QtInterface::showMessage(const std::string &title, const std::string &text) {

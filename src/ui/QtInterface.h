@@ -50,8 +50,7 @@ class QtInterface final : public UserInterface {
     std::unique_ptr<Popover> makePopover(StatusMenu &menu) override;
     std::unique_ptr<InterfaceWindow> makeSettingsWindow(const SettingsModel &model,
                                                         std::function<void()> onWillClose) override;
-    std::unique_ptr<InterfaceWindow> makeGuidanceWindow(const Platform &platform,
-                                                        PermissionManager &permissionManager,
+    std::unique_ptr<InterfaceWindow> makeGuidanceWindow(const GuidanceModel &model,
                                                         std::function<void()> onWillClose) override;
     void showMessage(const std::string &title, const std::string &text) override;
 

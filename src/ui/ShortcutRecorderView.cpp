@@ -1,6 +1,7 @@
 #include "ui/ShortcutRecorderView.h"
 
-#include "presentation/StatusMenu.h"
+#include "platform/Keyboard.h"
+#include "presentation/Shortcuts.h"
 #include "ui/Button.h"
 #include "ui/Symbols.h"
 #include "ui/Text.h"
@@ -19,7 +20,8 @@ constexpr int leastWidth = 120;
 ShortcutRecorderView::ShortcutRecorderView(const Platform &platform, std::string_view name,
                                            Setting<std::int64_t> &keyCode,
                                            Setting<std::int64_t> &modifiers)
-    : name_(toQString(name))
+    : platform_(platform)
+    , name_(toQString(name))
     , button_(new Button({}))
     , cancel_(new Button("Cancel", Button::Kind::borderless))
     , recorder_(platform, keyCode, modifiers) {
@@ -44,6 +46,7 @@ ShortcutRecorderView::ShortcutRecorderView(const Platform &platform, std::string
     });
     recording_ = recorder_.isRecording.subscribe(
         [this](const bool &isRecording) { showState(isRecording); });
+    keyNameChanges_ = platform.keyboard.onNamesDidChange([this] { showShortcut(); });
 }
 
 void ShortcutRecorderView::showState(bool isRecording) {
@@ -55,7 +58,7 @@ void ShortcutRecorderView::showState(bool isRecording) {
 }
 
 void ShortcutRecorderView::showShortcut() {
-    const auto label = toQString(shortcutLabel(shownKeyCode_, shownModifiers_));
+    const auto label = toQString(shortcutLabel(platform_, shownKeyCode_, shownModifiers_));
     button_->setText(isRecording_ ? QStringLiteral("Press keys...") : label);
     button_->setAccessibleName(name_ + QStringLiteral(": ") + button_->text());
 }

@@ -23,6 +23,7 @@ class ShortcutRecorderView final : public QWidget {
     void showState(bool isRecording);
     void showShortcut();
 
+    Platform platform_;
     QString name_;
     std::int64_t shownKeyCode_ = 0;
     std::int64_t shownModifiers_ = 0;
@@ -33,6 +34,7 @@ class ShortcutRecorderView final : public QWidget {
     Subscription keyCodeChanges_;
     Subscription modifierChanges_;
     Subscription recording_;
+    Handle keyNameChanges_;
 };
 
 } // namespace lumo

@@ -1,7 +1,9 @@
 #include "ui/ShortcutsSettingsView.h"
 
 #include "input/ShortcutManager.h"
+#include "platform/Vocabulary.h"
 #include "presentation/SettingsTexts.h"
+#include "presentation/Shortcuts.h"
 #include "ui/Button.h"
 #include "ui/Labels.h"
 #include "ui/Picker.h"
@@ -47,16 +49,22 @@ SettingsRow *makeShortcutRow(const ShortcutRow &row, const SettingsModel &model,
 }
 
 SettingsRow *makeModifierRow(std::string_view title, Setting<std::string> &setting,
-                             Bindings &bindings) {
+                             Bindings &bindings, const Vocabulary &vocabulary) {
     auto *picker = new Picker(title);
-    const std::vector<std::string> names(shakeModifierNames.begin(), shakeModifierNames.end());
-    bindings.follow<std::string>(setting, [picker, names](const std::string &name) {
+    std::vector<std::string> names;
+    std::ranges::transform(
+        shakeModifierNames, std::back_inserter(names),
+        [&vocabulary](std::string_view stored) { return modifierName(vocabulary, stored); });
+    bindings.follow<std::string>(setting, [picker, names](const std::string &stored) {
         // What is none of these matches always, as "None" does.
-        const auto found = std::ranges::find(names, name);
-        picker->setChoices(names,
-                           found == names.end() ? 0 : static_cast<int>(found - names.begin()));
+        const auto *found = std::ranges::find(shakeModifierNames, stored);
+        picker->setChoices(names, found == shakeModifierNames.end()
+                                      ? 0
+                                      : static_cast<int>(found - shakeModifierNames.begin()));
     });
-    picker->onChosen = [&setting, names](std::size_t index) { setting.set(names.at(index)); };
+    picker->onChosen = [&setting](std::size_t index) {
+        setting.set(std::string(shakeModifierNames.at(index)));
+    };
     return new SettingsRow(title, {}, picker);
 }
 
@@ -67,6 +75,7 @@ ShortcutsSettingsView::ShortcutsSettingsView(const SettingsModel &model)
     , shortcuts_(model.shortcuts)
     , bindings_(model.settings, model.platform.mainLoop) {
     auto &settings = model.settings;
+    const auto &words = model.platform.vocabulary;
     auto *keys = addCard();
     for (const auto &row :
          {ShortcutRow{ShortcutEvent::toggle, "Enable Toggle Shortcut",
@@ -87,9 +96,10 @@ ShortcutsSettingsView::ShortcutsSettingsView(const SettingsModel &model)
     shake->addRow(
         makeToggleRow("Shake Action: Toggle", settings.shakeToggleActionEnabled, bindings_));
     shake->addRow(
-        makeModifierRow("Shake Toggle Modifier", settings.shakeToggleModifier, bindings_));
+        makeModifierRow("Shake Toggle Modifier", settings.shakeToggleModifier, bindings_, words));
     shake->addRow(makeToggleRow("Shake Action: Peek", settings.shakeToReveal, bindings_));
-    shake->addRow(makeModifierRow("Shake Peek Modifier", settings.shakePeekModifier, bindings_));
+    shake->addRow(
+        makeModifierRow("Shake Peek Modifier", settings.shakePeekModifier, bindings_, words));
     shake->addRow(makeSliderRow("Shake Sensitivity", settings.shakeSensitivity, bindings_,
                                 shakeSensitivityRange, percentText));
 
@@ -97,11 +107,13 @@ ShortcutsSettingsView::ShortcutsSettingsView(const SettingsModel &model)
     auto *lines = new QVBoxLayout(help);
     lines->setContentsMargins(0, 0, 0, 0);
     lines->setSpacing(spacing::small);
-    for (const auto *line :
-         {"Click a shortcut field, then press the key combination you want to use.",
-          "Command, Option, Control, and Shift combinations are supported.",
-          "Set Cover shortcut uses current frontmost app and enables Privacy Cover.",
-          "Peek only reveals temporarily; use Toggle to turn Lumo on or off."}) {
+    for (const std::string_view line :
+         {std::string_view(
+              "Click a shortcut field, then press the key combination you want to use."),
+          words.modifiersExplained,
+          std::string_view(
+              "Set Cover shortcut uses current frontmost app and enables Privacy Cover."),
+          std::string_view("Peek only reveals temporarily; use Toggle to turn Lumo on or off.")}) {
         lines->addWidget(makeNote(line));
     }
     add(help);

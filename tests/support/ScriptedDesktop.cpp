@@ -1,5 +1,8 @@
 #include "ScriptedDesktop.h"
 
+#include "platform/macos/logic/AnsiKeyboard.h"
+#include "platform/macos/logic/MacVocabulary.h"
+
 #include <algorithm>
 #include <ranges>
 #include <stdexcept>
@@ -98,7 +101,8 @@ class ScriptedDesktop::AccessibleWindow final : public AccessibilityWindow {
 };
 
 ScriptedDesktop::ScriptedDesktop(double startTime)
-    : mainLoop(startTime)
+    : vocabulary(macos::vocabulary())
+    , mainLoop(startTime)
     , log_([this](std::string_view line) { logLines.emplace_back(line); }) {
     own_ = {nextProcess_++, "app.lumo.Lumo", "Lumo", ActivationPolicy::accessory};
     applications_.push_back(own_);
@@ -112,6 +116,7 @@ Platform ScriptedDesktop::platform() {
             .applicationStrips = *this,
             .eventMonitors = *this,
             .hotKeyService = *this,
+            .keyboard = *this,
             .log = log_,
             .loginItem = *this,
             .loginItemLog = log_,
@@ -122,6 +127,7 @@ Platform ScriptedDesktop::platform() {
             .updateFramework = *this,
             .userDefaults = *this,
             .userNotifications = *this,
+            .vocabulary = vocabulary,
             .windowServer = *this,
             .workspace = *this,
             .capabilities = capabilities,
@@ -492,6 +498,16 @@ void ScriptedDesktop::add(const UserNotification &notification,
     }
     mainLoop.post(
         [completion = std::move(completion), error = notificationError] { completion(error); });
+}
+
+std::string ScriptedDesktop::keyName(std::int64_t keyCode) const {
+    const auto renamed = keyNames_.find(keyCode);
+    return renamed != keyNames_.end() ? renamed->second : macos::AnsiKeyboard().keyName(keyCode);
+}
+
+void ScriptedDesktop::changeKeyNames(std::map<std::int64_t, std::string> names) {
+    keyNames_ = std::move(names);
+    keyNamesChanged_.emit();
 }
 
 Handle ScriptedDesktop::installEventHandler(std::function<void(const HotKeyEvent &)> handler) {

@@ -7,6 +7,7 @@
 #include "platform/DesktopChanges.h"
 #include "platform/EventMonitors.h"
 #include "platform/HotKeyService.h"
+#include "platform/Keyboard.h"
 #include "platform/LoginItem.h"
 #include "platform/OverlayWindows.h"
 #include "platform/Platform.h"
@@ -15,6 +16,7 @@
 #include "platform/UpdateFramework.h"
 #include "platform/UserDefaults.h"
 #include "platform/UserNotifications.h"
+#include "platform/Vocabulary.h"
 #include "platform/WindowServer.h"
 #include "platform/Workspace.h"
 #include "support/Log.h"
@@ -65,6 +67,7 @@ class ScriptedDesktop final : private WindowServer,
                               private DesktopChanges,
                               private EventMonitors,
                               private HotKeyService,
+                              private Keyboard,
                               private UserDefaults,
                               private UserNotifications {
   public:
@@ -81,6 +84,7 @@ class ScriptedDesktop final : private WindowServer,
 
     Capabilities capabilities{true};
     bool announcesChanges = false; // all of them, see DesktopChanges
+    Vocabulary vocabulary;         // at first the Mac's
     ScriptedMainLoop mainLoop;
     std::vector<std::string> logLines;
 
@@ -182,6 +186,9 @@ class ScriptedDesktop final : private WindowServer,
         HotKeyID id;
     };
     const std::vector<HotKey> &hotKeys() const { return hotKeys_; }
+
+    // The user chooses a layout on which these keys are called otherwise than on the ANSI layout.
+    void changeKeyNames(std::map<std::int64_t, std::string> names);
     void pressHotKey(std::uint32_t keyCode, std::uint32_t modifiers) {
         sendHotKey(keyCode, modifiers, HotKeyEventKind::pressed);
     }
@@ -293,6 +300,11 @@ class ScriptedDesktop final : private WindowServer,
     void startUpdater() override { isUpdaterStarted = true; }
     void checkForUpdates(std::function<void(const UpdateResult &)> completion) override;
 
+    std::string keyName(std::int64_t keyCode) const override;
+    Handle onNamesDidChange(Observer observer) override {
+        return keyNamesChanged_.subscribe(std::move(observer));
+    }
+
     Handle installEventHandler(std::function<void(const HotKeyEvent &)> handler) override;
     Handle registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers, HotKeyID id,
                           std::function<void(HotKeyStatus)> outcome) override;
@@ -344,6 +356,8 @@ class ScriptedDesktop final : private WindowServer,
         std::weak_ptr<std::function<void(HotKeyStatus)>> outcome;
     };
 
+    std::map<std::int64_t, std::string> keyNames_;
+    Signal<> keyNamesChanged_;
     std::vector<HotKey> hotKeys_;
     std::vector<RefusedHotKey> refusedHotKeys_;
     Signal<HotKeyEvent> hotKeyEvents_;

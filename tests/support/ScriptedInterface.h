@@ -16,6 +16,7 @@ class ScriptedInterface final : public UserInterface {
     struct Window {
         int timesBroughtToFront = 0;
         std::function<void()> onWillClose;
+        std::function<void()> begin = {}; // of the first start's page
     };
 
     // Null before it was made, and after the program let go of it.
@@ -45,9 +46,8 @@ class ScriptedInterface final : public UserInterface {
     }
 
     std::unique_ptr<InterfaceWindow>
-    makeGuidanceWindow(const Platform &, PermissionManager &,
-                       std::function<void()> onWillClose) override {
-        guidanceWindow = std::make_shared<Window>(Window{0, std::move(onWillClose)});
+    makeGuidanceWindow(const GuidanceModel &model, std::function<void()> onWillClose) override {
+        guidanceWindow = std::make_shared<Window>(Window{0, std::move(onWillClose), model.begin});
         return std::make_unique<ScriptedWindow>(guidanceWindow);
     }
 

@@ -26,6 +26,10 @@ InterfaceStage::InterfaceStage() {
     menu = std::make_unique<StatusMenu>(desktop.platform(), settings, rows);
 }
 
+GuidanceModel InterfaceStage::guidanceModel() {
+    return {desktop.platform(), settings, permission, [this] { actions.emplace_back("begin"); }};
+}
+
 SettingsModel InterfaceStage::settingsModel() {
     return {desktop.platform(),
             settings,

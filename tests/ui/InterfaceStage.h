@@ -19,9 +19,10 @@ struct InterfaceStage {
     InterfaceStage();
 
     SettingsModel settingsModel();
+    GuidanceModel guidanceModel();
 
     ScriptedDesktop desktop;
-    SettingsStore settings{desktop.platform().userDefaults};
+    SettingsStore settings{desktop.platform()};
     ShortcutManager shortcuts{desktop.platform(), settings};
     NotificationCenter notifications;
     PermissionManager permission{desktop.platform(), notifications};

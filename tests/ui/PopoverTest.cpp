@@ -201,7 +201,7 @@ TEST(GuidedAccess, GuidanceLeadsToThePermission) {
     stage.desktop.accessibilityTrusted = false;
     stage.permission.checkPermission();
     stage.permission.isShowingGuidance.set(true);
-    GuidedAccessView view(stage.desktop.platform(), stage.permission);
+    GuidedAccessView view(stage.guidanceModel());
     test::layOut(view);
     control<QPushButton>(view, "Open System Settings").click();
     EXPECT_EQ(stage.desktop.settingsOpened, 1);

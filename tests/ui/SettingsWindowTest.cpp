@@ -280,7 +280,7 @@ TEST_F(SettingsWindowTest, TypedIdentifierBecomesAShownRule) {
     auto &rules = open(SettingsTab::rules);
     auto &list = control<QListView>(rules, "App rules");
     auto &search = control<SearchField>(rules, "Search apps...");
-    settings.whitelist.set(AppRule::presetWhitelist());
+    settings.whitelist.set(settings.whitelist.defaultValue());
     settings.useWhitelistMode.set(true);
     settle();
     struct Case {

@@ -1,8 +1,10 @@
 #include "platform/freedesktop/DesktopSettings.h"
 #include "platform/freedesktop/DotPicture.h"
+#include "platform/freedesktop/KeyNames.h"
 #include "platform/freedesktop/KeyPositions.h"
 
 #include <gmock/gmock.h>
+#include <xkbcommon/xkbcommon-keysyms.h>
 
 #include <cstdint>
 #include <map>
@@ -22,24 +24,56 @@ TEST(DesktopSettingsTest, ColoursOfEveryLength) {
     }
 }
 
-// The inverse agrees with the table, and every key of a full keyboard has its place.
+// Every key that a keyboard can have has a code, and no two have the same.
 TEST(KeyPositionsTest, SamePositionsBothWays) {
-    int keys = 0;
-    for (std::uint32_t virtualKey = 0; virtualKey < 200; ++virtualKey) {
-        if (const auto keycode = keycodeOfVirtualKey(virtualKey)) {
-            EXPECT_EQ(virtualKeyOfKeycode(*keycode), virtualKey);
-            ++keys;
-        }
+    for (std::uint32_t keycode = 9; keycode < 256; ++keycode) {
+        EXPECT_EQ(keycodeOfVirtualKey(virtualKeyOfKeycode(keycode).value()), keycode);
     }
-    EXPECT_GE(keys, 104);
+    constexpr std::uint32_t spaceOnceMore = 256 + 57;
+    EXPECT_EQ(keycodeOfVirtualKey(spaceOnceMore), std::nullopt);
+    EXPECT_EQ(keycodeOfVirtualKey(256 + 248), std::nullopt);
     EXPECT_EQ(virtualKeyOfKeycode(0), std::nullopt);
     EXPECT_EQ(virtualKeyOfKeycode(7), std::nullopt);
     EXPECT_EQ(virtualKeyOfKeycode(1000), std::nullopt);
     // Keys whose numbers are out of any order, by what Linux calls them.
     const std::map<std::uint32_t, unsigned> positions = {
-        {49, 57}, {2, 32}, {18, 2}, {23, 6}, {22, 7}, {97, 64}, {126, 103}, {76, 96}, {117, 111}};
+        {49, 57}, {2, 32},    {18, 2},  {23, 6},    {22, 7},
+        {97, 64}, {126, 103}, {76, 96}, {117, 111}, {256 + 99, 99}};
     for (const auto &[virtualKey, kernelKey] : positions) {
         EXPECT_EQ(keycodeOfVirtualKey(virtualKey), kernelKey + 8) << virtualKey;
+    }
+}
+
+TEST(KeyNamesTest, NamesThatPeopleKnow) {
+    struct Case {
+        std::uint32_t plain;
+        const char *name;
+        std::uint32_t shifted = XKB_KEY_NoSymbol;
+    };
+    for (const auto &[plain, name, shifted] : {
+             Case{XKB_KEY_a, "A", XKB_KEY_A},
+             Case{XKB_KEY_eacute, "É", XKB_KEY_2},
+             Case{XKB_KEY_Cyrillic_es, "С"},
+             Case{XKB_KEY_1, "1", XKB_KEY_exclam},
+             Case{XKB_KEY_dead_circumflex, "^"},
+             Case{XKB_KEY_space, "Space"},
+             Case{XKB_KEY_Delete, "Delete"},
+             Case{XKB_KEY_BackSpace, "Backspace"},
+             Case{XKB_KEY_Left, "Left"},
+             Case{XKB_KEY_Print, "Print", XKB_KEY_Sys_Req},
+             Case{XKB_KEY_Next, "Page Down"},
+             Case{XKB_KEY_Scroll_Lock, "Scroll Lock"},
+             Case{XKB_KEY_KP_Home, "Keypad 7", XKB_KEY_KP_7},
+             Case{XKB_KEY_KP_Page_Up, "Keypad Page Up"},
+             Case{XKB_KEY_KP_Add, "Keypad +", XKB_KEY_KP_Add},
+             Case{XKB_KEY_KP_Enter, "Keypad Enter"},
+             Case{XKB_KEY_XF86AudioPlay, "Play", XKB_KEY_XF86AudioPause},
+             Case{XKB_KEY_XF86AudioRaiseVolume, "Volume Up"},
+             Case{XKB_KEY_XF86MyComputer, "My Computer"},
+             Case{XKB_KEY_XF86Launch5, "Launch 5"},
+             Case{XKB_KEY_NoSymbol, ""},
+         }) {
+        EXPECT_EQ(keyNameOf(plain, shifted), name);
     }
 }
 

@@ -39,7 +39,7 @@ class MouseShakeTest : public testing::Test {
 
     ScriptedDesktop desktop;
     Platform platform = desktop.platform();
-    SettingsStore settings{platform.userDefaults};
+    SettingsStore settings{platform};
     MouseShakeToggleManager manager{platform, settings};
     std::vector<MouseShakeToggleManager::Action> reported;
 };

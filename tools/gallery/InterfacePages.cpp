@@ -107,7 +107,7 @@ Make guidance(bool isGranted) {
     return [isGranted](InterfaceStage &stage) {
         stage.desktop.accessibilityTrusted = isGranted;
         stage.permission.checkPermission();
-        return std::make_unique<GuidedAccessView>(stage.desktop.platform(), stage.permission);
+        return std::make_unique<GuidedAccessView>(stage.guidanceModel());
     };
 }
 

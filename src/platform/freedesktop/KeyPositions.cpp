@@ -132,12 +132,17 @@ constexpr std::array<std::pair<std::uint8_t, std::uint8_t>, 116> positions = {{
 
 static_assert(std::ranges::is_sorted(positions, {}, &std::pair<std::uint8_t, std::uint8_t>::first));
 
-constexpr std::uint8_t noKey = 0xff;
+// Keys without a position on the ANSI layout have the codes from here on, in the kernel's order:
+// Print, Pause, Menu, those for media and others.
+constexpr std::uint32_t firstOtherKey = 256;
+constexpr std::uint32_t keycodeCount = 256;
 
 // Virtual key codes by XKB key code.
-constexpr std::array<std::uint8_t, 256> virtualKeys = [] {
-    std::array<std::uint8_t, 256> keys{};
-    keys.fill(noKey);
+constexpr std::array<std::uint16_t, keycodeCount> virtualKeys = [] {
+    std::array<std::uint16_t, keycodeCount> keys{};
+    for (unsigned keycode = firstKeycode; keycode < keycodeCount; ++keycode) {
+        keys[keycode] = static_cast<std::uint16_t>(firstOtherKey + keycode - firstKeycode);
+    }
     for (const auto &[virtualKey, kernelKey] : positions) {
         keys[kernelKey + firstKeycode] = virtualKey;
     }
@@ -147,6 +152,12 @@ constexpr std::array<std::uint8_t, 256> virtualKeys = [] {
 } // namespace
 
 std::optional<std::uint8_t> keycodeOfVirtualKey(std::uint32_t virtualKeyCode) {
+    if (virtualKeyCode >= firstOtherKey) {
+        const auto keycode = virtualKeyCode - firstOtherKey + firstKeycode;
+        return virtualKeyOfKeycode(keycode) == virtualKeyCode
+                   ? std::optional(static_cast<std::uint8_t>(keycode))
+                   : std::nullopt;
+    }
     const auto *found =
         std::ranges::lower_bound(positions, virtualKeyCode, {}, [](const auto &position) {
             return std::uint32_t{position.first};
@@ -158,7 +169,7 @@ std::optional<std::uint8_t> keycodeOfVirtualKey(std::uint32_t virtualKeyCode) {
 }
 
 std::optional<std::uint16_t> virtualKeyOfKeycode(std::uint32_t keycode) {
-    if (keycode >= virtualKeys.size() || virtualKeys[keycode] == noKey) {
+    if (keycode <= firstKeycode || keycode >= virtualKeys.size()) {
         return std::nullopt;
     }
     return virtualKeys[keycode];

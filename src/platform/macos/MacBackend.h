@@ -18,6 +18,7 @@
 #include "platform/macos/MacViewHost.h"
 #include "platform/macos/MacWindowServer.h"
 #include "platform/macos/MacWorkspace.h"
+#include "platform/macos/logic/AnsiKeyboard.h"
 #include "support/Log.h"
 
 namespace lumo::macos {
@@ -50,6 +51,7 @@ class MacBackend {
     MacOverlayWindows overlayWindows_;
     MacEventMonitors eventMonitors_;
     MacHotKeys hotKeys_;
+    AnsiKeyboard keyboard_;
     MacUserNotifications userNotifications_;
     MacLoginItem loginItem_;
     Log loginItemLog_;

@@ -3,6 +3,7 @@
 #import "platform/macos/LayerRenderer.h"
 #import "platform/macos/OverrideChecks.h"
 #import "platform/macos/UnifiedLog.h"
+#include "platform/macos/logic/MacVocabulary.h"
 
 namespace lumo::macos {
 
@@ -26,6 +27,7 @@ Platform MacBackend::platform() {
             .applicationStrips = applicationStrips_,
             .eventMonitors = eventMonitors_,
             .hotKeyService = hotKeys_,
+            .keyboard = keyboard_,
             .log = log_,
             .loginItem = loginItem_,
             .loginItemLog = loginItemLog_,
@@ -36,6 +38,7 @@ Platform MacBackend::platform() {
             .updateFramework = updateFramework_,
             .userDefaults = userDefaults_,
             .userNotifications = userNotifications_,
+            .vocabulary = vocabulary(),
             .windowServer = windowServer_,
             .workspace = workspace_,
             .capabilities = {.liveBackdrop = hasBackdropLayers(),

@@ -1,5 +1,6 @@
 #include "platform/x11/X11Backend.h"
 
+#include "platform/freedesktop/DesktopVocabulary.h"
 #include "platform/freedesktop/GlibMainLoop.h"
 #include "platform/freedesktop/SystemUpdates.h"
 #include "platform/x11/server/Connection.h"
@@ -48,6 +49,7 @@ Platform X11Backend::platform() {
             .applicationStrips = applicationStrips_,
             .eventMonitors = input_.eventMonitors(),
             .hotKeyService = input_.hotKeys(),
+            .keyboard = input_.keyboard(),
             .log = log_,
             .loginItem = loginItem_,
             .loginItemLog = loginItemLog_,
@@ -58,6 +60,7 @@ Platform X11Backend::platform() {
             .updateFramework = *updates_,
             .userDefaults = userDefaults_,
             .userNotifications = userNotifications_,
+            .vocabulary = freedesktop::vocabulary(),
             .windowServer = windowServer_,
             .workspace = workspace_,
             .capabilities = {.liveBackdrop = overlayWindows_.canDrawBackdrops(),

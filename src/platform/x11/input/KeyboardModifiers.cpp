@@ -45,6 +45,10 @@ Handle KeyboardModifiers::onChange(std::function<void()> observer) {
     return changes_.subscribe(std::move(observer));
 }
 
+Handle KeyboardModifiers::onKeymapChange(std::function<void()> observer) {
+    return keymapChanges_.subscribe(std::move(observer));
+}
+
 void KeyboardModifiers::requestReads() {
     if (reads_.begin() == 0) {
         return;
@@ -80,6 +84,7 @@ void KeyboardModifiers::apply(const xcb_get_keyboard_mapping_reply_t *symbols) {
     if (std::exchange(bits_, bits) != bits) {
         changes_.emit();
     }
+    keymapChanges_.emit();
 }
 
 } // namespace lumo::x11

@@ -32,6 +32,11 @@ class KeyboardModifiers {
     // Calls the observer after the bits have changed.
     Handle onChange(std::function<void()> observer);
 
+    const Keymap &keymap() const { return keymap_; }
+
+    // Calls the observer after the keymap was read anew, which may be the same.
+    Handle onKeymapChange(std::function<void()> observer);
+
   private:
     void requestReads();
     void apply(const xcb_get_keyboard_mapping_reply_t *symbols);
@@ -42,6 +47,7 @@ class KeyboardModifiers {
     Keymap keymap_;
     ModifierBits bits_;
     Signal<> changes_;
+    Signal<> keymapChanges_;
     std::array<Handle, 3> events_;
     Handle batches_;
 };

@@ -13,6 +13,7 @@ X11Input::X11Input(Connection &connection, WindowMirror &mirror, const X11Screen
                    const Log &log)
     : isActive_(std::move(isActive))
     , modifiers_(connection)
+    , keyboard_(connection, modifiers_)
     , monitors_(mainLoop, connection, modifiers_, screens,
                 [this](const InputEvent &motion) {
                     if (InputRouter::motion(focus()) == InputRecipient::globalMonitors) {

@@ -5,6 +5,7 @@
 #include "platform/x11/input/OwnInput.h"
 #include "platform/x11/input/X11EventMonitors.h"
 #include "platform/x11/input/X11HotKeys.h"
+#include "platform/x11/input/X11Keyboard.h"
 #include "support/Handle.h"
 
 #include <xcb/xcb.h>
@@ -39,6 +40,7 @@ class X11Input {
              std::function<bool()> isActive, freedesktop::GlibMainLoop &mainLoop, const Log &log);
 
     const KeyboardModifiers &modifiers() const { return modifiers_; }
+    X11Keyboard &keyboard() { return keyboard_; }
     X11EventMonitors &eventMonitors() { return monitors_; }
     const X11EventMonitors &eventMonitors() const { return monitors_; }
     X11HotKeys &hotKeys() { return hotKeys_; }
@@ -58,6 +60,7 @@ class X11Input {
 
     std::function<bool()> isActive_;
     KeyboardModifiers modifiers_;
+    X11Keyboard keyboard_;
     std::optional<OwnInput> ownInput_; // absent without the input extension
     X11EventMonitors monitors_;
     X11HotKeys hotKeys_;

@@ -1,11 +1,11 @@
-#include "input/KeyNames.h"
+#include "platform/macos/logic/AnsiKeyboard.h"
 
 #include <algorithm>
 #include <array>
 #include <string_view>
 #include <utility>
 
-namespace lumo {
+namespace lumo::macos {
 
 namespace {
 
@@ -20,29 +20,16 @@ constexpr std::array<std::pair<std::int64_t, std::string_view>, 43> keyNames = {
     {122, "F1"},
 }};
 
-constexpr std::array<std::pair<std::int64_t, std::string_view>, 4> modifierSymbols = {{
-    {shortcutModifier::command, "\u2318"},
-    {shortcutModifier::option, "\u2325"},
-    {shortcutModifier::control, "\u2303"},
-    {shortcutModifier::shift, "\u21E7"},
-}};
-
 } // namespace
 
-std::string keyCodeToString(std::int64_t keyCode) {
+std::string AnsiKeyboard::keyName(std::int64_t keyCode) const {
     const auto *name =
         std::ranges::find(keyNames, keyCode, [](const auto &key) { return key.first; });
     return name != keyNames.end() ? std::string(name->second) : "Key" + std::to_string(keyCode);
 }
 
-std::string displayedModifiers(std::int64_t modifiers) {
-    std::string text;
-    for (const auto &[bit, symbol] : modifierSymbols) {
-        if ((modifiers & bit) != 0) {
-            text += symbol;
-        }
-    }
-    return text;
+Handle AnsiKeyboard::onNamesDidChange(std::function<void()> /*observer*/) {
+    return {};
 }
 
-} // namespace lumo
+} // namespace lumo::macos

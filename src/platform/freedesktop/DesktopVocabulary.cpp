@@ -1,0 +1,99 @@
+#include "platform/freedesktop/DesktopVocabulary.h"
+
+#include "platform/ShortcutModifiers.h"
+
+namespace lumo::freedesktop {
+
+namespace {
+
+FirstStartWords firstStart() {
+    FirstStartWords words;
+    words.lines = {
+        {"rectangle.on.rectangle", "The window you work in stays clear",
+         "All else recedes. {toggle} turns Lumo on and off."},
+        {"circle.fill", "Right-click the dot in your panel",
+         "It shows whether Lumo is on, and opens its menu."},
+        {"hand.raised.fill", "Ctrl+Alt+Super+{D} stops it all",
+         "The emergency stop, whatever is in front."},
+    };
+    words.begin = "Turn Lumo On";
+    words.permission = {"exclamationmark.triangle.fill", "No window manager answers",
+                        "Lumo learns from it which window you work in. Start one, then check "
+                        "again."};
+    words.checkAgain = "Check Again";
+    words.readyTitle = "Lumo is ready";
+    words.readyText = "Right-click the dot in your panel, or press {toggle} to turn Lumo on.";
+    return words;
+}
+
+// By the identifiers of desktop entries.
+std::vector<PresetRule> whitelist() {
+    return {
+        {"org.gnome.Epiphany", "Web"},
+        {"google-chrome", "Chrome"},
+        {"chromium", "Chromium"},
+        {"brave-browser", "Brave"},
+        {"firefox-esr", "Firefox"},
+        {"microsoft-edge", "Edge"},
+        {"im.dino.Dino", "Dino"},
+        {"jami", "Jami"},
+        {"Zoom", "Zoom"},
+        {"teams-for-linux", "Teams"},
+        {"signal-desktop", "Signal"},
+        {"slack", "Slack"},
+        {"discord", "Discord"},
+        {"org.gnome.Builder", "Builder"},
+        {"jetbrains-idea", "IntelliJ IDEA"},
+        {"jetbrains-pycharm", "PyCharm"},
+        {"jetbrains-webstorm", "WebStorm"},
+        {"code", "VS Code"},
+        {"github-desktop", "GitHub Desktop"},
+        {"sublime_text", "Sublime Text"},
+        {"gimp", "GIMP"},
+        {"org.inkscape.Inkscape", "Inkscape"},
+        {"scribus", "Scribus"},
+        {"org.kde.krita", "Krita"},
+        {"libreoffice-startcenter", "LibreOffice"},
+        {"libreoffice-writer", "Writer"},
+        {"org.gnome.Notes", "Notes"},
+        {"org.kde.korganizer", "KOrganizer"},
+        {"org.gnome.Rhythmbox3", "Rhythmbox"},
+        {"spotify", "Spotify"},
+    };
+}
+
+std::vector<PresetRule> blacklist() {
+    return {
+        {"org.gnome.Nautilus", "Files"},    {"org.kde.plasmashell", "Plasma Panel"},
+        {"org.gnome.Settings", "Settings"}, {"systemsettings", "System Settings"},
+        {"org.kde.kdenlive", "Kdenlive"},   {"org.shotcut.Shotcut", "Shotcut"},
+    };
+}
+
+Vocabulary makeVocabulary() {
+    Vocabulary words;
+    words.tagLine = "Focus and privacy for your desktop";
+    words.launchAtLogin = "Start at login";
+    words.modifiers = {
+        {shortcutModifier::command, "Command", "Super", "Super"},
+        {shortcutModifier::control, "Control", "Ctrl", "Ctrl"},
+        {shortcutModifier::option, "Option", "Alt", "Alt"},
+        {shortcutModifier::shift, "Shift", "Shift", "Shift"},
+    };
+    words.keySeparator = "+";
+    words.modifiersExplained = "Ctrl, Alt, Shift, and Super combinations are supported.";
+    words.needsModifier = "Hold Ctrl, Alt, Shift, or Super while you press a key.";
+    words.firstStart = firstStart();
+    words.whitelist = whitelist();
+    words.blacklist = blacklist();
+    return words;
+}
+
+} // namespace
+
+const Vocabulary &vocabulary() {
+    static const Vocabulary words = makeVocabulary();
+    return words;
+}
+
+} // namespace lumo::freedesktop
