@@ -1,6 +1,7 @@
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
 #include "platform/freedesktop/GlibMainLoop.h"
+#include "platform/freedesktop/MemoryTrim.h"
 #include "platform/freedesktop/PortalAppearance.h"
 #include "platform/posix/LineOutput.h"
 #include "platform/x11/X11Backend.h"
@@ -45,6 +46,7 @@ int runDelegate(lumo::freedesktop::GlibMainLoop &loop, lumo::x11::Connection &co
              [&backend](auto observer) {
                  return backend.input().eventMonitors().addButtonMonitor(std::move(observer));
              },
+         .noteUnused = lumo::freedesktop::trimMemory,
          .appearance = &appearance});
     lumo::AppDelegate delegate(platform, userInterface);
     delegate.applicationDidFinishLaunching();

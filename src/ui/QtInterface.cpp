@@ -21,14 +21,23 @@
 #include <QApplication>
 #include <QCursor>
 #include <QLocale>
+#include <QPixmapCache>
 #include <QPlatformSurfaceEvent>
 #include <QScreen>
 #include <QWindow>
+#include <algorithm>
 #include <array>
 #include <clocale>
 #include <utility>
 
 namespace lumo {
+
+namespace {
+
+// Seconds after which what was closed is not opened again at once.
+constexpr double unusedDelay = 2;
+
+} // namespace
 
 // The toolkit from its start to its end.
 class QtInterface::Toolkit final : public QObject, private QAbstractNativeEventFilter {
@@ -197,6 +206,7 @@ QtInterface::~QtInterface() {
 }
 
 void QtInterface::startToolkit() {
+    unused_.reset();
     if (!toolkit_) {
         toolkit_ = std::make_unique<Toolkit>(
             hooks_, platform_.workspace.ownApplication().bundleIdentifier.value_or(""));
@@ -211,7 +221,16 @@ void QtInterface::discard(std::unique_ptr<QWidget> window) {
         // What the toolkit itself wants deleted later waits for a loop of its own, which never
         // runs.
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        noteWhenUnused();
     }));
+}
+
+void QtInterface::noteWhenUnused() {
+    if (hooks_.noteUnused &&
+        std::ranges::none_of(QApplication::topLevelWidgets(), &QWidget::isVisible)) {
+        QPixmapCache::clear();
+        unused_ = platform_.mainLoop.after(unusedDelay, hooks_.noteUnused);
+    }
 }
 
 std::unique_ptr<Popover> QtInterface::makePopover(StatusMenu &menu) {

@@ -32,6 +32,8 @@ struct ToolkitHooks {
     // 1 left, 2 middle, 3 right, more for wheels and others. Empty handles where the backend can't
     // report them.
     std::function<Handle(std::function<void(unsigned button, bool isDown)>)> watchButtons = {};
+    // Is called some time after the last of what the toolkit showed has gone.
+    std::function<void()> noteUnused = {};
     Appearance *appearance = nullptr; // outlives the interface
     // Draws what is around the popover's and the windows' views; outlives the interface.
     ViewHost *viewHost = nullptr;
@@ -66,11 +68,13 @@ class QtInterface final : public UserInterface {
 
     // Hides the window now and destroys it in a later turn: it may be what calls.
     void discard(std::unique_ptr<QWidget> window);
+    void noteWhenUnused();
 
     Platform platform_;
     ToolkitHooks hooks_;
     std::unique_ptr<Toolkit> toolkit_; // null until something is shown
     std::vector<std::unique_ptr<QWidget>> discarded_;
+    Handle unused_; // until that is noted
     std::unique_ptr<InterfaceWindow> message_;
     Lifetime lifetime_;
 };

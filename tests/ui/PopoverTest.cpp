@@ -22,6 +22,7 @@
 #include <clocale>
 #include <cmath>
 #include <memory>
+#include <utility>
 
 namespace lumo {
 namespace {
@@ -287,6 +288,21 @@ TEST(QtInterface, WindowsComeAndGoWithinTheirCallbacks) {
         EXPECT_EQ(closings, round + 1);
         EXPECT_EQ(windows(), before);
     }
+
+    const auto notesSoon = [&] {
+        windows();
+        loop.advance(5);
+        return std::exchange(running.unusedNotes, 0);
+    };
+    EXPECT_EQ(notesSoon(), 0) << "the message is still shown";
+    QApplication::closeAllWindows();
+    EXPECT_EQ(notesSoon(), 1);
+    auto next = running.interface.makePopover(*running.stage.menu);
+    next->show({});
+    next->close();
+    windows();
+    next->show({});
+    EXPECT_EQ(notesSoon(), 0) << "opened again at once";
 }
 
 } // namespace

@@ -42,8 +42,12 @@ class RunningInterface {
 
     InterfaceStage stage;
     ScriptedAppearance appearance;
+    int unusedNotes = 0;
     QtInterface interface {
-        stage.desktop.platform(), { .windowSystem = "offscreen", .appearance = &appearance }
+        stage.desktop.platform(), {
+            .windowSystem = "offscreen", .noteUnused = [this] { ++unusedNotes; },
+            .appearance = &appearance
+        }
     };
 
   private:
