@@ -9,9 +9,9 @@
 #include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <functional>
 #include <stdexcept>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace lumo::desktop {
@@ -27,10 +27,17 @@ class Somebody : public ShellDesktop {
                "a tray");
     }
 
-    void usePopover() {
-        expect(openPopover(), "the popover");
+    // Seconds from the click on the dot until the popover is shown.
+    double usePopover() {
+        const double start = now();
+        session.click(dot(), 3);
+        expect(session.eventually([&] { return isPopoverShown(); }), "the popover");
+        const double taken = now() - start;
+        expect(session.eventually([&] { return session.isKeyboardGrabbed(); }), "its keyboard");
+        expect(session.eventually([&] { return !session.isPointerGrabbed(); }), "the click's end");
         session.press({Key::escape});
         expect(popoverCloses(), "the popover's end");
+        return taken;
     }
 
     void useSettings() {
@@ -66,6 +73,14 @@ void measureStart(Somebody &user) {
                 milliseconds.back());
 }
 
+// Longer than the program takes to give back what it does not use.
+void rest() {
+    const double end = now() + 3;
+    while (now() < end) {
+        pauseBriefly();
+    }
+}
+
 void printMemory(const ChildProcess &process, const std::string &when) {
     const MemoryUse memory = memoryUse(process.processIdentifier());
     std::printf("  %-40s %.1f MB resident, %.1f MB proportional\n", when.c_str(),
@@ -76,16 +91,38 @@ void measureRounds(Somebody &user) {
     user.start();
     user.session.stillPicture();
     printMemory(user.lumo->process(), "nothing shown yet");
-    for (const auto &[what, use] : {std::pair{"popover", &Somebody::usePopover},
-                                    std::pair{"settings", &Somebody::useSettings}}) {
+    const auto measure = [&](const std::string &what, const std::function<void()> &use) {
         for (int round = 1; round <= 200; ++round) {
-            (user.*use)();
+            use();
             if (round == 1 || round == 20 || round == 100 || round == 200) {
-                printMemory(user.lumo->process(),
-                            std::string(what) + " closed, round " + std::to_string(round));
+                rest();
+                printMemory(user.lumo->process(), what + " closed, round " + std::to_string(round));
             }
         }
+    };
+    measure("popover", [&] { user.usePopover(); });
+    measure("settings", [&] { user.useSettings(); });
+    user.stop();
+}
+
+void measureOpening(Somebody &user) {
+    user.start();
+    user.session.stillPicture();
+    std::printf("  click to popover: the first %.0f ms", user.usePopover() * 1000);
+    for (const bool rests : {false, true}) {
+        std::vector<double> milliseconds;
+        for (int run = 0; run < 11; ++run) {
+            if (rests) {
+                rest();
+            }
+            milliseconds.push_back(user.usePopover() * 1000);
+        }
+        std::ranges::sort(milliseconds);
+        std::printf(", %s median %.0f ms, slowest of 11 %.0f ms",
+                    rests ? "after some seconds" : "soon again", milliseconds[5],
+                    milliseconds.back());
     }
+    std::printf("\n");
     user.stop();
 }
 
@@ -122,6 +159,7 @@ int main() {
     try {
         lumo::desktop::Somebody user;
         lumo::desktop::measureStart(user);
+        lumo::desktop::measureOpening(user);
         lumo::desktop::measureRounds(user);
         lumo::desktop::measureEverythingOn(user);
         return 0;
