@@ -110,28 +110,51 @@ void measureFrames(x11::Connection &connection, int width, int height, double in
     }
 }
 
+// What ten seconds cost the program that draws and the X server; the step is done again and again.
+void measureSeconds(PrivateDesktop &desktop, const std::string &name, ChildProcess &drawing,
+                    const std::function<void()> &step) {
+    const double start = now();
+    const double own = cpuSeconds(drawing.processIdentifier());
+    const double server = cpuSeconds(desktop.server().processIdentifier());
+    while (now() - start < 10) {
+        step();
+    }
+    std::printf("  %-50s %.2f s + X server %.2f s CPU in 10 s\n", name.c_str(),
+                cpuSeconds(drawing.processIdentifier()) - own,
+                cpuSeconds(desktop.server().processIdentifier()) - server);
+}
+
 // A window animates 30 times a second beneath something that draws over the whole display.
 void measureAnimation(PrivateDesktop &desktop, SampleApplication &application,
                       const std::string &name, ChildProcess &drawing) {
     application.animate(0, true);
     desktop.session().eventually([] { return false; }, Seconds(1));
-    const double start = now();
-    const double own = cpuSeconds(drawing.processIdentifier());
-    const double server = cpuSeconds(desktop.server().processIdentifier());
-    while (now() - start < 10) {
-        pauseBriefly();
-    }
-    std::printf("  %-50s %.2f s + X server %.2f s CPU in 10 s\n", name.c_str(),
-                cpuSeconds(drawing.processIdentifier()) - own,
-                cpuSeconds(desktop.server().processIdentifier()) - server);
+    measureSeconds(desktop, name, drawing, [] { pauseBriefly(); });
     application.animate(0, false);
+}
+
+// A window is moved 100 times a second there.
+void measureMoves(PrivateDesktop &desktop, SampleApplication &application, const std::string &name,
+                  ChildProcess &drawing) {
+    double next = now();
+    int position = 0;
+    measureSeconds(desktop, name + ", a window moving", drawing, [&] {
+        position = (position + 5) % 600;
+        desktop.session().move(application.window(0), 400 + position, 300 + position / 2);
+        xcb_flush(desktop.session().connection());
+        for (next += 0.01; now() < next;) {
+            pauseBriefly();
+        }
+    });
 }
 
 void measureLumo(PrivateDesktop &desktop, SampleApplication &application, const std::string &mode) {
     LumoProcess lumo(desktop, shownEffect(mode, 0.6));
     lumo.waitForOverlays();
     desktop.session().stillPicture();
-    measureAnimation(desktop, application, "Lumo, " + mode + " 0.6, with grain", lumo.process());
+    const auto name = "Lumo, " + mode + " 0.6, with grain";
+    measureAnimation(desktop, application, name, lumo.process());
+    measureMoves(desktop, application, name, lumo.process());
     lumo.stop();
 }
 
@@ -144,6 +167,7 @@ void measurePeer(PrivateDesktop &desktop, SampleApplication &application,
     session.eventually([&] { return session.selectionOwner("_NET_WM_CM_S0") != XCB_NONE; });
     session.stillPicture();
     measureAnimation(desktop, application, "picom, " + name + ", no grain", *picom);
+    measureMoves(desktop, application, "picom, " + name + ", no grain", *picom);
 }
 
 void measureBesidePeer() {
@@ -188,7 +212,7 @@ void measure() {
             measureFrames(*connection, width, height, intensity);
         }
     }
-    std::printf("a 400x300 window animating at 30 Hz beneath, 1920x1080\n");
+    std::printf("a 400x300 window beneath animating at 30 Hz or moving at 100 Hz, 1920x1080\n");
     measureBesidePeer();
 }
 

@@ -65,9 +65,28 @@ class BlurChanges : public testing::Test, protected OverlayDesktop {
                            {static_cast<std::uint32_t>(opacity * 0xffffffff)});
     }
 
+    void recolour(xcb_window_t window, std::uint32_t colour) {
+        xcb_change_window_attributes(session.connection(), window, XCB_CW_BACK_PIXEL, &colour);
+        xcb_clear_area(session.connection(), 0, window, 0, 0, 0, 0);
+        session.stacking(); // the server has done it
+    }
+
+    void shape(xcb_window_t window, const xcb_rectangle_t &part) {
+        xcb_shape_rectangles(session.connection(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING,
+                             XCB_CLIP_ORDERING_UNSORTED, window, 0, 0, 1, &part);
+        xcb_flush(session.connection());
+    }
+
+    void commitIntensity(double intensity) {
+        tree_ =
+            EffectLook{.effectMode = "softBlur", .intensity = intensity, .liveBackdrop = true}.tree(
+                width, height, 1);
+        overlay_->commit(tree_);
+    }
+
     // Whether the blur comes to be that of the scene.
-    testing::AssertionResult comesToShow(const Picture &scene) {
-        const Picture expected = reference::render(scene, tree_, 1);
+    testing::AssertionResult comesToShow(const Picture &scene, double alpha = 1) {
+        const Picture expected = blend(scene, reference::render(scene, tree_, 1), alpha);
         double ratio = 0;
         const bool isRight = eventually([&] {
             ratio = peakSignalToNoiseRatio(session.picture(), expected, wholeArea());
@@ -77,15 +96,23 @@ class BlurChanges : public testing::Test, protected OverlayDesktop {
                << ratio << " dB";
     }
 
-    static void fill(Picture &picture, const Area &area, Colour colour, double opacity = 1) {
-        const auto mixed = [opacity](std::uint8_t below, std::uint8_t above) {
-            return static_cast<std::uint8_t>(std::lround(below + (above - below) * opacity));
+    static Colour mix(const Colour &below, const Colour &above, double opacity) {
+        const auto mixed = [opacity](std::uint8_t from, std::uint8_t to) {
+            return static_cast<std::uint8_t>(std::lround(from + (to - from) * opacity));
         };
+        return {mixed(below.red, above.red), mixed(below.green, above.green),
+                mixed(below.blue, above.blue)};
+    }
+
+    static Picture blend(const Picture &below, const Picture &above, double opacity) {
+        return {below.width(), below.height(),
+                [&](int x, int y) { return mix(below.at(x, y), above.at(x, y), opacity); }};
+    }
+
+    static void fill(Picture &picture, const Area &area, Colour colour, double opacity = 1) {
         for (int y = area.y; y < area.bottom(); ++y) {
             for (int x = area.x; x < area.right(); ++x) {
-                auto &at = picture.at(x, y);
-                at = {mixed(at.red, colour.red), mixed(at.green, colour.green),
-                      mixed(at.blue, colour.blue)};
+                picture.at(x, y) = mix(picture.at(x, y), colour, opacity);
             }
         }
     }
@@ -118,19 +145,50 @@ TEST_F(BlurChanges, ShapeAlphaOpacityAndPresenceBeneath) {
     open(green, 0x80008000, true);
     fill(scene, green, {0, 255, 0}, 0.5);
     const auto shaped = open({420, 260, 300, 300}, 0x000000, false);
-    const xcb_rectangle_t part{150, 0, 150, 150};
-    xcb_shape_rectangles(session.connection(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING,
-                         XCB_CLIP_ORDERING_UNSORTED, shaped, 0, 0, 1, &part);
-    xcb_flush(session.connection());
+    shape(shaped, {150, 0, 150, 150});
     fill(scene, {570, 260, 150, 150}, {0, 0, 0});
     EXPECT_TRUE(comesToShow(scene)) << "opacity, alpha and shape";
 
     setOpacity(solid, 1);
     fill(scene, red, {255, 0, 0});
+    shape(shaped, {150, 0, 150, 300});
+    fill(scene, {570, 260, 150, 300}, {0, 0, 0});
     session.activate(app.window());
     Picture restored = scene;
     restored.paste(withSample.part(sample), {sample.x, sample.y});
-    EXPECT_TRUE(comesToShow(restored)) << "opaque again, and restored";
+    EXPECT_TRUE(comesToShow(restored)) << "opaque again, another shape, and restored";
+    overlay_->setAlphaValue(0.5);
+    EXPECT_TRUE(comesToShow(restored, 0.5)) << "half of it";
+}
+
+// The server does what the overlay asks for only after the next change.
+TEST_F(BlurChanges, ChangesWhileAPictureIsDrawn) {
+    Picture scene = session.stillPicture();
+    const Area left{40, 40, 300, 500};
+    const Area right{440, 40, 300, 500};
+    const auto first = open(left, 0xff0000, false);
+    const auto second = open(right, 0xff0000, false);
+    overlay_->setLevel(1);
+    overlay_->orderFront();
+    fill(scene, left, {255, 0, 0});
+    fill(scene, right, {255, 0, 0});
+    EXPECT_TRUE(comesToShow(scene));
+    const auto meanwhile = [&](const std::function<void()> &cause,
+                               const std::function<void()> &change) {
+        xcb_grab_server(session.connection());
+        cause();
+        EXPECT_TRUE(eventually([&] { return bytesOfTurn() > 0; }));
+        change();
+        xcb_ungrab_server(session.connection());
+        xcb_flush(session.connection());
+    };
+
+    meanwhile([&] { recolour(first, 0x0000ff); }, [&] { recolour(second, 0x0000ff); });
+    fill(scene, left, {0, 0, 255});
+    fill(scene, right, {0, 0, 255});
+    EXPECT_TRUE(comesToShow(scene)) << "beneath";
+    meanwhile([&] { commitIntensity(0.3); }, [&] { commitIntensity(1); });
+    EXPECT_TRUE(comesToShow(scene)) << "of the appearance";
 }
 
 // The time from a window's drawing to that of the overlay above it; and silence when nothing moves.
@@ -176,9 +234,7 @@ TEST_F(BlurChanges, DrawnWithinTwoRefreshesAndNothingElse) {
     EXPECT_EQ(draws, 0);
 
     // A change of the appearance alone is drawn once.
-    tree_ = EffectLook{.effectMode = "softBlur", .intensity = 1, .liveBackdrop = true}.tree(
-        width, height, 1);
-    overlay_->commit(tree_);
+    commitIntensity(1);
     EXPECT_TRUE(eventually([&] { return draws > 0; }));
     settle();
     EXPECT_EQ(draws, 1);

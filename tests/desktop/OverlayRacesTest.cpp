@@ -196,6 +196,15 @@ TEST_F(OverlayRaces, CompositingManagersComeAndGo) {
     EXPECT_TRUE(eventually([&] { return !overlays->isCompositing(); }));
     settle();
     EXPECT_EQ(differenceFromFresh(), "");
+
+    desktop.startCompositor(Compositor::picomXrender);
+    EXPECT_TRUE(eventually([&] { return overlays->isCompositing(); }));
+    overlay_->commit(tree(frame()));
+    settle();
+    desktop.stopCompositor();
+    EXPECT_TRUE(eventually([&] { return !overlays->isCompositing(); }));
+    EXPECT_EQ(lastingDifference(*overlay_, wholeArea(), [&] { overlay_->orderFront(); }), "")
+        << "plain layers that a compositing manager blended";
     EXPECT_EQ(lines, std::vector<std::string>());
 }
 
