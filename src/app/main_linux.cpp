@@ -1,5 +1,6 @@
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
+#include "app/main_wayland.h"
 #include "platform/freedesktop/GlibMainLoop.h"
 #include "platform/freedesktop/MemoryTrim.h"
 #include "platform/freedesktop/PortalAppearance.h"
@@ -67,9 +68,13 @@ int main(int argumentCount, char **arguments) {
     std::signal(SIGPIPE, SIG_IGN); // what reads the log may end first
     auto log = lumo::posix::standardOutputLog();
     lumo::freedesktop::GlibMainLoop loop;
+    if (const auto status = lumo::runOnWayland(loop, log)) {
+        return *status;
+    }
     const auto connection = lumo::x11::Connection::open(nullptr);
     if (!connection) {
-        log.print("[Lumo] no X server answers: set DISPLAY to the display that Lumo is to run on");
+        log.print("[Lumo] no display answers: set WAYLAND_DISPLAY, or DISPLAY for an X server, to "
+                  "the one that Lumo is to run on");
         return 1;
     }
     if (const auto problem = lumo::x11::missingRequirement(*connection)) {

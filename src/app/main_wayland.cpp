@@ -1,0 +1,66 @@
+#include "app/main_wayland.h"
+
+#include "app/AppDelegate.h"
+#include "platform/freedesktop/GlibMainLoop.h"
+#include "platform/freedesktop/PortalAppearance.h"
+#include "platform/wayland/Compositors.h"
+#include "platform/wayland/WaylandBackend.h"
+#include "platform/wayland/client/Connection.h"
+#include "platform/wayland/windows/Compositor.h"
+#include "support/Log.h"
+#include "ui/QtInterface.h"
+
+#include <csignal>
+#include <cstdlib>
+
+namespace lumo {
+
+namespace {
+
+// Runs the program until it is quit, or a signal or the loss of the compositor ends it; gives the
+// exit status.
+int runDelegate(freedesktop::GlibMainLoop &loop, wayland::Connection &connection,
+                wayland::Compositor &compositor, wayland::WaylandBackend &backend) {
+    const auto platform = backend.platform();
+    bool isLost = false;
+    const auto lose = [&] {
+        if (!isLost) {
+            isLost = true;
+            platform.log.print("[Lumo] the connection to the compositor was lost");
+        }
+        loop.quit(1);
+    };
+    const auto connectionWatch = connection.run(loop, lose);
+    const auto compositorWatch = compositor.onLost(lose);
+    const auto interrupt = loop.onUnixSignal(SIGINT, [&] { loop.quit(0); });
+    const auto terminate = loop.onUnixSignal(SIGTERM, [&] { loop.quit(0); });
+    const auto hangUp = loop.onUnixSignal(SIGHUP, [&] { loop.quit(0); });
+    freedesktop::PortalAppearance appearance(backend.sessionBus());
+    QtInterface userInterface(platform, {.windowSystem = "wayland",
+                                         .blendsWindows = [] { return true; },
+                                         .appearance = &appearance});
+    AppDelegate delegate(platform, userInterface);
+    delegate.applicationDidFinishLaunching();
+    return loop.run();
+}
+
+} // namespace
+
+std::optional<int> runOnWayland(freedesktop::GlibMainLoop &loop, Log &log) {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): before there are other threads
+    if (std::getenv("WAYLAND_DISPLAY") == nullptr) {
+        return std::nullopt;
+    }
+    const auto connection = wayland::Connection::open();
+    if (!connection) {
+        return std::nullopt;
+    }
+    const auto compositor = wayland::findCompositor(*connection, loop, log);
+    if (!compositor) {
+        return 1;
+    }
+    wayland::WaylandBackend backend(*connection, *compositor, loop, log, [&loop] { loop.quit(0); });
+    return runDelegate(loop, *connection, *compositor, backend);
+}
+
+} // namespace lumo

@@ -1,0 +1,60 @@
+#include "platform/wayland/WaylandBackend.h"
+
+#include "platform/freedesktop/GlibMainLoop.h"
+#include "platform/freedesktop/SystemUpdates.h"
+#include "platform/wayland/windows/Compositor.h"
+
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace lumo::wayland {
+
+WaylandBackend::WaylandBackend(Connection &connection, Compositor &compositor,
+                               freedesktop::GlibMainLoop &mainLoop, Log &log,
+                               std::function<void()> terminate)
+    : mainLoop_(mainLoop)
+    , log_(log)
+    , compositor_(compositor)
+    , userDefaults_(freedesktop::PropertyListUserDefaults::standardFile(), mainLoop, log)
+    , screens_(connection)
+    , workspace_(compositor.windows(), log)
+    , windowServer_(compositor.windows(), screens_, workspace_)
+    , desktopChanges_(compositor.windows(), screens_, workspace_)
+    , accessibility_(compositor.windows())
+    , overlayWindows_(connection, screens_, compositor.windows(), mainLoop)
+    , userNotifications_(mainLoop)
+    , application_(workspace_, std::move(terminate))
+    , loginItem_(freedesktop::AutostartLoginItem::ofThisProgram())
+    , loginItemLog_([&log](std::string_view line) { log.print("[Lumo] " + std::string(line)); })
+    , sessionBus_(mainLoop)
+    , statusItem_(sessionBus_, screens_)
+    , updates_(freedesktop::makeSystemUpdates(mainLoop)) {
+}
+
+Platform WaylandBackend::platform() {
+    return {.accessibility = accessibility_,
+            .application = application_,
+            .applicationStrips = applicationStrips_,
+            .eventMonitors = eventMonitors_,
+            .hotKeyService = compositor_.hotKeys(),
+            .log = log_,
+            .loginItem = loginItem_,
+            .loginItemLog = loginItemLog_,
+            .mainLoop = mainLoop_,
+            .overlayWindows = overlayWindows_,
+            .screens = screens_,
+            .statusItem = statusItem_,
+            .updateFramework = *updates_,
+            .userDefaults = userDefaults_,
+            .userNotifications = userNotifications_,
+            .windowServer = windowServer_,
+            .workspace = workspace_,
+            .capabilities = {.liveBackdrop = false,
+                             .globalKeyMonitors = false,
+                             .permissionComesByItself = false,
+                             .updates = freedesktop::hasSystemUpdates},
+            .desktopChanges = &desktopChanges_};
+}
+
+} // namespace lumo::wayland

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "platform/Platform.h"
+#include "platform/UpdateFramework.h"
+#include "platform/freedesktop/AutostartLoginItem.h"
+#include "platform/freedesktop/DesktopNotifications.h"
+#include "platform/freedesktop/NoApplicationStrips.h"
+#include "platform/freedesktop/PropertyListUserDefaults.h"
+#include "platform/freedesktop/SessionBus.h"
+#include "platform/wayland/WaylandApplication.h"
+#include "platform/wayland/WaylandEventMonitors.h"
+#include "platform/wayland/WaylandStatusItem.h"
+#include "platform/wayland/client/WaylandScreens.h"
+#include "platform/wayland/overlay/WaylandOverlayWindows.h"
+#include "platform/wayland/windows/WaylandAccessibility.h"
+#include "platform/wayland/windows/WaylandDesktopChanges.h"
+#include "platform/wayland/windows/WaylandWindowServer.h"
+#include "platform/wayland/windows/WaylandWorkspace.h"
+#include "support/Log.h"
+
+#include <functional>
+#include <memory>
+
+namespace lumo::freedesktop {
+class GlibMainLoop;
+}
+
+namespace lumo::wayland {
+
+class Compositor;
+class Connection;
+
+// Every interface of the platform, on one Wayland compositor. Main thread only; making it waits for
+// the compositor.
+class WaylandBackend {
+  public:
+    // The arguments must outlive the backend. The function ends the program.
+    WaylandBackend(Connection &connection, Compositor &compositor,
+                   freedesktop::GlibMainLoop &mainLoop, Log &log, std::function<void()> terminate);
+
+    // What the program is given. Valid as long as the backend.
+    Platform platform();
+
+    WaylandEventMonitors &eventMonitors() { return eventMonitors_; }
+    freedesktop::SessionBus &sessionBus() { return sessionBus_; }
+
+  private:
+    MainLoop &mainLoop_;
+    Log &log_;
+    Compositor &compositor_;
+    freedesktop::PropertyListUserDefaults userDefaults_;
+    freedesktop::NoApplicationStrips applicationStrips_;
+    WaylandScreens screens_;
+    WaylandWorkspace workspace_;
+    WaylandWindowServer windowServer_;
+    WaylandDesktopChanges desktopChanges_;
+    WaylandAccessibility accessibility_;
+    WaylandOverlayWindows overlayWindows_;
+    WaylandEventMonitors eventMonitors_;
+    freedesktop::DesktopNotifications userNotifications_;
+    WaylandApplication application_;
+    freedesktop::AutostartLoginItem loginItem_;
+    Log loginItemLog_;
+    freedesktop::SessionBus sessionBus_;
+    WaylandStatusItem statusItem_;
+    std::unique_ptr<UpdateFramework> updates_;
+};
+
+} // namespace lumo::wayland

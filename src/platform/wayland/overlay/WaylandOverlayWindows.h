@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/OverlayWindows.h"
+#include "platform/wayland/overlay/WaylandPlatformWindow.h"
+
+#include <cstdint>
+#include <limits>
+#include <memory>
+
+namespace lumo::wayland {
+
+class Connection;
+
+// Makes overlays on a compositor and keeps what they share. Outlives its overlays.
+class WaylandOverlayWindows final : public OverlayWindows {
+  public:
+    // The connection has no missingRequirement(). All arguments outlive the object.
+    WaylandOverlayWindows(const Connection &connection, WaylandScreens &screens,
+                          WindowSource &source, MainLoop &mainLoop);
+
+    std::unique_ptr<PlatformWindow> makeWindow(const Rect &frame) override;
+
+  private:
+    SurfaceFactories factories_;
+    OverlaySurroundings surroundings_;
+
+    // Overlays are in no list of windows; sources count theirs from the other end.
+    std::uint32_t nextNumber_ = std::numeric_limits<std::uint32_t>::max();
+};
+
+} // namespace lumo::wayland

@@ -1,0 +1,126 @@
+#include "platform/wayland/overlay/WaylandPlatformWindow.h"
+
+#include "platform/MainLoop.h"
+#include "platform/wayland/client/WaylandScreens.h"
+#include "platform/wayland/windows/WindowSource.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace lumo::wayland {
+
+WaylandPlatformWindow::WaylandPlatformWindow(const OverlaySurroundings &surroundings,
+                                             std::uint32_t number, const Rect &frame)
+    : surroundings_(surroundings)
+    , number_(number)
+    , frame_(frame)
+    , changes_{surroundings.source.onChange([this] { requestPush(); }),
+               surroundings.screens.onScreenParametersDidChange([this] { requestPush(); })} {
+}
+
+void WaylandPlatformWindow::setFrame(const Rect &frame) {
+    if (std::exchange(frame_, frame) != frame) {
+        requestPush();
+    }
+}
+
+void WaylandPlatformWindow::setLevel(int level) {
+    level_ = level;
+    if (order_.kind == Order::Kind::front) {
+        orderFront();
+    }
+}
+
+void WaylandPlatformWindow::setAlphaValue(double alpha) {
+    alpha = std::clamp(alpha, 0.0, 1.0);
+    if (std::exchange(alpha_, alpha) != alpha) {
+        requestPush();
+    }
+}
+
+void WaylandPlatformWindow::orderFront() {
+    setOrder({Order::Kind::front, 0, level_});
+}
+
+void WaylandPlatformWindow::orderBelow(std::uint32_t windowNumber) {
+    const auto *window = surroundings_.source.state().find(windowNumber);
+    if (window != nullptr && window->presence == DesktopWindow::Presence::shown) {
+        setOrder({Order::Kind::below, windowNumber, 0});
+    }
+}
+
+void WaylandPlatformWindow::orderOut() {
+    setOrder({});
+}
+
+void WaylandPlatformWindow::setOrder(const Order &order) {
+    if (std::exchange(order_, order) != order) {
+        requestPush();
+    }
+}
+
+std::optional<double> WaylandPlatformWindow::backingScaleFactor() const {
+    const auto *output = surroundings_.screens.outputOfFrame(frame_);
+    return output != nullptr ? std::optional(output->scale) : std::nullopt;
+}
+
+void WaylandPlatformWindow::commit(const LayerTree &tree) {
+    if (tree != tree_) {
+        tree_ = tree;
+        requestPush();
+    }
+}
+
+void WaylandPlatformWindow::requestPush() {
+    if (!std::exchange(isPushPosted_, true)) {
+        surroundings_.mainLoop.post(lifetime_.guard([this] { push(); }));
+    }
+}
+
+void WaylandPlatformWindow::push() {
+    isPushPosted_ = false;
+    const auto *output = surroundings_.screens.outputOfFrame(frame_);
+    if (order_.kind == Order::Kind::out || output == nullptr) {
+        surface_.reset();
+        layers_.reset();
+        return;
+    }
+    prepareSurface(*output);
+    auto [region, clear] =
+        overlayCutOuts(surroundings_.source.state(), *output, order_,
+                       surroundings_.source.focusRaises(), getpid(), clearWindows_);
+    clearWindows_ = std::move(clear);
+    layers_ = layersOn(*output);
+    if (layers_) {
+        region |= layers_->maskedOut();
+    }
+    surface_->show({layers_, layers_ ? region : drawing::Region()});
+}
+
+void WaylandPlatformWindow::prepareSurface(const Output &output) {
+    // One that is closed is left so: its output's own end may not be known yet.
+    if (!surface_ || surfaceOutput_ != output.global) {
+        surfaceOutput_ = output.global;
+        surface_ =
+            std::make_unique<LayerSurface>(surroundings_.factories, output.object,
+                                           surroundings_.mainLoop, [this] { requestPush(); });
+    }
+}
+
+// The same object for as long as it looks the same; null where nothing is to be seen.
+std::shared_ptr<const drawing::PlacedLayers> WaylandPlatformWindow::layersOn(const Output &output) {
+    const double alpha = alpha_ * std::clamp(tree_.viewAlpha, 0.0, 1.0);
+    if (alpha <= 0) {
+        return nullptr;
+    }
+    const auto space = pixelSpaceOf(output);
+    const Rect frame = {0, 0, frame_.width, frame_.height};
+    drawing::PlacedLayers layers = {space.pixelsOfFrame(frame), frame, space, tree_, alpha};
+    return layers_ && *layers_ == layers
+               ? layers_
+               : std::make_shared<const drawing::PlacedLayers>(std::move(layers));
+}
+
+} // namespace lumo::wayland

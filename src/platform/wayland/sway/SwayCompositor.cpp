@@ -1,0 +1,35 @@
+#include "platform/wayland/sway/SwayCompositor.h"
+
+#include "platform/freedesktop/GlibMainLoop.h"
+#include "platform/wayland/client/Connection.h"
+
+#include <utility>
+
+namespace lumo::wayland::sway {
+
+std::unique_ptr<SwayCompositor> SwayCompositor::find(const wayland::Connection &connection,
+                                                     freedesktop::GlibMainLoop &mainLoop) {
+    auto sway = SwayConnection::open(connection.compositorProcess());
+    if (!sway) {
+        return nullptr;
+    }
+    std::unique_ptr<SwayCompositor> found(
+        new SwayCompositor(connection, std::move(sway), mainLoop));
+    return found->windows_ ? std::move(found) : nullptr;
+}
+
+SwayCompositor::SwayCompositor(const wayland::Connection &connection,
+                               std::unique_ptr<SwayConnection> sway,
+                               freedesktop::GlibMainLoop &mainLoop)
+    : connection_(std::move(sway))
+    , input_(connection)
+    , windows_(SwaySource::open(*connection_, input_, mainLoop))
+    , hotKeys_(*connection_)
+    , listening_(connection_->listen(mainLoop, [this] { lost_.emit(); })) {
+}
+
+Handle SwayCompositor::onLost(std::function<void()> function) {
+    return lost_.subscribe(std::move(function));
+}
+
+} // namespace lumo::wayland::sway

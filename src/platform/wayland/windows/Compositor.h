@@ -1,0 +1,29 @@
+#pragma once
+
+#include "support/Handle.h"
+
+#include <functional>
+
+namespace lumo {
+class HotKeyService;
+}
+
+namespace lumo::wayland {
+
+class WindowSource;
+
+// What compositors of one kind have in common beyond the protocols that all of them know: who tells
+// about their windows, and how a program gets what belongs to the user's session there. Main thread
+// only.
+class Compositor {
+  public:
+    virtual ~Compositor() = default;
+
+    virtual WindowSource &windows() = 0;
+    virtual HotKeyService &hotKeys() = 0;
+
+    // Calls the function once when what is used beside the Wayland connection is lost.
+    virtual Handle onLost(std::function<void()> function) = 0;
+};
+
+} // namespace lumo::wayland
