@@ -1,5 +1,6 @@
 #include "platform/wayland/WaylandBackend.h"
 
+#include "platform/freedesktop/DesktopVocabulary.h"
 #include "platform/freedesktop/GlibMainLoop.h"
 #include "platform/freedesktop/SystemUpdates.h"
 #include "platform/wayland/windows/Compositor.h"
@@ -48,6 +49,7 @@ Platform WaylandBackend::platform() {
             .updateFramework = *updates_,
             .userDefaults = userDefaults_,
             .userNotifications = userNotifications_,
+            .vocabulary = freedesktop::vocabulary(),
             .windowServer = windowServer_,
             .workspace = workspace_,
             .capabilities = {.liveBackdrop = false,
