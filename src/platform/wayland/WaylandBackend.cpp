@@ -19,6 +19,7 @@ WaylandBackend::WaylandBackend(Connection &connection, Compositor &compositor,
     , compositor_(compositor)
     , userDefaults_(freedesktop::PropertyListUserDefaults::standardFile(), mainLoop, log)
     , screens_(connection)
+    , keyboard_(connection)
     , workspace_(compositor.windows(), log)
     , windowServer_(compositor.windows(), screens_, workspace_)
     , desktopChanges_(compositor.windows(), screens_, workspace_)
@@ -39,6 +40,7 @@ Platform WaylandBackend::platform() {
             .applicationStrips = applicationStrips_,
             .eventMonitors = eventMonitors_,
             .hotKeyService = compositor_.hotKeys(),
+            .keyboard = keyboard_,
             .log = log_,
             .loginItem = loginItem_,
             .loginItemLog = loginItemLog_,

@@ -10,6 +10,7 @@
 #include "platform/wayland/WaylandApplication.h"
 #include "platform/wayland/WaylandEventMonitors.h"
 #include "platform/wayland/WaylandStatusItem.h"
+#include "platform/wayland/client/WaylandKeyboard.h"
 #include "platform/wayland/client/WaylandScreens.h"
 #include "platform/wayland/overlay/WaylandOverlayWindows.h"
 #include "platform/wayland/windows/WaylandAccessibility.h"
@@ -51,6 +52,7 @@ class WaylandBackend {
     freedesktop::PropertyListUserDefaults userDefaults_;
     freedesktop::NoApplicationStrips applicationStrips_;
     WaylandScreens screens_;
+    WaylandKeyboard keyboard_;
     WaylandWorkspace workspace_;
     WaylandWindowServer windowServer_;
     WaylandDesktopChanges desktopChanges_;
