@@ -107,7 +107,7 @@ OverlayManager::resolveReferenceWindowForScreen(const Screen &screen, const Focu
     const WindowID chosen = choice->window->windowID;
     if (last != chosen) {
         last = chosen;
-        platform_.log.print(selectionLine(display, *choice));
+        platform_.log.printDiagnostic(selectionLine(display, *choice));
     }
     return chosen;
 }

@@ -242,8 +242,8 @@ bool OverlayManager::takeLogTurn(DisplayID displayID, double now) {
 }
 
 void OverlayManager::printOverlayState(DisplayID displayID, std::string_view message) const {
-    platform_.log.print("[Lumo][display " + std::to_string(displayID) + "] " +
-                        std::string(message));
+    platform_.log.printDiagnostic("[Lumo][display " + std::to_string(displayID) + "] " +
+                                  std::string(message));
 }
 
 } // namespace lumo

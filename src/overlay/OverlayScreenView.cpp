@@ -116,8 +116,8 @@ void OverlayScreenView::debugLog(std::string_view message) {
         return;
     }
     lastDebugLogAt_ = now;
-    platform_.log.print("[Lumo][screen " + std::to_string(screenIdx_) + "] " +
-                        std::string(message));
+    platform_.log.printDiagnostic("[Lumo][screen " + std::to_string(screenIdx_) + "] " +
+                                  std::string(message));
 }
 
 } // namespace lumo

@@ -19,12 +19,19 @@ std::size_t controlLength(std::string_view text) {
 
 } // namespace
 
-Log::Log(Sink sink)
-    : sink_(std::move(sink)) {
+Log::Log(Sink sink, Detail detail)
+    : sink_(std::move(sink))
+    , detail_(detail) {
 }
 
 void Log::print(std::string_view line) const {
     sink_(printable(line));
+}
+
+void Log::printDiagnostic(std::string_view line) const {
+    if (detail_ == Detail::withDiagnostics) {
+        print(line);
+    }
 }
 
 std::string printable(std::string_view text) {

@@ -52,10 +52,10 @@ void LineOutput::write() {
     }
 }
 
-Log standardOutputLog() {
-    return Log([output = std::make_shared<LineOutput>(STDOUT_FILENO)](std::string_view line) {
-        output->print(line);
-    });
+Log standardOutputLog(Log::Detail detail) {
+    return Log([output = std::make_shared<LineOutput>(STDOUT_FILENO)](
+                   std::string_view line) { output->print(line); },
+               detail);
 }
 
 } // namespace lumo::posix

@@ -30,6 +30,6 @@ class LineOutput {
 };
 
 // The log that writes to standard output.
-Log standardOutputLog();
+Log standardOutputLog(Log::Detail detail = Log::Detail::withDiagnostics);
 
 } // namespace lumo::posix
