@@ -71,7 +71,7 @@ void measureEvents() {
     Log log([](std::string_view) {});
     const auto connection = x11::Connection::open(desktop.displayName().c_str());
     const auto instance = x11::SingleInstance::claim(*connection);
-    x11::X11Backend backend(*connection, *instance, loop, log, [] {});
+    x11::X11Backend backend(*connection, *instance, loop, log, StartedBy::user, [] {});
     SettingsStore settings(backend.platform());
     MouseShakeToggleManager shake(backend.platform(), settings);
     int shakes = 0;

@@ -90,8 +90,7 @@ void AppController::handleShortcut(ShortcutEvent event) {
         enterPeekMode();
         break;
     case ShortcutEvent::setCoverFromFrontmost:
-        setPrivacyCoverAppFromFrontmost(true);
-        settingsStore_.privacyCoverEnabled.set(true);
+        coverFrontmost();
         break;
     }
 }

@@ -26,6 +26,7 @@
 namespace lumo {
 
 struct InputEvent;
+struct RemoteRequest;
 struct RunningApplication;
 
 // Ties the program together: owns the settings and every manager, turns the effect on and off, runs
@@ -90,6 +91,10 @@ class AppController {
     // Selects the page and calls onOpenSettings in a later turn of the main loop.
     void openSettings(SettingsTab tab);
 
+    // Does what another program asks for, but for activating, which is the delegate's. Returns why
+    // not, absent when it was done.
+    std::optional<std::string> perform(const RemoteRequest &request);
+
     // What accessibilityPermissionStatusChanged is answered with.
     void handlePermissionStatusChanged();
 
@@ -106,6 +111,8 @@ class AppController {
     void startCoreFeatures();
     void stopCoreFeatures();
     void updateStatusMessage();
+    std::optional<std::string> coverFrontmost();
+    std::optional<std::string> cover(const std::string &bundleID);
     void showCoverRuntimeHint(const std::string &text, double duration);
     const RunningApplication *resolvedCoverCandidateApplication() const;
 

@@ -2,6 +2,7 @@
 
 #include "platform/Application.h"
 #include "platform/MainLoop.h"
+#include "platform/RemoteControl.h"
 #include "platform/UserDefaults.h"
 #include "presentation/SettingsTexts.h"
 
@@ -33,6 +34,10 @@ void AppDelegate::applicationDidFinishLaunching() {
         userInterface_.showMessage("Software Update", updateResultText(result));
     });
     reopening_ = platform_.application.onReopen([this] { applicationShouldHandleReopen(); });
+    if (platform_.remoteControl != nullptr) {
+        requests_ = platform_.remoteControl->onRequest(
+            [this](const RemoteRequest &request) { return handleRequest(request); });
+    }
     if (!appController_->settingsStore().hasCompletedOnboarding.value()) {
         showGuidanceWindow();
     } else if (isPermitted()) {
@@ -74,6 +79,17 @@ void AppDelegate::applicationWillTerminate() {
 bool AppDelegate::applicationShouldHandleReopen() {
     openSettings();
     return false;
+}
+
+// A program that was started by being activated has done by that what it is to do.
+std::optional<std::string> AppDelegate::handleRequest(const RemoteRequest &request) {
+    if (request.action != RemoteAction::activate) {
+        return appController_->perform(request);
+    }
+    if (!request.hasStartedProgram) {
+        applicationShouldHandleReopen();
+    }
+    return std::nullopt;
 }
 
 SettingsModel AppDelegate::settingsModel() {

@@ -7,8 +7,12 @@
 #include "support/Lifetime.h"
 
 #include <memory>
+#include <optional>
+#include <string>
 
 namespace lumo {
+
+struct RemoteRequest;
 
 // The program from its start to its end: makes the controller, guides the user to the permission
 // when that is needed first, and opens the windows. Main thread only.
@@ -42,6 +46,7 @@ class AppDelegate {
     void endGuidance();
     void handleGuidanceWindowClosed();
     void beginAfterGuidance();
+    std::optional<std::string> handleRequest(const RemoteRequest &request);
     SettingsModel settingsModel();
 
     Platform platform_;
@@ -52,6 +57,7 @@ class AppDelegate {
     Handle permission_;
     Handle guidanceDelay_;
     Handle reopening_;
+    Handle requests_;
     Lifetime lifetime_;
 };
 

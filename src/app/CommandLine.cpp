@@ -4,9 +4,16 @@
 
 namespace lumo {
 
-std::optional<CommandLineAnswer> answerToArguments(const std::vector<std::string_view> &arguments) {
+std::variant<StartedBy, CommandLineAnswer>
+readCommandLine(const std::vector<std::string_view> &arguments) {
     if (arguments.empty()) {
-        return std::nullopt;
+        return StartedBy::user;
+    }
+    if (arguments.size() == 1 && arguments.front() == "--from-desktop") {
+        return StartedBy::desktop;
+    }
+    if (arguments.size() == 1 && arguments.front() == "--gapplication-service") {
+        return StartedBy::request;
     }
     const bool isKnown = std::ranges::all_of(arguments, [](std::string_view argument) {
         return argument == "--help" || argument == "--version";

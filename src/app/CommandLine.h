@@ -1,8 +1,10 @@
 #pragma once
 
-#include <optional>
+#include "platform/Application.h"
+
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 namespace lumo {
@@ -14,7 +16,9 @@ struct CommandLineAnswer {
     int status = 0;
 };
 
-// Absent without arguments, not counting the program's own name: then it starts.
-std::optional<CommandLineAnswer> answerToArguments(const std::vector<std::string_view> &arguments);
+// Takes the arguments without the program's own name. The program starts without any, and with the
+// one by which its desktop entry or its service file tells what has started it.
+std::variant<StartedBy, CommandLineAnswer>
+readCommandLine(const std::vector<std::string_view> &arguments);
 
 } // namespace lumo

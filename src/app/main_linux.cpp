@@ -17,6 +17,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <iostream>
+#include <variant>
 
 namespace {
 
@@ -57,16 +58,20 @@ int runDelegate(lumo::freedesktop::GlibMainLoop &loop, lumo::x11::Connection &co
 } // namespace
 
 int main(int argumentCount, char **arguments) {
-    if (const auto answer = lumo::answerToArguments(
-            {arguments + std::min(argumentCount, 1), arguments + argumentCount})) {
+    const auto start =
+        lumo::readCommandLine({arguments + std::min(argumentCount, 1), arguments + argumentCount});
+    if (const auto *answer = std::get_if<lumo::CommandLineAnswer>(&start)) {
         (answer->status == 0 ? std::cout : std::cerr) << answer->line << std::endl;
         return answer->status;
     }
+    const auto startedBy = std::get<lumo::StartedBy>(start);
     // The toolkit would have the session manager start the program anew at the next login, which
     // the user decides by the login item alone; nor does it heed when that asks it to end.
     unsetenv("SESSION_MANAGER");   // NOLINT(concurrency-mt-unsafe): before there are other threads
     std::signal(SIGPIPE, SIG_IGN); // what reads the log may end first
-    auto log = lumo::posix::standardOutputLog();
+    auto log = lumo::posix::standardOutputLog(startedBy == lumo::StartedBy::user
+                                                  ? lumo::Log::Detail::withDiagnostics
+                                                  : lumo::Log::Detail::withoutDiagnostics);
     lumo::freedesktop::GlibMainLoop loop;
     if (const auto status = lumo::runOnWayland(loop, log)) {
         return *status;
@@ -89,6 +94,7 @@ int main(int argumentCount, char **arguments) {
     for (const auto &line : lumo::x11::limitations(*connection)) {
         log.print(line);
     }
-    lumo::x11::X11Backend backend(*connection, *instance, loop, log, [&loop] { loop.quit(0); });
+    lumo::x11::X11Backend backend(*connection, *instance, loop, log, startedBy,
+                                  [&loop] { loop.quit(0); });
     return runDelegate(loop, *connection, backend);
 }

@@ -7,6 +7,10 @@
 
 namespace lumo {
 
+// What has started the program: the user, from a terminal; the desktop, from its menu or at login;
+// or a request of another program, which is delivered to it then.
+enum class StartedBy { user, desktop, request };
+
 // This program as the desktop sees it. Main thread only.
 class Application {
   public:

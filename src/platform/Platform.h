@@ -13,6 +13,7 @@ class Log;
 class LoginItem;
 class MainLoop;
 class OverlayWindows;
+class RemoteControl;
 class Screens;
 class StatusItem;
 class UpdateFramework;
@@ -62,6 +63,7 @@ struct Platform {
     Workspace &workspace;
     Capabilities capabilities;
     DesktopChanges *desktopChanges = nullptr; // null where not every change is announced
+    RemoteControl *remoteControl = nullptr;   // null where other programs can't address this one
 };
 
 } // namespace lumo

@@ -38,7 +38,8 @@ TEST_F(LumoProgram, CleanStopOnSignals) {
 }
 
 TEST_F(LumoProgram, ArgumentsAreAnsweredAndNothingStarts) {
-    const std::map<std::string, int> statuses{{"--help", 0}, {"--version", 0}, {"-h", 2}, {"", 2}};
+    const std::map<std::string, int> statuses{
+        {"--help", 0}, {"--version", 0}, {"-h", 2}, {"", 2}, {"--from-desktop=", 2}};
     for (const auto &[argument, status] : statuses) {
         const auto lumo = desktop.start({LUMO_EXECUTABLE, argument}, {{"DISPLAY", ""}});
         EXPECT_EQ(lumo->waitForExit(), status) << argument;

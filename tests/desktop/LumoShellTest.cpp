@@ -18,8 +18,10 @@
 namespace lumo::desktop {
 namespace {
 
+using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
+using testing::StartsWith;
 
 class LumoShell : public testing::Test, protected ShellDesktop {};
 
@@ -245,6 +247,33 @@ TEST_F(LumoShell, SecondStartOpensTheSettings) {
     }
     EXPECT_EQ(lumo->stop(), 0);
     close(manager);
+}
+
+// As the desktop starts it: it says only what a user should know, and scripts drive it.
+TEST_F(LumoShell, StartedByTheDesktopItIsQuietAndTakesRequests) {
+    SampleApplication other(desktop, "Other", {{.area = {60, 80, 500, 400}}});
+    writePreferences(desktop, {{"hasCompletedOnboarding", true}});
+    const auto quiet = desktop.start({LUMO_EXECUTABLE, "--from-desktop"});
+    dot();
+    const auto request = [&](const std::string &action) {
+        const auto client = desktop.start({"gapplication", "action", "app.lumo.Lumo", action});
+        return client->waitForExit() == 0;
+    };
+    EXPECT_TRUE(request("on"));
+    EXPECT_TRUE(isStored("isEnabled", "<true/>"));
+    EXPECT_TRUE(request("set-cover"));
+    EXPECT_TRUE(isStored("privacyCoverBundleID", "<string>Other</string>"));
+    const auto client = desktop.start({"gapplication", "launch", "app.lumo.Lumo"});
+    EXPECT_EQ(client->waitForExit(), 0);
+    EXPECT_TRUE(appears("Lumo Settings"));
+    EXPECT_FALSE(request("no-such-action"));
+    EXPECT_TRUE(request("emergency-stop"));
+    EXPECT_TRUE(session.eventually([&] { return !quiet->outputLines().empty(); }));
+    EXPECT_TRUE(request("quit"));
+    EXPECT_EQ(quiet->waitForExit(), 0);
+    EXPECT_THAT(quiet->outputLines(),
+                ElementsAre(StartsWith("[Lumo] Failed to send notification: ")));
+    EXPECT_THAT(quiet->errorLines(), IsEmpty());
 }
 
 TEST_F(LumoShell, StatusItemOutlivesPanelAndBus) {

@@ -131,7 +131,8 @@ Platform ScriptedDesktop::platform() {
             .windowServer = *this,
             .workspace = *this,
             .capabilities = capabilities,
-            .desktopChanges = announcesChanges ? this : nullptr};
+            .desktopChanges = announcesChanges ? this : nullptr,
+            .remoteControl = this};
 }
 
 ScriptedDesktop::DisplayID ScriptedDesktop::plugDisplay(DisplayID number, const Rect &frame,

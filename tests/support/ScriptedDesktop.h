@@ -11,6 +11,7 @@
 #include "platform/LoginItem.h"
 #include "platform/OverlayWindows.h"
 #include "platform/Platform.h"
+#include "platform/RemoteControl.h"
 #include "platform/Screens.h"
 #include "platform/StatusItem.h"
 #include "platform/UpdateFramework.h"
@@ -58,6 +59,7 @@ class ScriptedDesktop final : private WindowServer,
                               private Workspace,
                               private Screens,
                               private OverlayWindows,
+                              private RemoteControl,
                               private Accessibility,
                               private Application,
                               private LoginItem,
@@ -116,6 +118,8 @@ class ScriptedDesktop final : private WindowServer,
     int activationsOfLumo = 0;
     bool isTerminated = false;
     void startLumoAgain() { reopened_.emit(); }
+    // Another program's request; why it was not done, absent when it was.
+    std::optional<std::string> request(const RemoteRequest &request) { return perform_(request); }
 
     // What the system did about logging in; what it is to refuse.
     bool isLoginItem = false;
@@ -290,6 +294,11 @@ class ScriptedDesktop final : private WindowServer,
     void terminate() override { isTerminated = true; }
     Handle onReopen(Observer observer) override { return reopened_.subscribe(std::move(observer)); }
 
+    Handle onRequest(Perform perform) override {
+        perform_ = std::move(perform);
+        return Handle([this] { perform_ = nullptr; });
+    }
+
     std::optional<std::string> registerMainApplication() override;
     std::optional<std::string> unregisterMainApplication() override;
 
@@ -374,6 +383,7 @@ class ScriptedDesktop final : private WindowServer,
     Signal<> trustChanged_;
     Signal<> focusedWindowChanged_;
     Signal<> reopened_;
+    Perform perform_;
     Signal<std::vector<std::string>> defaultsChanged_;
     Signal<StatusItemPlace> statusItemClicked_;
     std::list<std::shared_ptr<Monitor>> monitors_;

@@ -26,7 +26,7 @@ TEST(LoginItemTest, EntryStartsExactlyTheProgram) {
     const TemporaryDirectory directory;
     const fs::path program = directory.path() / "odd \"name\"\t$HOME `x` \\ é\nend ";
     const fs::path trace = directory.path() / "started";
-    std::ofstream(program) << "#!/bin/sh\n: > " << trace << '\n';
+    std::ofstream(program) << "#!/bin/sh\necho \"$@\" > " << trace << '\n';
     fs::permissions(program, fs::perms::owner_all);
     const fs::path entry = directory.path() / "autostart" / "app.lumo.Lumo.desktop";
     AutostartLoginItem item(entry, program);
@@ -41,7 +41,12 @@ TEST(LoginItemTest, EntryStartsExactlyTheProgram) {
     EXPECT_STREQ(g_app_info_get_name(G_APP_INFO(info.get())), "Lumo");
     EXPECT_TRUE(g_app_info_launch(G_APP_INFO(info.get()), nullptr, nullptr, nullptr));
     GlibMainLoop loop;
-    EXPECT_TRUE(runUntil(loop, [&] { return fs::exists(trace); })) << "something else was started";
+    const auto arguments = [&] {
+        std::string line;
+        std::getline(std::ifstream(trace), line);
+        return line;
+    };
+    EXPECT_TRUE(runUntil(loop, [&] { return arguments() == "--from-desktop"; })) << arguments();
 
     for (const auto *off : {"Hidden=true", "X-GNOME-Autostart-enabled=false"}) {
         std::ofstream(entry) << "[Desktop Entry]\nType=Application\n" << off << '\n';

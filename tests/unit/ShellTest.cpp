@@ -4,8 +4,12 @@
 
 #include <gmock/gmock.h>
 
+#include <map>
 #include <memory>
+#include <optional>
 #include <string>
+#include <tuple>
+#include <utility>
 
 namespace lumo {
 namespace {
@@ -155,6 +159,59 @@ TEST_F(ShellTest, SettingsOpenOnTheirPage) {
     ScriptedInterface::close(interface.settingsWindow);
     desktop.startLumoAgain();
     EXPECT_EQ(interface.settingsWindowsMade, 2);
+}
+
+TEST_F(ShellTest, RequestsOfOtherPrograms) {
+    using enum RemoteAction;
+    desktop.installed = {{"org.example.Mail", "Mail"}};
+    launch();
+    const auto request = [&](RemoteAction action, std::optional<std::string> application = {},
+                             bool hasStartedProgram = false) {
+        const auto refusal = desktop.request({action, std::move(application), hasStartedProgram});
+        desktop.mainLoop.runPosted();
+        return refusal.value_or("");
+    };
+    EXPECT_EQ(request(activate, {}, true), "");
+    EXPECT_FALSE(interface.settingsWindow) << "it was started, and nothing else was asked for";
+    EXPECT_EQ(request(activate), "");
+    EXPECT_TRUE(interface.settingsWindow);
+    EXPECT_EQ(request(RemoteAction::openSettings), "");
+    EXPECT_EQ(interface.settingsWindow->timesBroughtToFront, 2);
+
+    EXPECT_EQ(request(peek), "Lumo is off");
+    for (const auto &[action, isStart, isOn] : {std::tuple{toggle, false, true},
+                                                {toggle, true, true},
+                                                {toggle, false, false},
+                                                {turnOn, false, true},
+                                                {turnOn, false, true},
+                                                {turnOff, false, false},
+                                                {toggle, true, true},
+                                                {emergencyStop, false, false},
+                                                {turnOn, false, true}}) {
+        EXPECT_EQ(request(action, {}, isStart), "");
+        EXPECT_EQ(desktop.openOverlays().size(), isOn ? 1U : 0U) << static_cast<int>(action);
+    }
+    EXPECT_EQ(desktop.notifications.size(), 1U);
+    EXPECT_EQ(request(peek), "");
+    EXPECT_TRUE(settings().isPeeking.value());
+
+    EXPECT_EQ(request(setCover, "org.example.None"), "There is no application org.example.None");
+    EXPECT_FALSE(settings().privacyCoverEnabled.value());
+    EXPECT_EQ(request(setCover), "");
+    EXPECT_TRUE(settings().privacyCoverEnabled.value());
+    for (const auto &[identifier, name] : std::map<std::string, std::string>{
+             {"org.example.Editor", "Editor"}, {"org.example.Mail", "Mail"}}) {
+        EXPECT_EQ(request(setCover, identifier), "");
+        EXPECT_EQ(settings().privacyCoverBundleID.value(), identifier);
+        EXPECT_EQ(settings().privacyCoverDisplayName.value(), name);
+    }
+    EXPECT_EQ(request(setCover, ""), "");
+    EXPECT_EQ(settings().privacyCoverBundleID.value(), std::nullopt);
+    desktop.focusApplication({});
+    EXPECT_EQ(request(setCover), "No application is in front");
+
+    EXPECT_EQ(request(quit), "");
+    EXPECT_TRUE(desktop.isTerminated);
 }
 
 TEST_F(ShellTest, LoginItemFollowsItsSetting) {

@@ -65,7 +65,7 @@ std::string entryText(const std::filesystem::path &program) {
            "\n"
            "Exec=" +
            entryValue(commandArgument(program.string())) +
-           "\n"
+           " --from-desktop\n"
            "Icon=" +
            std::string(program::identifier) +
            "\n"

@@ -11,8 +11,23 @@
 
 namespace lumo::x11 {
 
+namespace {
+
+// What tells this display from others of the session: "X1" for :1, and "X1_2" for its third screen.
+std::string nameOnBus(const Connection &connection) {
+    const auto &name = connection.displayName();
+    char *host = nullptr;
+    int display = 0;
+    xcb_parse_display(name.empty() ? nullptr : name.c_str(), &host, &display, nullptr);
+    const XcbPointer<char> owner(host);
+    const auto screen = connection.screenNumber();
+    return "X" + std::to_string(display) + (screen > 0 ? "_" + std::to_string(screen) : "");
+}
+
+} // namespace
+
 X11Backend::X11Backend(Connection &connection, SingleInstance &instance,
-                       freedesktop::GlibMainLoop &mainLoop, Log &log,
+                       freedesktop::GlibMainLoop &mainLoop, Log &log, StartedBy startedBy,
                        std::function<void()> terminate)
     : mainLoop_(mainLoop)
     , log_(log)
@@ -32,6 +47,7 @@ X11Backend::X11Backend(Connection &connection, SingleInstance &instance,
     , loginItem_(freedesktop::AutostartLoginItem::ofThisProgram())
     , loginItemLog_([&log](std::string_view line) { log.print("[Lumo] " + std::string(line)); })
     , sessionBus_(mainLoop)
+    , remoteControl_(sessionBus_, nameOnBus(connection), startedBy)
     , statusItem_(connection, overlayWindows_.formats(), sessionBus_,
                   [this] { return screens_.pointSpace(); })
     , updates_(freedesktop::makeSystemUpdates(mainLoop)) {
@@ -67,7 +83,8 @@ Platform X11Backend::platform() {
                              .globalKeyMonitors = input_.eventMonitors().canMonitorKeys(),
                              .permissionComesByItself = true,
                              .updates = freedesktop::hasSystemUpdates},
-            .desktopChanges = &desktopChanges_};
+            .desktopChanges = &desktopChanges_,
+            .remoteControl = &remoteControl_};
 }
 
 } // namespace lumo::x11

@@ -7,6 +7,7 @@
 #include "platform/freedesktop/NoApplicationStrips.h"
 #include "platform/freedesktop/PropertyListUserDefaults.h"
 #include "platform/freedesktop/SessionBus.h"
+#include "platform/freedesktop/SessionBusControl.h"
 #include "platform/x11/X11Application.h"
 #include "platform/x11/X11OverlayWindows.h"
 #include "platform/x11/X11StatusItem.h"
@@ -33,7 +34,8 @@ class X11Backend {
   public:
     // The arguments must outlive the backend. The function ends the program.
     X11Backend(Connection &connection, SingleInstance &instance,
-               freedesktop::GlibMainLoop &mainLoop, Log &log, std::function<void()> terminate);
+               freedesktop::GlibMainLoop &mainLoop, Log &log, StartedBy startedBy,
+               std::function<void()> terminate);
 
     // What the program is given. Valid as long as the backend.
     Platform platform();
@@ -70,6 +72,7 @@ class X11Backend {
     freedesktop::AutostartLoginItem loginItem_;
     Log loginItemLog_;
     freedesktop::SessionBus sessionBus_;
+    freedesktop::SessionBusControl remoteControl_;
     X11StatusItem statusItem_;
     std::unique_ptr<UpdateFramework> updates_;
 };
