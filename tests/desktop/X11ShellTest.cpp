@@ -129,7 +129,7 @@ TEST_F(StatusItemTest, RightClicksInATrayThatComesLater) {
 }
 
 // Some panels offer both and keep the right button to themselves on the bus.
-TEST_F(StatusItemTest, TrayIsPreferredOfAPanelThatOffersBoth) {
+TEST_F(StatusItemTest, TrayWithARowIsPreferredOfAPanelThatOffersBoth) {
     desktop.startSessionBus();
     const auto address = desktop.environment().at("DBUS_SESSION_BUS_ADDRESS");
     const Variable busAddress("DBUS_SESSION_BUS_ADDRESS", address);
@@ -156,26 +156,50 @@ TEST_F(StatusItemTest, TrayIsPreferredOfAPanelThatOffersBoth) {
     EXPECT_FALSE(isInTray());
 
     auto *server = session.connection();
-    const auto tray = xcb_generate_id(server);
-    xcb_create_window(server, XCB_COPY_FROM_PARENT, tray, session.root(), 0, 0, 1, 1, 0,
-                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
-    const auto selection = session.atom("_NET_SYSTEM_TRAY_S0");
-    xcb_set_selection_owner(server, tray, selection, XCB_CURRENT_TIME);
-    xcb_client_message_event_t announcement{};
-    announcement.response_type = XCB_CLIENT_MESSAGE;
-    announcement.format = 32;
-    announcement.window = session.root();
-    announcement.type = session.atom("MANAGER");
-    announcement.data.data32[1] = selection;
-    announcement.data.data32[2] = tray;
-    xcb_send_event(server, 0, session.root(), XCB_EVENT_MASK_STRUCTURE_NOTIFY,
-                   reinterpret_cast<const char *>(&announcement));
-    xcb_flush(server);
+    const auto showTray = [&](bool isRow) {
+        const auto tray = xcb_generate_id(server);
+        xcb_create_window(server, XCB_COPY_FROM_PARENT, tray, session.root(), 0, 0, 1, 1, 0,
+                          XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
+        if (isRow) {
+            const std::uint32_t horizontal = 0;
+            xcb_change_property(server, XCB_PROP_MODE_REPLACE, tray,
+                                session.atom("_NET_SYSTEM_TRAY_ORIENTATION"), XCB_ATOM_CARDINAL, 32,
+                                1, &horizontal);
+        }
+        const auto selection = session.atom("_NET_SYSTEM_TRAY_S0");
+        xcb_set_selection_owner(server, tray, selection, XCB_CURRENT_TIME);
+        xcb_client_message_event_t announcement{};
+        announcement.response_type = XCB_CLIENT_MESSAGE;
+        announcement.format = 32;
+        announcement.window = session.root();
+        announcement.type = session.atom("MANAGER");
+        announcement.data.data32[1] = selection;
+        announcement.data.data32[2] = tray;
+        xcb_send_event(server, 0, session.root(), XCB_EVENT_MASK_STRUCTURE_NOTIFY,
+                       reinterpret_cast<const char *>(&announcement));
+        xcb_flush(server);
+        return tray;
+    };
+    const auto end = [&](xcb_window_t tray) {
+        xcb_destroy_window(server, tray);
+        xcb_flush(server);
+    };
+
+    const auto copier = showTray(false);
+    EXPECT_TRUE(session.remains(
+        [&] {
+            connection->dispatch();
+            return !isInTray();
+        },
+        desktop::Seconds(0.2)))
+        << "one that only copies icons to the bus leaves their windows on the desktop";
+    end(copier);
+
+    const auto tray = showTray(true);
     EXPECT_TRUE(eventually(isInTray));
     EXPECT_TRUE(statusBecomes("Passive"));
 
-    xcb_destroy_window(server, tray);
-    xcb_flush(server);
+    end(tray);
     EXPECT_TRUE(statusBecomes("Active"));
     EXPECT_FALSE(isInTray());
 }

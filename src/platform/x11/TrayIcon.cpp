@@ -39,8 +39,9 @@ TrayIcon::TrayIcon(Connection &connection, const RenderFormats &formats, int sid
             adoptTray(message.data.data32[2]);
         }
     })) {
-    connection_.internAtoms({"_NET_SYSTEM_TRAY_VISUAL", "_NET_SYSTEM_TRAY_OPCODE", "_XEMBED_INFO",
-                             "_NET_WM_PID", "_NET_WM_NAME", "UTF8_STRING"});
+    connection_.internAtoms({"_NET_SYSTEM_TRAY_VISUAL", "_NET_SYSTEM_TRAY_ORIENTATION",
+                             "_NET_SYSTEM_TRAY_OPCODE", "_XEMBED_INFO", "_NET_WM_PID",
+                             "_NET_WM_NAME", "UTF8_STRING"});
     connection_.selectRootEvents(XCB_EVENT_MASK_STRUCTURE_NOTIFY);
     lookForTray();
 }
@@ -96,11 +97,23 @@ void TrayIcon::adoptTray(xcb_window_t tray) {
         trayEnd_ = connection_.events().on(event::destroyNotify, tray,
                                            [this](const auto &) { leaveTray(); });
         removeWindow();
-        askForProcess();
+        askWhetherItDraws();
     }
     if (!isHidden_ && !window_) {
         dock();
     }
+}
+
+// The protocol has a tray state which way its icons run.
+void TrayIcon::askWhetherItDraws() {
+    connection_.whenReplied<xcb_get_property_reply_t>(
+        xcb_get_property(connection_, 0, tray_, connection_.atom("_NET_SYSTEM_TRAY_ORIENTATION"),
+                         XCB_ATOM_CARDINAL, 0, 1),
+        lifetime_.guard([this, tray = tray_](const xcb_get_property_reply_t *reply) {
+            if (tray == tray_ && reply != nullptr && reply->value_len == 1) {
+                askForProcess();
+            }
+        }));
 }
 
 void TrayIcon::askForProcess() {

@@ -42,7 +42,9 @@ class TrayIcon {
     // Where something better shows the item.
     void setHidden(bool isHidden);
 
-    // The process that shows the tray; 0 when there is none or its process is unknown.
+    // The process whose tray draws its icons in a row; 0 when there is none or its process is
+    // unknown. A tray that states no orientation has no row: it copies the icons to the session
+    // bus, as which they are drawn, and leaves their windows somewhere on the desktop.
     std::int32_t trayProcess() const { return trayProcess_; }
 
     // Calls the observer after trayProcess() changed.
@@ -59,6 +61,7 @@ class TrayIcon {
     void leaveTray();
     void dock();
     void dock(bool isTranslucent);
+    void askWhetherItDraws();
     void askForProcess();
     void setTrayProcess(std::int32_t process);
     void makeWindow(bool isTranslucent);

@@ -21,8 +21,8 @@ class Connection;
 class RenderFormats;
 
 // The status item on the session bus where a panel listens there, in the system tray otherwise. A
-// panel that offers both is taken by its tray: that tells where the item is, and there are panels
-// on the bus that keep the right button to themselves.
+// panel that offers both is taken by its tray if that draws its icons itself: it tells where the
+// item is, and there are panels on the bus that keep the right button to themselves.
 class X11StatusItem final : public StatusItem {
   public:
     // The point space is asked for whenever one is needed. The other arguments outlive the object.
