@@ -43,31 +43,42 @@ class StatusItemTest : public testing::Test {
 
     bool eventually(const std::function<bool()> &condition) { return runUntil(loop, condition); }
 
-    // Where pixels of nearly that colour are, as their middle; absent when there are none.
+    // Where pixels of nearly that colour are along the screen's upper and lower edge, as their
+    // middle; absent when there are none, and when they lie further apart than those of one dot.
     std::optional<desktop::Spot> findDot(int red, int green, int blue) {
-        const auto picture = desktop.session().picture();
-        long x = 0;
-        long y = 0;
-        long count = 0;
-        for (int row = 0; row < picture.height(); ++row) {
-            for (int column = 0; column < picture.width(); ++column) {
-                const auto pixel = picture.at(column, row);
-                if (std::abs(pixel.red - red) + std::abs(pixel.green - green) +
-                        std::abs(pixel.blue - blue) <
-                    30) {
-                    x += column;
-                    y += row;
-                    ++count;
+        std::vector<int> columns;
+        std::vector<int> rows;
+        const auto screen = desktop.session().screenArea();
+        constexpr int depth = 48; // of a panel
+        for (const int top : {0, screen.height - depth}) {
+            const auto picture = desktop.session().picture({0, top, screen.width, depth});
+            for (int row = 0; row < depth; ++row) {
+                for (int column = 0; column < screen.width; ++column) {
+                    const auto pixel = picture.at(column, row);
+                    if (std::abs(pixel.red - red) + std::abs(pixel.green - green) +
+                            std::abs(pixel.blue - blue) <
+                        30) {
+                        columns.push_back(column);
+                        rows.push_back(top + row);
+                    }
                 }
             }
         }
-        return count < 20 ? std::nullopt
-                          : std::optional(desktop::Spot{static_cast<int>(x / count),
-                                                        static_cast<int>(y / count)});
+        if (columns.size() < 20) {
+            return std::nullopt;
+        }
+        const auto [left, right] = std::ranges::minmax(columns);
+        const auto [top, bottom] = std::ranges::minmax(rows);
+        constexpr int largest = 24;
+        return right - left > largest || bottom - top > largest
+                   ? std::nullopt
+                   : std::optional(desktop::Spot{(left + right) / 2, (top + bottom) / 2});
     }
 
     bool dotAppears(int red, int green, int blue) {
-        return eventually([&] { return (dot = findDot(red, green, blue)).has_value(); });
+        constexpr double longestStart = 30; // seconds, of a panel
+        return runUntil(
+            loop, [&] { return (dot = findDot(red, green, blue)).has_value(); }, longestStart);
     }
 
     PrivateDesktop desktop;
@@ -186,12 +197,7 @@ TEST_F(StatusItemTest, TrayWithARowIsPreferredOfAPanelThatOffersBoth) {
     };
 
     const auto copier = showTray(false);
-    EXPECT_TRUE(session.remains(
-        [&] {
-            connection->dispatch();
-            return !isInTray();
-        },
-        desktop::Seconds(0.2)))
+    EXPECT_FALSE(freedesktop::runUntil(loop, isInTray, 0.2))
         << "one that only copies icons to the bus leaves their windows on the desktop";
     end(copier);
 
@@ -203,6 +209,32 @@ TEST_F(StatusItemTest, TrayWithARowIsPreferredOfAPanelThatOffersBoth) {
     EXPECT_TRUE(statusBecomes("Active"));
     EXPECT_FALSE(isInTray());
 }
+
+class PanelTest : public StatusItemTest, public testing::WithParamInterface<std::string> {};
+
+// They have a tray, and listen on the session bus as well.
+TEST_P(PanelTest, OneDotThatOpensThePopover) {
+    desktop.startSessionBus(desktop::MessageBus::Services::ofTheSystem);
+    const Variable busAddress("DBUS_SESSION_BUS_ADDRESS",
+                              desktop.environment().at("DBUS_SESSION_BUS_ADDRESS"));
+    makeItem();
+    // LXQt's session names the latter, where its panel is told what to show.
+    const auto panel = desktop.start({GetParam()}, {{"GSETTINGS_BACKEND", "memory"},
+                                                    {"XDG_CONFIG_DIRS", "/etc/xdg:/usr/share"}});
+    ASSERT_TRUE(dotAppears(255, 0, 0)) << panel->report();
+    setDot({0, 1, 0, 1});
+    ASSERT_TRUE(dotAppears(0, 255, 0));
+    EXPECT_FALSE(freedesktop::runUntil(
+        loop, [&] { return !findDot(0, 255, 0); }, 1))
+        << "another one comes";
+    desktop.session().click(*dot, 3);
+    ASSERT_TRUE(eventually([&] { return !places.empty(); }));
+    EXPECT_EQ(places[0].pointer,
+              (Point{double(dot->x), desktop.session().screenArea().height - double(dot->y)}));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, PanelTest, testing::Values("lxqt-panel", "mate-panel", "xfce4-panel"),
+                         [](const auto &row) { return row.param.substr(0, row.param.find('-')); });
 
 } // namespace
 } // namespace lumo::x11

@@ -133,8 +133,8 @@ std::vector<std::string> PrivateDesktop::xorgCommand(const DesktopOptions &optio
             "-sharevts"};
 }
 
-void PrivateDesktop::startSessionBus() {
-    messageBus_ = std::make_unique<MessageBus>(environment_);
+void PrivateDesktop::startSessionBus(MessageBus::Services services) {
+    messageBus_ = std::make_unique<MessageBus>(environment_, services);
     environment_["DBUS_SESSION_BUS_ADDRESS"] = messageBus_->address();
 }
 

@@ -91,9 +91,9 @@ class PrivateDesktop {
     void startCompositor(Compositor compositor);
     void stopCompositor();
 
-    // Gives the programs that are started from now on a session bus, which starts no services by
-    // itself.
-    void startSessionBus();
+    // Gives the programs that are started from now on a session bus, which starts these services
+    // when they are called.
+    void startSessionBus(MessageBus::Services services = MessageBus::Services::none);
     void stopSessionBus() { messageBus_.reset(); }
 
     // Makes, changes or removes a monitor. One that takes the server's only output replaces the one
