@@ -53,15 +53,14 @@ void MotionReader::awaitMotion() {
     waiting_ = loop_.watch(xcb_get_file_descriptor(connection_), {.prepare = [] { return false; },
                                                                   .dispatch =
                                                                       [this] {
-                                                                          awaitNextReading();
+                                                                          readRegularly();
                                                                           readNow();
                                                                           return false;
                                                                       }});
 }
 
-void MotionReader::awaitNextReading() {
-    waiting_ = loop_.after(interval, [this] {
-        awaitNextReading();
+void MotionReader::readRegularly() {
+    waiting_ = loop_.every(interval, [this] {
         if (!readNow() && xcb_connection_has_error(connection_) == 0) {
             awaitMotion();
         }

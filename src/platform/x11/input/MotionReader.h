@@ -39,7 +39,7 @@ class MotionReader {
 
   private:
     void awaitMotion();
-    void awaitNextReading();
+    void readRegularly();
 
     freedesktop::GlibMainLoop &loop_;
     xcb_connection_t *connection_;
