@@ -229,7 +229,7 @@ TEST_F(HotKeysTest, KeyOfAnotherProgramIsRefused) {
         << "the masks differ in a bit that no key sets";
     catchUp();
     EXPECT_TRUE(grabKeyAsOther(49, XCB_MOD_MASK_CONTROL)) << "a grab was kept";
-    EXPECT_EQ(add(500, 0, 1).status, HotKeyStatus::invalidParameter);
+    EXPECT_EQ(add(600, 0, 1).status, HotKeyStatus::invalidParameter);
     const auto peek = add(48, commandOption, 2);
     EXPECT_EQ(peek.status, HotKeyStatus::success);
     EXPECT_FALSE(grabKeyAsOther(48, XCB_MOD_MASK_1 | superMask));
