@@ -73,6 +73,22 @@ TEST_F(LumoProgram, SleepsWhileNothingChanges) {
     EXPECT_TRUE(session.eventually([&] { return turns() > before; }));
 }
 
+TEST_F(LumoProgram, ShakeIsRecognisedHoweverOftenTheMouseReports) {
+    LumoProcess lumo(desktop, look.preferences());
+    lumo.waitForOverlays();
+    bool isOn = true;
+    for (const char *resources : {"Xft.dpi:\t96\n", "Xft.dpi:\t192\n"}) {
+        session.setText(session.root(), "RESOURCE_MANAGER", "STRING", resources);
+        for (const double rate : {60, 125, 500, 1000, 8000}) {
+            const auto isToggled = [&] { return lumo.overlays().empty() == isOn; };
+            session.shakePointer(rate);
+            EXPECT_TRUE(session.eventually(isToggled)) << rate << " Hz, " << resources;
+            isOn = !isOn;
+            session.remains([] { return true; }, Seconds(1)); // within which another is no shake
+        }
+    }
+}
+
 // OpenGL's drivers are many times the program's size. This X server has no graphics hardware.
 TEST_F(LumoProgram, DriversAreLoadedOnlyToDrawWithThem) {
     const Look blur{{"softBlur", 0.6}};

@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cmath>
 #include <optional>
 #include <ostream>
@@ -49,6 +50,10 @@ class LumoServers : public testing::TestWithParam<LesserCase>, protected TwoWind
         }
     }
 
+    static bool isHidden(const std::string &extension) {
+        return std::ranges::find(GetParam().hidden, extension) != GetParam().hidden.end();
+    }
+
     void expectRefusal(LumoProcess &lumo) {
         EXPECT_TRUE(session.eventually([&] {
             EXPECT_THAT(lumo.overlays(), IsEmpty());
@@ -86,15 +91,38 @@ class LumoServers : public testing::TestWithParam<LesserCase>, protected TwoWind
         expectShown(lumo, false);
         session.click({100, 200});
         expectShown(lumo, true);
+        if (!isHidden("XInputExtension")) {
+            expectShakeWithShiftToReveal(lumo);
+        }
         for (const bool isOn : {false, true}) {
-            session.press({Key::control, Key::space});
-            EXPECT_TRUE(session.eventually([&] { return lumo.overlays().empty() != isOn; }))
-                << lumo.process().report();
+            const auto isToggled = [&] { return lumo.overlays().empty() != isOn; };
+            session.setKey(Key::control, true);
+            session.setKey(Key::space, true);
+            EXPECT_TRUE(session.eventually(isToggled)) << lumo.process().report();
+            EXPECT_TRUE(session.remains(isToggled, Seconds(1.2))) << "a key that is held repeats";
+            session.setKey(Key::space, false);
+            session.setKey(Key::control, false);
+            session.stillPicture(); // a press right after a release is a repeat
         }
         session.press({Key::control, Key::option, Key::command, Key::d});
         EXPECT_TRUE(session.eventually([&] { return lumo.overlays().empty(); }))
             << lumo.process().report();
         EXPECT_EQ(lumo.stop(), 0);
+    }
+
+    // The modifier that is held with it counts.
+    void expectShakeWithShiftToReveal(LumoProcess &lumo) {
+        const auto areOverlaysGone = [&] { return lumo.overlays().empty(); };
+        session.setKey(Key::shift, true);
+        session.shakePointer(125);
+        session.setKey(Key::shift, false);
+        EXPECT_EQ(session.wrongUntilNone([&] {
+            return wrongAt({510, 420, 256, 100}, {0x3c, 0x64, 0xe0}, true);
+        }),
+                  "")
+            << lumo.process().report();
+        EXPECT_FALSE(areOverlaysGone());
+        expectShown(lumo, true);
     }
 
     const Look look{"dim", 0.6};

@@ -6,9 +6,11 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstdlib>
 #include <memory>
 #include <stdexcept>
+#include <thread>
 
 namespace lumo::desktop {
 
@@ -32,6 +34,8 @@ Reply<T> wait(xcb_connection_t *connection, Cookie cookie,
     }
     return reply;
 }
+
+using Clock = std::chrono::steady_clock;
 
 constexpr std::uint32_t sourcePager = 2;
 
@@ -423,6 +427,29 @@ void DesktopSession::movePointerTo(int x, int y) {
 
 void DesktopSession::movePointerBy(int dx, int dy) {
     fakeInput(XCB_MOTION_NOTIFY, 1, dx, dy);
+    sync();
+}
+
+void DesktopSession::shakePointer(double reportsPerSecond) {
+    constexpr int length = 300;       // pixels of a stroke
+    constexpr Seconds duration(0.15); // of a stroke
+    constexpr Seconds turning(0.025); // of the hand
+    constexpr std::array strokes{1, -1, 1, -1};
+    for (const int direction : strokes) {
+        const auto start = Clock::now();
+        for (int moved = 0, report = 1; moved < length; ++report) {
+            const Seconds time(report / reportsPerSecond);
+            std::this_thread::sleep_until(start +
+                                          std::chrono::duration_cast<Clock::duration>(time));
+            const int reached = std::min(length, static_cast<int>(length * (time / duration)));
+            if (reached > moved) {
+                fakeInput(XCB_MOTION_NOTIFY, 1, direction * (reached - moved), 0);
+                xcb_flush(connection_);
+            }
+            moved = reached;
+        }
+        std::this_thread::sleep_for(turning);
+    }
     sync();
 }
 

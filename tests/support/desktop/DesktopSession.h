@@ -125,6 +125,8 @@ class DesktopSession {
     // What hands do.
     void movePointerTo(int x, int y);
     void movePointerBy(int dx, int dy);
+    // To the right and the left by turns, four times, with a mouse that reports so often at most.
+    void shakePointer(double reportsPerSecond);
     void click(Spot spot, int button = 1);
     void setButton(int button, bool down);
     void press(const std::vector<Key> &chord); // down in this order, up in the opposite one

@@ -221,6 +221,20 @@ void X11EventMonitors::finishMotion() {
             .modifierFlags = modifiers_.flagsOf(keyboardState_),
             .deltaX = movement.x / scale,
             .deltaY = movement.y / scale});
+    if (!connection_.extensions().xkb) {
+        readKeyboardState();
+    }
+}
+
+void X11EventMonitors::readKeyboardState() {
+    connection_.whenReplied<xcb_query_pointer_reply_t>(
+        xcb_query_pointer(connection_, connection_.root()),
+        lifetime_.guard([this](const xcb_query_pointer_reply_t *reply) {
+            if (reply != nullptr) {
+                keyboardState_ = static_cast<std::uint8_t>(reply->mask); // without the buttons
+            }
+        }));
+    connection_.flush();
 }
 
 EventType X11EventMonitors::motionType() const {

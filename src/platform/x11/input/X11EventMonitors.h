@@ -31,7 +31,8 @@ class X11Screens;
 // selected only while it is wanted, and what came since the last reading is one event.
 //
 // Warping the pointer is no motion. A server without these extensions lets nothing be monitored
-// globally. Local monitors receive key presses only.
+// globally; without the keyboard extension alone, motion has the modifiers of the reading before.
+// Local monitors receive key presses only.
 class X11EventMonitors final : public EventMonitors {
   public:
     // Calls the function for motion, which sendToGlobal() hands on. The arguments must outlive the
@@ -74,6 +75,7 @@ class X11EventMonitors final : public EventMonitors {
     void selectEvents();
     void watchKeyboardState();
     void finishMotion();
+    void readKeyboardState();
     EventType motionType() const;
 
     Connection &connection_;

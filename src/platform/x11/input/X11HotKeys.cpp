@@ -16,7 +16,8 @@ namespace lumo::x11 {
 
 namespace {
 
-constexpr double pauseBeforeRetry = 0.5; // seconds: windows come and go in numbers
+constexpr double pauseBeforeRetry = 0.5;   // seconds: windows come and go in numbers
+constexpr double pauseBetweenLooks = 0.05; // seconds: less than between two presses of a key
 
 bool isKeyDown(const xcb_query_keymap_reply_t &keys, xcb_keycode_t keycode) {
     return (keys.keys[keycode / 8U] >> (keycode % 8U) & 1U) != 0;
@@ -122,14 +123,19 @@ Handle X11HotKeys::registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers
 void X11HotKeys::readWhetherHeld(HotKey &hotKey) {
     connection_.whenReplied<xcb_query_keymap_reply_t>(
         xcb_query_keymap(connection_),
-        hotKey.lifetime.guard([&hotKey](const xcb_query_keymap_reply_t *keys) {
+        hotKey.lifetime.guard([this, &hotKey](const xcb_query_keymap_reply_t *keys) {
             // The toolkit's connection may have told of the release before this reply was read.
-            if (hotKey.earlierPress == EarlierPress::unknown) {
-                hotKey.earlierPress = keys != nullptr && isKeyDown(*keys, hotKey.keycode)
-                                          ? EarlierPress::held
-                                          : EarlierPress::released;
+            if (hotKey.earlierPress == EarlierPress::released) {
+                return;
+            }
+            const bool isHeld = keys != nullptr && isKeyDown(*keys, hotKey.keycode);
+            hotKey.earlierPress = isHeld ? EarlierPress::held : EarlierPress::released;
+            if (isHeld) {
+                hotKey.nextLook = mainLoop_.after(pauseBetweenLooks,
+                                                  [this, &hotKey] { readWhetherHeld(hotKey); });
             }
         }));
+    connection_.flush();
 }
 
 void X11HotKeys::grab(HotKey &hotKey, std::uint16_t state) {
@@ -212,10 +218,13 @@ void X11HotKeys::grabAllAnew() {
     std::ranges::for_each(hotKeys_, [this](HotKey &hotKey) { ungrab(hotKey); });
     for (auto next = hotKeys_.begin(); next != hotKeys_.end();) {
         auto &hotKey = *next++; // the outcome may unregister it
-        if (const auto state = stateOf(hotKey.modifiers)) {
-            grab(hotKey, *state);
-        } else {
+        const auto state = stateOf(hotKey.modifiers);
+        if (!state) {
             giveUp(hotKey, HotKeyStatus::invalidParameter);
+        } else if (isHotKey(hotKey.keycode, *state)) {
+            giveUp(hotKey, HotKeyStatus::alreadyTaken);
+        } else {
+            grab(hotKey, *state);
         }
     }
 }

@@ -50,7 +50,8 @@ class X11HotKeys final : public HotKeyService {
 
     void release(xcb_keycode_t keycode);
 
-    // The user pressed a key, by a raw event, which auto-repeat does not make.
+    // The user pressed a key, by a raw event, which auto-repeat does not make. A server that sends
+    // none is asked from time to time whether a key is still held.
     void notePhysicalPress(xcb_keycode_t keycode);
 
   private:
@@ -69,6 +70,7 @@ class X11HotKeys final : public HotKeyService {
         std::size_t grabsInFlight = 0;
         bool isDown = false;
         EarlierPress earlierPress = EarlierPress::unknown;
+        Handle nextLook = {};                     // at the key, while it is held
         std::optional<Lifetime> grabReplies = {}; // of the latest grabs
         Lifetime lifetime = {};
 
