@@ -3,9 +3,11 @@
 #include "app/AppDelegate.h"
 #include "platform/freedesktop/GlibMainLoop.h"
 #include "platform/freedesktop/PortalAppearance.h"
+#include "platform/freedesktop/SessionBus.h"
 #include "platform/wayland/Compositors.h"
 #include "platform/wayland/WaylandBackend.h"
 #include "platform/wayland/client/Connection.h"
+#include "platform/wayland/client/WaylandKeyboard.h"
 #include "platform/wayland/windows/Compositor.h"
 #include "support/Log.h"
 #include "ui/QtInterface.h"
@@ -20,7 +22,8 @@ namespace {
 // Runs the program until it is quit, or a signal or the loss of the compositor ends it; gives the
 // exit status.
 int runDelegate(freedesktop::GlibMainLoop &loop, wayland::Connection &connection,
-                wayland::Compositor &compositor, wayland::WaylandBackend &backend) {
+                wayland::Compositor &compositor, freedesktop::SessionBus &sessionBus,
+                wayland::WaylandBackend &backend) {
     const auto platform = backend.platform();
     bool isLost = false;
     const auto lose = [&] {
@@ -35,7 +38,7 @@ int runDelegate(freedesktop::GlibMainLoop &loop, wayland::Connection &connection
     const auto interrupt = loop.onUnixSignal(SIGINT, [&] { loop.quit(0); });
     const auto terminate = loop.onUnixSignal(SIGTERM, [&] { loop.quit(0); });
     const auto hangUp = loop.onUnixSignal(SIGHUP, [&] { loop.quit(0); });
-    freedesktop::PortalAppearance appearance(backend.sessionBus());
+    freedesktop::PortalAppearance appearance(sessionBus);
     QtInterface userInterface(platform, {.windowSystem = "wayland",
                                          .blendsWindows = [] { return true; },
                                          .appearance = &appearance});
@@ -55,12 +58,15 @@ std::optional<int> runOnWayland(freedesktop::GlibMainLoop &loop, Log &log) {
     if (!connection) {
         return std::nullopt;
     }
-    const auto compositor = wayland::findCompositor(*connection, loop, log);
+    wayland::WaylandKeyboard keyboard(*connection);
+    freedesktop::SessionBus sessionBus(loop);
+    const auto compositor = wayland::findCompositor(*connection, keyboard, sessionBus, loop, log);
     if (!compositor) {
         return 1;
     }
-    wayland::WaylandBackend backend(*connection, *compositor, loop, log, [&loop] { loop.quit(0); });
-    return runDelegate(loop, *connection, *compositor, backend);
+    wayland::WaylandBackend backend(*connection, *compositor, keyboard, sessionBus, loop, log,
+                                    [&loop] { loop.quit(0); });
+    return runDelegate(loop, *connection, *compositor, sessionBus, backend);
 }
 
 } // namespace lumo

@@ -3,6 +3,7 @@
 #include "platform/freedesktop/DesktopVocabulary.h"
 #include "platform/freedesktop/GlibMainLoop.h"
 #include "platform/freedesktop/SystemUpdates.h"
+#include "platform/wayland/client/WaylandKeyboard.h"
 #include "platform/wayland/windows/Compositor.h"
 
 #include <string>
@@ -12,25 +13,26 @@
 namespace lumo::wayland {
 
 WaylandBackend::WaylandBackend(Connection &connection, Compositor &compositor,
+                               WaylandKeyboard &keyboard, freedesktop::SessionBus &sessionBus,
                                freedesktop::GlibMainLoop &mainLoop, Log &log,
                                std::function<void()> terminate)
     : mainLoop_(mainLoop)
     , log_(log)
     , compositor_(compositor)
+    , keyboard_(keyboard)
     , userDefaults_(freedesktop::PropertyListUserDefaults::standardFile(), mainLoop, log)
     , screens_(connection)
-    , keyboard_(connection)
     , workspace_(compositor.windows(), log)
     , windowServer_(compositor.windows(), screens_, workspace_)
     , desktopChanges_(compositor.windows(), screens_, workspace_)
     , accessibility_(compositor.windows())
     , overlayWindows_(connection, screens_, compositor.windows(), mainLoop)
+    , eventMonitors_(compositor)
     , userNotifications_(mainLoop)
     , application_(workspace_, std::move(terminate))
     , loginItem_(freedesktop::AutostartLoginItem::ofThisProgram())
     , loginItemLog_([&log](std::string_view line) { log.print("[Lumo] " + std::string(line)); })
-    , sessionBus_(mainLoop)
-    , statusItem_(sessionBus_, screens_)
+    , statusItem_(sessionBus, screens_)
     , updates_(freedesktop::makeSystemUpdates(mainLoop)) {
 }
 

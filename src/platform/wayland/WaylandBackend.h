@@ -6,11 +6,9 @@
 #include "platform/freedesktop/DesktopNotifications.h"
 #include "platform/freedesktop/NoApplicationStrips.h"
 #include "platform/freedesktop/PropertyListUserDefaults.h"
-#include "platform/freedesktop/SessionBus.h"
 #include "platform/wayland/WaylandApplication.h"
 #include "platform/wayland/WaylandEventMonitors.h"
 #include "platform/wayland/WaylandStatusItem.h"
-#include "platform/wayland/client/WaylandKeyboard.h"
 #include "platform/wayland/client/WaylandScreens.h"
 #include "platform/wayland/overlay/WaylandOverlayWindows.h"
 #include "platform/wayland/windows/WaylandAccessibility.h"
@@ -24,35 +22,37 @@
 
 namespace lumo::freedesktop {
 class GlibMainLoop;
-}
+class SessionBus;
+} // namespace lumo::freedesktop
 
 namespace lumo::wayland {
 
 class Compositor;
 class Connection;
+class WaylandKeyboard;
 
 // Every interface of the platform, on one Wayland compositor. Main thread only; making it waits for
 // the compositor.
 class WaylandBackend {
   public:
     // The arguments must outlive the backend. The function ends the program.
-    WaylandBackend(Connection &connection, Compositor &compositor,
-                   freedesktop::GlibMainLoop &mainLoop, Log &log, std::function<void()> terminate);
+    WaylandBackend(Connection &connection, Compositor &compositor, WaylandKeyboard &keyboard,
+                   freedesktop::SessionBus &sessionBus, freedesktop::GlibMainLoop &mainLoop,
+                   Log &log, std::function<void()> terminate);
 
     // What the program is given. Valid as long as the backend.
     Platform platform();
 
     WaylandEventMonitors &eventMonitors() { return eventMonitors_; }
-    freedesktop::SessionBus &sessionBus() { return sessionBus_; }
 
   private:
     MainLoop &mainLoop_;
     Log &log_;
     Compositor &compositor_;
+    WaylandKeyboard &keyboard_;
     freedesktop::PropertyListUserDefaults userDefaults_;
     freedesktop::NoApplicationStrips applicationStrips_;
     WaylandScreens screens_;
-    WaylandKeyboard keyboard_;
     WaylandWorkspace workspace_;
     WaylandWindowServer windowServer_;
     WaylandDesktopChanges desktopChanges_;
@@ -63,7 +63,6 @@ class WaylandBackend {
     WaylandApplication application_;
     freedesktop::AutostartLoginItem loginItem_;
     Log loginItemLog_;
-    freedesktop::SessionBus sessionBus_;
     WaylandStatusItem statusItem_;
     std::unique_ptr<UpdateFramework> updates_;
 };

@@ -1,14 +1,20 @@
 #include "platform/wayland/WaylandEventMonitors.h"
 
 #include "platform/freedesktop/KeyPositions.h"
+#include "platform/wayland/windows/Compositor.h"
 
 #include <utility>
 
 namespace lumo::wayland {
 
-Handle WaylandEventMonitors::addGlobalMonitor(EventMask /*mask*/,
-                                              std::function<void(const InputEvent &)> /*handler*/) {
-    return {};
+Handle WaylandEventMonitors::addGlobalMonitor(EventMask mask,
+                                              std::function<void(const InputEvent &)> handler) {
+    if ((mask & eventMask(EventType::mouseMoved)) == 0) {
+        return {};
+    }
+    return compositor_.onPointerStroke([handler = std::move(handler)](double deltaX) {
+        handler({.type = EventType::mouseMoved, .deltaX = deltaX});
+    });
 }
 
 Handle WaylandEventMonitors::addLocalMonitor(EventMask mask,

@@ -9,10 +9,17 @@
 
 namespace lumo::wayland {
 
-// No compositor lets a program look at the input of others, so global monitors receive nothing.
-// Local ones receive the keys that the toolkit reports.
+class Compositor;
+
+// No compositor lets a program look at the input of others: global monitors receive at most how far
+// the pointer goes to the left and right, without modifiers. Local ones receive the keys that the
+// toolkit reports.
 class WaylandEventMonitors final : public EventMonitors {
   public:
+    // The compositor outlives the object.
+    explicit WaylandEventMonitors(Compositor &compositor)
+        : compositor_(compositor) {}
+
     Handle addGlobalMonitor(EventMask mask,
                             std::function<void(const InputEvent &)> handler) override;
     Handle addLocalMonitor(EventMask mask,
@@ -29,6 +36,7 @@ class WaylandEventMonitors final : public EventMonitors {
         bool *isSwallowed;
     };
 
+    Compositor &compositor_;
     Signal<LocalEvent> local_;
 };
 

@@ -3,6 +3,8 @@
 #include <ext-idle-notify-v1-client-protocol.h>
 #include <idle-client-protocol.h>
 #include <layer-shell-client-protocol.h>
+#include <plasma-virtual-desktop-client-protocol.h>
+#include <plasma-window-management-client-protocol.h>
 #include <viewporter-client-protocol.h>
 #include <wayland-client.h>
 #include <xdg-output-unstable-v1-client-protocol.h>
@@ -23,6 +25,22 @@ void ProtocolDeleter::operator()(org_kde_kwin_idle *object) const noexcept {
 
 void ProtocolDeleter::operator()(org_kde_kwin_idle_timeout *object) const noexcept {
     org_kde_kwin_idle_timeout_release(object);
+}
+
+void ProtocolDeleter::operator()(org_kde_plasma_virtual_desktop *object) const noexcept {
+    org_kde_plasma_virtual_desktop_destroy(object);
+}
+
+void ProtocolDeleter::operator()(org_kde_plasma_virtual_desktop_management *object) const noexcept {
+    org_kde_plasma_virtual_desktop_management_destroy(object);
+}
+
+void ProtocolDeleter::operator()(org_kde_plasma_window *object) const noexcept {
+    org_kde_plasma_window_destroy(object);
+}
+
+void ProtocolDeleter::operator()(org_kde_plasma_window_management *object) const noexcept {
+    org_kde_plasma_window_management_destroy(object);
 }
 
 void ProtocolDeleter::operator()(wl_buffer *object) const noexcept {

@@ -22,6 +22,11 @@ class Compositor {
     virtual WindowSource &windows() = 0;
     virtual HotKeyService &hotKeys() = 0;
 
+    // Calls the observer whenever the pointer has gone to the right, or by a negative number to the
+    // left, by so many points; what is less than a stroke of a shake may be left out. Nothing where
+    // the compositor does not tell.
+    virtual Handle onPointerStroke(std::function<void(double deltaX)> /*observer*/) { return {}; }
+
     // Calls the function once when what is used beside the Wayland connection is lost.
     virtual Handle onLost(std::function<void()> function) = 0;
 };

@@ -1,0 +1,32 @@
+#include "platform/wayland/kwin/BusObject.h"
+
+#include <gio/gio.h>
+
+#include <utility>
+
+namespace lumo::wayland::kwin {
+
+namespace {
+
+constexpr int longestCall = 10000; // milliseconds
+
+} // namespace
+
+void BusObject::call(freedesktop::AsyncCalls &calls, GDBusConnection *connection,
+                     const char *method, GVariant *arguments, Reply finish) const {
+    calls.start(
+        [finish = std::move(finish)](GObject *source, GAsyncResult *result) {
+            const freedesktop::GlibPointer<GVariant> reply(
+                g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, nullptr));
+            finish(reply.get());
+        },
+        g_dbus_connection_call, connection, service, path.c_str(), interface, method, arguments,
+        nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, longestCall);
+}
+
+void BusObject::tell(GDBusConnection *connection, const char *method, GVariant *arguments) const {
+    g_dbus_connection_call(connection, service, path.c_str(), interface, method, arguments, nullptr,
+                           G_DBUS_CALL_FLAGS_NO_AUTO_START, longestCall, nullptr, nullptr, nullptr);
+}
+
+} // namespace lumo::wayland::kwin
