@@ -1,12 +1,8 @@
 #include "platform/wayland/windows/WaylandWorkspace.h"
 
-#include "platform/freedesktop/ProgramIdentity.h"
 #include "platform/wayland/windows/WindowSource.h"
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <filesystem>
 #include <utility>
 
 namespace lumo::wayland {
@@ -15,31 +11,17 @@ namespace {
 
 using Presence = DesktopWindow::Presence;
 
-// The name of the program that a process runs; empty when it can't be told.
-std::string executableOf(std::int32_t processIdentifier) {
-    std::error_code error;
-    const auto path =
-        std::filesystem::read_symlink("/proc/" + std::to_string(processIdentifier) + "/exe", error);
-    return error ? std::string() : path.filename().string();
-}
-
 } // namespace
 
 WaylandWorkspace::WaylandWorkspace(WindowSource &source, const Log &log)
     : source_(source)
-    , settingsOpener_(log)
-    , own_{getpid(), freedesktop::program::identifier, freedesktop::program::name,
-           ActivationPolicy::accessory} {
+    , settingsOpener_(log) {
     announce();
     changes_ = {source.onChange([this] {
                     isStale_ = true;
                     announce();
                 }),
-                entries_.onChange([this] {
-                    isStale_ = true;
-                    identities_.clear();
-                    entriesChanged_.emit();
-                })};
+                applications_.onChange([this] { isStale_ = true; })};
 }
 
 const RunningApplication *WaylandWorkspace::frontmostApplication() const {
@@ -55,10 +37,7 @@ const std::vector<RunningApplication> &WaylandWorkspace::runningApplications() c
 const RunningApplication *
 WaylandWorkspace::runningApplication(std::int32_t processIdentifier) const {
     refresh();
-    const auto found = std::ranges::lower_bound(running_, processIdentifier, {},
-                                                &RunningApplication::processIdentifier);
-    return found != running_.end() && found->processIdentifier == processIdentifier ? &*found
-                                                                                    : nullptr;
+    return freedesktop::applicationOf(processIdentifier, running_);
 }
 
 Handle WaylandWorkspace::onDidActivateApplication(std::function<void()> observer) {
@@ -87,35 +66,10 @@ void WaylandWorkspace::refresh() const {
     }
     running_.clear();
     for (const auto &[process, window] : best) {
-        running_.push_back(identify(*window));
+        running_.push_back(applications_.identify(
+            process, {window->application, window->application}, window->isInTaskbars));
     }
-    std::erase_if(identities_, [&](const auto &entry) { return !best.contains(entry.first); });
-}
-
-RunningApplication WaylandWorkspace::identify(const DesktopWindow &window) const {
-    const auto policy =
-        window.isInTaskbars ? ActivationPolicy::regular : ActivationPolicy::accessory;
-    if (window.process == own_.processIdentifier) {
-        auto own = own_;
-        own.activationPolicy = policy;
-        return own;
-    }
-    auto &[named, application] = identities_[window.process];
-    if (application.processIdentifier == 0 || named != window.application) {
-        named = window.application;
-        application = {window.process, std::nullopt, std::nullopt, policy};
-        const auto *entry =
-            entries_.find(window.application, window.application, executableOf(window.process));
-        if (entry != nullptr) {
-            application.bundleIdentifier = entry->identifier;
-            application.localizedName = entry->name;
-        } else if (!window.application.empty()) {
-            application.bundleIdentifier = window.application;
-            application.localizedName = window.application;
-        }
-    }
-    application.activationPolicy = policy;
-    return application;
+    applications_.keepOnly(running_);
 }
 
 void WaylandWorkspace::announce() {
@@ -142,11 +96,7 @@ void WaylandWorkspace::announce() {
 }
 
 std::vector<InstalledApplication> WaylandWorkspace::installedApplications() const {
-    std::vector<InstalledApplication> applications;
-    for (const auto *entry : entries_.inMenu()) {
-        applications.push_back({entry->identifier, entry->name});
-    }
-    return applications;
+    return applications_.installed();
 }
 
 bool WaylandWorkspace::activate(std::int32_t processIdentifier, HiddenApplication ifHidden) {

@@ -1,27 +1,15 @@
 #include "platform/x11/windows/X11Workspace.h"
 
-#include "platform/freedesktop/ProgramIdentity.h"
 #include "platform/x11/server/Connection.h"
 #include "platform/x11/windows/WindowMirror.h"
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <filesystem>
 #include <map>
 #include <tuple>
 
 namespace lumo::x11 {
 
 namespace {
-
-// The name of the program that a process runs; empty when it can't be told.
-std::string executableOf(std::int32_t processIdentifier) {
-    std::error_code error;
-    const auto path =
-        std::filesystem::read_symlink("/proc/" + std::to_string(processIdentifier) + "/exe", error);
-    return error ? std::string() : path.filename().string();
-}
 
 // Whether a window tells more about its application than another one of it does: one in task bars
 // before others, then one with a class, then the older.
@@ -38,9 +26,7 @@ bool tellsMore(const MirrorWindow &a, const MirrorWindow &b) {
 X11Workspace::X11Workspace(Connection &connection, WindowMirror &mirror, const Log &log)
     : mirror_(mirror)
     , pager_(connection, mirror)
-    , settingsOpener_(log)
-    , own_{getpid(), freedesktop::program::identifier, freedesktop::program::name,
-           ActivationPolicy::accessory} {
+    , settingsOpener_(log) {
     handle({});
     changes_ = mirror.onChange([this](const auto &change) { handle(change); });
 }
@@ -57,11 +43,7 @@ const std::vector<RunningApplication> &X11Workspace::runningApplications() const
 
 const RunningApplication *X11Workspace::runningApplication(std::int32_t processIdentifier) const {
     refresh();
-    const auto found = std::lower_bound(
-        running_.begin(), running_.end(), processIdentifier,
-        [](const auto &application, auto pid) { return application.processIdentifier < pid; });
-    return found != running_.end() && found->processIdentifier == processIdentifier ? &*found
-                                                                                    : nullptr;
+    return freedesktop::applicationOf(processIdentifier, running_);
 }
 
 Handle X11Workspace::onDidActivateApplication(std::function<void()> observer) {
@@ -77,15 +59,16 @@ Handle X11Workspace::onActiveSpaceDidChange(std::function<void()> observer) {
 }
 
 std::uint64_t X11Workspace::revision() const {
-    return mirror_.identityRevision() + entries_.revision();
+    return mirror_.identityRevision() + applications_.revision();
 }
 
 void X11Workspace::refresh() const {
-    if (mirrorRevision_ == mirror_.identityRevision() && entriesRevision_ == entries_.revision()) {
+    if (mirrorRevision_ == mirror_.identityRevision() &&
+        entriesRevision_ == applications_.revision()) {
         return;
     }
     mirrorRevision_ = mirror_.identityRevision();
-    entriesRevision_ = entries_.revision();
+    entriesRevision_ = applications_.revision();
 
     std::map<std::int32_t, const MirrorWindow *> best;
     for (const auto frame : mirror_.stacking()) {
@@ -100,9 +83,10 @@ void X11Workspace::refresh() const {
     }
     running_.clear();
     for (const auto &[pid, window] : best) {
-        running_.push_back(identify(*window));
+        running_.push_back(applications_.identify(pid, {window->className, window->instanceName},
+                                                  window->isInTaskbars));
     }
-    std::erase_if(identities_, [&](const auto &entry) { return !best.contains(entry.first); });
+    applications_.keepOnly(running_);
 
     frontmost_.reset();
     const auto active = mirror_.activeWindow();
@@ -112,33 +96,6 @@ void X11Workspace::refresh() const {
             frontmost_ = i;
         }
     }
-}
-
-const RunningApplication &X11Workspace::identify(const MirrorWindow &window) const {
-    const auto pid = window.processIdentifier;
-    auto &identity = identities_[pid];
-    auto &application = identity.application;
-    if (pid == own_.processIdentifier) {
-        application = own_;
-    } else if (identity.entriesRevision != entries_.revision() ||
-               identity.className != window.className ||
-               identity.instanceName != window.instanceName) {
-        identity.className = window.className;
-        identity.instanceName = window.instanceName;
-        application = {pid, std::nullopt, std::nullopt, ActivationPolicy::accessory};
-        const auto *entry = entries_.find(window.className, window.instanceName, executableOf(pid));
-        if (entry != nullptr) {
-            application.bundleIdentifier = entry->identifier;
-            application.localizedName = entry->name;
-        } else if (!window.className.empty()) {
-            application.bundleIdentifier = window.className;
-            application.localizedName = window.className;
-        }
-        identity.entriesRevision = entries_.revision();
-    }
-    application.activationPolicy =
-        window.isInTaskbars ? ActivationPolicy::regular : ActivationPolicy::accessory;
-    return application;
 }
 
 void X11Workspace::handle(const MirrorChange &change) {
@@ -166,11 +123,7 @@ void X11Workspace::handle(const MirrorChange &change) {
 }
 
 std::vector<InstalledApplication> X11Workspace::installedApplications() const {
-    std::vector<InstalledApplication> applications;
-    for (const auto *entry : entries_.inMenu()) {
-        applications.push_back({entry->identifier, entry->name});
-    }
-    return applications;
+    return applications_.installed();
 }
 
 bool X11Workspace::activate(std::int32_t processIdentifier, HiddenApplication ifHidden) {
@@ -214,4 +167,5 @@ bool X11Workspace::activate(std::int32_t processIdentifier, HiddenApplication if
     pager_.activate(*front);
     return true;
 }
+
 } // namespace lumo::x11

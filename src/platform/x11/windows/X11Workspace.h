@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/Workspace.h"
-#include "platform/freedesktop/DesktopEntries.h"
+#include "platform/freedesktop/ApplicationIdentities.h"
 #include "platform/freedesktop/SettingsOpener.h"
 #include "platform/x11/windows/Pager.h"
 #include "support/Handle.h"
@@ -12,8 +12,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <string>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -27,9 +25,7 @@ struct MirrorWindow;
 // The applications behind the windows: every process that has one is running, the one with the
 // active window is frontmost.
 //
-// An application's bundle identifier is that of its desktop entry, else the class of its windows.
-// It is a regular one while it has a managed window that task bars show, whatever its entry says,
-// and else an accessory.
+// An application is a regular one while it has a managed window that task bars show.
 class X11Workspace final : public Workspace {
   public:
     // All arguments outlive the object.
@@ -39,7 +35,7 @@ class X11Workspace final : public Workspace {
     const std::vector<RunningApplication> &runningApplications() const override;
     const RunningApplication *runningApplication(std::int32_t processIdentifier) const override;
     std::vector<InstalledApplication> installedApplications() const override;
-    const RunningApplication &ownApplication() const override { return own_; }
+    const RunningApplication &ownApplication() const override { return applications_.own(); }
     bool activate(std::int32_t processIdentifier, HiddenApplication hidden) override;
     bool openSystemSettings() override { return settingsOpener_.open(); }
     Handle onDidActivateApplication(std::function<void()> observer) override;
@@ -52,30 +48,19 @@ class X11Workspace final : public Workspace {
     // Calls the observer after the desktop entries have changed, from which the applications have
     // their names.
     Handle onEntriesDidChange(std::function<void()> observer) {
-        return entries_.onChange(std::move(observer));
+        return applications_.onChange(std::move(observer));
     }
 
   private:
-    // What a process was found to be by a window of it.
-    struct Identity {
-        std::string instanceName;
-        std::string className;
-        std::uint64_t entriesRevision = 0;
-        RunningApplication application;
-    };
-
     void handle(const MirrorChange &change);
     void refresh() const;
-    const RunningApplication &identify(const MirrorWindow &window) const;
 
     WindowMirror &mirror_;
     Pager pager_;
     freedesktop::SettingsOpener settingsOpener_;
-    RunningApplication own_;
+    mutable freedesktop::ApplicationIdentities applications_;
 
     // Derived from the mirror and the entries as they were at these revisions.
-    mutable freedesktop::DesktopEntries entries_;
-    mutable std::unordered_map<std::int32_t, Identity> identities_;
     mutable std::vector<RunningApplication> running_; // by process identifier
     mutable std::uint64_t mirrorRevision_ = 0;
     mutable std::uint64_t entriesRevision_ = 0;
