@@ -96,22 +96,26 @@ TEST(KWin, KeysByQtsNumbers) {
     using namespace hotKeyModifier;
     struct Case {
         std::uint32_t symbol;
+        std::uint32_t shifted;
         std::uint32_t modifiers;
-        std::optional<std::int32_t> key;
+        std::vector<std::int32_t> keys;
     };
     const std::vector<Case> cases = {
-        {XKB_KEY_d, control | option | command, 0x1C000044},
-        {XKB_KEY_Tab, command | option, 0x19000001},
-        {XKB_KEY_space, control | shift, 0x06000020},
-        {XKB_KEY_odiaeresis, 0, 0xD6},
-        {XKB_KEY_Cyrillic_be, 0, 0x411},
-        {XKB_KEY_F12, shift, 0x0300003B},
-        {XKB_KEY_KP_5, control, 0x24000035},
-        {XKB_KEY_NoSymbol, control, std::nullopt},
-        {XKB_KEY_Shift_L, control, std::nullopt},
+        {XKB_KEY_d, XKB_KEY_D, control | option | command, {0x1C000044}},
+        {XKB_KEY_d, XKB_KEY_D, control | shift, {0x06000044}},
+        {XKB_KEY_Tab, XKB_KEY_ISO_Left_Tab, command | option | shift, {0x1B000001}},
+        {XKB_KEY_space, XKB_KEY_space, control | shift, {0x06000020}},
+        {XKB_KEY_1, XKB_KEY_exclam, control, {0x04000031}},
+        {XKB_KEY_1, XKB_KEY_exclam, control | shift, {0x06000031, 0x04000021}},
+        {XKB_KEY_odiaeresis, XKB_KEY_Odiaeresis, 0, {0xD6}},
+        {XKB_KEY_Cyrillic_be, XKB_KEY_Cyrillic_BE, 0, {0x411}},
+        {XKB_KEY_F12, XKB_KEY_F12, shift, {0x0300003B}},
+        {XKB_KEY_KP_End, XKB_KEY_KP_1, control, {0x25000011, 0x05000011, 0x24000031, 0x04000031}},
+        {XKB_KEY_NoSymbol, XKB_KEY_NoSymbol, control, {}},
+        {XKB_KEY_Shift_L, XKB_KEY_NoSymbol, control, {}},
     };
-    for (const auto &[symbol, modifiers, key] : cases) {
-        EXPECT_EQ(qtKey(symbol, modifiers), key) << symbol;
+    for (const auto &[symbol, shifted, modifiers, keys] : cases) {
+        EXPECT_EQ(qtKeys(symbol, shifted, modifiers), keys) << symbol;
     }
 }
 

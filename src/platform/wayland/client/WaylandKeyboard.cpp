@@ -16,9 +16,10 @@ namespace {
 
 constexpr std::uint32_t seatVersion = 5;
 
-std::uint32_t symbolAt(xkb_keymap *keymap, std::uint32_t keycode, xkb_level_index_t level) {
+std::uint32_t symbolAt(xkb_keymap *keymap, std::uint32_t keycode, xkb_level_index_t level,
+                       xkb_layout_index_t layout = 0) {
     const xkb_keysym_t *symbols = nullptr;
-    const int count = xkb_keymap_key_get_syms_by_level(keymap, keycode, 0, level, &symbols);
+    const int count = xkb_keymap_key_get_syms_by_level(keymap, keycode, layout, level, &symbols);
     return count == 1 ? *symbols : XKB_KEY_NoSymbol;
 }
 
@@ -116,6 +117,17 @@ std::vector<std::uint32_t> WaylandKeyboard::symbolsOf(std::uint32_t keycode) con
                 xkb_keymap_key_get_syms_by_level(keymap_.get(), keycode, layout, level, &symbols);
             all.insert(all.end(), symbols, symbols + count);
         }
+    }
+    return all;
+}
+
+std::vector<std::array<std::uint32_t, 2>>
+WaylandKeyboard::symbolsByLayout(std::uint32_t keycode) const {
+    std::vector<std::array<std::uint32_t, 2>> all;
+    const auto layouts = keymap_ ? xkb_keymap_num_layouts_for_key(keymap_.get(), keycode) : 0;
+    for (xkb_layout_index_t layout = 0; layout < layouts; ++layout) {
+        all.push_back({symbolAt(keymap_.get(), keycode, 0, layout),
+                       symbolAt(keymap_.get(), keycode, 1, layout)});
     }
     return all;
 }

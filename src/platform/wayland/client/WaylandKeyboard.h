@@ -5,6 +5,7 @@
 #include "support/Handle.h"
 #include "support/Signal.h"
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -33,6 +34,9 @@ class WaylandKeyboard final : public Keyboard {
 
     // The symbols of the key with this XKB key code, in all of its layouts and levels.
     std::vector<std::uint32_t> symbolsOf(std::uint32_t keycode) const;
+
+    // The same by layout, alone and with Shift; 0 where it has none.
+    std::vector<std::array<std::uint32_t, 2>> symbolsByLayout(std::uint32_t keycode) const;
 
   private:
     struct KeymapDeleter {

@@ -54,20 +54,20 @@ GVariant *actionId(const std::string &action, const HotKeyID &id) {
     return g_variant_new_strv(parts.data(), parts.size());
 }
 
-// Whether the service has given one of the keys; for one that is taken it gives none, or 0.
-bool hasKeys(GVariant *reply) {
+// What the service's reply to a claim of so many keys comes to: for one that another action has it
+// gives none, or 0.
+HotKeyStatus statusOf(GVariant *reply, std::size_t claimed) {
     if (reply == nullptr || g_variant_is_of_type(reply, G_VARIANT_TYPE("(ai)")) == FALSE) {
-        return false;
+        return HotKeyStatus::invalidParameter;
     }
     const freedesktop::GlibPointer<GVariant> keys(g_variant_get_child_value(reply, 0));
+    std::size_t given = 0;
     for (gsize i = 0; i < g_variant_n_children(keys.get()); ++i) {
         int key = 0;
         g_variant_get_child(keys.get(), i, "i", &key);
-        if (key != 0) {
-            return true;
-        }
+        given += key != 0 ? 1 : 0;
     }
-    return false;
+    return given >= claimed ? HotKeyStatus::success : HotKeyStatus::alreadyTaken;
 }
 
 } // namespace
@@ -123,13 +123,7 @@ void KWinHotKeys::connect() {
 
 Handle KWinHotKeys::registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers, HotKeyID id,
                                    std::function<void(HotKeyStatus)> outcome) {
-    std::vector<std::int32_t> keys;
-    if (const auto keycode = freedesktop::keycodeOfVirtualKey(keyCode)) {
-        const auto symbols = keyboard_.symbolsOf(*keycode);
-        if (const auto key = symbols.empty() ? std::nullopt : qtKey(symbols.front(), modifiers)) {
-            keys.push_back(*key);
-        }
-    }
+    auto keys = keysOf(keyCode, modifiers);
     if (keys.empty()) {
         outcome(HotKeyStatus::invalidParameter);
         return {};
@@ -147,6 +141,22 @@ Handle KWinHotKeys::registerHotKey(std::uint32_t keyCode, std::uint32_t modifier
     return Handle(hotKey.lifetime.guard([this, &hotKey] { unregister(hotKey); }));
 }
 
+// KWin goes by the layout that is in force when the key is pressed.
+std::vector<std::int32_t> KWinHotKeys::keysOf(std::uint32_t keyCode,
+                                              std::uint32_t modifiers) const {
+    std::vector<std::int32_t> keys;
+    if (const auto keycode = freedesktop::keycodeOfVirtualKey(keyCode)) {
+        for (const auto &[symbol, shifted] : keyboard_.symbolsByLayout(*keycode)) {
+            for (const auto key : qtKeys(symbol, shifted, modifiers)) {
+                if (std::ranges::find(keys, key) == keys.end()) {
+                    keys.push_back(key);
+                }
+            }
+        }
+    }
+    return keys;
+}
+
 void KWinHotKeys::claim(HotKey &hotKey) {
     auto *connection = bus_.connection();
     service.tell(connection, "doRegister",
@@ -157,13 +167,12 @@ void KWinHotKeys::claim(HotKey &hotKey) {
                  g_variant_new("(@as@aiu)", actionId(hotKey.action, hotKey.id), keys,
                                setPresent | noAutoloading),
                  [this, &hotKey](GVariant *reply) {
-                     if (!hasKeys(reply)) {
+                     const auto status = statusOf(reply, hotKey.keys.size());
+                     if (status != HotKeyStatus::success) {
                          release(hotKey);
                      }
                      const auto outcome = hotKey.outcome; // which may unregister it
-                     outcome(hasKeys(reply)     ? HotKeyStatus::success
-                             : reply != nullptr ? HotKeyStatus::alreadyTaken
-                                                : HotKeyStatus::invalidParameter);
+                     outcome(status);
                  });
 }
 

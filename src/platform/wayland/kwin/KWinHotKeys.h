@@ -48,6 +48,7 @@ class KWinHotKeys final : public HotKeyService {
         Lifetime lifetime = {};
     };
 
+    std::vector<std::int32_t> keysOf(std::uint32_t keyCode, std::uint32_t modifiers) const;
     void connect();
     void claim(HotKey &hotKey);
     void release(const HotKey &hotKey);

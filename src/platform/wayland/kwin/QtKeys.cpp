@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <utility>
 
 namespace lumo::wayland::kwin {
@@ -40,6 +41,19 @@ constexpr std::array<std::pair<std::uint32_t, std::int32_t>, 24> named = {{
     {XKB_KEY_Caps_Lock, 0x01000024},
     {XKB_KEY_Num_Lock, 0x01000025},
 }};
+// What keys of the keypad do without Num Lock.
+constexpr std::array<std::pair<std::uint32_t, std::uint32_t>, 10> keypadNames = {{
+    {XKB_KEY_KP_Home, XKB_KEY_Home},
+    {XKB_KEY_KP_Left, XKB_KEY_Left},
+    {XKB_KEY_KP_Up, XKB_KEY_Up},
+    {XKB_KEY_KP_Right, XKB_KEY_Right},
+    {XKB_KEY_KP_Down, XKB_KEY_Down},
+    {XKB_KEY_KP_Page_Up, XKB_KEY_Page_Up},
+    {XKB_KEY_KP_Page_Down, XKB_KEY_Page_Down},
+    {XKB_KEY_KP_End, XKB_KEY_End},
+    {XKB_KEY_KP_Insert, XKB_KEY_Insert},
+    {XKB_KEY_KP_Delete, XKB_KEY_Delete},
+}};
 constexpr std::int32_t firstFunctionKey = 0x01000030;
 constexpr std::int32_t keypad = 0x20000000;
 
@@ -59,27 +73,44 @@ std::optional<std::int32_t> keyOf(std::uint32_t symbol) {
     if (symbol >= XKB_KEY_F1 && symbol <= XKB_KEY_F35) {
         return firstFunctionKey + static_cast<std::int32_t>(symbol - XKB_KEY_F1);
     }
+    const auto known =
+        std::ranges::find(keypadNames, symbol, &std::pair<std::uint32_t, std::uint32_t>::first);
+    if (known != keypadNames.end()) {
+        return keyOf(known->second);
+    }
     // A letter is called by its upper case.
     const auto character = xkb_keysym_to_utf32(xkb_keysym_to_upper(symbol));
     return character >= 0x20 ? std::optional(static_cast<std::int32_t>(character)) : std::nullopt;
 }
 
+std::int32_t bitsOf(std::uint32_t modifiers) {
+    std::int32_t bits = 0;
+    for (const auto &[modifier, bit] : modifierBits) {
+        bits |= (modifiers & modifier) != 0 ? bit : 0;
+    }
+    return bits;
+}
+
+bool isOfKeypad(std::uint32_t symbol) {
+    return symbol >= XKB_KEY_KP_Space && symbol <= XKB_KEY_KP_Equal;
+}
+
 } // namespace
 
-std::optional<std::int32_t> qtKey(std::uint32_t symbol, std::uint32_t modifiers) {
-    auto key = keyOf(symbol);
+std::vector<std::int32_t> qtKeys(std::uint32_t symbol, std::uint32_t shiftedSymbol,
+                                 std::uint32_t modifiers) {
+    const auto key = keyOf(symbol);
     if (!key) {
-        return std::nullopt;
+        return {};
     }
-    if (symbol >= XKB_KEY_KP_Space && symbol <= XKB_KEY_KP_Equal) {
-        *key |= keypad;
+    const auto shifted = keyOf(shiftedSymbol).value_or(*key);
+    const auto bits = bitsOf(modifiers);
+    if (isOfKeypad(symbol)) {
+        return {*key | bits | keypad, *key | bits, shifted | bits | keypad, shifted | bits};
     }
-    for (const auto &[modifier, bit] : modifierBits) {
-        if ((modifiers & modifier) != 0) {
-            *key |= bit;
-        }
-    }
-    return key;
+    const bool isOther = (modifiers & hotKeyModifier::shift) != 0 && shifted != *key;
+    return isOther ? std::vector{*key | bits, shifted | bitsOf(modifiers & ~hotKeyModifier::shift)}
+                   : std::vector{*key | bits};
 }
 
 } // namespace lumo::wayland::kwin
