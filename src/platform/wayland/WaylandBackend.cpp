@@ -56,7 +56,7 @@ Platform WaylandBackend::platform() {
             .vocabulary = freedesktop::vocabulary(),
             .windowServer = windowServer_,
             .workspace = workspace_,
-            .capabilities = {.liveBackdrop = false,
+            .capabilities = {.liveBackdrop = compositor_.mayBlur() || overlayWindows_.canBlur(),
                              .globalKeyMonitors = false,
                              .permissionComesByItself = false,
                              .updates = freedesktop::hasSystemUpdates},

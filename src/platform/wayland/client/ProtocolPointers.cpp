@@ -1,5 +1,7 @@
 #include "platform/wayland/client/ProtocolPointers.h"
 
+#include <background-effect-client-protocol.h>
+#include <blur-client-protocol.h>
 #include <ext-idle-notify-v1-client-protocol.h>
 #include <idle-client-protocol.h>
 #include <layer-shell-client-protocol.h>
@@ -11,12 +13,28 @@
 
 namespace lumo::wayland {
 
+void ProtocolDeleter::operator()(ext_background_effect_manager_v1 *object) const noexcept {
+    ext_background_effect_manager_v1_destroy(object);
+}
+
+void ProtocolDeleter::operator()(ext_background_effect_surface_v1 *object) const noexcept {
+    ext_background_effect_surface_v1_destroy(object);
+}
+
 void ProtocolDeleter::operator()(ext_idle_notification_v1 *object) const noexcept {
     ext_idle_notification_v1_destroy(object);
 }
 
 void ProtocolDeleter::operator()(ext_idle_notifier_v1 *object) const noexcept {
     ext_idle_notifier_v1_destroy(object);
+}
+
+void ProtocolDeleter::operator()(org_kde_kwin_blur *object) const noexcept {
+    org_kde_kwin_blur_release(object);
+}
+
+void ProtocolDeleter::operator()(org_kde_kwin_blur_manager *object) const noexcept {
+    org_kde_kwin_blur_manager_destroy(object);
 }
 
 void ProtocolDeleter::operator()(org_kde_kwin_idle *object) const noexcept {

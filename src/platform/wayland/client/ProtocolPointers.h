@@ -3,8 +3,12 @@
 #include <memory>
 
 // As the protocols' headers declare them, so that headers can name them without those.
+struct ext_background_effect_manager_v1;
+struct ext_background_effect_surface_v1;
 struct ext_idle_notification_v1;
 struct ext_idle_notifier_v1;
+struct org_kde_kwin_blur;
+struct org_kde_kwin_blur_manager;
 struct org_kde_kwin_idle;
 struct org_kde_kwin_idle_timeout;
 struct org_kde_plasma_virtual_desktop;
@@ -31,8 +35,12 @@ struct zxdg_output_v1;
 namespace lumo::wayland {
 
 struct ProtocolDeleter {
+    void operator()(ext_background_effect_manager_v1 *object) const noexcept;
+    void operator()(ext_background_effect_surface_v1 *object) const noexcept;
     void operator()(ext_idle_notification_v1 *object) const noexcept;
     void operator()(ext_idle_notifier_v1 *object) const noexcept;
+    void operator()(org_kde_kwin_blur *object) const noexcept;
+    void operator()(org_kde_kwin_blur_manager *object) const noexcept;
     void operator()(org_kde_kwin_idle *object) const noexcept;
     void operator()(org_kde_kwin_idle_timeout *object) const noexcept;
     void operator()(org_kde_plasma_virtual_desktop *object) const noexcept;

@@ -32,6 +32,7 @@ class KWinCompositor final : public Compositor {
     WindowSource &windows() override { return windows_; }
     HotKeyService &hotKeys() override { return hotKeys_; }
     Handle onLost(std::function<void()> /*function*/) override { return {}; }
+    bool mayBlur() const override { return true; }
     Handle onPointerStroke(std::function<void(double deltaX)> observer) override;
 
   private:

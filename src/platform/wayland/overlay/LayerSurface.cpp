@@ -39,6 +39,7 @@ LayerSurface::LayerSurface(const SurfaceFactories &factories, wl_output *output,
     , changed_(std::move(changed))
     , surface_(wl_compositor_create_surface(factories.compositor.get()))
     , viewport_(wp_viewporter_get_viewport(factories.viewporter.get(), surface_.get()))
+    , blur_(*factories.blur, *factories.compositor, *surface_)
     , layerSurface_(zwlr_layer_shell_v1_get_layer_surface(factories.layerShell.get(),
                                                           surface_.get(), output,
                                                           ZWLR_LAYER_SHELL_V1_LAYER_TOP, "lumo"))
@@ -112,6 +113,9 @@ void LayerSurface::commit(wl_buffer *buffer, const drawing::Region &damage) {
         wl_surface_damage_buffer(surface_.get(), box.x, box.y, box.width, box.height);
     }
     wp_viewport_set_destination(viewport_.get(), size_.width, size_.height);
+    if (wanted_.blurred != committed_.blurred) {
+        blur_.set(wanted_.blurred);
+    }
     frame_.reset(wl_surface_frame(surface_.get()));
     static const wl_callback_listener listener = {[](void *data, wl_callback *, std::uint32_t) {
         static_cast<LayerSurface *>(data)->handleFrame();

@@ -4,6 +4,7 @@
 #include "drawing/Region.h"
 #include "platform/wayland/client/ProtocolPointers.h"
 #include "platform/wayland/client/SharedBuffer.h"
+#include "platform/wayland/overlay/BackgroundBlur.h"
 #include "support/Handle.h"
 
 #include <functional>
@@ -22,6 +23,7 @@ struct SurfaceFactories {
     ProtocolPointer<wl_shm> memory;
     ProtocolPointer<wp_viewporter> viewporter;
     ProtocolPointer<zwlr_layer_shell_v1> layerShell;
+    std::unique_ptr<BackgroundBlur> blur;
 };
 
 // A surface that covers one display, panels included, and lets all input through. Main thread only.
@@ -31,6 +33,7 @@ class LayerSurface {
     struct Picture {
         std::shared_ptr<const drawing::PlacedLayers> layers; // nothing is seen while null
         drawing::Region cutOut;                              // where nothing is seen either
+        drawing::Region blurred = {}; // in points: behind which the compositor is to blur
 
         bool operator==(const Picture &) const = default;
     };
@@ -73,6 +76,7 @@ class LayerSurface {
     std::function<void()> changed_;
     ProtocolPointer<wl_surface> surface_;
     ProtocolPointer<wp_viewport> viewport_;
+    SurfaceBlur blur_;
     ProtocolPointer<zwlr_layer_surface_v1> layerSurface_;
     ProtocolPointer<wl_callback> frame_; // while a commit has not come to a refresh
     drawing::PixelRect size_;

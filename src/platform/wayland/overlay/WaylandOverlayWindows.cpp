@@ -7,12 +7,13 @@
 
 namespace lumo::wayland {
 
-WaylandOverlayWindows::WaylandOverlayWindows(const Connection &connection, WaylandScreens &screens,
+WaylandOverlayWindows::WaylandOverlayWindows(Connection &connection, WaylandScreens &screens,
                                              WindowSource &source, MainLoop &mainLoop)
     : factories_{connection.bind<wl_compositor>(wl_compositor_interface, 4),
                  connection.bind<wl_shm>(wl_shm_interface, 1),
                  connection.bind<wp_viewporter>(wp_viewporter_interface, 1),
-                 connection.bind<zwlr_layer_shell_v1>(zwlr_layer_shell_v1_interface, 3)}
+                 connection.bind<zwlr_layer_shell_v1>(zwlr_layer_shell_v1_interface, 3),
+                 std::make_unique<BackgroundBlur>(connection)}
     , surroundings_{mainLoop, screens, source, factories_} {
 }
 

@@ -15,8 +15,11 @@ class Connection;
 class WaylandOverlayWindows final : public OverlayWindows {
   public:
     // The connection has no missingRequirement(). All arguments outlive the object.
-    WaylandOverlayWindows(const Connection &connection, WaylandScreens &screens,
-                          WindowSource &source, MainLoop &mainLoop);
+    WaylandOverlayWindows(Connection &connection, WaylandScreens &screens, WindowSource &source,
+                          MainLoop &mainLoop);
+
+    // Whether the compositor blurs what lies behind overlays, at the moment.
+    bool canBlur() const { return factories_.blur->isAvailable(); }
 
     std::unique_ptr<PlatformWindow> makeWindow(const Rect &frame) override;
 

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace lumo::wayland {
@@ -17,7 +18,8 @@ WaylandPlatformWindow::WaylandPlatformWindow(const OverlaySurroundings &surround
     , number_(number)
     , frame_(frame)
     , changes_{surroundings.source.onChange([this] { requestPush(); }),
-               surroundings.screens.onScreenParametersDidChange([this] { requestPush(); })} {
+               surroundings.screens.onScreenParametersDidChange([this] { requestPush(); }),
+               surroundings.factories.blur->onChange([this] { requestPush(); })} {
 }
 
 void WaylandPlatformWindow::setFrame(const Rect &frame) {
@@ -96,7 +98,7 @@ void WaylandPlatformWindow::push() {
     if (layers_) {
         region |= layers_->maskedOut();
     }
-    surface_->show({layers_, layers_ ? region : drawing::Region()});
+    surface_->show({layers_, layers_ ? region : drawing::Region(), blurredOn(*output, region)});
 }
 
 void WaylandPlatformWindow::prepareSurface(const Output &output) {
@@ -107,6 +109,26 @@ void WaylandPlatformWindow::prepareSurface(const Output &output) {
             std::make_unique<LayerSurface>(surroundings_.factories, output.object,
                                            surroundings_.mainLoop, [this] { requestPush(); });
     }
+}
+
+// The compositor's blur is there or not, whatever the overlay's alpha: it comes and goes halfway.
+drawing::Region WaylandPlatformWindow::blurredOn(const Output &output,
+                                                 const drawing::Region &cutOut) const {
+    constexpr double leastAlpha = 0.5;
+    if (!layers_ || layers_->alpha < leastAlpha || !showsBackdrop(layers_->tree) ||
+        !surroundings_.factories.blur->isAvailable()) {
+        return {};
+    }
+    drawing::Region blurred = drawing::PixelRect{0, 0, output.area.width, output.area.height};
+    const auto inPoints = [&](int pixels) {
+        return static_cast<int>(std::lround(pixels / output.scale));
+    };
+    for (const auto &clear : cutOut.rectangles()) {
+        const int x = inPoints(clear.x);
+        const int y = inPoints(clear.y);
+        blurred -= drawing::PixelRect{x, y, inPoints(clear.maxX()) - x, inPoints(clear.maxY()) - y};
+    }
+    return blurred;
 }
 
 // The same object for as long as it looks the same; null where nothing is to be seen.

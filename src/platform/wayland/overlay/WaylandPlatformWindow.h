@@ -58,6 +58,7 @@ class WaylandPlatformWindow final : public PlatformWindow {
     void requestPush();
     void push();
     void prepareSurface(const Output &output);
+    drawing::Region blurredOn(const Output &output, const drawing::Region &cutOut) const;
     std::shared_ptr<const drawing::PlacedLayers> layersOn(const Output &output);
 
     const OverlaySurroundings &surroundings_;
@@ -72,7 +73,7 @@ class WaylandPlatformWindow final : public PlatformWindow {
     std::uint32_t surfaceOutput_ = 0;       // the output's global that it was made for
     std::shared_ptr<const drawing::PlacedLayers> layers_; // as they were shown last
     std::vector<std::uint32_t> clearWindows_;
-    std::array<Handle, 2> changes_;
+    std::array<Handle, 3> changes_;
     Lifetime lifetime_;
 };
 

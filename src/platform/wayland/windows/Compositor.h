@@ -27,6 +27,9 @@ class Compositor {
     // the compositor does not tell.
     virtual Handle onPointerStroke(std::function<void(double deltaX)> /*observer*/) { return {}; }
 
+    // Whether the compositor may come to blur what lies behind surfaces while this program runs.
+    virtual bool mayBlur() const { return false; }
+
     // Calls the function once when what is used beside the Wayland connection is lost.
     virtual Handle onLost(std::function<void()> function) = 0;
 };
