@@ -16,6 +16,9 @@ class ShortcutRecorderView final : public QWidget {
     ShortcutRecorderView(const Platform &platform, std::string_view name,
                          Setting<std::int64_t> &keyCode, Setting<std::int64_t> &modifiers);
 
+    // Setting it begins and ends the recording.
+    Published<bool> &isRecording() { return recorder_.isRecording; }
+
   protected:
     void hideEvent(QHideEvent *event) override;
 

@@ -14,10 +14,8 @@
 
 namespace lumo {
 
-namespace {
-
 // A switch and the recorder of the shortcut that it turns on.
-struct ShortcutRow {
+struct ShortcutsSettingsView::ShortcutRow {
     ShortcutEvent event;
     std::string_view title;
     Setting<bool> &isEnabled;
@@ -26,27 +24,7 @@ struct ShortcutRow {
     std::string_view note = {};
 };
 
-SettingsRow *makeShortcutRow(const ShortcutRow &row, const SettingsModel &model, Bindings &bindings,
-                             std::vector<Subscription> &subscriptions) {
-    auto *toggle = new Switch;
-    toggle->setAccessibleName(toQString(row.title));
-    bindings.bind(*toggle, row.isEnabled);
-    auto *controls = new QWidget;
-    auto *layout = new QHBoxLayout(controls);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(spacing::large);
-    layout->addWidget(
-        new ShortcutRecorderView(model.platform, row.title, row.keyCode, row.modifiers));
-    layout->addWidget(toggle);
-    auto *settingsRow = new SettingsRow(row.title, row.note, controls);
-    subscriptions.push_back(model.shortcuts.isTaken(row.event).subscribe(
-        [settingsRow, toggle, note = row.note](const bool &isTaken) {
-            const auto text = shortcutNote(note, isTaken);
-            settingsRow->setNote(text);
-            toggle->setAccessibleDescription(toQString(text));
-        }));
-    return settingsRow;
-}
+namespace {
 
 SettingsRow *makeModifierRow(std::string_view title, Setting<std::string> &setting,
                              Bindings &bindings, const Vocabulary &vocabulary) {
@@ -70,6 +48,50 @@ SettingsRow *makeModifierRow(std::string_view title, Setting<std::string> &setti
 
 } // namespace
 
+SettingsRow *ShortcutsSettingsView::makeShortcutRow(const ShortcutRow &row,
+                                                    const Platform &platform) {
+    auto *toggle = new Switch;
+    toggle->setAccessibleName(toQString(row.title));
+    bindings_.bind(*toggle, row.isEnabled);
+    auto *controls = new QWidget;
+    auto *layout = new QHBoxLayout(controls);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(spacing::large);
+    auto *recorder = new ShortcutRecorderView(platform, row.title, row.keyCode, row.modifiers);
+    recorders_.push_back(recorder);
+    layout->addWidget(recorder);
+    layout->addWidget(toggle);
+    auto *settingsRow = new SettingsRow(row.title, row.note, controls);
+    const auto showNote = [settingsRow, toggle, note = row.note,
+                           explanation = platform.vocabulary.recordingExplained](bool isTaken,
+                                                                                 bool isRecording) {
+        const auto text = isRecording && !explanation.empty() ? std::string(explanation)
+                                                              : shortcutNote(note, isTaken);
+        settingsRow->setNote(text);
+        toggle->setAccessibleDescription(toQString(text));
+    };
+    auto &isTaken = shortcuts_.isTaken(row.event);
+    auto &isRecording = recorder->isRecording();
+    subscriptions_.push_back(isTaken.subscribe(
+        [showNote, &isRecording](const bool &taken) { showNote(taken, isRecording.value()); }));
+    subscriptions_.push_back(
+        isRecording.subscribeToChanges([this, showNote, recorder, &isTaken](const bool &isOn) {
+            showNote(isTaken.value(), isOn);
+            if (isOn) {
+                endOtherRecordings(*recorder);
+            }
+        }));
+    return settingsRow;
+}
+
+void ShortcutsSettingsView::endOtherRecordings(const ShortcutRecorderView &recorder) {
+    for (auto *other : recorders_) {
+        if (other != &recorder && other->isRecording().value()) {
+            other->isRecording().set(false);
+        }
+    }
+}
+
 ShortcutsSettingsView::ShortcutsSettingsView(const SettingsModel &model)
     : SettingsPage(title(SettingsTab::shortcuts))
     , shortcuts_(model.shortcuts)
@@ -87,7 +109,7 @@ ShortcutsSettingsView::ShortcutsSettingsView(const SettingsModel &model)
           ShortcutRow{ShortcutEvent::setCoverFromFrontmost, "Enable Set Cover Shortcut",
                       settings.coverSetShortcutEnabled, settings.coverSetShortcutKey,
                       settings.coverSetShortcutModifiers}}) {
-        keys->addRow(makeShortcutRow(row, model, bindings_, takenShortcuts_));
+        keys->addRow(makeShortcutRow(row, model.platform));
     }
     auto *shake = addCard();
     shake->addRow(makeToggleRow(

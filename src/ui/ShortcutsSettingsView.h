@@ -6,6 +6,9 @@
 
 namespace lumo {
 
+class SettingsRow;
+class ShortcutRecorderView;
+
 class ShortcutsSettingsView final : public SettingsPage {
   public:
     explicit ShortcutsSettingsView(const SettingsModel &model);
@@ -14,9 +17,15 @@ class ShortcutsSettingsView final : public SettingsPage {
     void showEvent(QShowEvent *event) override;
 
   private:
+    struct ShortcutRow;
+
+    SettingsRow *makeShortcutRow(const ShortcutRow &row, const Platform &platform);
+    void endOtherRecordings(const ShortcutRecorderView &recorder);
+
     ShortcutManager &shortcuts_;
     Bindings bindings_;
-    std::vector<Subscription> takenShortcuts_;
+    std::vector<ShortcutRecorderView *> recorders_; // of which one records at a time
+    std::vector<Subscription> subscriptions_;
 };
 
 } // namespace lumo

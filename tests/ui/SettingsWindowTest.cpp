@@ -334,6 +334,12 @@ TEST_F(SettingsWindowTest, ShortcutIsRecorded) {
     press(40, modifierFlag::control | modifierFlag::shift);
     EXPECT_EQ(button.text(), "⌃⇧K");
     EXPECT_EQ(settings.toggleShortcutKey.value(), 40);
+    auto &peek = control<QPushButton>(shortcuts, "Enable Peek Shortcut: ⌘⌥Tab");
+    button.click();
+    peek.click();
+    press(11, modifierFlag::control);
+    EXPECT_EQ(button.text(), "⌃⇧K") << "a second recording ends the first";
+    EXPECT_EQ(peek.text(), "⌃B");
     button.click();
     open(SettingsTab::general);
     press(8, modifierFlag::control);
