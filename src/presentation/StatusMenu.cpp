@@ -88,6 +88,22 @@ std::string StatusMenu::setCoverSubtitle() const {
     return bundleID.empty() ? "Enable Privacy Cover with current app" : "Current: " + bundleID;
 }
 
+std::optional<std::string> StatusMenu::toggleShortcutLabel() const {
+    if (!platform_.vocabulary.showsAllShortcutsInMenu || !settings_.toggleShortcutEnabled.value()) {
+        return std::nullopt;
+    }
+    return shortcutLabel(platform_, settings_.toggleShortcutKey.value(),
+                         settings_.toggleShortcutModifiers.value());
+}
+
+std::optional<std::string> StatusMenu::peekShortcutLabel() const {
+    if (!platform_.vocabulary.showsAllShortcutsInMenu || !settings_.peekShortcutEnabled.value()) {
+        return std::nullopt;
+    }
+    return shortcutLabel(platform_, settings_.peekShortcutKey.value(),
+                         settings_.peekShortcutModifiers.value());
+}
+
 std::optional<std::string> StatusMenu::setCoverShortcutLabel() const {
     if (!settings_.coverSetShortcutEnabled.value()) {
         return std::nullopt;

@@ -59,6 +59,10 @@ class StatusMenu {
     std::string header() const;
     std::string toggleTitle() const;
     std::string setCoverSubtitle() const;
+    // Absent for those that are turned off, and for the first two where the desktop does not show
+    // them.
+    std::optional<std::string> toggleShortcutLabel() const;
+    std::optional<std::string> peekShortcutLabel() const;
     std::optional<std::string> setCoverShortcutLabel() const;
     std::string chooseCoverSubtitle() const;
     std::string shortcutSummary() const;

@@ -28,11 +28,15 @@ QLabel *makeNote(std::string_view text, TextStyle style) {
     return note;
 }
 
-ElidedLabel::ElidedLabel(TextStyle style, QPalette::ColorRole color) {
+ElidedLabel::ElidedLabel(TextStyle style, QPalette::ColorRole color, int mostLines)
+    : mostLines_(mostLines) {
     setTextFormat(Qt::PlainText);
     setFont(fontOf(style));
     setForegroundRole(color);
-    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    QSizePolicy policy(QSizePolicy::Preferred,
+                       mostLines > 1 ? QSizePolicy::Minimum : QSizePolicy::Fixed);
+    policy.setHeightForWidth(mostLines > 1);
+    setSizePolicy(policy);
 }
 
 void ElidedLabel::setFullText(const QString &text) {
@@ -42,13 +46,21 @@ void ElidedLabel::setFullText(const QString &text) {
     }
 }
 
+QStringList ElidedLabel::lines(int width) const {
+    return wrappedLines(text(), font(), width, mostLines_);
+}
+
 QSize ElidedLabel::minimumSizeHint() const {
     return {fontMetrics().averageCharWidth() * 4, QLabel::minimumSizeHint().height()};
 }
 
+int ElidedLabel::heightForWidth(int width) const {
+    return static_cast<int>(lines(width).size()) * fontMetrics().height();
+}
+
 void ElidedLabel::updateToolTip() {
-    const bool fits = fontMetrics().horizontalAdvance(text()) <= contentsRect().width();
-    setToolTip(fits ? QString() : text());
+    const auto shown = lines(contentsRect().width());
+    setToolTip(shown.isEmpty() || text().endsWith(shown.last()) ? QString() : text());
 }
 
 void ElidedLabel::resizeEvent(QResizeEvent *event) {
@@ -60,7 +72,14 @@ void ElidedLabel::paintEvent(QPaintEvent * /*event*/) {
     QPainter painter(this);
     painter.setFont(font());
     painter.setPen(palette().color(foregroundRole()));
-    paintLine(painter, contentsRect(), alignment(), layoutDirection(), text());
+    const auto shown = lines(contentsRect().width());
+    const int height = fontMetrics().height();
+    int top = (contentsRect().height() - static_cast<int>(shown.size()) * height) / 2;
+    for (const auto &line : shown) {
+        paintLine(painter, QRect(0, top, contentsRect().width(), height), alignment(),
+                  layoutDirection(), line);
+        top += height;
+    }
 }
 
 SymbolView::SymbolView(std::string_view name, int size, QPalette::ColorRole color)

@@ -13,22 +13,28 @@ namespace lumo {
 QLabel *makeLabel(std::string_view text, TextStyle style, QPalette::ColorRole color = role::text);
 QLabel *makeNote(std::string_view text, TextStyle style = TextStyle::note);
 
-// One line of text that ends in an ellipsis where it does not fit, and then tells all of itself in
-// a tool tip.
+// Text of a few lines at most, which ends in an ellipsis where it does not fit, and then tells all
+// of itself in a tool tip.
 class ElidedLabel final : public QLabel {
   public:
-    explicit ElidedLabel(TextStyle style, QPalette::ColorRole color = role::text);
+    explicit ElidedLabel(TextStyle style, QPalette::ColorRole color = role::text,
+                         int mostLines = 1);
 
     void setFullText(const QString &text);
 
     QSize minimumSizeHint() const override;
+    bool hasHeightForWidth() const override { return mostLines_ > 1; }
+    int heightForWidth(int width) const override;
 
   protected:
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
 
   private:
+    QStringList lines(int width) const;
     void updateToolTip();
+
+    int mostLines_;
 };
 
 // A symbol among widgets. Says nothing to screen readers: the text beside it does.

@@ -46,12 +46,16 @@ void MenuItemView::textsChanged() {
     setAccessibleName(text());
     setAccessibleDescription(shortcut_.isEmpty() ? subtitle_
                                                  : subtitle_ + QLatin1Char(' ') + shortcut_);
+    const auto widthOf = [](TextStyle style, const QString &line) {
+        return QFontMetrics(fontOf(style)).horizontalAdvance(line);
+    };
     const bool fits =
-        QFontMetrics(fontOf(TextStyle::body)).horizontalAdvance(text()) <= titleWidth() &&
-        QFontMetrics(fontOf(TextStyle::caption)).horizontalAdvance(subtitle_) <= subtitleWidth();
-    setToolTip(fits                  ? QString()
-               : subtitle_.isEmpty() ? text()
-                                     : text() + QLatin1Char('\n') + subtitle_);
+        widthOf(TextStyle::body, text()) <= textWidth() &&
+        widthOf(TextStyle::caption, subtitle_) <= textWidth() &&
+        (shortcut_.isEmpty() || widthOf(TextStyle::note, shortcut_) <= shortcutWidth());
+    QStringList all{text(), subtitle_, shortcut_};
+    all.removeAll(QString());
+    setToolTip(fits ? QString() : all.join(QLatin1Char('\n')));
     updateGeometry();
     update();
 }
@@ -61,23 +65,19 @@ void MenuItemView::resizeEvent(QResizeEvent *event) {
     textsChanged();
 }
 
-int MenuItemView::titleWidth() const {
-    const int whole = width() - 2 * menuRow::horizontalPadding;
-    return shortcut_.isEmpty()
-               ? whole
-               : whole - spacing::medium -
-                     QFontMetrics(fontOf(TextStyle::note)).horizontalAdvance(shortcut_);
+int MenuItemView::textWidth() const {
+    return width() - 2 * menuRow::horizontalPadding;
 }
 
-// The shortcut stands in the middle of the row's end, unless a long subtitle needs the room: then
-// on the title's line.
-int MenuItemView::subtitleWidth() const {
-    const int wanted = QFontMetrics(fontOf(TextStyle::caption)).horizontalAdvance(subtitle_);
-    return wanted <= titleWidth() ? titleWidth() : width() - 2 * menuRow::horizontalPadding;
+// Beside the title, whose line it shares.
+int MenuItemView::shortcutWidth() const {
+    const int title = QFontMetrics(fontOf(TextStyle::body)).horizontalAdvance(text());
+    return textWidth() - title - spacing::medium;
 }
 
 QSize MenuItemView::sizeHint() const {
-    return {2 * menuRow::horizontalPadding, menuRow::height(subtitle_.isEmpty() ? 0 : 1)};
+    return {2 * menuRow::horizontalPadding,
+            menuRow::height(subtitle_.isEmpty() ? 0 : 1, padding())};
 }
 
 QSize MenuItemView::minimumSizeHint() const {
@@ -96,17 +96,15 @@ void MenuItemView::keyPressEvent(QKeyEvent *event) {
 void MenuItemView::paintEvent(QPaintEvent * /*event*/) {
     QPainter painter(this);
     menuRow::paintHighlight(painter, *this, isDown());
-    menuRow::paintTexts(painter, *this, titleWidth(), text(),
-                        subtitle_.isEmpty() ? QStringList() : QStringList(subtitle_),
-                        subtitleWidth());
+    menuRow::paintTexts(painter, *this, textWidth(), text(),
+                        subtitle_.isEmpty() ? QStringList() : QStringList(subtitle_), textWidth());
     if (!shortcut_.isEmpty()) {
         painter.setFont(fontOf(TextStyle::note));
         painter.setPen(palette().color(QPalette::Active, role::secondaryText));
-        QRect area = rect().adjusted(menuRow::horizontalPadding, 0, -menuRow::horizontalPadding, 0);
-        if (subtitleWidth() > titleWidth()) {
-            area.setHeight(menuRow::height(0));
-        }
-        paintLine(painter, area, Qt::AlignRight | Qt::AlignVCenter, layoutDirection(), shortcut_);
+        const QRect area(menuRow::horizontalPadding + textWidth() - shortcutWidth(), 0,
+                         shortcutWidth(), menuRow::height(0, padding()));
+        paintLine(painter, QStyle::visualRect(layoutDirection(), rect(), area),
+                  Qt::AlignRight | Qt::AlignVCenter, layoutDirection(), shortcut_);
     }
 }
 

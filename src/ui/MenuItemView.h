@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/MenuRow.h"
+
 #include <QPushButton>
 #include <functional>
 #include <optional>
@@ -10,7 +12,7 @@ namespace lumo {
 
 // One row of the popover that can be clicked: a title, maybe a subtitle below it, and maybe a
 // shortcut at its end. All of the row is its button. Disable it as any widget.
-class MenuItemView final : public QPushButton {
+class MenuItemView final : public QPushButton, public menuRow::Padded {
   public:
     MenuItemView(std::string_view title, std::function<void()> action);
 
@@ -27,10 +29,11 @@ class MenuItemView final : public QPushButton {
     void resizeEvent(QResizeEvent *event) override;
 
   private:
+    void paddingChanged() override { updateGeometry(); }
     void change(const QString &title, const QString &subtitle, const QString &shortcut);
     void textsChanged();
-    int titleWidth() const;
-    int subtitleWidth() const;
+    int textWidth() const;
+    int shortcutWidth() const;
 
     QString subtitle_;
     QString shortcut_;

@@ -12,6 +12,7 @@
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <utility>
 
 namespace lumo::menuPage {
@@ -33,11 +34,13 @@ class Divider final : public QWidget {
     }
 };
 
-// Leaves the arrow keys to the menu, which goes from row to row with them. The scroll bar lies over
-// the rows' padding, so that their texts keep their room.
+// Gives its rows as much padding as lets all of them be seen at once, and scrolls where even the
+// least is too much. Leaves the arrow keys to the menu, which goes from row to row with them. The
+// scroll bar lies over the rows' padding, so that their texts keep their room.
 class RowsArea final : public QScrollArea {
   public:
-    RowsArea() {
+    explicit RowsArea(const std::vector<QWidget *> &rows)
+        : rows_(rows) {
         auto *bar = verticalScrollBar();
         bar->setAttribute(Qt::WA_OpaquePaintEvent, false);
         QObject::connect(bar, &QScrollBar::rangeChanged, this, [this, bar](int least, int most) {
@@ -47,6 +50,39 @@ class RowsArea final : public QScrollArea {
 
   protected:
     void keyPressEvent(QKeyEvent *event) override { event->ignore(); }
+
+    void resizeEvent(QResizeEvent *event) override {
+        QScrollArea::resizeEvent(event);
+        fit();
+    }
+
+    bool eventFilter(QObject *object, QEvent *event) override {
+        if (object == widget() && event->type() == QEvent::LayoutRequest) {
+            fit();
+        }
+        return QScrollArea::eventFilter(object, event);
+    }
+
+  private:
+    void fit() {
+        const int width = viewport()->width();
+        const int count = static_cast<int>(rows_.size());
+        int texts = (count - 1) * spacing::hairline;
+        for (const auto *row : rows_) {
+            const int height =
+                row->hasHeightForWidth() ? row->heightForWidth(width) : row->sizeHint().height();
+            texts += height - 2 * dynamic_cast<const menuRow::Padded &>(*row).padding();
+        }
+        const int padding = (viewport()->height() - texts) / (2 * count);
+        for (auto *row : rows_) {
+            dynamic_cast<menuRow::Padded &>(*row).setPadding(
+                padding < menuRow::leastVerticalPadding
+                    ? menuRow::verticalPadding
+                    : std::min(padding, menuRow::verticalPadding));
+        }
+    }
+
+    std::vector<QWidget *> rows_;
 };
 
 } // namespace
@@ -72,7 +108,7 @@ QWidget *makeRows(const std::vector<QWidget *> &rows) {
         column->addWidget(row);
     }
     column->addStretch();
-    auto *area = new RowsArea;
+    auto *area = new RowsArea(rows);
     area->setFrameShape(QFrame::NoFrame);
     area->setWidgetResizable(true);
     area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);

@@ -21,8 +21,8 @@ int lineHeight(TextStyle style) {
 
 } // namespace
 
-int height(int subtitleLines) {
-    return 2 * verticalPadding + lineHeight(TextStyle::body) +
+int height(int subtitleLines, int padding) {
+    return 2 * padding + lineHeight(TextStyle::body) +
            subtitleLines * lineHeight(TextStyle::caption);
 }
 

@@ -12,11 +12,32 @@ class QWidget;
 namespace lumo::menuRow {
 
 inline constexpr int horizontalPadding = 12;
-inline constexpr int verticalPadding = 8;
+inline constexpr int verticalPadding = 8; // where there is room
+inline constexpr int leastVerticalPadding = 3;
 inline constexpr int highlightInset = 5; // of the highlight from the sides
 
 // In points, of a row with this many lines below its title.
-int height(int subtitleLines);
+int height(int subtitleLines, int padding = verticalPadding);
+
+// What a row is besides its widget: it can do with less padding above and below its texts.
+class Padded {
+  public:
+    virtual ~Padded() = default;
+
+    int padding() const { return padding_; }
+    void setPadding(int padding) {
+        if (padding != padding_) {
+            padding_ = padding;
+            paddingChanged();
+        }
+    }
+
+  protected:
+    virtual void paddingChanged() = 0;
+
+  private:
+    int padding_ = verticalPadding;
+};
 
 void paintHighlight(QPainter &painter, const QWidget &row, bool isDown);
 

@@ -6,6 +6,7 @@
 #include <QPalette>
 #include <QString>
 #include <QStyle>
+#include <QTextLayout>
 #include <QWidget>
 
 namespace lumo {
@@ -48,6 +49,23 @@ void paintLine(QPainter &painter, const QRect &area, Qt::Alignment alignment,
     const auto flags = QStyle::visualAlignment(direction, alignment) | Qt::AlignAbsolute;
     painter.drawText(area, static_cast<int>(flags) | Qt::TextSingleLine,
                      painter.fontMetrics().elidedText(text, Qt::ElideRight, area.width()));
+}
+
+QStringList wrappedLines(const QString &text, const QFont &font, int width, int mostLines) {
+    QTextLayout layout(text, font);
+    QStringList lines;
+    layout.beginLayout();
+    for (auto line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+        line.setLineWidth(width);
+        if (lines.size() == mostLines - 1) {
+            lines.append(
+                QFontMetrics(font).elidedText(text.mid(line.textStart()), Qt::ElideRight, width));
+            break;
+        }
+        lines.append(text.mid(line.textStart(), line.textLength()).trimmed());
+    }
+    layout.endLayout();
+    return lines;
 }
 
 } // namespace lumo

@@ -3,8 +3,10 @@
 #include <QColor>
 #include <QFlags>
 #include <QRectF>
+#include <QStringList>
 #include <Qt>
 
+class QFont;
 class QPainter;
 class QPalette;
 class QRect;
@@ -28,5 +30,9 @@ void paintRounded(QPainter &painter, const QRectF &area, double radius, const QC
 // text itself runs as its script does.
 void paintLine(QPainter &painter, const QRect &area, Qt::Alignment alignment,
                Qt::LayoutDirection direction, const QString &text);
+
+// The text in as many lines of this width as it takes, at most so many; the last ends in an
+// ellipsis where that is not all.
+QStringList wrappedLines(const QString &text, const QFont &font, int width, int mostLines);
 
 } // namespace lumo

@@ -25,6 +25,7 @@ namespace lumo {
 namespace {
 
 constexpr int headerHeight = 26;
+constexpr int mostNoticeLines = 2;
 
 } // namespace
 
@@ -75,7 +76,7 @@ QWidget *StatusMenuView::makeNotice() {
         mirrored(menuRow::horizontalPadding, spacing::small, spacing::small, spacing::small));
     row->setSpacing(6);
     noticeSymbol_ = new SymbolView(symbol::warning, 14, role::warningText);
-    noticeText_ = new ElidedLabel(TextStyle::caption);
+    noticeText_ = new ElidedLabel(TextStyle::caption, role::text, mostNoticeLines);
     fixCover_ = new Button("Fix Now", Button::Kind::borderless);
     QFont font = fontOf(TextStyle::caption);
     font.setWeight(QFont::Medium);
@@ -109,11 +110,11 @@ QWidget *StatusMenuView::makeMainPage() {
         return new MenuItemView(title, [this, action] { (menu_.actions().*action)(); });
     };
     toggle_ = row({}, &StatusMenuActions::onToggle);
-    auto *peek = row("Peek Mode", &StatusMenuActions::onPeek);
-    peek->setSubtitle("Temporary reveal (does not turn Lumo off)");
+    peek_ = row("Peek Mode", &StatusMenuActions::onPeek);
+    peek_->setSubtitle("Temporary reveal (does not turn Lumo off)");
     setCover_ = row("Set Cover to Frontmost", &StatusMenuActions::onSetCoverFromFrontmost);
     chooseCover_ = new MenuItemView("Choose Cover App", [this] { menu_.chooseCoverApp(); });
-    std::vector<QWidget *> rows{toggle_, peek, setCover_, chooseCover_};
+    std::vector<QWidget *> rows{toggle_, peek_, setCover_, chooseCover_};
     if (menu_.canCheckForUpdates()) {
         rows.push_back(row("Check for Updates", &StatusMenuActions::onCheckForUpdates));
     }
@@ -146,6 +147,8 @@ void StatusMenuView::refresh() {
     dot_->setOn(menu_.isOn());
     header_->setText(toQString(menu_.header()));
     toggle_->setTitle(menu_.toggleTitle());
+    toggle_->setShortcut(menu_.toggleShortcutLabel());
+    peek_->setShortcut(menu_.peekShortcutLabel());
     setCover_->setSubtitle(menu_.setCoverSubtitle());
     setCover_->setShortcut(menu_.setCoverShortcutLabel());
     chooseCover_->setSubtitle(menu_.chooseCoverSubtitle());

@@ -56,6 +56,7 @@ class StatusMenuView final : public QWidget {
     ElidedLabel *noticeText_ = nullptr;
     Button *fixCover_ = nullptr;
     MenuItemView *toggle_ = nullptr;
+    MenuItemView *peek_ = nullptr;
     MenuItemView *setCover_ = nullptr;
     MenuItemView *chooseCover_ = nullptr;
     MenuItemView *shortcuts_ = nullptr;

@@ -1,6 +1,7 @@
 #include "ui/ToggleRowView.h"
 
 #include "ui/MenuRow.h"
+#include "ui/Painting.h"
 #include "ui/Switch.h"
 #include "ui/Text.h"
 #include "ui/Theme.h"
@@ -9,7 +10,6 @@
 #include <QPainter>
 #include <QResizeEvent>
 #include <QStyle>
-#include <QTextLayout>
 
 namespace lumo {
 
@@ -45,24 +45,8 @@ void ToggleRowView::setSubtitle(const std::optional<std::string> &subtitle) {
     update();
 }
 
-// The subtitle as it is shown at this width; the last line ends in an ellipsis where it does not
-// fit.
 QStringList ToggleRowView::subtitleLines(int width) const {
-    const QFont font = fontOf(TextStyle::caption);
-    QTextLayout layout(subtitle_, font);
-    QStringList lines;
-    layout.beginLayout();
-    for (auto line = layout.createLine(); line.isValid(); line = layout.createLine()) {
-        line.setLineWidth(textWidthOf(width));
-        if (lines.size() == mostLines - 1) {
-            lines.append(QFontMetrics(font).elidedText(subtitle_.mid(line.textStart()),
-                                                       Qt::ElideRight, textWidthOf(width)));
-            break;
-        }
-        lines.append(subtitle_.mid(line.textStart(), line.textLength()).trimmed());
-    }
-    layout.endLayout();
-    return lines;
+    return wrappedLines(subtitle_, fontOf(TextStyle::caption), textWidthOf(width), mostLines);
 }
 
 void ToggleRowView::updateToolTip() {
@@ -80,7 +64,7 @@ void ToggleRowView::resizeEvent(QResizeEvent *event) {
 }
 
 int ToggleRowView::heightForWidth(int width) const {
-    return menuRow::height(static_cast<int>(subtitleLines(width).size()));
+    return menuRow::height(static_cast<int>(subtitleLines(width).size()), padding());
 }
 
 QSize ToggleRowView::sizeHint() const {

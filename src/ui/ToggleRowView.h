@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/MenuRow.h"
+
 #include <QCheckBox>
 #include <optional>
 #include <string>
@@ -9,7 +11,7 @@ namespace lumo {
 
 // One row of the popover with a switch at its end: a title and maybe a subtitle of up to two lines.
 // All of the row turns the switch.
-class ToggleRowView final : public QCheckBox {
+class ToggleRowView final : public QCheckBox, public menuRow::Padded {
   public:
     explicit ToggleRowView(std::string_view title);
 
@@ -27,6 +29,7 @@ class ToggleRowView final : public QCheckBox {
     bool hitButton(const QPoint &position) const override { return rect().contains(position); }
 
   private:
+    void paddingChanged() override { updateGeometry(); }
     QStringList subtitleLines(int width) const;
     void updateToolTip();
 
