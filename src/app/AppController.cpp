@@ -154,10 +154,15 @@ void AppController::emergencyStop() {
 
 void AppController::announceReadiness() {
     const auto &words = platform_.vocabulary.firstStart;
-    if (!words.readyTitle.empty()) {
-        notify(std::string(words.readyTitle),
-               withShortcuts(words.readyText, platform_, settingsStore_));
+    if (words.readyTitle.empty()) {
+        return;
     }
+    constexpr std::string_view keys = "{toggle}";
+    std::string text(words.readyText);
+    if (const auto at = text.find(keys); at != std::string::npos) {
+        text.replace(at, keys.size(), joinedKeys(platform_, toggleKeys(platform_, settingsStore_)));
+    }
+    notify(std::string(words.readyTitle), std::move(text));
 }
 
 void AppController::notify(std::string title, std::string text) {

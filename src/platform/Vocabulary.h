@@ -27,13 +27,21 @@ struct ExplainedSymbol {
     std::string_view description;
 };
 
-// What the page of the first start says. In its texts {toggle} stands for the shortcut that turns
-// the effect on and off, and {D} for the name of the key at that position.
+// What a line of the first start's page shows beside its words.
+enum class FirstStartPicture { toggleKeys, dot, emergencyKeys };
+
+struct FirstStartLine {
+    std::string_view title;
+    std::string_view description;
+    FirstStartPicture picture = {};
+};
+
+// What the page of the first start says.
 struct FirstStartWords {
     // At the top of the page; empty for the program's own icon.
     std::string_view symbol;
     // What the program does and how it is used.
-    std::vector<ExplainedSymbol> lines;
+    std::vector<FirstStartLine> lines;
     // The button that turns the effect on and closes the page; empty where closing is all there is.
     std::string_view begin;
 
@@ -45,7 +53,8 @@ struct FirstStartWords {
     std::string_view checkAgain;
     std::string_view granted; // once it is there; empty for nothing
 
-    // A notification when the page was closed without beginning; empty for none.
+    // A notification when the page was closed without beginning; empty for none. {toggle} stands
+    // for the shortcut that turns the effect on and off.
     std::string_view readyTitle;
     std::string_view readyText;
 };
@@ -62,9 +71,11 @@ struct Vocabulary {
     // In the order in which a shortcut is written, and what stands between its keys.
     std::vector<ModifierWords> modifiers;
     std::string_view keySeparator;
+    // Those that the emergency stop takes, in the order in which it is written.
+    std::vector<std::string_view> emergencyModifiers;
     std::string_view modifiersExplained;
-    // What the recorder says of a key without a modifier; empty for nothing.
-    std::string_view needsModifier;
+    std::string_view recordingExplained;  // while a shortcut is recorded; empty for nothing
+    bool showsAllShortcutsInMenu = false; // else that for the Cover App alone
 
     AppNaming appNaming = AppNaming::displayName;
     FirstStartWords firstStart;

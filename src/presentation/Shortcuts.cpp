@@ -8,41 +8,47 @@
 
 namespace lumo {
 
-namespace {
-
-void replace(std::string &text, std::string_view placeholder, const std::string &replacement) {
-    if (const auto at = text.find(placeholder); at != std::string::npos) {
-        text.replace(at, placeholder.size(), replacement);
-    }
-}
-
-} // namespace
-
-std::string shortcutLabel(const Platform &platform, std::int64_t keyCode, std::int64_t modifiers) {
-    std::string label;
+std::vector<std::string> shortcutKeys(const Platform &platform, std::int64_t keyCode,
+                                      std::int64_t modifiers) {
+    std::vector<std::string> keys;
     for (const auto &modifier : platform.vocabulary.modifiers) {
         if ((modifiers & modifier.bit) != 0) {
-            label.append(modifier.inShortcuts).append(platform.vocabulary.keySeparator);
+            keys.emplace_back(modifier.inShortcuts);
         }
     }
-    return label + platform.keyboard.keyName(keyCode);
+    keys.push_back(platform.keyboard.keyName(keyCode));
+    return keys;
+}
+
+std::vector<std::string> toggleKeys(const Platform &platform, const SettingsStore &settings) {
+    return shortcutKeys(platform, settings.toggleShortcutKey.value(),
+                        settings.toggleShortcutModifiers.value());
+}
+
+std::vector<std::string> emergencyKeys(const Platform &platform) {
+    constexpr std::int64_t keyD = 2;
+    const auto &modifiers = platform.vocabulary.emergencyModifiers;
+    std::vector<std::string> keys(modifiers.begin(), modifiers.end());
+    keys.push_back(platform.keyboard.keyName(keyD));
+    return keys;
+}
+
+std::string joinedKeys(const Platform &platform, const std::vector<std::string> &keys) {
+    std::string joined;
+    for (const auto &key : keys) {
+        joined.append(joined.empty() ? "" : platform.vocabulary.keySeparator).append(key);
+    }
+    return joined;
+}
+
+std::string shortcutLabel(const Platform &platform, std::int64_t keyCode, std::int64_t modifiers) {
+    return joinedKeys(platform, shortcutKeys(platform, keyCode, modifiers));
 }
 
 std::string modifierName(const Vocabulary &vocabulary, std::string_view storedName) {
     const auto found =
         std::ranges::find(vocabulary.modifiers, storedName, &ModifierWords::storedName);
     return std::string(found != vocabulary.modifiers.end() ? found->name : storedName);
-}
-
-std::string withShortcuts(std::string_view text, const Platform &platform,
-                          const SettingsStore &settings) {
-    constexpr std::int64_t keyD = 2;
-    std::string filled(text);
-    replace(filled, "{toggle}",
-            shortcutLabel(platform, settings.toggleShortcutKey.value(),
-                          settings.toggleShortcutModifiers.value()));
-    replace(filled, "{D}", platform.keyboard.keyName(keyD));
-    return filled;
 }
 
 } // namespace lumo

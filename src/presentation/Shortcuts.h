@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace lumo {
 
@@ -17,8 +18,15 @@ std::string shortcutLabel(const Platform &platform, std::int64_t keyCode, std::i
 // same for what is none.
 std::string modifierName(const Vocabulary &vocabulary, std::string_view storedName);
 
-// A text of the vocabulary with the shortcuts and keys that it leaves open.
-std::string withShortcuts(std::string_view text, const Platform &platform,
-                          const SettingsStore &settings);
+// The names of a shortcut's keys, the modifiers first.
+std::vector<std::string> shortcutKeys(const Platform &platform, std::int64_t keyCode,
+                                      std::int64_t modifiers);
+
+// Those of the shortcut that turns the effect on and off, and of the emergency stop.
+std::vector<std::string> toggleKeys(const Platform &platform, const SettingsStore &settings);
+std::vector<std::string> emergencyKeys(const Platform &platform);
+
+// Keys as they are written together.
+std::string joinedKeys(const Platform &platform, const std::vector<std::string> &keys);
 
 } // namespace lumo

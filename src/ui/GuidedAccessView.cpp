@@ -6,7 +6,9 @@
 #include "support/Log.h"
 #include "ui/Button.h"
 #include "ui/Card.h"
+#include "ui/Keycaps.h"
 #include "ui/Labels.h"
+#include "ui/Painting.h"
 #include "ui/ProgramIcon.h"
 #include "ui/Symbols.h"
 #include "ui/Text.h"
@@ -22,20 +24,42 @@ namespace lumo {
 namespace {
 
 class ProgramIconView final : public QWidget {
-  public:
-    ProgramIconView() {
-        setFixedSize(side, side);
-        setAttribute(Qt::WA_TransparentForMouseEvents);
-    }
-
   protected:
     void paintEvent(QPaintEvent * /*event*/) override {
         QPainter painter(this);
         paintProgramIcon(painter, rect());
     }
+};
+
+// The dot as it looks in a panel.
+class PanelPicture final : public QWidget {
+  public:
+    PanelPicture() { setFixedSize(width, height); }
+
+  protected:
+    void paintEvent(QPaintEvent * /*event*/) override {
+        constexpr QColor panel(0x33, 0x37, 0x43);
+        constexpr QColor neighbour(255, 255, 255, 70);
+        constexpr double dotRadius = 4.6;
+        constexpr double neighbourRadius = 4;
+        constexpr double distance = 18;
+        QPainter painter(this);
+        paintRounded(painter, rect(), corner::small, panel, palette().color(role::controlBorder));
+        const auto disc = [&painter, this](double x, double radius, const QColor &color) {
+            const QPointF middle(x, QRectF(rect()).center().y());
+            paintRounded(painter,
+                         QRectF(middle.x() - radius, middle.y() - radius, 2 * radius, 2 * radius),
+                         radius, color);
+        };
+        const double middle = QRectF(rect()).center().x();
+        disc(middle - distance, neighbourRadius, neighbour);
+        disc(middle, dotRadius, Qt::white);
+        disc(middle + distance, neighbourRadius, neighbour);
+    }
 
   private:
-    static constexpr int side = 72;
+    static constexpr int width = 64;
+    static constexpr int height = 22;
 };
 
 QLabel *centred(QLabel *label) {
@@ -43,16 +67,16 @@ QLabel *centred(QLabel *label) {
     return label;
 }
 
-// A symbol with a title and a description beside it, and a control at the end of the row if there
-// is one.
-struct ExplainedRow {
-    QLabel *title;
-    QLabel *description;
-    QWidget *row;
-};
+QVBoxLayout *makeTexts(QWidget *title, std::string_view description) {
+    auto *texts = new QVBoxLayout;
+    texts->setSpacing(3);
+    texts->addWidget(title);
+    texts->addWidget(makeNote(description, TextStyle::caption));
+    return texts;
+}
 
-ExplainedRow makeExplainedRow(const ExplainedSymbol &words, QPalette::ColorRole color, int padding,
-                              QWidget *control = nullptr) {
+QWidget *makePermissionRow(const ExplainedSymbol &permission, QPalette::ColorRole color,
+                           int padding) {
     constexpr int iconColumn = 32;
     constexpr int iconSize = 24;
     auto *row = new QWidget;
@@ -63,19 +87,24 @@ ExplainedRow makeExplainedRow(const ExplainedSymbol &words, QPalette::ColorRole 
     column->setFixedWidth(iconColumn);
     auto *middle = new QHBoxLayout(column);
     middle->setContentsMargins(0, 0, 0, 0);
-    middle->addWidget(new SymbolView(words.symbol, iconSize, color), 0, Qt::AlignCenter);
+    middle->addWidget(new SymbolView(permission.symbol, iconSize, color), 0, Qt::AlignCenter);
     layout->addWidget(column);
-    auto *texts = new QVBoxLayout;
-    texts->setSpacing(3);
-    auto *title = makeLabel(words.title, TextStyle::headline);
-    auto *description = makeNote(words.description, TextStyle::caption);
-    texts->addWidget(title);
-    texts->addWidget(description);
-    layout->addLayout(texts, 1);
-    if (control != nullptr) {
-        layout->addWidget(control);
-    }
-    return {title, description, row};
+    layout->addLayout(
+        makeTexts(makeLabel(permission.title, TextStyle::headline), permission.description), 1);
+    return row;
+}
+
+// With the picture at the end of the title's line.
+QWidget *makeLine(const FirstStartLine &line, QWidget *picture) {
+    constexpr int horizontalPadding = 16;
+    constexpr int verticalPadding = 9;
+    auto *title = makeRow({makeLabel(line.title, TextStyle::headline)});
+    title->layout()->addWidget(picture);
+    auto *row = new QWidget;
+    row->setLayout(makeTexts(title, line.description));
+    row->layout()->setContentsMargins(horizontalPadding, verticalPadding, horizontalPadding,
+                                      verticalPadding);
+    return row;
 }
 
 } // namespace
@@ -88,7 +117,7 @@ GuidedAccessView::GuidedAccessView(GuidanceModel model)
     resize(contentSize);
     new WindowMover(*this);
     auto *column = new QVBoxLayout(this);
-    column->setContentsMargins(spacing::page, spacing::page, spacing::page, spacing::section);
+    column->setContentsMargins(spacing::page, spacing::section, spacing::page, spacing::section);
     column->setSpacing(spacing::medium);
     column->addStretch();
     addHeader(*column);
@@ -110,9 +139,11 @@ GuidedAccessView::GuidedAccessView(GuidanceModel model)
 
 void GuidedAccessView::addHeader(QVBoxLayout &column) {
     constexpr int symbolSize = 60;
-    QWidget *picture = words_.symbol.empty()
-                           ? static_cast<QWidget *>(new ProgramIconView)
-                           : new SymbolView(words_.symbol, symbolSize, role::accentText);
+    if (words_.symbol.empty()) {
+        icon_ = new ProgramIconView;
+    }
+    auto *picture =
+        icon_ != nullptr ? icon_ : new SymbolView(words_.symbol, symbolSize, role::accentText);
     column.addWidget(picture, 0, Qt::AlignHCenter);
     column.addSpacing(spacing::medium);
     column.addWidget(centred(makeLabel("Welcome to Lumo", TextStyle::largeTitle)));
@@ -122,34 +153,35 @@ void GuidedAccessView::addHeader(QVBoxLayout &column) {
 }
 
 void GuidedAccessView::addLines(QVBoxLayout &column) {
-    constexpr int padding = 10;
     if (words_.lines.empty()) {
         return;
     }
     auto *card = new Card;
     for (const auto &line : words_.lines) {
-        const auto row = makeExplainedRow(line, role::accentText, padding);
-        texts_.emplace_back(row.title, line.title);
-        texts_.emplace_back(row.description, line.description);
-        card->addRow(row.row);
+        card->addRow(makeLine(line, makePicture(line.picture)));
     }
     column.addWidget(card);
 }
 
+QWidget *GuidedAccessView::makePicture(FirstStartPicture picture) {
+    if (picture == FirstStartPicture::dot) {
+        return new PanelPicture;
+    }
+    auto *&keys = picture == FirstStartPicture::toggleKeys ? toggleKeys_ : emergencyKeys_;
+    keys = new Keycaps;
+    return keys;
+}
+
 void GuidedAccessView::addPermission(QVBoxLayout &column) {
-    constexpr int padding = 14;
     if (!words_.need.empty()) {
         auto *need = centred(makeLabel(words_.need, TextStyle::body));
         need->setWordWrap(true);
         column.addWidget(need);
     }
-    // Without a page of the settings to open, there is one button, which belongs to the row.
-    const bool isAlone = words_.openSettings.empty();
     permission_ = new Card;
-    permission_->addRow(makeExplainedRow(words_.permission,
-                                         isAlone ? role::warningText : role::accentText, padding,
-                                         isAlone ? checkAgain_ : nullptr)
-                            .row);
+    permission_->addRow(words_.showsGrantedPermission
+                            ? makePermissionRow(words_.permission, role::accentText, 14)
+                            : makePermissionRow(words_.permission, role::warningText, 9));
     column.addWidget(permission_);
 }
 
@@ -159,16 +191,15 @@ void GuidedAccessView::addButtons(QVBoxLayout &column) {
         auto *open = new Button(words_.openSettings, Button::Kind::prominent, symbol::openLock);
         QObject::connect(open, &QPushButton::clicked, this, [this] { openSystemSettings(); });
         column.addWidget(open);
-        column.addWidget(checkAgain_);
         open->setFocus();
     }
     QObject::connect(checkAgain_, &QPushButton::clicked, this,
                      [this] { model_.permission.checkPermission(); });
+    column.addWidget(checkAgain_);
     if (!words_.begin.empty()) {
         begin_ = new Button(words_.begin, Button::Kind::prominent);
         QObject::connect(begin_, &QPushButton::clicked, this, [this] { model_.begin(); });
         column.addWidget(begin_);
-        begin_->setFocus();
     }
     column.addWidget(state_);
 }
@@ -178,17 +209,33 @@ void GuidedAccessView::setChecking(bool isChecking) {
 }
 
 void GuidedAccessView::showShortcuts() {
-    for (const auto &[label, text] : texts_) {
-        label->setText(toQString(withShortcuts(text, model_.platform, model_.settings)));
-    }
+    const auto show = [this](Keycaps *keycaps, const std::vector<std::string> &keys) {
+        QStringList names;
+        for (const auto &key : keys) {
+            names.append(toQString(key));
+        }
+        if (keycaps != nullptr) {
+            keycaps->setKeys(names, toQString(model_.platform.vocabulary.keySeparator));
+        }
+    };
+    show(toggleKeys_, toggleKeys(model_.platform, model_.settings));
+    show(emergencyKeys_, emergencyKeys(model_.platform));
 }
 
 void GuidedAccessView::showState(bool isGranted) {
-    permission_->setVisible(!isGranted || words_.showsGrantedPermission);
+    const bool needsPermission = !isGranted || words_.showsGrantedPermission;
+    permission_->setVisible(needsPermission);
+    checkAgain_->setVisible(needsPermission);
     state_->setText(isGranted ? toQString(words_.granted) : QString());
     state_->setHidden(words_.granted.empty());
+    if (icon_ != nullptr) {
+        constexpr QSize large(84, 84);
+        constexpr QSize besidePermission(56, 56);
+        icon_->setFixedSize(needsPermission ? besidePermission : large);
+    }
     if (begin_ != nullptr) {
-        begin_->setEnabled(isGranted);
+        begin_->setVisible(isGranted);
+        (isGranted ? begin_ : checkAgain_)->setFocus();
     }
 }
 

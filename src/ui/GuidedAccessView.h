@@ -5,8 +5,6 @@
 #include "support/Handle.h"
 
 #include <QWidget>
-#include <utility>
-#include <vector>
 
 class QLabel;
 class QVBoxLayout;
@@ -15,6 +13,7 @@ namespace lumo {
 
 class Button;
 class Card;
+class Keycaps;
 
 // The page of the first start, in the desktop's own words: what the program does, the one
 // permission that it needs, which the user can check again, and a button to begin. Never closes its
@@ -34,6 +33,7 @@ class GuidedAccessView final : public QWidget {
   private:
     void addHeader(QVBoxLayout &column);
     void addLines(QVBoxLayout &column);
+    QWidget *makePicture(FirstStartPicture picture);
     void addPermission(QVBoxLayout &column);
     void addButtons(QVBoxLayout &column);
     void showShortcuts();
@@ -42,7 +42,9 @@ class GuidedAccessView final : public QWidget {
 
     GuidanceModel model_;
     const FirstStartWords &words_;
-    std::vector<std::pair<QLabel *, std::string_view>> texts_; // with shortcuts
+    QWidget *icon_ = nullptr;       // the program's; null where a symbol stands for it
+    Keycaps *toggleKeys_ = nullptr; // null where no line shows them
+    Keycaps *emergencyKeys_ = nullptr;
     Card *permission_ = nullptr;
     Button *checkAgain_;
     Button *begin_ = nullptr; // null where there is none

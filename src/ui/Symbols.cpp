@@ -228,19 +228,6 @@ Shape plus() {
             .lineWidth = 2.2};
 }
 
-Shape dot() {
-    return {.filled = circle(12, 12, 6.2), .stroked = {}};
-}
-
-// A window in front of another.
-Shape frontWindow() {
-    const auto front = roundedRect(7.4, 9, 14.2, 11.6, 2.4);
-    const auto behind = roundedRect(2.4, 4, 14.2, 11.6, 2.4);
-    return {.filled =
-                front.united(outline(behind, 1.7).subtracted(outline(front, 3).united(front))),
-            .stroked = {}};
-}
-
 Shape shapeOf(std::string_view name) {
     static constexpr std::pair<std::string_view, Shape (*)()> shapes[] = {
         {symbol::general, gear},
@@ -261,8 +248,6 @@ Shape shapeOf(std::string_view name) {
         {symbol::check, checkMark},
         {symbol::add, plus},
         {symbol::remove, removeCircle},
-        {symbol::dot, dot},
-        {symbol::windows, frontWindow},
     };
     const auto *const found =
         std::ranges::find(shapes, name, &std::pair<std::string_view, Shape (*)()>::first);

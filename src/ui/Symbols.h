@@ -28,13 +28,10 @@ inline constexpr std::string_view progress = "progress.indicator";
 inline constexpr std::string_view check = "checkmark";
 inline constexpr std::string_view add = "plus";
 inline constexpr std::string_view remove = "minus.circle";
-inline constexpr std::string_view dot = "circle.fill";
-inline constexpr std::string_view windows = "rectangle.on.rectangle";
 
-inline constexpr std::array all{general,    appearance,   rules,      shortcuts, warning,
-                                info,       back,         openPicker, search,    record,
-                                raisedHand, pointingHand, openLock,   reload,    progress,
-                                check,      add,          remove,     dot,       windows};
+inline constexpr std::array all{general,  appearance, rules,    shortcuts, warning,    info,
+                                back,     openPicker, search,   record,    raisedHand, pointingHand,
+                                openLock, reload,     progress, check,     add,        remove};
 } // namespace symbol
 
 // Draws the symbol as large as fits, in the middle of the area. The name must be one of the above.

@@ -1,7 +1,6 @@
 #include "ScriptedDesktop.h"
 
 #include "platform/macos/logic/AnsiKeyboard.h"
-#include "platform/macos/logic/MacVocabulary.h"
 
 #include <algorithm>
 #include <ranges>
@@ -100,8 +99,8 @@ class ScriptedDesktop::AccessibleWindow final : public AccessibilityWindow {
     WindowID window_;
 };
 
-ScriptedDesktop::ScriptedDesktop(double startTime)
-    : vocabulary(macos::vocabulary())
+ScriptedDesktop::ScriptedDesktop(double startTime, const Vocabulary &words)
+    : vocabulary(words)
     , mainLoop(startTime)
     , log_([this](std::string_view line) { logLines.emplace_back(line); }) {
     own_ = {nextProcess_++, "app.lumo.Lumo", "Lumo", ActivationPolicy::accessory};

@@ -20,6 +20,7 @@
 #include "platform/Vocabulary.h"
 #include "platform/WindowServer.h"
 #include "platform/Workspace.h"
+#include "platform/macos/logic/MacVocabulary.h"
 #include "support/Log.h"
 #include "support/Signal.h"
 
@@ -78,7 +79,8 @@ class ScriptedDesktop final : private WindowServer,
     using DisplayID = std::uint32_t;
 
     // The clock stands at this time, in seconds, when the test begins.
-    explicit ScriptedDesktop(double startTime = 1000);
+    explicit ScriptedDesktop(double startTime = 1000,
+                             const Vocabulary &words = macos::vocabulary());
     ~ScriptedDesktop() override;
 
     // What the program under test is given. Valid as long as the desktop.
@@ -86,7 +88,7 @@ class ScriptedDesktop final : private WindowServer,
 
     Capabilities capabilities{true};
     bool announcesChanges = false; // all of them, see DesktopChanges
-    Vocabulary vocabulary;         // at first the Mac's
+    Vocabulary vocabulary;
     ScriptedMainLoop mainLoop;
     std::vector<std::string> logLines;
 

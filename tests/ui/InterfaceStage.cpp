@@ -2,7 +2,8 @@
 
 namespace lumo::test {
 
-InterfaceStage::InterfaceStage() {
+InterfaceStage::InterfaceStage(const Vocabulary &words)
+    : desktop(1000, words) {
     desktop.plugDisplay(1, {0, 0, 1920, 1080});
     for (const auto *name :
          {"Browser", "Calendar", "Editor", "Mail", "Music", "Notes", "Terminal"}) {

@@ -2,6 +2,7 @@
 
 #include "ScriptedDesktop.h"
 #include "input/ShortcutManager.h"
+#include "platform/macos/logic/MacVocabulary.h"
 #include "presentation/UserInterface.h"
 #include "settings/SettingsStore.h"
 #include "support/NotificationCenter.h"
@@ -16,7 +17,7 @@ namespace lumo::test {
 
 // What the views are given, on a scripted desktop with a few applications, and what they asked for.
 struct InterfaceStage {
-    InterfaceStage();
+    explicit InterfaceStage(const Vocabulary &words = macos::vocabulary());
 
     SettingsModel settingsModel();
     GuidanceModel guidanceModel();

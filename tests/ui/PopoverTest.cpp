@@ -1,3 +1,4 @@
+#include "DesktopWords.h"
 #include "InterfacePages.h"
 #include "Looking.h"
 #include "RunningInterface.h"
@@ -29,8 +30,11 @@ namespace {
 
 using test::control;
 using test::readControls;
+using testing::AllOf;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Not;
 
 class PopoverTest : public testing::Test {
   protected:
@@ -68,8 +72,9 @@ TEST_F(PopoverTest, RowsFollowTheSettings) {
     stage.settings.privacyCoverRuntimeStatus.set("No Cover App selected");
     settle();
     EXPECT_THAT(test::readTexts(*window), ElementsAre("Lumo is On", "No Cover App selected"));
-    EXPECT_EQ(control<MenuItemView>(*window, "Peek Mode").toolTip(), "")
-        << "all of it is shown, beside the scroll bar that the warning brings";
+    auto &quit = control<MenuItemView>(*window, "Quit Lumo");
+    EXPECT_LE(quit.mapTo(window.get(), quit.rect().bottomLeft()).y(), 300)
+        << "all rows are seen, beside the warning too";
 
     stage.settings.privacyCoverRuntimeStatus.set("Cover active");
     stage.settings.privacyCoverRuntimeHint.set("Cover set: Editor");
@@ -213,6 +218,26 @@ TEST(GuidedAccess, GuidanceLeadsToThePermission) {
     EXPECT_TRUE(stage.permission.hasAccessibilityPermission.value());
     EXPECT_FALSE(stage.permission.isShowingGuidance.value());
     EXPECT_TRUE(view.isVisible());
+}
+
+TEST(GuidedAccess, PageOfLinuxDesktopsNamesWhatIsMissing) {
+    test::InterfaceStage stage(test::desktopWords());
+    stage.desktop.accessibilityTrusted = false;
+    stage.permission.checkPermission();
+    GuidedAccessView view(stage.guidanceModel());
+    test::layOut(view);
+    EXPECT_THAT(test::readTexts(view), Contains("No window manager answers"));
+    EXPECT_THAT(test::readTabStops(view), ElementsAre("Check Again"));
+    EXPECT_EQ(view.size(), QSize(400, 480)) << "nothing needs more room";
+    stage.desktop.accessibilityTrusted = true;
+    control<QPushButton>(view, "Check Again").click();
+    EXPECT_THAT(test::readTabStops(view), ElementsAre("Turn Lumo On"));
+    stage.desktop.changeKeyNames({{2, "E"}, {49, "Leertaste"}});
+    EXPECT_THAT(test::readTexts(view),
+                AllOf(Contains("Ctrl+Leertaste"), Contains("Ctrl+Alt+Super+E"),
+                      Not(Contains("No window manager answers"))));
+    control<QPushButton>(view, "Turn Lumo On").click();
+    EXPECT_THAT(stage.actions, ElementsAre("begin"));
 }
 
 TEST(QtInterface, DarkAndLightFollowTheDesktop) {

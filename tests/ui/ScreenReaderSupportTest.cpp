@@ -1,3 +1,4 @@
+#include "DesktopWords.h"
 #include "InterfacePages.h"
 #include "Looking.h"
 #include "RunningInterface.h"
@@ -23,10 +24,12 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
-TEST(ScreenReaderSupport, EveryControlOfEveryPage) {
+class EveryPage : public testing::TestWithParam<const Vocabulary *> {};
+
+TEST_P(EveryPage, ControlsAreNamedShownWholeAndReached) {
     for (const auto &page : test::interfacePages()) {
         QApplication::setLayoutDirection(page.isMirrored ? Qt::RightToLeft : Qt::LeftToRight);
-        test::InterfaceStage stage;
+        test::InterfaceStage stage(*GetParam());
         const auto view = page.make(stage);
         test::showPage(page, *view, stage);
         EXPECT_THAT(test::unspeakableControls(*view), IsEmpty()) << page.name;
@@ -45,6 +48,9 @@ TEST(ScreenReaderSupport, EveryControlOfEveryPage) {
     }
     QApplication::setLayoutDirection(Qt::LeftToRight);
 }
+
+INSTANTIATE_TEST_SUITE_P(Words, EveryPage,
+                         testing::Values(&macos::vocabulary(), &test::desktopWords()));
 
 TEST(ScreenReaderSupport, ShownWindowsAreFound) {
     auto &running = test::RunningInterface::instance();

@@ -63,6 +63,28 @@ TEST_F(ShellTest, FirstStartBeginsWithTheGuidance) {
     EXPECT_FALSE(interface.guidanceWindow);
 }
 
+// What follows the page is told once: by the effect itself, or in words where the desktop has some.
+TEST_F(ShellTest, FirstStartEndsInTheEffectOrAHint) {
+    desktop.vocabulary.firstStart.readyTitle = "Ready";
+    desktop.vocabulary.firstStart.readyText = "Press {toggle}.";
+    launch(false);
+    interface.guidanceWindow->begin();
+    EXPECT_TRUE(settings().isEnabled.value());
+    EXPECT_EQ(desktop.defaults.at("hasCompletedOnboarding"), Value(true));
+    EXPECT_EQ(interface.guidanceWindow.use_count(), 1) << "closed";
+    EXPECT_THAT(desktop.notifications, IsEmpty());
+
+    desktop.defaults.clear();
+    launch(false);
+    ScriptedInterface::close(interface.guidanceWindow);
+    EXPECT_FALSE(settings().isEnabled.value());
+    ASSERT_EQ(desktop.notifications.size(), 1U);
+    EXPECT_EQ(desktop.notifications.front().body, "Press ⌃Space.");
+    delegate->showGuidanceWindow();
+    ScriptedInterface::close(interface.guidanceWindow);
+    EXPECT_EQ(desktop.notifications.size(), 1U) << "the first time only";
+}
+
 TEST_F(ShellTest, NothingStartsWithoutThePermission) {
     desktop.accessibilityTrusted = false;
     launch(false);

@@ -1,6 +1,8 @@
 #include "Gallery.h"
 
+#include "DesktopWords.h"
 #include "InterfacePages.h"
+#include "platform/macos/logic/MacVocabulary.h"
 #include "ui/LumoStyle.h"
 #include "ui/Theme.h"
 
@@ -14,9 +16,9 @@ namespace lumo::test {
 
 namespace {
 
-QImage pictureOf(const InterfacePage &page, double scale) {
+QImage pictureOf(const InterfacePage &page, const Vocabulary &words, double scale) {
     QApplication::setLayoutDirection(page.isMirrored ? Qt::RightToLeft : Qt::LeftToRight);
-    InterfaceStage stage;
+    InterfaceStage stage(words);
     stage.settings.isEnabled.set(true);
     const auto view = page.make(stage);
     view->setAttribute(Qt::WA_TranslucentBackground);
@@ -29,13 +31,13 @@ QImage pictureOf(const InterfacePage &page, double scale) {
     return image;
 }
 
-bool drawPage(const InterfacePage &page, ColorScheme scheme, double scale,
+bool drawPage(const InterfacePage &page, const Vocabulary &words, ColorScheme scheme, double scale,
               const std::filesystem::path &directory) {
     const auto number = QString::number(scale).toStdString();
     const auto file =
         directory /
         (page.name + (scheme == ColorScheme::dark ? "-dark@" : "-light@") + number + "x.png");
-    if (!pictureOf(page, scale).save(QString::fromStdString(file.string()))) {
+    if (!pictureOf(page, words, scale).save(QString::fromStdString(file.string()))) {
         std::cerr << "can't write " << file << '\n';
         return false;
     }
@@ -45,7 +47,8 @@ bool drawPage(const InterfacePage &page, ColorScheme scheme, double scale,
 } // namespace
 
 bool drawGallery(const std::filesystem::path &directory, const std::vector<double> &scales) {
-    std::filesystem::create_directories(directory);
+    const auto ofTheMac = directory / "mac";
+    std::filesystem::create_directories(ofTheMac);
     int count = 1;
     std::array<char, 4> name{"ui"};
     std::array<char *, 2> arguments{name.data(), nullptr};
@@ -59,8 +62,12 @@ bool drawGallery(const std::filesystem::path &directory, const std::vector<doubl
         for (const auto &page : interfacePages()) {
             if (page.isDocumented || !scales.empty()) {
                 for (const double scale : scales.empty() ? std::vector<double>{1, 2} : scales) {
-                    isWritten = drawPage(page, scheme, scale, directory) && isWritten;
+                    isWritten =
+                        drawPage(page, desktopWords(), scheme, scale, directory) && isWritten;
                 }
+            }
+            if (page.isDocumented && scheme == ColorScheme::light) {
+                isWritten = drawPage(page, macos::vocabulary(), scheme, 2, ofTheMac) && isWritten;
             }
         }
     }

@@ -9,17 +9,16 @@ namespace {
 FirstStartWords firstStart() {
     FirstStartWords words;
     words.lines = {
-        {"rectangle.on.rectangle", "The window you work in stays clear",
-         "All else recedes. {toggle} turns Lumo on and off."},
-        {"circle.fill", "Right-click the dot in your panel",
-         "It shows whether Lumo is on, and opens its menu."},
-        {"hand.raised.fill", "Ctrl+Alt+Super+{D} stops it all",
-         "The emergency stop, whatever is in front."},
+        {"Turn Lumo on and off", "All but the window you work in recedes.",
+         FirstStartPicture::toggleKeys},
+        {"The dot in your panel", "Right-click it for the menu and the settings.",
+         FirstStartPicture::dot},
+        {"Emergency stop", "Turns everything off, whatever is in front.",
+         FirstStartPicture::emergencyKeys},
     };
     words.begin = "Turn Lumo On";
     words.permission = {"exclamationmark.triangle.fill", "No window manager answers",
-                        "Lumo learns from it which window you work in. Start one, then check "
-                        "again."};
+                        "It tells Lumo which window you work in."};
     words.checkAgain = "Check Again";
     words.readyTitle = "Lumo is ready";
     words.readyText = "Right-click the dot in your panel, or press {toggle} to turn Lumo on.";
@@ -82,7 +81,11 @@ Vocabulary makeVocabulary() {
     };
     words.keySeparator = "+";
     words.modifiersExplained = "Ctrl, Alt, Shift, and Super combinations are supported.";
-    words.needsModifier = "Hold Ctrl, Alt, Shift, or Super while you press a key.";
+    words.emergencyModifiers = {"Ctrl", "Alt", "Super"};
+    words.recordingExplained =
+        "Hold Ctrl, Alt, Shift, or Super and press a key. Lumo can't see those "
+        "that your desktop takes for itself.";
+    words.showsAllShortcutsInMenu = true;
     words.firstStart = firstStart();
     words.whitelist = whitelist();
     words.blacklist = blacklist();
