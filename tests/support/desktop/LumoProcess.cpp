@@ -39,7 +39,10 @@ fs::path preferencesFile(const PrivateDesktop &desktop) {
 }
 
 void writePreferences(const PrivateDesktop &desktop, const Preferences &preferences) {
-    const fs::path file = preferencesFile(desktop);
+    writePreferences(preferencesFile(desktop), preferences);
+}
+
+void writePreferences(const fs::path &file, const Preferences &preferences) {
     fs::create_directories(file.parent_path());
     std::ofstream stream(file);
     stream << std::setprecision(std::numeric_limits<double>::max_digits10)

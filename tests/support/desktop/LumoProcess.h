@@ -26,6 +26,7 @@ Preferences shownEffect(const std::string &effectMode, double intensity);
 std::filesystem::path preferencesFile(const PrivateDesktop &desktop);
 
 // Writes the user's settings file, replacing one that is there.
+void writePreferences(const std::filesystem::path &file, const Preferences &preferences);
 void writePreferences(const PrivateDesktop &desktop, const Preferences &preferences);
 
 // The real program at work on a private desktop. The desktop must outlive it.

@@ -33,8 +33,10 @@ MessageBus::MessageBus(Environment environment, Services services)
     std::ofstream(directory_.path() / "bus.conf")
         << "<busconfig><type>session</type><listen>" << address_ << "</listen>"
         << (services == Services::none ? "" : "<standard_session_servicedirs/>")
-        << "<policy context=\"default\"><allow send_destination=\"*\"/>"
+        << "<policy context=\"default\"><allow user=\"*\"/><allow send_destination=\"*\"/>"
            "<allow receive_sender=\"*\"/><allow own=\"*\"/></policy></busconfig>";
+    std::filesystem::permissions(directory_.path(), std::filesystem::perms::others_exec,
+                                 std::filesystem::perm_options::add);
     start();
 }
 

@@ -8,8 +8,8 @@
 
 namespace lumo::desktop {
 
-// A message bus that no other program knows of. Throws when it cannot be started; ends with the
-// object.
+// A message bus that no other program knows of, for all users. Throws when it cannot be started;
+// ends with the object.
 class MessageBus {
   public:
     enum class Services { none, ofTheSystem }; // which it starts when they are called
