@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <csignal>
@@ -85,7 +86,7 @@ class SwayTest : public testing::Test {
         const auto pixels = [&](int points) {
             return static_cast<int>(std::lround(points * scale));
         };
-        std::vector<Pane> onGrid = {{picture.area(), "#404040", false}};
+        std::vector<Pane> onGrid = {{picture.area(), "#3f3f3f", false}};
         for (auto pane : panes) {
             const auto &[x, y, width, height] = pane.area;
             pane.area = {pixels(x), pixels(y), pixels(x + width) - pixels(x),
@@ -120,6 +121,20 @@ class SwayTest : public testing::Test {
         return wrong.empty() ? wrong : wrong + '\n' + lumo->report();
     }
 
+    std::vector<Pane> threeWithoutEffect() {
+        auto panes = threeWithClear(order.back());
+        panes.insert(panes.begin(), {display, "#3f3f3f"});
+        for (auto &pane : panes) {
+            pane.isClear = true;
+        }
+        return panes;
+    }
+
+    long said(const std::string &name, const std::string &line) {
+        const auto lines = windows[name].program->outputLines();
+        return std::ranges::count(lines, line);
+    }
+
     static bool eventually(const std::function<bool()> &condition) {
         const double end = now() + 8;
         while (!condition() && now() < end) {
@@ -148,28 +163,97 @@ class SwayTest : public testing::Test {
     std::unique_ptr<ChildProcess> lumo;
 };
 
-TEST_F(SwayTest, FocusByClick) {
+TEST_F(SwayTest, FocusByClickThroughTheOverlay) {
     show();
     int arrived = 0;
-    for (int i = 0; i < 10; ++i) {
-        const std::string name =
-            std::array{"Green", "Blue", "Red"}[static_cast<std::size_t>(i % 3)];
-        const auto &[area, colour, program] = windows[name];
-        const auto clicks = [&] {
-            return std::ranges::count(program->outputLines(), std::string("click"));
-        };
-        const auto before = clicks();
-        const int inset = i % 2 == 0 ? 30 : area.width - 30;
-        const int down = inset == 30 ? area.height - 30 : 30;
-        // A corner that no other window covers, whatever the order.
-        const Spot spot = name == "Green" ? Spot{area.x + area.width / 2, area.y + 130}
-                                          : Spot{area.x + (name == "Red" ? 30 : area.width - 30),
-                                                 area.y + (name == "Red" ? 30 : down)};
-        sway.hands().click(spot, display);
-        arrived += eventually([&] { return clicks() > before; }) ? 1 : 0;
+    for (std::size_t i = 0; i < 10; ++i) {
+        const std::string name = std::array{"Green", "Blue", "Red"}[i % 3];
+        const auto before = said(name, "click");
+        // Where no other window covers it, whatever the order.
+        const std::map<std::string, Spot> spots = {
+            {"Red", {90, 110}}, {"Green", {570, 350}}, {"Blue", {1000, 600}}};
+        sway.hands().click(spots.at(name), display);
+        arrived += eventually([&] { return said(name, "click") > before; }) ? 1 : 0;
         EXPECT_EQ(wrongWith(threeWithClear(name)), "") << i;
     }
     EXPECT_EQ(arrived, 10);
+}
+
+TEST_F(SwayTest, KeyboardMenusDialogsAndFullScreen) {
+    show();
+    sway.command("bindsym Mod1+Tab [app_id=Green] focus");
+    sway.hands().press({EvdevKey::option, EvdevKey::tab});
+    ASSERT_TRUE(eventually([&] { return said("Red", "blur") > 0; }));
+    EXPECT_EQ(wrongWith(threeWithClear("Green")), "") << "focus by keyboard";
+
+    sway.command("[app_id=Red] focus");
+    windows["Red"].program->writeLine("menu 350 200 #f0d0f0 200 90");
+    auto panes = threeWithClear("Red");
+    panes.push_back({{410, 280, 200, 90}, "#f0d0f0"});
+    EXPECT_EQ(wrongWith(panes), "") << "a menu beyond its window's edge";
+    windows["Red"].program->writeLine("unmenu");
+
+    windows["Red"].program->writeLine("dialog Sheet #d0f0e0 200 120");
+    ASSERT_TRUE(
+        eventually([&] { return sway.ask("get_tree").find("Sheet") != std::string::npos; }));
+    sway.command("[title=Sheet] floating enable, move absolute position 120 120");
+    panes = threeWithClear("Red");
+    panes.push_back({{120, 120, 200, 120}, "#d0f0e0"});
+    EXPECT_EQ(wrongWith(panes), "") << "a dialog";
+    sway.command("[title=Sheet] kill");
+    EXPECT_EQ(wrongWith(threeWithClear("Red")), "") << "a dialog that closes";
+
+    sway.command("[app_id=Green] focus");
+    windows["Green"].program->writeLine("fill");
+    EXPECT_EQ(wrongWith({{display, windows["Green"].colour}}), "") << "full screen";
+    windows["Green"].program->writeLine("unfill");
+    EXPECT_EQ(wrongWith(threeWithClear("Green")), "") << "after full screen";
+
+    sway.command("[app_id=Green] kill");
+    std::erase(order, "Green");
+    const std::string left =
+        eventually([&] { return said("Red", "focus") > said("Red", "blur"); }) ? "Red" : "Blue";
+    EXPECT_EQ(wrongWith(threeWithClear(left)), "") << "closing the focused window";
+}
+
+TEST_F(SwayTest, HotKeys) {
+    show();
+    sway.command("reload"); // drops bindings that were made at run time
+    EXPECT_TRUE(eventually([&] {
+        sway.hands().press({EvdevKey::command, EvdevKey::option, EvdevKey::tab});
+        return wrongNow(threeWithoutEffect(), "HEADLESS-1", 1).empty();
+    })) << "Peek";
+    EXPECT_EQ(wrongWith(threeWithClear("Red")), "") << "after Peek";
+    sway.hands().press({EvdevKey::control, EvdevKey::space});
+    EXPECT_EQ(wrongWith(threeWithoutEffect()), "") << "off";
+    sway.hands().press({EvdevKey::control, EvdevKey::space});
+    EXPECT_EQ(wrongWith(threeWithClear("Red")), "") << "on again";
+    sway.hands().press({EvdevKey::control, EvdevKey::option, EvdevKey::command, EvdevKey::d});
+    EXPECT_EQ(wrongWith(threeWithoutEffect()), "") << "the emergency stop";
+    EXPECT_EQ(said("Red", "down 57"), 0) << "a hot key is not the window's";
+
+    lumo->signal(SIGTERM);
+    EXPECT_EQ(lumo->waitForExit(), 0);
+    EXPECT_TRUE(eventually([&] {
+        sway.hands().press({EvdevKey::control, EvdevKey::space});
+        return said("Red", "down 57") > 0;
+    })) << "once Lumo has ended";
+}
+
+TEST_F(SwayTest, WhatEnds) {
+    show();
+    lumo->signal(SIGKILL);
+    EXPECT_EQ(wrongWith(threeWithoutEffect()), "") << "killed";
+    lumo = sway.startLumo(look.preferences());
+    EXPECT_EQ(wrongWith(threeWithClear("Red")), "");
+    sway.bus().stop();
+    sway.command("[app_id=Blue] focus");
+    EXPECT_EQ(wrongWith(threeWithClear("Blue")), "") << "without a session bus";
+    sway.process().kill();
+    EXPECT_EQ(lumo->waitForExit(), 1);
+    EXPECT_EQ(
+        std::ranges::count(lumo->outputLines(), "[Lumo] the connection to the compositor was lost"),
+        1);
 }
 
 } // namespace

@@ -182,14 +182,26 @@ class Application {
                 return;
             }
             if (files[1].revents != 0) {
-                std::string line;
-                hasInput = static_cast<bool>(std::getline(std::cin, line));
-                obey(line);
+                hasInput = readInput();
             }
         }
     }
 
   private:
+    bool readInput() {
+        std::array<char, 4096> bytes{};
+        const auto count = read(STDIN_FILENO, bytes.data(), bytes.size());
+        if (count <= 0) {
+            return false;
+        }
+        input_.append(bytes.data(), static_cast<std::size_t>(count));
+        for (auto end = input_.find('\n'); end != std::string::npos; end = input_.find('\n')) {
+            obey(input_.substr(0, end));
+            input_.erase(0, end + 1);
+        }
+        return true;
+    }
+
     void bind(wl_registry *registry, std::uint32_t name, const std::string &interface) {
         const auto bindAs = [&](const wl_interface &wanted, std::uint32_t version) {
             return interface == wanted.name ? wl_registry_bind(registry, name, &wanted, version)
@@ -300,6 +312,7 @@ class Application {
     wl_keyboard *keyboard_ = nullptr;
     std::list<Window> windows_;
     bool movesAtClick_ = false;
+    std::string input_; // that is not a whole line yet
 };
 
 } // namespace
