@@ -73,7 +73,7 @@ int main(int argumentCount, char **arguments) {
                                                   ? lumo::Log::Detail::withDiagnostics
                                                   : lumo::Log::Detail::withoutDiagnostics);
     lumo::freedesktop::GlibMainLoop loop;
-    if (const auto status = lumo::runOnWayland(loop, log)) {
+    if (const auto status = lumo::runOnWayland(loop, log, startedBy)) {
         return *status;
     }
     const auto connection = lumo::x11::Connection::open(nullptr);

@@ -2,7 +2,9 @@
 
 #include "app/AppDelegate.h"
 #include "platform/freedesktop/GlibMainLoop.h"
+#include "platform/freedesktop/MemoryTrim.h"
 #include "platform/freedesktop/PortalAppearance.h"
+#include "platform/freedesktop/RunningInstance.h"
 #include "platform/freedesktop/SessionBus.h"
 #include "platform/wayland/Compositors.h"
 #include "platform/wayland/WaylandBackend.h"
@@ -14,6 +16,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <utility>
 
 namespace lumo {
 
@@ -39,9 +42,20 @@ int runDelegate(freedesktop::GlibMainLoop &loop, wayland::Connection &connection
     const auto terminate = loop.onUnixSignal(SIGTERM, [&] { loop.quit(0); });
     const auto hangUp = loop.onUnixSignal(SIGHUP, [&] { loop.quit(0); });
     freedesktop::PortalAppearance appearance(sessionBus);
-    QtInterface userInterface(platform, {.windowSystem = "wayland",
-                                         .blendsWindows = [] { return true; },
-                                         .appearance = &appearance});
+    ToolkitHooks hooks;
+    hooks.windowSystem = "wayland";
+    hooks.turnLoopBy = [&loop](auto turn) { return loop.turnBy(std::move(turn)); };
+    hooks.noteDesktopLost = lose;
+    hooks.handleKeyPress = [&backend](auto keycode, auto modifiers) {
+        return backend.eventMonitors().handleKeyPress(keycode, modifiers);
+    };
+    hooks.preparePopover = [&backend](const auto &title, const auto &place, const auto &size) {
+        backend.preparePopover(title, place, size);
+    };
+    hooks.blendsWindows = [] { return true; };
+    hooks.noteUnused = freedesktop::trimMemory;
+    hooks.appearance = &appearance;
+    QtInterface userInterface(platform, std::move(hooks));
     AppDelegate delegate(platform, userInterface);
     delegate.applicationDidFinishLaunching();
     return loop.run();
@@ -49,7 +63,7 @@ int runDelegate(freedesktop::GlibMainLoop &loop, wayland::Connection &connection
 
 } // namespace
 
-std::optional<int> runOnWayland(freedesktop::GlibMainLoop &loop, Log &log) {
+std::optional<int> runOnWayland(freedesktop::GlibMainLoop &loop, Log &log, StartedBy startedBy) {
     // NOLINTNEXTLINE(concurrency-mt-unsafe): before there are other threads
     if (std::getenv("WAYLAND_DISPLAY") == nullptr) {
         return std::nullopt;
@@ -64,8 +78,12 @@ std::optional<int> runOnWayland(freedesktop::GlibMainLoop &loop, Log &log) {
     if (!compositor) {
         return 1;
     }
+    if (freedesktop::giveWayToRunningInstance(sessionBus, wayland::nameOnBus())) {
+        log.print("[Lumo] already running on this display");
+        return 0;
+    }
     wayland::WaylandBackend backend(*connection, *compositor, keyboard, sessionBus, loop, log,
-                                    [&loop] { loop.quit(0); });
+                                    startedBy, [&loop] { loop.quit(0); });
     return runDelegate(loop, *connection, *compositor, sessionBus, backend);
 }
 

@@ -12,18 +12,22 @@
 
 namespace lumo {
 
-PopoverWindow::PopoverWindow(const Platform &platform, StatusMenu &menu, bool isRounded)
-    : QWidget(nullptr, Qt::Popup | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint)
+PopoverWindow::PopoverWindow(const Platform &platform, StatusMenu &menu, Form form, bool isRounded)
+    : QWidget(nullptr, (form == Form::popup ? Qt::Popup : Qt::Window) | Qt::FramelessWindowHint |
+                           Qt::NoDropShadowWindowHint)
     , platform_(platform)
     , menu_(menu)
+    , form_(form)
     , view_(new StatusMenuView(menu, platform.mainLoop)) {
     setAttribute(Qt::WA_TranslucentBackground, isRounded);
-    setWindowTitle(QStringLiteral("Lumo"));
+    setWindowTitle(QString::fromLatin1(title));
     setFixedSize(StatusMenuView::contentSize);
     view_->setParent(this);
     view_->setRounded(isRounded);
     view_->move(0, 0);
-    activations_ = platform.workspace.onDidActivateApplication([this] { handleActivation(); });
+    if (form == Form::popup) {
+        activations_ = platform.workspace.onDidActivateApplication([this] { handleActivation(); });
+    }
     screenChanges_ = platform.screens.onScreenParametersDidChange([this] { onDismiss(); });
 }
 
@@ -35,6 +39,11 @@ void PopoverWindow::open(const Place &place, bool isToldOfButtons) {
     show();
     view_->setFocus(Qt::PopupFocusReason);
     grabInput();
+}
+
+void PopoverWindow::open() {
+    show();
+    view_->setFocus(Qt::PopupFocusReason);
 }
 
 // Input goes to the panel for as long as it grabs the button that opened the popover.
@@ -55,6 +64,26 @@ void PopoverWindow::handleActivation() {
     constexpr double justOpened = 0.25; // seconds
     if (platform_.mainLoop.now() - openedAt_ > justOpened && !menu_.isCoverAppInFront()) {
         onDismiss();
+    }
+}
+
+void PopoverWindow::changeEvent(QEvent *event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && form_ == Form::window) {
+        handleDeactivation();
+    }
+}
+
+// The Cover App that the user chooses in it comes to the front a moment later.
+void PopoverWindow::handleDeactivation() {
+    constexpr double moment = 0.1; // seconds
+    deactivation_.reset();
+    if (!isActiveWindow()) {
+        deactivation_ = platform_.mainLoop.after(moment, [this] {
+            if (!isActiveWindow() && !menu_.isCoverAppInFront()) {
+                onDismiss();
+            }
+        });
     }
 }
 

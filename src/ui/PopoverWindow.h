@@ -14,8 +14,14 @@ namespace lumo {
 // comes to the front, unless it is the Cover App.
 class PopoverWindow final : public QWidget {
   public:
+    // A popup is placed by the toolkit and has the keyboard for itself; a window is placed by the
+    // desktop, by its title, and is dismissed when it is no longer active.
+    enum class Form { popup, window };
+
+    static constexpr const char *title = "Lumo Menu";
+
     // Round corners need a desktop that blends windows. All references outlive the window.
-    PopoverWindow(const Platform &platform, StatusMenu &menu, bool isRounded);
+    PopoverWindow(const Platform &platform, StatusMenu &menu, Form form, bool isRounded);
 
     // May destroy the window.
     std::function<void()> onDismiss;
@@ -29,6 +35,9 @@ class PopoverWindow final : public QWidget {
     // and nowhere if not: the window takes the pointer for itself then.
     void open(const Place &place, bool isToldOfButtons);
 
+    // Of Form::window.
+    void open();
+
     // A mouse button went down or up there, on any window: 1 is the left one, 3 the right.
     void handleButton(unsigned button, bool isDown, const QPoint &at);
 
@@ -37,13 +46,16 @@ class PopoverWindow final : public QWidget {
     void mouseReleaseEvent(QMouseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
+    void changeEvent(QEvent *event) override;
 
   private:
     void grabInput();
     void handleActivation();
+    void handleDeactivation();
 
     Platform platform_;
     StatusMenu &menu_;
+    const Form form_;
     StatusMenuView *view_;
     Place place_;
     bool isToldOfButtons_ = false;
@@ -51,6 +63,7 @@ class PopoverWindow final : public QWidget {
     bool isItemPressed_ = false;
     double openedAt_ = 0;
     Handle grabbing_;
+    Handle deactivation_; // while it may be over at once
     Handle activations_;
     Handle screenChanges_;
 };

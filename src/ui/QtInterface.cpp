@@ -1,6 +1,7 @@
 #include "ui/QtInterface.h"
 
 #include "platform/Appearance.h"
+#include "platform/EventMonitors.h"
 #include "platform/MainLoop.h"
 #include "platform/Screens.h"
 #include "platform/Workspace.h"
@@ -17,9 +18,11 @@
 #include "ui/Theme.h"
 #include "ui/WindowFrame.h"
 
+#include <QAbstractEventDispatcher>
 #include <QAbstractNativeEventFilter>
 #include <QApplication>
 #include <QCursor>
+#include <QKeyEvent>
 #include <QLocale>
 #include <QPixmapCache>
 #include <QPlatformSurfaceEvent>
@@ -66,14 +69,32 @@ class QtInterface::Toolkit final : public QObject, private QAbstractNativeEventF
             // NOLINTEND(clang-analyzer-cplusplus.NewDeleteLeaks)
             application_.installNativeEventFilter(this);
         }
-        if (hooks_.noteWindow) {
+        if (hooks_.noteWindow || hooks_.handleKeyPress) {
             application_.installEventFilter(this);
+        }
+        if (hooks_.noteDesktopLost) {
+            lostHandler = hooks_.noteDesktopLost;
+            previousHandler = qInstallMessageHandler(handleMessage);
+        }
+        if (hooks_.turnLoopBy) {
+            turning_ = hooks_.turnLoopBy([] {
+                QAbstractEventDispatcher::instance()->processEvents(QEventLoop::WaitForMoreEvents);
+            });
         }
         if (hooks_.appearance != nullptr) {
             appearanceChanges_ = hooks_.appearance->onChange([this] { applyScheme(); });
         }
         applyScheme();
     }
+
+    ~Toolkit() override {
+        if (previousHandler != nullptr) {
+            qInstallMessageHandler(previousHandler);
+            lostHandler = nullptr;
+        }
+    }
+    Toolkit(const Toolkit &) = delete;
+    Toolkit &operator=(const Toolkit &) = delete;
 
   private:
     bool nativeEventFilter(const QByteArray & /*type*/, void *event,
@@ -82,7 +103,10 @@ class QtInterface::Toolkit final : public QObject, private QAbstractNativeEventF
     }
 
     bool eventFilter(QObject *object, QEvent *event) override {
-        if (event->type() == QEvent::PlatformSurface &&
+        if (hooks_.handleKeyPress && event->type() == QEvent::KeyPress && object->isWindowType()) {
+            return handleKeyPress(static_cast<QKeyEvent &>(*event));
+        }
+        if (hooks_.noteWindow && event->type() == QEvent::PlatformSurface &&
             static_cast<QPlatformSurfaceEvent *>(event)->surfaceEventType() ==
                 QPlatformSurfaceEvent::SurfaceCreated) {
             if (const auto *window = qobject_cast<QWindow *>(object)) {
@@ -90,6 +114,30 @@ class QtInterface::Toolkit final : public QObject, private QAbstractNativeEventF
             }
         }
         return false;
+    }
+
+    bool handleKeyPress(const QKeyEvent &event) const {
+        static constexpr std::array<std::pair<Qt::KeyboardModifier, std::uint32_t>, 4> flags = {{
+            {Qt::MetaModifier, modifierFlag::command},
+            {Qt::AltModifier, modifierFlag::option},
+            {Qt::ControlModifier, modifierFlag::control},
+            {Qt::ShiftModifier, modifierFlag::shift},
+        }};
+        std::uint32_t modifiers = 0;
+        for (const auto &[modifier, flag] : flags) {
+            modifiers |= event.modifiers().testFlag(modifier) ? flag : 0;
+        }
+        return !event.isAutoRepeat() && hooks_.handleKeyPress(event.nativeScanCode(), modifiers);
+    }
+
+    // By its last line, which is the only sign, and is said in the program's own way.
+    static void handleMessage(QtMsgType type, const QMessageLogContext &context,
+                              const QString &message) {
+        if (message.startsWith(QLatin1String("The Wayland connection "))) {
+            lostHandler();
+        } else {
+            previousHandler(type, context, message);
+        }
     }
 
     void applyScheme() {
@@ -101,6 +149,9 @@ class QtInterface::Toolkit final : public QObject, private QAbstractNativeEventF
         QApplication::setPalette(makePalette(scheme));
     }
 
+    static inline std::function<void()> lostHandler;
+    static inline QtMessageHandler previousHandler = nullptr;
+
     const ToolkitHooks &hooks_;
     std::string name_ = "lumo";
     std::string option_ = "-platform";
@@ -110,6 +161,7 @@ class QtInterface::Toolkit final : public QObject, private QAbstractNativeEventF
     QApplication application_;
     ScreenReaderSupport screenReaderSupport_;
     ColorScheme toolkitScheme_;
+    Handle turning_;
     Handle appearanceChanges_;
 };
 
@@ -151,8 +203,18 @@ class QtInterface::StatusPopover final : public Popover {
         menu_.prepareToShow();
         const auto &hooks = interface_.hooks_;
         window_ = std::make_unique<PopoverWindow>(interface_.platform_, menu_,
+                                                  hooks.preparePopover ? PopoverWindow::Form::window
+                                                                       : PopoverWindow::Form::popup,
                                                   hooks.blendsWindows && hooks.blendsWindows());
         window_->onDismiss = [this] { close(); };
+        if (hooks.preparePopover) {
+            const auto size = StatusMenuView::contentSize;
+            hooks.preparePopover(
+                PopoverWindow::title, place,
+                {static_cast<double>(size.width()), static_cast<double>(size.height())});
+            window_->open();
+            return;
+        }
         const auto anchor = anchorOf(place);
         buttons_ = {};
         if (hooks.watchButtons) {

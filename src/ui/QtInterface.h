@@ -24,6 +24,20 @@ struct ToolkitHooks {
     std::string windowSystem = {};
     // Sees each native event before the toolkit does; true drops the event.
     std::function<bool(const void *nativeEvent)> handleNativeEvent = {};
+    // Has the function turn the main loop once, waiting for work, while the handle is kept: needed
+    // where the toolkit sends what it has to say to the desktop only when it knows of the wait.
+    std::function<Handle(std::function<void()> turn)> turnLoopBy = {};
+    // Is told that the toolkit has lost the desktop, and ends the program without a word. May be
+    // called on another thread.
+    std::function<void()> noteDesktopLost = {};
+    // Sees each key press in a window of the toolkit before the window does, as an XKB key code
+    // with bits of modifierFlag; true drops the press. Where handleNativeEvent() can't.
+    std::function<bool(std::uint32_t keycode, std::uint32_t modifiers)> handleKeyPress = {};
+    // Is told of a popover that is about to be shown as a window with that title and size in
+    // points. The desktop places it, and it closes when it is no longer active. Without, it is a
+    // window that the toolkit places.
+    std::function<void(const std::string &title, const StatusItemPlace &place, const Size &size)>
+        preparePopover = {};
     // Is given the window system's number of each window that the toolkit makes.
     std::function<void(std::uintptr_t window)> noteWindow = {};
     // Whether the desktop blends windows, so that a window may be translucent.

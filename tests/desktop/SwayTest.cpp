@@ -24,11 +24,14 @@ struct Pane {
     bool isClear = true;
 };
 
+constexpr auto npos = std::string::npos;
 constexpr Area display = {0, 0, 1280, 720};
 
 class SwayTest : public testing::Test {
   protected:
-    explicit SwayTest(const SwayOptions &options = {})
+    explicit SwayTest(
+        const SwayOptions &options =
+            {.configuration = "for_window [app_id=\"^(Red|Green|Blue)$\"] floating enable"})
         : sway(options) {}
 
     // Starts three applications whose floating windows overlap in a row, the first in front, and
@@ -47,10 +50,8 @@ class SwayTest : public testing::Test {
     }
 
     void place(const std::string &name, const Area &area) {
-        sway.command("[app_id=" + name + "] floating enable, resize set " +
-                     std::to_string(area.width) + " " + std::to_string(area.height) +
-                     ", move absolute position " + std::to_string(area.x) + " " +
-                     std::to_string(area.y));
+        sway.command("[app_id=" + name + "] move absolute position " + std::to_string(area.x) +
+                     " " + std::to_string(area.y));
     }
 
     // The three windows where they are, that one in front of the others.
@@ -194,8 +195,7 @@ TEST_F(SwayTest, KeyboardMenusDialogsAndFullScreen) {
     windows["Red"].program->writeLine("unmenu");
 
     windows["Red"].program->writeLine("dialog Sheet #d0f0e0 200 120");
-    ASSERT_TRUE(
-        eventually([&] { return sway.ask("get_tree").find("Sheet") != std::string::npos; }));
+    ASSERT_TRUE(eventually([&] { return sway.ask("get_tree").find("Sheet") != npos; }));
     sway.command("[title=Sheet] floating enable, move absolute position 120 120");
     panes = threeWithClear("Red");
     panes.push_back({{120, 120, 200, 120}, "#d0f0e0"});
@@ -246,6 +246,12 @@ TEST_F(SwayTest, WhatEnds) {
     EXPECT_EQ(wrongWith(threeWithoutEffect()), "") << "killed";
     lumo = sway.startLumo(look.preferences());
     EXPECT_EQ(wrongWith(threeWithClear("Red")), "");
+    const auto second = sway.startLumo(look.preferences());
+    EXPECT_EQ(second->waitForExit(), 0);
+    EXPECT_THAT(second->outputLines(),
+                testing::ElementsAre("[Lumo] already running on this display"));
+    EXPECT_TRUE(eventually([&] { return sway.ask("get_tree").find("Lumo Settings") != npos; }));
+    sway.command("[title=Lumo] kill");
     sway.bus().stop();
     sway.command("[app_id=Blue] focus");
     EXPECT_EQ(wrongWith(threeWithClear("Blue")), "") << "without a session bus";

@@ -163,9 +163,18 @@ Handle GlibMainLoop::onUnixSignal(int signal, std::function<void()> function) {
     return attach(source);
 }
 
+Handle GlibMainLoop::turnBy(std::function<void()> turn) {
+    turn_ = std::move(turn);
+    return Handle([this] { turn_ = nullptr; });
+}
+
 int GlibMainLoop::run() {
     while (!quitting_) {
-        g_main_context_iteration(nullptr, TRUE);
+        if (const auto turn = turn_) { // held, since what runs may end it
+            turn();
+        } else {
+            g_main_context_iteration(nullptr, TRUE);
+        }
     }
     return status_;
 }

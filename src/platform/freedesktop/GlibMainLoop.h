@@ -32,6 +32,10 @@ class GlibMainLoop final : public MainLoop {
     // SIGTERM, SIGHUP.
     Handle onUnixSignal(int signal, std::function<void()> function);
 
+    // Has the function turn the default context once, waiting for work, in place of the loop's own
+    // way of doing that until the handle is released: for a toolkit that has to know of each wait.
+    Handle turnBy(std::function<void()> turn);
+
     // Runs until quit() and returns the status that was given to it.
     int run();
 
@@ -48,6 +52,7 @@ class GlibMainLoop final : public MainLoop {
     Handle schedule(double first, double interval, std::function<void()> task);
 
     std::unique_ptr<WorkerThreads> backgroundThreads_;
+    std::function<void()> turn_; // empty for the loop's own way
     bool quitting_ = false;
     int status_ = 0;
 };

@@ -5,16 +5,35 @@
 #include "platform/freedesktop/SystemUpdates.h"
 #include "platform/wayland/client/WaylandKeyboard.h"
 #include "platform/wayland/windows/Compositor.h"
+#include "platform/wayland/windows/DesktopState.h"
+#include "platform/wayland/windows/WindowSource.h"
 
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <utility>
 
 namespace lumo::wayland {
 
+std::string nameOnBus() {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing changes the environment while threads run
+    const char *display = std::getenv("WAYLAND_DISPLAY");
+    auto name = std::filesystem::path(display != nullptr ? display : "").filename().string();
+    for (auto &character : name) {
+        const bool isAllowed = (character >= '0' && character <= '9') ||
+                               (character >= 'a' && character <= 'z') ||
+                               (character >= 'A' && character <= 'Z');
+        character = isAllowed ? character : '_';
+    }
+    constexpr std::string_view usual = "wayland_";
+    return "Wayland_" + (name.starts_with(usual) ? name.substr(usual.size()) : name);
+}
+
 WaylandBackend::WaylandBackend(Connection &connection, Compositor &compositor,
                                WaylandKeyboard &keyboard, freedesktop::SessionBus &sessionBus,
-                               freedesktop::GlibMainLoop &mainLoop, Log &log,
+                               freedesktop::GlibMainLoop &mainLoop, Log &log, StartedBy startedBy,
                                std::function<void()> terminate)
     : mainLoop_(mainLoop)
     , log_(log)
@@ -32,8 +51,28 @@ WaylandBackend::WaylandBackend(Connection &connection, Compositor &compositor,
     , application_(workspace_, std::move(terminate))
     , loginItem_(freedesktop::AutostartLoginItem::ofThisProgram())
     , loginItemLog_([&log](std::string_view line) { log.print("[Lumo] " + std::string(line)); })
+    , remoteControl_(sessionBus, nameOnBus(), startedBy)
     , statusItem_(sessionBus, screens_)
     , updates_(freedesktop::makeSystemUpdates(mainLoop)) {
+}
+
+void WaylandBackend::preparePopover(const std::string &title, const StatusItemPlace &place,
+                                    const Size &size) {
+    const auto &outputs = screens_.outputs();
+    const auto &screens = screens_.screens();
+    if (outputs.empty()) {
+        return;
+    }
+    const auto found = std::ranges::find_if(screens, [&](const Screen &screen) {
+        return !screen.frame.intersection({place.pointer.x, place.pointer.y, 1, 1}).isEmpty();
+    });
+    const auto &output =
+        outputs[found == screens.end() ? 0 : static_cast<std::size_t>(found - screens.begin())];
+    const auto &usableAreas = compositor_.windows().state().usableAreas;
+    const auto usable = usableAreas.find(output.name);
+    compositor_.placeWindows(
+        title, popoverArea(output.area, usable != usableAreas.end() ? usable->second : output.area,
+                           static_cast<int>(size.width), static_cast<int>(size.height)));
 }
 
 Platform WaylandBackend::platform() {
@@ -60,7 +99,8 @@ Platform WaylandBackend::platform() {
                              .globalKeyMonitors = false,
                              .permissionComesByItself = false,
                              .updates = freedesktop::hasSystemUpdates},
-            .desktopChanges = &desktopChanges_};
+            .desktopChanges = &desktopChanges_,
+            .remoteControl = &remoteControl_};
 }
 
 } // namespace lumo::wayland

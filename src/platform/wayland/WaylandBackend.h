@@ -6,6 +6,7 @@
 #include "platform/freedesktop/DesktopNotifications.h"
 #include "platform/freedesktop/NoApplicationStrips.h"
 #include "platform/freedesktop/PropertyListUserDefaults.h"
+#include "platform/freedesktop/SessionBusControl.h"
 #include "platform/wayland/WaylandApplication.h"
 #include "platform/wayland/WaylandEventMonitors.h"
 #include "platform/wayland/WaylandStatusItem.h"
@@ -19,6 +20,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
 namespace lumo::freedesktop {
 class GlibMainLoop;
@@ -31,6 +33,9 @@ class Compositor;
 class Connection;
 class WaylandKeyboard;
 
+// What tells this display from others of the session on its bus: "Wayland_1" for wayland-1.
+std::string nameOnBus();
+
 // Every interface of the platform, on one Wayland compositor. Main thread only; making it waits for
 // the compositor.
 class WaylandBackend {
@@ -38,10 +43,14 @@ class WaylandBackend {
     // The arguments must outlive the backend. The function ends the program.
     WaylandBackend(Connection &connection, Compositor &compositor, WaylandKeyboard &keyboard,
                    freedesktop::SessionBus &sessionBus, freedesktop::GlibMainLoop &mainLoop,
-                   Log &log, std::function<void()> terminate);
+                   Log &log, StartedBy startedBy, std::function<void()> terminate);
 
     // What the program is given. Valid as long as the backend.
     Platform platform();
+
+    // Has a window of that title and size, in points, come up at the panel of the display on which
+    // the status item is: in the corner where panels have such items.
+    void preparePopover(const std::string &title, const StatusItemPlace &place, const Size &size);
 
     WaylandEventMonitors &eventMonitors() { return eventMonitors_; }
 
@@ -63,6 +72,7 @@ class WaylandBackend {
     WaylandApplication application_;
     freedesktop::AutostartLoginItem loginItem_;
     Log loginItemLog_;
+    freedesktop::SessionBusControl remoteControl_;
     WaylandStatusItem statusItem_;
     std::unique_ptr<UpdateFramework> updates_;
 };

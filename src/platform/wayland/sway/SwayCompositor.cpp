@@ -3,6 +3,8 @@
 #include "platform/freedesktop/GlibMainLoop.h"
 #include "platform/wayland/client/Connection.h"
 
+#include <unistd.h>
+
 #include <utility>
 
 namespace lumo::wayland::sway {
@@ -26,6 +28,13 @@ SwayCompositor::SwayCompositor(const wayland::Connection &connection,
     , windows_(SwaySource::open(*connection_, input_, mainLoop))
     , hotKeys_(*connection_)
     , listening_(connection_->listen(mainLoop, [this] { lost_.emit(); })) {
+}
+
+// The later one of two rules for the same window holds.
+void SwayCompositor::placeWindows(const std::string &title, const drawing::PixelRect &area) {
+    connection_->run("for_window [pid=" + std::to_string(getpid()) + " title=\"^" + title +
+                     "$\"] floating enable, border none, move absolute position " +
+                     std::to_string(area.x) + ' ' + std::to_string(area.y));
 }
 
 Handle SwayCompositor::onLost(std::function<void()> function) {

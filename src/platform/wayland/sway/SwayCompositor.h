@@ -9,6 +9,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
 namespace lumo::freedesktop {
 class GlibMainLoop;
@@ -29,6 +30,7 @@ class SwayCompositor final : public Compositor {
 
     WindowSource &windows() override { return *windows_; }
     HotKeyService &hotKeys() override { return hotKeys_; }
+    void placeWindows(const std::string &title, const drawing::PixelRect &area) override;
     Handle onLost(std::function<void()> function) override;
 
   private:

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "drawing/PixelRect.h"
 #include "support/Handle.h"
 
 #include <functional>
+#include <string>
 
 namespace lumo {
 class HotKeyService;
@@ -29,6 +31,10 @@ class Compositor {
 
     // Whether the compositor may come to blur what lies behind surfaces while this program runs.
     virtual bool mayBlur() const { return false; }
+
+    // Has windows of this program that open with that title come up there from now on, in points of
+    // the compositor's space, above others and without a frame.
+    virtual void placeWindows(const std::string & /*title*/, const drawing::PixelRect & /*area*/) {}
 
     // Calls the function once when what is used beside the Wayland connection is lost.
     virtual Handle onLost(std::function<void()> function) = 0;

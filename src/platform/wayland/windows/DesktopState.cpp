@@ -21,4 +21,13 @@ std::vector<drawing::PixelRect> panelAreas(const drawing::PixelRect &display,
     return (drawing::Region(display) - drawing::Region(usable)).rectangles();
 }
 
+drawing::PixelRect popoverArea(const drawing::PixelRect &display, const drawing::PixelRect &usable,
+                               int width, int height) {
+    constexpr int gap = 6; // points
+    const int below = display.maxY() - usable.maxY();
+    const int above = usable.y - display.y;
+    return {usable.maxX() - gap - width,
+            below > above ? usable.maxY() - gap - height : usable.y + gap, width, height};
+}
+
 } // namespace lumo::wayland

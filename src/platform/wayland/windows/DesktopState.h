@@ -56,4 +56,9 @@ struct DesktopState {
 std::vector<drawing::PixelRect> panelAreas(const drawing::PixelRect &display,
                                            const drawing::PixelRect &usable);
 
+// Where a popover of that size belongs whose item is in a panel of the display: in the right corner
+// at the panel, which is at the bottom, else at the top.
+drawing::PixelRect popoverArea(const drawing::PixelRect &display, const drawing::PixelRect &usable,
+                               int width, int height);
+
 } // namespace lumo::wayland
