@@ -202,6 +202,7 @@ void ShortcutManager::unregisterHotKeys() {
     for (auto event :
          {ShortcutEvent::toggle, ShortcutEvent::peek, ShortcutEvent::setCoverFromFrontmost}) {
         hotKey(event).registration.reset();
+        hotKey(event).isDown = false; // a release that comes later is not announced
     }
 }
 

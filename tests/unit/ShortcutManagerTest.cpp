@@ -176,6 +176,11 @@ TEST_F(ShortcutManagerTest, SettingsAreFollowedOnlyWhileListening) {
     EXPECT_THAT(desktop.logLines, IsEmpty()) << "only what comes of it in the end can conflict";
     EXPECT_THAT(press(8, commandOption), ElementsAre(toggle));
 
+    desktop.pressHotKey(8, commandOption);
+    settings.toggleShortcutKey.set(17);
+    desktop.mainLoop.runPosted();
+    EXPECT_THAT(press(17, commandOption), ElementsAre(toggle)) << "the other key was still held";
+
     manager.reset();
     EXPECT_THAT(desktop.hotKeys(), IsEmpty());
 }
