@@ -49,7 +49,7 @@ struct InputEvent {
 
 // Looks at pointer and key events as they happen, whichever program they are for. Main thread only.
 // A monitor may be added and released from within any handler; a released one is not called any
-// more.
+// more. A key that is held is one press, whose auto-repeats no monitor receives.
 class EventMonitors {
   public:
     virtual ~EventMonitors() = default;
@@ -61,7 +61,7 @@ class EventMonitors {
 
     // Calls the handler for every event of these kinds that goes to this program, before it gets
     // there. The handler returns true to swallow the event: no other handler and no window receives
-    // it then.
+    // it then. Monitors receive an event in the order in which they were added.
     virtual Handle addLocalMonitor(EventMask mask,
                                    std::function<bool(const InputEvent &)> handler) = 0;
 };

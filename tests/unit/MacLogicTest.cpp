@@ -1,7 +1,10 @@
+#include "ScriptedMainLoop.h"
 #include "platform/macos/logic/FilterTable.h"
 #include "platform/macos/logic/LayerDifference.h"
+#include "platform/macos/logic/LocalMonitors.h"
 #include "platform/macos/logic/NativeNumber.h"
 #include "platform/macos/logic/OverrideClaims.h"
+#include "platform/macos/logic/ScreenList.h"
 #include "platform/macos/logic/StageManager.h"
 #include "platform/macos/logic/TimerPolicy.h"
 #include "platform/macos/logic/WindowDictionary.h"
@@ -13,6 +16,9 @@
 #include <cmath>
 #include <limits>
 #include <map>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace lumo::macos {
 namespace {
@@ -325,6 +331,55 @@ TEST(MacTablesTest, OnlyLeisurelyTimersMayBeLate) {
     for (const double odd : {0.0, -1.0, std::nan("")}) {
         EXPECT_EQ(timerPolicy(odd, false), (TimerPolicy{0.0001, 0})) << odd;
     }
+}
+
+TEST(LocalMonitorsTest, TheFirstToSwallowAPressKeepsItsRepeats) {
+    constexpr auto keys = eventMask(EventType::keyDown);
+    LocalMonitors monitors;
+    std::vector<std::string> received;
+    const auto monitor = [&](EventMask mask, std::string name, std::uint16_t swallowed) {
+        return monitors.add(mask, [&received, name, swallowed](const InputEvent &event) {
+            received.push_back(name);
+            return event.keyCode == swallowed;
+        });
+    };
+    const auto emergencyStop = monitor(keys, "emergency stop", 2);
+    const auto pointer = monitor(pointerMotionMask, "pointer", 0);
+    auto firstRecorder = monitor(keys, "first recorder", 40);
+    const auto secondRecorder = monitor(keys, "second recorder", 40);
+    struct Case {
+        std::uint16_t keyCode = 0;
+        bool isSwallowed = false;
+        std::vector<std::string> recipients;
+    };
+    for (const auto &[keyCode, isSwallowed, recipients] : {
+             Case{2, true, {"emergency stop"}},
+             Case{40, true, {"emergency stop", "first recorder"}},
+             Case{41, false, {"emergency stop", "first recorder", "second recorder"}},
+         }) {
+        const InputEvent event{.type = EventType::keyDown, .keyCode = keyCode};
+        EXPECT_EQ(monitors.send(event, false), isSwallowed) << keyCode;
+        EXPECT_EQ(monitors.send(event, true), isSwallowed) << "held: " << keyCode;
+        EXPECT_EQ(std::exchange(received, {}), recipients) << keyCode;
+    }
+    firstRecorder.reset();
+    EXPECT_TRUE(monitors.send({.type = EventType::keyDown, .keyCode = 40}, false));
+    EXPECT_THAT(received, ElementsAre("emergency stop", "second recorder"));
+}
+
+TEST(ScreenListTest, AReplacedListStaysAsItIsInItsTurn) {
+    test::ScriptedMainLoop mainLoop(0);
+    ScreenList list(mainLoop);
+    const Screen builtIn{.number = 1, .frame = {0, 0, 1440, 900}, .backingScaleFactor = 2};
+    const Screen external{.number = 2, .frame = {1440, 0, 1920, 1080}};
+    const auto &first = list.update({builtIn, external});
+    EXPECT_EQ(&list.update({builtIn, external}), &first) << "nothing has changed";
+    const auto &second = list.update({builtIn});
+    EXPECT_THAT(list.update({}), IsEmpty());
+    EXPECT_THAT(first, ElementsAre(builtIn, external));
+    EXPECT_THAT(second, ElementsAre(builtIn));
+    mainLoop.runPosted();
+    EXPECT_THAT(list.update({external}), ElementsAre(external));
 }
 
 TEST(OverrideClaimsTest, MethodThatOverridesNothingIsNamed) {

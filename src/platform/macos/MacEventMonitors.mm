@@ -43,12 +43,15 @@ std::optional<InputEvent> inputEvent(NSEvent *event) {
     return std::nullopt;
 }
 
-template <class Result>
-using Handler = std::function<Result(const InputEvent &)>;
+// Asking for it raises an exception for other kinds.
+bool isRepeat(NSEvent *event) {
+    return static_cast<EventType>(event.type) == EventType::keyDown && [event isARepeat];
+}
 
-// Ends the monitor and the calls of a handler that may be running right now.
-template <class Result>
-Handle removal(id monitor, std::shared_ptr<Handler<Result>> live) {
+using GlobalHandler = std::function<void(const InputEvent &)>;
+
+// Ends the monitor, and with what it holds the calls of a handler that may be running right now.
+Handle removal(id monitor, std::shared_ptr<void> live) {
     if (monitor == nil) {
         return {};
     }
@@ -58,17 +61,38 @@ Handle removal(id monitor, std::shared_ptr<Handler<Result>> live) {
     });
 }
 
+Handle handLocalEventsTo(const std::shared_ptr<LocalMonitors> &monitors) {
+    constexpr EventMask all =
+        pointerMotionMask | eventMask(EventType::keyDown) | eventMask(EventType::flagsChanged);
+    const std::weak_ptr<LocalMonitors> target = monitors;
+    id monitor = [NSEvent addLocalMonitorForEventsMatchingMask:all
+                                                       handler:^NSEvent *(NSEvent *event) {
+                                                           const auto local = target.lock();
+                                                           const auto input = inputEvent(event);
+                                                           const bool swallows =
+                                                               local && input &&
+                                                               local->send(*input, isRepeat(event));
+                                                           return swallows ? nil : event;
+                                                       }];
+    return removal(monitor, monitors);
+}
+
 } // namespace
+
+MacEventMonitors::MacEventMonitors()
+    : local_(std::make_shared<LocalMonitors>())
+    , localEvents_(handLocalEventsTo(local_)) {
+}
 
 Handle MacEventMonitors::addGlobalMonitor(EventMask mask,
                                           std::function<void(const InputEvent &)> handler) {
-    auto live = std::make_shared<Handler<void>>(std::move(handler));
-    const std::weak_ptr<Handler<void>> target = live;
+    auto live = std::make_shared<GlobalHandler>(std::move(handler));
+    const std::weak_ptr<GlobalHandler> target = live;
     id monitor = [NSEvent addGlobalMonitorForEventsMatchingMask:mask
                                                         handler:^(NSEvent *event) {
                                                             const auto call = target.lock();
                                                             const auto input = inputEvent(event);
-                                                            if (call && input) {
+                                                            if (call && input && !isRepeat(event)) {
                                                                 (*call)(*input);
                                                             }
                                                         }];
@@ -77,17 +101,7 @@ Handle MacEventMonitors::addGlobalMonitor(EventMask mask,
 
 Handle MacEventMonitors::addLocalMonitor(EventMask mask,
                                          std::function<bool(const InputEvent &)> handler) {
-    auto live = std::make_shared<Handler<bool>>(std::move(handler));
-    const std::weak_ptr<Handler<bool>> target = live;
-    id monitor = [NSEvent addLocalMonitorForEventsMatchingMask:mask
-                                                       handler:^NSEvent *(NSEvent *event) {
-                                                           const auto call = target.lock();
-                                                           const auto input = inputEvent(event);
-                                                           const bool swallows =
-                                                               call && input && (*call)(*input);
-                                                           return swallows ? nil : event;
-                                                       }];
-    return removal(monitor, std::move(live));
+    return local_->add(mask, std::move(handler));
 }
 
 } // namespace lumo::macos

@@ -47,6 +47,10 @@ OSStatus handleHotKeyEvent(EventHandlerCallRef, EventRef event, void *userData) 
 
 } // namespace
 
+MacHotKeys::MacHotKeys(const Log &log)
+    : log_(log) {
+}
+
 Handle MacHotKeys::installEventHandler(std::function<void(const HotKeyEvent &)> handler) {
     constexpr std::array<EventTypeSpec, 2> kinds{
         EventTypeSpec{kEventClassKeyboard, kEventHotKeyPressed},
@@ -56,6 +60,8 @@ Handle MacHotKeys::installEventHandler(std::function<void(const HotKeyEvent &)> 
     const OSStatus status = InstallEventHandler(GetEventDispatcherTarget(), handleHotKeyEvent,
                                                 kinds.size(), kinds.data(), call.get(), &installed);
     if (status != noErr) {
+        log_.print("[Lumo] Hotkey handler installation failed, " +
+                   describe(static_cast<HotKeyStatus>(status)));
         return {};
     }
     return Handle([installed, call] { RemoveEventHandler(installed); });

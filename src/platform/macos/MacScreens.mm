@@ -21,16 +21,16 @@ std::optional<std::uint32_t> numberOf(NSScreen *screen) {
 
 } // namespace
 
+MacScreens::MacScreens(MainLoop &mainLoop)
+    : screens_(mainLoop) {
+}
+
 const std::vector<Screen> &MacScreens::screens() const {
     std::vector<Screen> screens;
     for (NSScreen *screen in [NSScreen screens]) {
         screens.push_back({numberOf(screen), rectOf(screen.frame), screen.backingScaleFactor});
     }
-    // What was handed out in this turn stays valid.
-    if (screens != screens_) {
-        screens_ = std::move(screens);
-    }
-    return screens_;
+    return screens_.update(std::move(screens));
 }
 
 Handle MacScreens::onScreenParametersDidChange(std::function<void()> observer) {
