@@ -240,6 +240,24 @@ TEST_F(SwayTest, HotKeys) {
     })) << "once Lumo has ended";
 }
 
+class SwayBindingsTest : public SwayTest {
+  protected:
+    SwayBindingsTest()
+        : SwayTest({.configuration = "for_window [app_id=.] floating enable\n"
+                                     "bindsym Ctrl+space [app_id=Blue] focus"}) {}
+};
+
+TEST_F(SwayBindingsTest, TheUsersOwnStays) {
+    show();
+    EXPECT_TRUE(eventually([&] {
+        const auto lines = lumo->outputLines();
+        return std::ranges::any_of(
+            lines, [](const std::string &line) { return line.find("-9878") != npos; });
+    })) << lumo->report();
+    sway.hands().press({EvdevKey::control, EvdevKey::space});
+    EXPECT_EQ(wrongWith(threeWithClear("Blue")), "");
+}
+
 TEST_F(SwayTest, WhatEnds) {
     show();
     lumo->signal(SIGKILL);
@@ -260,6 +278,68 @@ TEST_F(SwayTest, WhatEnds) {
     EXPECT_EQ(
         std::ranges::count(lumo->outputLines(), "[Lumo] the connection to the compositor was lost"),
         1);
+}
+
+TEST_F(SwayTest, WorkspacesAndTiles) {
+    show();
+    sway.command("workspace 2");
+    EXPECT_EQ(wrongWith({}), "") << "an empty workspace";
+    const auto left = sway.startSample("Left", "#a0a040");
+    const auto right = sway.startSample("Right", "#40a0a0");
+    const Area leftArea = {0, 0, 640, 720};
+    const Area rightArea = {640, 0, 640, 720};
+    EXPECT_EQ(wrongWith({{leftArea, "#a0a040", false}, {rightArea, "#40a0a0"}}), "") << "tiles";
+    sway.command("focus left");
+    EXPECT_EQ(wrongWith({{leftArea, "#a0a040"}, {rightArea, "#40a0a0", false}}), "");
+    sway.command("bindsym Mod4+g resize grow width 100px");
+    sway.hands().press({EvdevKey::command, EvdevKey::g});
+    EXPECT_EQ(wrongWith({{{0, 0, 740, 720}, "#a0a040"}, {{740, 0, 540, 720}, "#40a0a0", false}}),
+              "")
+        << "a tile that grows";
+    sway.command("workspace 1");
+    EXPECT_EQ(wrongWith(threeWithClear("Red")), "") << "back again";
+
+    windows["Red"].program->writeLine("move");
+    sway.hands().moveTo({100, 120}, display);
+    sway.hands().setButton(true);
+    for (int x = 100; x <= 400; x += 10) {
+        sway.hands().moveTo({x, 120}, display);
+    }
+    sway.hands().setButton(false);
+    windows["Red"].area.x += 300;
+    EXPECT_EQ(wrongWith(threeWithClear("Red")), "") << "a window that was dragged";
+}
+
+class SwayDisplaysTest : public SwayTest {
+  protected:
+    SwayDisplaysTest()
+        : SwayTest({.outputs = 2, .configuration = "for_window [app_id=.] floating enable"}) {}
+};
+
+TEST_F(SwayDisplaysTest, ScalesAndHotPlug) {
+    show();
+    EXPECT_EQ(wrongWith({}, "HEADLESS-2"), "") << "a display without a window";
+    sway.command("output HEADLESS-2 resolution 1200x720"); // whole points at all of the scales
+    const auto other = sway.startSample("Other", "#a040a0", 300, 200);
+    sway.command("[app_id=Other] move container to workspace 2, move absolute position 1380 90");
+    sway.command("[app_id=Other] focus");
+    const Pane clear = {{100, 90, 300, 200}, "#a040a0"};
+    EXPECT_EQ(wrongWith({clear}, "HEADLESS-2"), "") << "each display has a clear window";
+    EXPECT_EQ(wrongWith(threeWithClear("Red")), "") << "each display has a clear window";
+
+    for (const std::string scale : {"1.5", "2", "1"}) {
+        sway.command("output HEADLESS-2 scale " + scale);
+        EXPECT_EQ(wrongWith({clear}, "HEADLESS-2", std::stod(scale)), "") << "scale " << scale;
+    }
+    sway.command("[app_id=Red] focus");
+    for (int i = 0; i < 5; ++i) {
+        sway.command("output HEADLESS-2 disable");
+        sway.command("create_output");
+        sway.command("output HEADLESS-2 enable");
+        sway.command("output HEADLESS-" + std::to_string(i + 3) + " disable");
+    }
+    EXPECT_EQ(wrongWith(threeWithClear("Red")), "") << "after a storm";
+    EXPECT_EQ(wrongWith({clear}, "HEADLESS-2"), "") << "after a storm";
 }
 
 } // namespace

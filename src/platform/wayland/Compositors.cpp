@@ -15,7 +15,7 @@ std::unique_ptr<Compositor> findCompositor(Connection &connection, const Wayland
         log.print(*problem);
         return nullptr;
     }
-    if (auto sway = sway::SwayCompositor::find(connection, mainLoop)) {
+    if (auto sway = sway::SwayCompositor::find(connection, keyboard, mainLoop)) {
         return sway;
     }
     if (auto kwin = kwin::KWinCompositor::find(connection, sessionBus, keyboard)) {

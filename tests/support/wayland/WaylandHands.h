@@ -14,6 +14,7 @@ enum class EvdevKey : std::uint32_t {
     tab = 15,
     control = 29,
     d = 32,
+    g = 34,
     n = 49,
     option = 56,
     space = 57,

@@ -8,6 +8,7 @@
 #include <sys/mman.h>
 #include <xkbcommon/xkbcommon.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace lumo::wayland {
@@ -130,6 +131,12 @@ WaylandKeyboard::symbolsByLayout(std::uint32_t keycode) const {
                        symbolAt(keymap_.get(), keycode, 1, layout)});
     }
     return all;
+}
+
+bool WaylandKeyboard::hasSymbol(std::uint32_t keycode, const std::string &name) const {
+    const auto symbol = xkb_keysym_from_name(name.c_str(), XKB_KEYSYM_CASE_INSENSITIVE);
+    const auto all = symbolsOf(keycode);
+    return symbol != XKB_KEY_NoSymbol && std::ranges::find(all, symbol) != all.end();
 }
 
 } // namespace lumo::wayland

@@ -32,8 +32,10 @@ class WaylandKeyboard final : public Keyboard {
     std::string keyName(std::int64_t keyCode) const override;
     Handle onNamesDidChange(std::function<void()> observer) override;
 
-    // The symbols of the key with this XKB key code, in all of its layouts and levels.
+    // The symbols of the key with this XKB key code, in all of its layouts and levels, and whether
+    // the one of that name is among them.
     std::vector<std::uint32_t> symbolsOf(std::uint32_t keycode) const;
+    bool hasSymbol(std::uint32_t keycode, const std::string &name) const;
 
     // The same by layout, alone and with Shift; 0 where it has none.
     std::vector<std::array<std::uint32_t, 2>> symbolsByLayout(std::uint32_t keycode) const;

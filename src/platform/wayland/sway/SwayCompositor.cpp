@@ -10,23 +10,25 @@
 namespace lumo::wayland::sway {
 
 std::unique_ptr<SwayCompositor> SwayCompositor::find(const wayland::Connection &connection,
+                                                     const WaylandKeyboard &keyboard,
                                                      freedesktop::GlibMainLoop &mainLoop) {
     auto sway = SwayConnection::open(connection.compositorProcess());
     if (!sway) {
         return nullptr;
     }
     std::unique_ptr<SwayCompositor> found(
-        new SwayCompositor(connection, std::move(sway), mainLoop));
+        new SwayCompositor(connection, keyboard, std::move(sway), mainLoop));
     return found->windows_ ? std::move(found) : nullptr;
 }
 
 SwayCompositor::SwayCompositor(const wayland::Connection &connection,
+                               const WaylandKeyboard &keyboard,
                                std::unique_ptr<SwayConnection> sway,
                                freedesktop::GlibMainLoop &mainLoop)
     : connection_(std::move(sway))
     , input_(connection)
     , windows_(SwaySource::open(*connection_, input_, mainLoop))
-    , hotKeys_(*connection_)
+    , hotKeys_(*connection_, keyboard)
     , listening_(connection_->listen(mainLoop, [this] { lost_.emit(); })) {
 }
 

@@ -17,7 +17,8 @@ class GlibMainLoop;
 
 namespace lumo::wayland {
 class Connection;
-}
+class WaylandKeyboard;
+} // namespace lumo::wayland
 
 namespace lumo::wayland::sway {
 
@@ -26,6 +27,7 @@ class SwayCompositor final : public Compositor {
   public:
     // Waits for sway; null when the connection's compositor is none. Both outlive the object.
     static std::unique_ptr<SwayCompositor> find(const wayland::Connection &connection,
+                                                const WaylandKeyboard &keyboard,
                                                 freedesktop::GlibMainLoop &mainLoop);
 
     WindowSource &windows() override { return *windows_; }
@@ -34,8 +36,8 @@ class SwayCompositor final : public Compositor {
     Handle onLost(std::function<void()> function) override;
 
   private:
-    SwayCompositor(const wayland::Connection &connection, std::unique_ptr<SwayConnection> sway,
-                   freedesktop::GlibMainLoop &mainLoop);
+    SwayCompositor(const wayland::Connection &connection, const WaylandKeyboard &keyboard,
+                   std::unique_ptr<SwayConnection> sway, freedesktop::GlibMainLoop &mainLoop);
 
     std::unique_ptr<SwayConnection> connection_;
     InputActivity input_;

@@ -10,6 +10,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdlib>
+#include <nlohmann/json.hpp>
 #include <utility>
 #include <vector>
 
@@ -18,6 +19,7 @@ namespace lumo::wayland::sway {
 namespace {
 
 using freedesktop::FileDescriptor;
+using nlohmann::json;
 
 constexpr int longestAnswer = 2000; // milliseconds, at the start
 
@@ -65,8 +67,15 @@ std::unique_ptr<SwayConnection> SwayConnection::open(std::int32_t process) {
         if (auto socket = connectTo(path, process)) {
             std::unique_ptr<SwayConnection> connection(new SwayConnection(std::move(socket)));
             const auto answer = connection->ask(MessageType::subscribe, subscription);
-            return answer && answer->find("true") != std::string::npos ? std::move(connection)
-                                                                       : nullptr;
+            const auto version =
+                json::parse(connection->ask(MessageType::getVersion).value_or(""), nullptr, false);
+            if (!answer || answer->find("true") == std::string::npos || !version.is_object()) {
+                return nullptr;
+            }
+            connection->configurationFolder_ =
+                std::filesystem::path(version.value("loaded_config_file_name", std::string()))
+                    .parent_path();
+            return connection;
         }
     }
     return nullptr;
@@ -74,6 +83,16 @@ std::unique_ptr<SwayConnection> SwayConnection::open(std::int32_t process) {
 
 SwayConnection::SwayConnection(FileDescriptor socket)
     : socket_(std::move(socket)) {
+}
+
+SwayConnection::~SwayConnection() {
+    awaitReplies();
+}
+
+void SwayConnection::awaitReplies() {
+    pollfd readable = {socket_.get(), POLLIN, 0};
+    while (!replies_.empty() && poll(&readable, 1, longestAnswer) > 0 && receive() && dispatch()) {
+    }
 }
 
 void SwayConnection::request(MessageType type, std::string_view body, Reply reply) {
@@ -89,9 +108,7 @@ void SwayConnection::run(std::string_view command) {
 std::optional<std::string> SwayConnection::ask(MessageType type, std::string_view body) {
     std::optional<std::string> answer;
     request(type, body, [&answer](const std::string &reply) { answer = reply; });
-    pollfd readable = {socket_.get(), POLLIN, 0};
-    while (!answer && poll(&readable, 1, longestAnswer) > 0 && receive() && dispatch()) {
-    }
+    awaitReplies();
     return answer;
 }
 

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -29,8 +30,14 @@ class SwayConnection {
     // sway, or none that answers.
     static std::unique_ptr<SwayConnection> open(std::int32_t process);
 
+    // Waits for the replies to what was requested: sway drops what it has not read of a connection
+    // that ends with unread ones.
+    ~SwayConnection();
     SwayConnection(const SwayConnection &) = delete;
     SwayConnection &operator=(const SwayConnection &) = delete;
+
+    // Where the user's configuration lies; empty when sway does not say.
+    const std::filesystem::path &configurationFolder() const { return configurationFolder_; }
 
     // Calls the function with the reply, in the order of the requests, from the main loop. Not at
     // all once the connection is lost.
@@ -54,8 +61,10 @@ class SwayConnection {
     void send();
     bool receive();
     bool dispatch();
+    void awaitReplies();
 
     freedesktop::FileDescriptor socket_;
+    std::filesystem::path configurationFolder_;
     std::string unsent_;
     MessageReader reader_;
     std::deque<Reply> replies_; // that are still to come, by their order

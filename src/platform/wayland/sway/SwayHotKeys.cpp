@@ -1,11 +1,14 @@
 #include "platform/wayland/sway/SwayHotKeys.h"
 
 #include "platform/freedesktop/KeyPositions.h"
+#include "platform/wayland/client/WaylandKeyboard.h"
+#include "platform/wayland/sway/SwayBindings.h"
 #include "platform/wayland/sway/SwayConnection.h"
 
 #include <algorithm>
 #include <array>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <utility>
 
 namespace lumo::wayland::sway {
@@ -14,18 +17,28 @@ namespace {
 
 using nlohmann::json;
 
-std::string keysOf(std::uint32_t keycode, std::uint32_t modifiers) {
-    static constexpr std::array<std::pair<std::uint32_t, const char *>, 4> names = {{
-        {hotKeyModifier::command, "Mod4+"},
-        {hotKeyModifier::option, "Mod1+"},
-        {hotKeyModifier::control, "Control+"},
-        {hotKeyModifier::shift, "Shift+"},
+// By sway's names.
+std::set<std::string> modifierNames(std::uint32_t modifiers) {
+    static constexpr std::array<std::pair<std::uint32_t, const char *>, 4> table = {{
+        {hotKeyModifier::command, "Mod4"},
+        {hotKeyModifier::option, "Mod1"},
+        {hotKeyModifier::control, "Control"},
+        {hotKeyModifier::shift, "Shift"},
     }};
-    std::string keys;
-    for (const auto &[modifier, name] : names) {
+    std::set<std::string> names;
+    for (const auto &[modifier, name] : table) {
         if ((modifiers & modifier) != 0) {
-            keys += name;
+            names.insert(name);
         }
+    }
+    return names;
+}
+
+// As a binding writes them.
+std::string keysOf(std::uint32_t keycode, std::uint32_t modifiers) {
+    std::string keys;
+    for (const auto &name : modifierNames(modifiers)) {
+        keys += name + '+';
     }
     return keys + std::to_string(keycode);
 }
@@ -44,8 +57,9 @@ bool hasSucceeded(const std::string &reply) {
 
 } // namespace
 
-SwayHotKeys::SwayHotKeys(SwayConnection &connection)
+SwayHotKeys::SwayHotKeys(SwayConnection &connection, const WaylandKeyboard &keyboard)
     : connection_(connection)
+    , keyboard_(keyboard)
     , events_(connection.onEvent([this](const auto &event) { handle(event); })) {
 }
 
@@ -66,24 +80,54 @@ Handle SwayHotKeys::registerHotKey(std::uint32_t keyCode, std::uint32_t modifier
         outcome(HotKeyStatus::invalidParameter);
         return {};
     }
-    auto keys = keysOf(*keycode, modifiers);
-    if (std::ranges::find(hotKeys_, keys, &HotKey::keys) != hotKeys_.end()) {
+    if (std::ranges::any_of(hotKeys_, [&](const HotKey &hotKey) {
+            return hotKey.keycode == *keycode && hotKey.modifiers == modifiers;
+        })) {
         outcome(HotKeyStatus::alreadyTaken);
         return {};
     }
     auto &hotKey = hotKeys_.emplace_back();
-    hotKey.keys = std::move(keys);
+    hotKey.keycode = *keycode;
+    hotKey.modifiers = modifiers;
     hotKey.id = id;
     hotKey.serial = nextSerial_++;
     hotKey.outcome = std::move(outcome);
-    bind(hotKey);
+    bindUnlessTaken(hotKey);
     return Handle(hotKey.lifetime.guard([this, &hotKey] { unregister(hotKey); }));
 }
 
+// A new binding would silently replace one of the user's.
+void SwayHotKeys::bindUnlessTaken(HotKey &hotKey) {
+    connection_.request(MessageType::getConfig, {},
+                        hotKey.lifetime.guard([this, &hotKey](const std::string &reply) {
+                            const auto answer = json::parse(reply, nullptr, false);
+                            if (answer.is_object() &&
+                                isTaken(hotKey, answer.value("config", std::string()))) {
+                                const auto outcome = hotKey.outcome; // which may unregister it
+                                outcome(HotKeyStatus::alreadyTaken);
+                            } else {
+                                bind(hotKey);
+                            }
+                        }));
+}
+
+bool SwayHotKeys::isTaken(const HotKey &hotKey, const std::string &configuration) const {
+    const auto modifiers = modifierNames(hotKey.modifiers);
+    const auto code = std::to_string(hotKey.keycode);
+    const auto all = bindingsOf(withIncludes(configuration, connection_.configurationFolder()));
+    return std::ranges::any_of(all, [&](const Binding &binding) {
+        return binding.mode == "default" && binding.modifiers == modifiers &&
+               (binding.isKeycode ? binding.key == code
+                                  : keyboard_.hasSymbol(hotKey.keycode, binding.key));
+    });
+}
+
 void SwayHotKeys::bind(HotKey &hotKey) {
-    const auto command = "bindcode --no-warn " + hotKey.keys + ' ' +
+    const auto keys = keysOf(hotKey.keycode, hotKey.modifiers);
+    hotKey.isBound = true;
+    const auto command = "bindcode --no-warn " + keys + ' ' +
                          commandOf(hotKey.serial, HotKeyEventKind::pressed) +
-                         "; bindcode --no-warn --release " + hotKey.keys + ' ' +
+                         "; bindcode --no-warn --release " + keys + ' ' +
                          commandOf(hotKey.serial, HotKeyEventKind::released);
     connection_.request(MessageType::runCommand, command,
                         hotKey.lifetime.guard([&hotKey](const std::string &reply) {
@@ -94,7 +138,11 @@ void SwayHotKeys::bind(HotKey &hotKey) {
 }
 
 void SwayHotKeys::unbind(const HotKey &hotKey) {
-    connection_.run("unbindcode " + hotKey.keys + "; unbindcode --release " + hotKey.keys);
+    if (!hotKey.isBound) {
+        return;
+    }
+    const auto keys = keysOf(hotKey.keycode, hotKey.modifiers);
+    connection_.run("unbindcode " + keys + "; unbindcode --release " + keys);
 }
 
 void SwayHotKeys::unregister(HotKey &hotKey) {
@@ -119,7 +167,8 @@ void SwayHotKeys::handle(const Message &event) {
         trigger(content.value("/binding/command"_json_pointer, std::string()));
     } else if (content.value("change", std::string()) == "reload") {
         for (auto &hotKey : hotKeys_) {
-            bind(hotKey);
+            hotKey.isBound = false;
+            bindUnlessTaken(hotKey);
         }
     }
 }
