@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -19,6 +20,7 @@ struct Manager {
     WindowManager windowManager = WindowManager::none;
     std::string placement;
     std::vector<Key> nextWindow = {}; // the keys that focus another window, empty for none
+    Compositor compositor = Compositor::none;
 
     friend std::ostream &operator<<(std::ostream &stream, const Manager &manager) {
         return stream << manager.name;
@@ -43,6 +45,14 @@ const std::vector<Manager> managers = {
     {"awesome", WindowManager::awesome, "cut-outs", superJ},
     {"bspwm", WindowManager::bspwm, "cut-outs"},
     {"herbstluftwm", WindowManager::herbstluftwm, "cut-outs", altTab},
+    {"spectrwm", WindowManager::spectrwm, "cut-outs", altTab},
+    {"jwm", WindowManager::jwm, "below", altTab},
+    {"marco", WindowManager::marco, "cut-outs", altTab},
+    {"marco-compositing", WindowManager::marcoCompositing, "cut-outs", altTab},
+    {"windowmaker", WindowManager::windowMaker, "cut-outs", altTab},
+    {"sawfish", WindowManager::sawfish, "below", altTab},
+    {"twm", WindowManager::twm, "cut-outs"},
+    {"openbox-xcompmgr", WindowManager::openbox, "below", altTab, Compositor::xcompmgr},
     {"none", WindowManager::none, "cut-outs"},
 };
 
@@ -56,9 +66,33 @@ double idleSeconds() {
 class ManagersTest : public testing::TestWithParam<Manager>, protected ThreeWindows {
   protected:
     ManagersTest()
-        : ThreeWindows(GetParam().windowManager) {}
+        : ThreeWindows(GetParam().windowManager, GetParam().compositor) {}
 
     bool hasManager() const { return GetParam().windowManager != WindowManager::none; }
+
+    // Without a manager that activates windows the program says after some seconds what it lacks.
+    void closeGuidance() {
+        if (session.windowManagerName()) {
+            return;
+        }
+        xcb_window_t guidance = XCB_NONE;
+        const auto find = [&](const std::vector<xcb_window_t> &windows) {
+            for (const auto window : windows) {
+                if (session.titleOf(window) == "Lumo" && session.classOf(window) == "lumo") {
+                    guidance = window;
+                }
+            }
+        };
+        ASSERT_TRUE(session.eventually([&] {
+            find(session.stacking());
+            for (const auto frame : session.stacking()) {
+                find(session.childrenOf(frame));
+            }
+            return guidance != XCB_NONE && session.isViewable(guidance);
+        }));
+        session.close(guidance);
+        ASSERT_TRUE(session.eventually([&] { return !session.isViewable(guidance); }));
+    }
 
     void savePicture() {
         note("picture", ManagersTable::shared().keepPicture(GetParam().name, session.picture()));
@@ -90,7 +124,7 @@ class ManagersTest : public testing::TestWithParam<Manager>, protected ThreeWind
             session.click(spots[static_cast<std::size_t>(i) * 7 % spots.size()]);
             arrived +=
                 session.eventually([&] { return next->program.clicks().size() > clicks; }) ? 1 : 0;
-            if (!hasManager()) {
+            if (!session.windowManagerName()) {
                 bringForward(*next);
             }
             wrong += wrongWithOnly(*next);
@@ -180,9 +214,17 @@ class ManagersTest : public testing::TestWithParam<Manager>, protected ThreeWind
     void openDockMenuAndDialog() {
         const std::vector<Subject> covered = {red.subject, blue.subject};
         bringForward(green);
-        SubjectApplication dock(desktop, "Dock",
-                                {.area = {0, 770, 1280, 30}, .colour = "#e0e0a0", .type = "DOCK"});
-        record("dock", wrongWith({green.subject, dock.subject}, covered));
+        std::vector<Subject> clear = {green.subject};
+        std::optional<SubjectApplication> dock;
+        if (hasManager() && !session.windowManagerName()) {
+            note("dock", "not offered"); // an ordinary window there
+        } else {
+            dock.emplace(
+                desktop, "Dock",
+                SampleWindow{.area = {0, 770, 1280, 30}, .colour = "#e0e0a0", .type = "DOCK"});
+            clear.push_back(dock->subject);
+            record("dock", wrongWith(clear, covered));
+        }
 
         const auto spots = spotsIn(blue.subject.window);
         ASSERT_FALSE(spots.empty());
@@ -192,7 +234,8 @@ class ManagersTest : public testing::TestWithParam<Manager>, protected ThreeWind
                                  .colour = "#f0d0f0",
                                  .type = "POPUP_MENU",
                                  .overrideRedirect = true});
-        record("menu", wrongWith({green.subject, dock.subject, menu.subject}, covered));
+        clear.push_back(menu.subject);
+        record("menu", wrongWith(clear, covered));
 
         const auto owner = session.areaOf(green.subject.window);
         green.program.open({.title = "Dialog",
@@ -201,7 +244,8 @@ class ManagersTest : public testing::TestWithParam<Manager>, protected ThreeWind
                             .type = "DIALOG",
                             .transientFor = green.subject.window});
         const Subject dialog = {green.program.window(1), Colour::parse("#d0f0e0")};
-        record("dialog", wrongWith({green.subject, dialog, dock.subject, menu.subject}, covered));
+        clear.push_back(dialog);
+        record("dialog", wrongWith(clear, covered));
         green.program.closeWindow(1);
     }
 
@@ -233,7 +277,7 @@ class ManagersTest : public testing::TestWithParam<Manager>, protected ThreeWind
     void close() {
         bringForward(green);
         EXPECT_EQ(wrongWithOnly(green), "");
-        if (hasManager()) {
+        if (session.windowManagerName()) {
             session.close(green.subject.window);
         } else {
             green.program.kill();
@@ -252,7 +296,12 @@ class ManagersTest : public testing::TestWithParam<Manager>, protected ThreeWind
     }
 
     void rest() {
-        session.stillPicture();
+        // Some go on with the windows for a while.
+        session.eventually([&] {
+            RequestCounter requests(desktop.displayName(), lumo->processIdentifier());
+            session.remains([] { return true; }, Seconds(0.5));
+            return requests.count() == 0;
+        });
         RequestCounter requests(desktop.displayName(), lumo->processIdentifier());
         session.remains([] { return true; }, Seconds(idleSeconds()));
         EXPECT_EQ(requests.count(), 0) << requests.describe();
@@ -263,6 +312,7 @@ class ManagersTest : public testing::TestWithParam<Manager>, protected ThreeWind
 TEST_P(ManagersTest, ClearWindowThroughAllThatUsersDo) {
     note("two displays", "one desktop"); // unless DisplaysTest has another for each
     show();
+    closeGuidance();
     focusByClick();
     focusByKeyboard();
     bringForward(green);
@@ -275,7 +325,7 @@ TEST_P(ManagersTest, ClearWindowThroughAllThatUsersDo) {
     minimise();
     close();
     note("placement", placementSeen());
-    EXPECT_EQ(placementSeen(), GetParam().placement);
+    EXPECT_EQ(placementSeen(), GetParam().placement) << lumo->process().report();
     rest();
 }
 
@@ -340,6 +390,7 @@ INSTANTIATE_TEST_SUITE_P(All, DisplaysTest,
                          testing::Values(DesktopPerDisplay{"i3-tiled", WindowManager::i3},
                                          DesktopPerDisplay{"awesome", WindowManager::awesome, 9},
                                          DesktopPerDisplay{"bspwm", WindowManager::bspwm},
+                                         DesktopPerDisplay{"spectrwm", WindowManager::spectrwm},
                                          DesktopPerDisplay{"herbstluftwm",
                                                            WindowManager::herbstluftwm}),
                          [](const auto &row) {

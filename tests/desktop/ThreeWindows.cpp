@@ -29,6 +29,8 @@ void ThreeWindows::bringForward(const SubjectApplication &application) {
     } else {
         const std::uint32_t above = XCB_STACK_MODE_ABOVE;
         xcb_configure_window(session.connection(), window, XCB_CONFIG_WINDOW_STACK_MODE, &above);
+        const Area area = session.areaOf(window);
+        session.movePointerTo(area.x + area.width / 2, area.y + area.height / 2);
     }
 }
 

@@ -33,8 +33,8 @@ struct SubjectApplication {
 // gets among the windows.
 class ThreeWindows {
   public:
-    explicit ThreeWindows(WindowManager manager)
-        : desktop({.windowManager = manager}) {}
+    explicit ThreeWindows(WindowManager manager, Compositor compositor = Compositor::none)
+        : desktop({.windowManager = manager, .compositor = compositor}) {}
 
     ThreeWindows(WindowManager manager, const std::vector<OutputUse> &outputs)
         : desktop({.windowManager = manager, .server = Server::xorg, .outputs = outputs})

@@ -289,6 +289,12 @@ std::optional<std::string> DesktopSession::windowManagerName() {
                  : std::string();
 }
 
+bool DesktopSession::hasWindowManager() {
+    const auto reply = wait(connection_, xcb_get_window_attributes(connection_, root()),
+                            xcb_get_window_attributes_reply);
+    return reply && (reply->all_event_masks & XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT) != 0;
+}
+
 bool DesktopSession::windowManagerTakesWindows() {
     const xcb_window_t probe = xcb_generate_id(connection_);
     xcb_create_window(connection_, XCB_COPY_FROM_PARENT, probe, root(), 0, 0, 10, 10, 0,
@@ -365,6 +371,18 @@ void DesktopSession::activate(xcb_window_t window) {
 }
 
 void DesktopSession::close(xcb_window_t window) {
+    if (!windowManagerName()) {
+        xcb_client_message_event_t message{};
+        message.response_type = XCB_CLIENT_MESSAGE;
+        message.format = 32;
+        message.window = window;
+        message.type = atom("WM_PROTOCOLS");
+        message.data.data32[0] = atom("WM_DELETE_WINDOW");
+        xcb_send_event(connection_, 0, window, XCB_EVENT_MASK_NO_EVENT,
+                       reinterpret_cast<const char *>(&message));
+        xcb_flush(connection_);
+        return;
+    }
     askWindowManager(window, "_NET_CLOSE_WINDOW", {XCB_CURRENT_TIME, sourcePager});
 }
 

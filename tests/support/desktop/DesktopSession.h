@@ -94,6 +94,9 @@ class DesktopSession {
     xcb_window_t windowManagerWindow();
     std::optional<std::string> windowManagerName();
 
+    // A window manager handles windows, whether or not it has a name.
+    bool hasWindowManager();
+
     // Maps a small window and takes it away again: true when a window manager took it in hand soon.
     bool windowManagerTakesWindows();
 

@@ -202,13 +202,30 @@ std::vector<std::string> PrivateDesktop::prepareWindowManager(WindowManager wind
                                                      "herbstclient unlock\n");
         return {"herbstluftwm"};
     case WindowManager::spectrwm:
-        writeFile("config/spectrwm/spectrwm.conf", "bar_enabled = 0\nmodkey = Mod1\n");
+        writeFile("config/spectrwm/spectrwm.conf",
+                  "bar_enabled = 0\nmodkey = Mod1\nfocus_mode = manual\n");
         return {"spectrwm"};
     case WindowManager::icewm:
         writeFile("home/.icewm/preferences", "ShowTaskBar=0\nTaskBarAutoHide=0\n");
         return {"icewm", "--replace"};
     case WindowManager::awesome:
         return {"awesome", "--replace"};
+    case WindowManager::jwm:
+        writeFile("home/.jwmrc",
+                  "<?xml version=\"1.0\"?><JWM><FocusModel>click</FocusModel>"
+                  "<Key mask=\"A\" key=\"Tab\">nextstacked</Key><Desktops width=\"2\"/></JWM>");
+        return {"jwm"};
+    case WindowManager::marco:
+        return {"marco", "--replace", "--sm-disable", "--no-composite"};
+    case WindowManager::marcoCompositing:
+        return {"marco", "--replace", "--sm-disable", "--composite"};
+    case WindowManager::windowMaker:
+        return {"wmaker", "--no-dock", "--no-clip", "--no-drawer"};
+    case WindowManager::sawfish:
+        return {"sawfish", "--replace"};
+    case WindowManager::twm:
+        writeFile("home/.twmrc", "UsePPosition \"on\"\nRandomPlacement\nNoGrabServer\n");
+        return {"twm"};
     }
     return {};
 }
@@ -231,15 +248,18 @@ void PrivateDesktop::startWindowManager(WindowManager windowManager) {
 
     waitUntil(
         [&] {
-            return session_->windowManagerWindow() != before &&
-                   session_->windowManagerName().has_value();
+            return windowManager == WindowManager::twm
+                       ? session_->hasWindowManager()
+                       : session_->windowManagerWindow() != before &&
+                             session_->windowManagerName().has_value();
         },
         *windowManager_, "the window manager");
     // Some announce themselves a little before they listen, and never see what opens in between.
     waitUntil([&] { return session_->windowManagerTakesWindows(); }, *windowManager_,
               "the window manager's care for windows");
     if (windowManager == WindowManager::xfwm4Compositing ||
-        windowManager == WindowManager::kwinCompositing || windowManager == WindowManager::mutter) {
+        windowManager == WindowManager::kwinCompositing || windowManager == WindowManager::mutter ||
+        windowManager == WindowManager::marcoCompositing) {
         waitUntil([&] { return session_->selectionOwner("_NET_WM_CM_S0") != XCB_NONE; },
                   *windowManager_, "the window manager's compositor");
     }
@@ -255,7 +275,10 @@ void PrivateDesktop::startCompositor(Compositor compositor) {
         return;
     }
     const char *backend = compositor == Compositor::picomGlx ? "glx" : "xrender";
-    compositor_ = start({"picom", "--config", "/dev/null", "--backend", backend});
+    compositor_ = start(
+        compositor == Compositor::xcompmgr
+            ? std::vector<std::string>{"xcompmgr"}
+            : std::vector<std::string>{"picom", "--config", "/dev/null", "--backend", backend});
     waitUntil([&] { return session_->selectionOwner("_NET_WM_CM_S0") != XCB_NONE; }, *compositor_,
               "the compositing manager");
 }

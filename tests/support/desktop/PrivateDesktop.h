@@ -31,8 +31,14 @@ enum class WindowManager {
     spectrwm,
     icewm,
     awesome,
+    jwm,
+    marco,
+    marcoCompositing,
+    windowMaker,
+    sawfish,
+    twm, // knows nothing of hints
 };
-enum class Compositor { none, picomXrender, picomGlx };
+enum class Compositor { none, picomXrender, picomGlx, xcompmgr };
 
 // Xvfb, or the server of real displays with a driver for none, whose outputs arrangeOutputs() uses.
 enum class Server { xvfb, xorg };

@@ -75,10 +75,17 @@ WindowRecords X11WindowServer::makeRecords() const {
     return records;
 }
 
-// From the last owner to the active window itself. Owners may name each other in a circle.
+// From the last owner to the active window itself; a dock that has become active leaves that to the
+// window before it. Owners may name each other in a circle.
 std::vector<const MirrorWindow *> X11WindowServer::activeWindowAndOwners() const {
+    const auto active = mirror_.activeWindow();
+    const auto *activeWindow = active ? mirror_.find(*active) : nullptr;
+    const bool isKnown = activeWindow != nullptr && activeWindow->isDescribed;
+    if (!active || (isKnown && activeWindow->type != WindowFacts::Type::dock)) {
+        lastActive_ = active;
+    }
     std::vector<const MirrorWindow *> found;
-    auto next = mirror_.activeWindow();
+    auto next = lastActive_;
     while (next) {
         const auto *window = mirror_.find(*next);
         if (window == nullptr || std::ranges::find(found, window) != found.end()) {

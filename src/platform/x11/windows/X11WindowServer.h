@@ -2,8 +2,11 @@
 
 #include "platform/WindowServer.h"
 
+#include <xcb/xcb.h>
+
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace lumo::x11 {
@@ -18,7 +21,8 @@ struct MirrorWindow;
 // On screen is what is viewable, draws, is not minimised and not on a desktop that is not shown.
 // Windows come in their stacking order, but the active window, when it is an ordinary one, is the
 // first of the ordinary ones: focus does not always raise here, and the frontmost ordinary
-// window stands for the one that the user works in. The window whose dialog it is comes next.
+// window stands for the one that the user works in. The window whose dialog it is comes next. While
+// a dock is active it is the window that was so before.
 class X11WindowServer final : public WindowServer {
   public:
     // The layers of windows that are not ordinary: kept below, kept above, docks, and menus with
@@ -50,6 +54,7 @@ class X11WindowServer final : public WindowServer {
     const WindowMirror &mirror_;
     const X11Screens &screens_;
     const X11Workspace &workspace_;
+    mutable std::optional<xcb_window_t> lastActive_; // that is no dock
     mutable Revisions madeFrom_;
     mutable std::shared_ptr<const WindowRecords> records_;
 };
