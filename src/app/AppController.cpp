@@ -65,10 +65,12 @@ void AppController::setupBindings() {
     shortcutManager_.onShortcutTriggered = [this](ShortcutEvent event) { handleShortcut(event); };
     mouseShakeToggleManager_.onShakeAction = [this](auto action) { handleShake(action); };
     cancellables_.push_back(settingsStore_.launchAtLogin.subscribe([this](const bool &launches) {
-        if (launches) {
-            launchAtLoginManager_.enable();
-        } else {
+        if (!launches) {
             launchAtLoginManager_.disable();
+        } else if (!launchAtLoginManager_.enable()) {
+            // Later, since the setting does not hold its value yet.
+            platform_.mainLoop.post(
+                lifetime_.guard([this] { settingsStore_.launchAtLogin.set(false); }));
         }
     }));
 }

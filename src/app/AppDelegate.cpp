@@ -97,6 +97,7 @@ SettingsModel AppDelegate::settingsModel() {
             appController_->settingsStore(),
             appController_->shortcutManager(),
             appController_->selectedSettingsTab,
+            appController_->launchAtLoginManager().refusal,
             [this] { appController_->setPrivacyCoverAppFromFrontmost(true); },
             [this](const std::optional<CoverAppChoice> &choice) {
                 appController_->selectCoverApp(choice);

@@ -11,7 +11,9 @@ LaunchAtLoginManager::LaunchAtLoginManager(const Platform &platform)
 }
 
 bool LaunchAtLoginManager::enable() {
-    if (const auto error = loginItem_.registerMainApplication()) {
+    const auto error = loginItem_.registerMainApplication();
+    refusal.set(error.value_or(""));
+    if (error) {
         log_.print("Failed to register for launch at login: " + *error);
         return false;
     }

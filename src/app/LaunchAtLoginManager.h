@@ -3,6 +3,8 @@
 #include "platform/Platform.h"
 #include "support/Published.h"
 
+#include <string>
+
 namespace lumo {
 
 // Makes the desktop start the program at login, or not. Main thread only.
@@ -12,6 +14,10 @@ class LaunchAtLoginManager {
 
     // What was last achieved here; not read back from the system.
     Published<bool> isEnabled{false};
+
+    // Why the system refused when it was last asked to start the program at login; empty when it
+    // did not.
+    Published<std::string> refusal{{}};
 
     // Whether the system did so; what it refuses is logged.
     bool enable();

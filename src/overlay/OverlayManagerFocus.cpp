@@ -12,6 +12,11 @@ namespace {
 constexpr std::string_view lumoOwnerName = "Lumo";
 constexpr std::string_view windowManagerOwnerName = "WindowManager";
 
+bool isOwnedBySystem(std::string_view ownerName) {
+    return WindowListService::isSystemWindow(ownerName) || ownerName == windowManagerOwnerName ||
+           ownerName == lumoOwnerName;
+}
+
 std::string selectionLine(OverlayManager::DisplayID displayID, const ScreenCandidate &choice) {
     const WindowDescriptor &window = *choice.window;
     return "[Lumo] screen=" + std::to_string(displayID) +
@@ -59,8 +64,8 @@ bool OverlayManager::isCandidate(const WindowDescriptor &window) const {
     return window.isOnScreen && window.layer == 0 &&
            window.bounds.width > largestSideOfAnAccessory &&
            window.bounds.height > largestSideOfAnAccessory &&
-           !WindowListService::isSystemWindow(window.ownerName) &&
-           window.ownerName != windowManagerOwnerName && window.ownerName != lumoOwnerName &&
+           !(platform_.capabilities.systemComponentsHaveNames &&
+             isOwnedBySystem(window.ownerName)) &&
            window.ownerPID != platform_.workspace.ownApplication().processIdentifier &&
            !overlayWindowIDs_.contains(window.windowID) &&
            !(window.name && WindowListService::isTransientWindow(*window.name));

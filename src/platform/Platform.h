@@ -35,6 +35,13 @@ struct Capabilities {
     // after this program does.
     bool permissionComesByItself = false;
 
+    // The names of their owners tell the windows of system components from those of applications.
+    // Where they do not, layers alone do.
+    bool systemComponentsHaveNames = true;
+
+    // This program is among the applications that it offers as Cover App.
+    bool offersItself = true;
+
     // The system can be asked whether there is a newer version of this program.
     bool updates = true;
 };

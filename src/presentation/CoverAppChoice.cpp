@@ -1,5 +1,6 @@
 #include "presentation/CoverAppChoice.h"
 
+#include "platform/Vocabulary.h"
 #include "platform/WindowServer.h"
 #include "platform/Workspace.h"
 #include "presentation/Text.h"
@@ -28,7 +29,32 @@ std::set<std::int32_t> ownersOfOrdinaryWindows(const WindowServer &windowServer)
     return owners;
 }
 
+std::string applicationName(const Workspace &workspace, const std::string &bundleID) {
+    for (const auto &application : workspace.runningApplications()) {
+        if (application.bundleIdentifier == bundleID && application.localizedName) {
+            return *application.localizedName;
+        }
+    }
+    for (const auto &application : workspace.installedApplications()) {
+        if (application.bundleIdentifier == bundleID) {
+            return application.localizedName;
+        }
+    }
+    return bundleID;
+}
+
 } // namespace
+
+std::string coverAppName(const Platform &platform, const SettingsStore &settings) {
+    const auto bundleID = settings.privacyCoverBundleID.value().value_or("");
+    const auto stored = settings.privacyCoverDisplayName.value().value_or("");
+    if (bundleID.empty() || !stored.empty()) {
+        return stored;
+    }
+    return platform.vocabulary.appNaming == AppNaming::displayName
+               ? applicationName(platform.workspace, bundleID)
+               : bundleID;
+}
 
 std::vector<CoverAppChoice> coverAppChoices(const Platform &platform,
                                             const SettingsStore &settings) {
@@ -41,13 +67,16 @@ std::vector<CoverAppChoice> coverAppChoices(const Platform &platform,
     };
     const auto owners = ownersOfOrdinaryWindows(platform.windowServer);
     for (const auto &application : platform.workspace.runningApplications()) {
+        const bool isOwn =
+            application.processIdentifier == platform.workspace.ownApplication().processIdentifier;
         if (application.activationPolicy != ActivationPolicy::prohibited &&
-            application.bundleIdentifier && owners.contains(application.processIdentifier)) {
+            (!isOwn || platform.capabilities.offersItself) && application.bundleIdentifier &&
+            owners.contains(application.processIdentifier)) {
             add(*application.bundleIdentifier, application.localizedName);
         }
     }
     if (const auto &cover = settings.privacyCoverBundleID.value(); cover && !cover->empty()) {
-        add(*cover, settings.privacyCoverDisplayName.value());
+        add(*cover, coverAppName(platform, settings));
     }
     std::ranges::sort(choices, comesBefore, &CoverAppChoice::displayName);
     return choices;

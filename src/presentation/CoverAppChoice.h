@@ -24,4 +24,9 @@ struct CoverAppChoice {
 std::vector<CoverAppChoice> coverAppChoices(const Platform &platform,
                                             const SettingsStore &settings);
 
+// The name of the Cover App: the stored one, else, on desktops that refer to applications by name,
+// that of the running or installed application, else its bundle identifier. Empty without a Cover
+// App.
+std::string coverAppName(const Platform &platform, const SettingsStore &settings);
+
 } // namespace lumo

@@ -48,7 +48,7 @@ std::string_view ruleModeExplanation(bool useWhitelistMode) {
                             : "Blacklisted apps will not be affected by Lumo.";
 }
 
-std::string selectedCoverAppName(const SettingsStore &settings,
+std::string selectedCoverAppName(const Platform &platform, const SettingsStore &settings,
                                  const std::vector<CoverAppChoice> &available) {
     const auto &bundleID = settings.privacyCoverBundleID.value();
     const auto entry = std::ranges::find_if(
@@ -56,7 +56,17 @@ std::string selectedCoverAppName(const SettingsStore &settings,
     if (entry != available.end()) {
         return entry->displayName;
     }
-    return settings.privacyCoverDisplayName.value().value_or(bundleID.value_or("None"));
+    const auto name = coverAppName(platform, settings);
+    return name.empty() ? "None" : name;
+}
+
+std::string privacyCoverStatus(const SettingsStore &settings) {
+    const auto &status = settings.privacyCoverRuntimeStatus.value();
+    if (!settings.privacyCoverEnabled.value() || status != "Off") {
+        return status;
+    }
+    return settings.privacyCoverBundleID.value().value_or("").empty() ? "No Cover App selected"
+                                                                      : "Ready";
 }
 
 bool shouldShowCoverConflictHint(const SettingsStore &settings) {

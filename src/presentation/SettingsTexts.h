@@ -38,10 +38,14 @@ std::string secondsText(double seconds);
 // Tells what the chosen list means.
 std::string_view ruleModeExplanation(bool useWhitelistMode);
 
-// The name to show for the Cover App: that of its entry in the list, else the stored one; "None"
+// The name to show for the Cover App: that of its entry in the list, else coverAppName(); "None"
 // without either.
-std::string selectedCoverAppName(const SettingsStore &settings,
+std::string selectedCoverAppName(const Platform &platform, const SettingsStore &settings,
                                  const std::vector<CoverAppChoice> &available);
+
+// How the Privacy Cover does. While nothing follows it, since the effect is off, "Off" says so of
+// the effect alone: the cover that is switched on lacks an application, or is ready.
+std::string privacyCoverStatus(const SettingsStore &settings);
 
 // Whether the Cover App may look as if it held every display although each has its own focus.
 bool shouldShowCoverConflictHint(const SettingsStore &settings);

@@ -4,6 +4,7 @@
 #include "platform/MainLoop.h"
 #include "platform/Vocabulary.h"
 #include "platform/Workspace.h"
+#include "presentation/SettingsTexts.h"
 #include "presentation/Shortcuts.h"
 #include "settings/CoverLockPreset.h"
 #include "settings/SettingsStore.h"
@@ -84,8 +85,12 @@ std::string StatusMenu::toggleTitle() const {
 }
 
 std::string StatusMenu::setCoverSubtitle() const {
-    const auto bundleID = settings_.privacyCoverBundleID.value().value_or("");
-    return bundleID.empty() ? "Enable Privacy Cover with current app" : "Current: " + bundleID;
+    if (!hasCoverApp()) {
+        return "Enable Privacy Cover with current app";
+    }
+    return "Current: " + (platform_.vocabulary.appNaming == AppNaming::displayName
+                              ? coverAppName(platform_, settings_)
+                              : settings_.privacyCoverBundleID.value().value_or(""));
 }
 
 std::optional<std::string> StatusMenu::toggleShortcutLabel() const {
@@ -113,7 +118,9 @@ std::optional<std::string> StatusMenu::setCoverShortcutLabel() const {
 }
 
 std::string StatusMenu::chooseCoverSubtitle() const {
-    const auto name = settings_.privacyCoverDisplayName.value().value_or("");
+    const bool isNamed = platform_.vocabulary.appNaming == AppNaming::displayName;
+    const auto name = isNamed ? coverAppName(platform_, settings_)
+                              : settings_.privacyCoverDisplayName.value().value_or("");
     return name.empty() ? "Pick from running apps" : "Selected: " + name;
 }
 
@@ -130,7 +137,7 @@ std::string StatusMenu::privacyCoverSummary() const {
     if (!settings_.privacyCoverEnabled.value()) {
         return "Off";
     }
-    auto summary = settings_.privacyCoverRuntimeStatus.value();
+    auto summary = privacyCoverStatus(settings_);
     summary += separator;
     summary += millisecondsText(settings_.coverWindowLockDuration.value()) + "ms lock";
     if (const auto hint = settings_.privacyCoverRuntimeHint.value().value_or(""); !hint.empty()) {
@@ -145,7 +152,7 @@ bool StatusMenu::showCoverWarning() const {
         return false;
     }
     constexpr std::array<std::string_view, 3> troubles{"fallback", "no cover app", "unavailable"};
-    const auto status = asciiLowercased(settings_.privacyCoverRuntimeStatus.value());
+    const auto status = asciiLowercased(privacyCoverStatus(settings_));
     return std::ranges::any_of(troubles, [&status](std::string_view trouble) {
         return status.find(trouble) != std::string::npos;
     });
@@ -162,7 +169,7 @@ StatusMenu::CoverNotice StatusMenu::coverNotice() const {
 std::string StatusMenu::coverNoticeText() const {
     switch (coverNotice()) {
     case CoverNotice::warning:
-        return settings_.privacyCoverRuntimeStatus.value();
+        return privacyCoverStatus(settings_);
     case CoverNotice::info:
         return settings_.privacyCoverRuntimeHint.value().value_or("");
     case CoverNotice::none:

@@ -45,6 +45,8 @@ struct SettingsModel {
     SettingsStore &settings;
     ShortcutManager &shortcuts;
     Published<SettingsTab> &selectedTab;
+    // Why the system refuses to start the program at login; empty when it does not.
+    Published<std::string> &loginItemRefusal;
     // Makes the application that the user works in the Cover App.
     std::function<void()> useFrontmostApp;
     // Makes the choice the Cover App, or clears it.

@@ -26,7 +26,7 @@ std::optional<std::int64_t> read(const Value &stored) {
 
 template <>
 std::optional<double> read(const Value &stored) {
-    const auto number = stored.real();
+    const auto number = stored.number();
     // No setting means anything as an infinity or as no number.
     return number && std::isfinite(*number) ? number : std::nullopt;
 }

@@ -73,8 +73,8 @@ class AnySetting {
 enum class WriteBack { onEveryAssignment, never };
 
 // A property that is read from user defaults when the store is made, and written back on every
-// assignment unless said otherwise. What is stored with another type counts as missing, a whole
-// number for a real one included. T is one of bool, std::int64_t, double, std::string,
+// assignment unless said otherwise. What is stored with another type counts as missing, but a whole
+// number may stand for a real one. T is one of bool, std::int64_t, double, std::string,
 // std::optional<std::string>, EffectMode, MultiScreenMode and std::vector<AppRule>.
 template <class T>
 class Setting final : public AnySetting, public SettingsProperty<T> {

@@ -13,7 +13,11 @@ GeneralSettingsView::GeneralSettingsView(const SettingsModel &model)
     auto &settings = model.settings;
     const auto &words = model.platform.vocabulary;
     auto *start = addCard();
-    start->addRow(makeToggleRow(words.launchAtLogin, settings.launchAtLogin, bindings_));
+    auto *login = makeToggleRow(words.launchAtLogin, settings.launchAtLogin, bindings_);
+    start->addRow(login);
+    loginItemRefusal_ = model.loginItemRefusal.subscribe([login](const std::string &reason) {
+        login->setNote(reason.empty() ? reason : "The system refuses this: " + reason);
+    });
     start->addRow(makeToggleRow("Pause in fullscreen apps", settings.pauseInFullscreen, bindings_));
     addCard()->addRow(makeSliderRow("Peek Duration", settings.peekDuration, bindings_,
                                     peekDurationRange, secondsText));

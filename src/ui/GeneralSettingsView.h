@@ -12,6 +12,7 @@ class GeneralSettingsView final : public SettingsPage {
 
   private:
     Bindings bindings_;
+    Subscription loginItemRefusal_;
 };
 
 } // namespace lumo

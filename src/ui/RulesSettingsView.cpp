@@ -89,10 +89,10 @@ QWidget *RulesSettingsView::makeCoverAppStates() {
     lines->setSpacing(3);
     currentCoverApp_ = new ElidedLabel(TextStyle::note, role::secondaryText);
     auto *runtime = new ElidedLabel(TextStyle::note, role::secondaryText);
-    bindings_.follow<std::string>(
-        model_.settings.privacyCoverRuntimeStatus, [runtime](const std::string &status) {
-            runtime->setFullText(QStringLiteral("Runtime: ") + toQString(status));
-        });
+    bindings_.whenSettled([this, runtime] {
+        runtime->setFullText(QStringLiteral("Runtime: ") +
+                             toQString(privacyCoverStatus(model_.settings)));
+    });
     lines->addWidget(currentCoverApp_);
     lines->addWidget(runtime);
     return states;
@@ -155,7 +155,8 @@ void RulesSettingsView::showCoverApp() {
     }
     coverApp_->setChoices(names, !missing() ? static_cast<int>(position()) + 1 : 0);
     currentCoverApp_->setFullText(
-        toQString("Current Cover App: " + selectedCoverAppName(model_.settings, availableApps_)));
+        toQString("Current Cover App: " +
+                  selectedCoverAppName(model_.platform, model_.settings, availableApps_)));
 }
 
 void RulesSettingsView::addRuleLists() {

@@ -82,9 +82,9 @@ ValueSlider::ValueSlider(std::string_view name, const SliderRange &range,
     row->addWidget(label_);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     QObject::connect(slider_, &QSlider::valueChanged, this, [this](int step) {
-        // The last step is the end itself, not what the steps add up to.
-        const double value =
-            step == slider_->maximum() ? range_.maximum : range_.minimum + step * range_.step;
+        // A share of the range, not what the steps add up to: 0.6 is 0.6.
+        const double value = range_.minimum + (range_.maximum - range_.minimum) * step /
+                                                  std::max(1, slider_->maximum());
         if (onMoved) {
             onMoved(value);
         }

@@ -36,6 +36,7 @@ SettingsModel InterfaceStage::settingsModel() {
             settings,
             shortcuts,
             selectedTab,
+            loginItemRefusal,
             [this] { actions.emplace_back("useFrontmost"); },
             [this](const std::optional<CoverAppChoice> &choice) {
                 chosenCovers.push_back(choice);

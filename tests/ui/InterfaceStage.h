@@ -28,6 +28,7 @@ struct InterfaceStage {
     NotificationCenter notifications;
     PermissionManager permission{desktop.platform(), notifications};
     Published<SettingsTab> selectedTab{SettingsTab::general};
+    Published<std::string> loginItemRefusal{{}};
     std::vector<std::string> actions; // of the popover's rows and the Rules page, by their names
     std::vector<std::optional<CoverAppChoice>> chosenCovers;
     std::unique_ptr<StatusMenu> menu;

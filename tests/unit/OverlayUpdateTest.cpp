@@ -77,6 +77,14 @@ TEST_F(OverlayUpdate, WindowsThatCanNotStayClear) {
     desktop.closeWindow(report);
     settle();
     EXPECT_EQ(clearOn(left), slim) << "101 points are enough when there is nothing better";
+
+    // Where system components are not told by name, their namesakes are programs like others.
+    desktop.capabilities.systemComponentsHaveNames = false;
+    manager = std::make_unique<OverlayManager>(desktop.platform(), settings);
+    manager->startShowing();
+    const auto controls = openOn(left, desktop.launch("Control Center", {}));
+    settle();
+    EXPECT_EQ(clearOn(left), controls);
 }
 
 TEST_F(OverlayUpdate, ClearWindowChangesAfterTheDebounce) {

@@ -60,6 +60,13 @@ TEST_F(PresentationTest, CoverLineWarnsOrHints) {
          "Editor unavailable", "Editor unavailable · 500ms lock · Cover set: Editor"},
         {true, "FALLBACK", {}, 0.35, Notice::warning, "FALLBACK", "FALLBACK · 350ms lock"},
         {false, "No Cover App selected", "Cover cleared", 0.35, Notice::none, "", "Off"},
+        {true,
+         "Off",
+         {},
+         0.35,
+         Notice::warning,
+         "No Cover App selected",
+         "No Cover App selected · 350ms lock"},
     };
     for (const auto &[isEnabled, status, hint, lock, notice, text, summary] : cases) {
         settings.privacyCoverEnabled.set(isEnabled);
@@ -114,11 +121,26 @@ TEST_F(PresentationTest, CoverAppsOnceEachByName) {
     EXPECT_THAT(offered(), ElementsAre("Ant", "bee", "org.example.gone", "zebra"));
     settings.privacyCoverDisplayName.set("Cat");
     EXPECT_THAT(offered(), ElementsAre("Ant", "bee", "Cat", "zebra"));
-    EXPECT_EQ(selectedCoverAppName(settings, {}), "Cat");
-    EXPECT_EQ(selectedCoverAppName(settings, {{"org.example.gone", "org.example.gone", "Gone"}}),
+    EXPECT_EQ(selectedCoverAppName(desktop.platform(), settings, {}), "Cat");
+    EXPECT_EQ(selectedCoverAppName(desktop.platform(), settings,
+                                   {{"org.example.gone", "org.example.gone", "Gone"}}),
               "Gone");
+    EXPECT_EQ(menu->setCoverSubtitle(), "Current: org.example.gone");
+
+    // Where applications are referred to by name, and this program by nothing.
+    desktop.vocabulary.appNaming = AppNaming::displayName;
+    EXPECT_EQ(menu->setCoverSubtitle(), "Current: Cat");
+    settings.privacyCoverDisplayName.set(std::nullopt);
+    desktop.installed = {{"org.example.gone", "Gone Fishing"}};
+    EXPECT_EQ(menu->setCoverSubtitle(), "Current: Gone Fishing");
+    EXPECT_EQ(menu->chooseCoverSubtitle(), "Selected: Gone Fishing");
+    desktop.openWindow(desktop.lumo(), {0, 0, 300, 300});
+    EXPECT_THAT(offered(), ElementsAre("Ant", "bee", "Gone Fishing", "Lumo", "zebra"));
+    desktop.capabilities.offersItself = false;
+    menu->chooseCoverApp();
+    EXPECT_THAT(offered(), ElementsAre("Ant", "bee", "Gone Fishing", "zebra"));
     desktop.answerWindowListWith(nullptr);
-    EXPECT_THAT(offered(), ElementsAre("Cat"));
+    EXPECT_THAT(offered(), ElementsAre("Gone Fishing"));
 }
 
 TEST_F(PresentationTest, RulesAreFoundAddedSwitchedAndRemoved) {

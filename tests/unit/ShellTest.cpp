@@ -254,6 +254,9 @@ TEST_F(ShellTest, LoginItemFollowsItsSetting) {
     settings().launchAtLogin.set(true);
     EXPECT_FALSE(login.isEnabled.value());
     EXPECT_THAT(desktop.logLines, Contains("Failed to register for launch at login: read-only"));
+    desktop.mainLoop.runPosted();
+    EXPECT_FALSE(settings().launchAtLogin.value()) << "the user sees what is so";
+    EXPECT_EQ(login.refusal.value(), "read-only");
 }
 
 TEST_F(ShellTest, ResultOfACheckForUpdatesIsShown) {

@@ -98,6 +98,8 @@ Platform WaylandBackend::platform() {
             .capabilities = {.liveBackdrop = compositor_.mayBlur() || overlayWindows_.canBlur(),
                              .globalKeyMonitors = false,
                              .permissionComesByItself = false,
+                             .systemComponentsHaveNames = false,
+                             .offersItself = false,
                              .updates = freedesktop::hasSystemUpdates},
             .desktopChanges = &desktopChanges_,
             .remoteControl = &remoteControl_};

@@ -82,6 +82,8 @@ Platform X11Backend::platform() {
             .capabilities = {.liveBackdrop = overlayWindows_.canDrawBackdrops(),
                              .globalKeyMonitors = input_.eventMonitors().canMonitorKeys(),
                              .permissionComesByItself = true,
+                             .systemComponentsHaveNames = false,
+                             .offersItself = false,
                              .updates = freedesktop::hasSystemUpdates},
             .desktopChanges = &desktopChanges_,
             .remoteControl = &remoteControl_};
