@@ -6,6 +6,8 @@
 #include <gmock/gmock.h>
 #include <xkbcommon/xkbcommon-keysyms.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -80,7 +82,14 @@ TEST(KeyNamesTest, NamesThatPeopleKnow) {
 // Premultiplied: the title's colour in the middle, a rim of the opposite shade, nothing outside.
 TEST(DotPictureTest, DiscWithARimOnATransparentSquare) {
     const StatusTitle title{"\u25CF", {1, 0, 0, 1}, 15, true, -0.5};
-    for (const int side : {16, 22, 48}) {
+    const StatusTitle grey{"\u25CF", {0.28, 0.28, 0.28, 1}, 15, true, -0.5};
+    for (const int side : {16, 22, 24, 32, 48}) {
+        const auto onBlack = dotPicture(grey, side).pixels;
+        int brightest = 0;
+        for (std::size_t at = 0; at < onBlack.size(); at += 4) {
+            brightest = std::max<int>(brightest, onBlack[at]);
+        }
+        EXPECT_GE(brightest, 140) << "a dark dot can be told from a black panel at " << side;
         const auto image = dotPicture(title, side);
         ASSERT_EQ(image.width, side);
         ASSERT_EQ(image.height, side);

@@ -13,8 +13,8 @@ namespace {
 // title's font, whose diameter is about 0.6 of its point size.
 constexpr double usualSide = 22;
 constexpr double diameterOfPointSize = 0.62;
-constexpr double rimWidth = 0.9; // points
-constexpr double rimOpacity = 0.45;
+constexpr double rimWidth = 1.4; // points
+constexpr double rimOpacity = 0.8;
 
 std::uint8_t byte(double value) {
     return static_cast<std::uint8_t>(std::lround(std::clamp(value, 0.0, 1.0) * 255));
