@@ -40,7 +40,8 @@ class PopoverTest : public testing::Test {
   protected:
     PopoverTest() {
         stage.menu->prepareToShow();
-        window = std::make_unique<PopoverWindow>(stage.desktop.platform(), *stage.menu, true);
+        window = std::make_unique<PopoverWindow>(stage.desktop.platform(), *stage.menu,
+                                                 PopoverWindow::Form::popup, true);
         window->onDismiss = [this] { ++dismissals; };
         window->setAttribute(Qt::WA_DontShowOnScreen);
         window->open({{0, 0, 260, 300}, {400, 0, 22, 22}}, false);
