@@ -44,6 +44,9 @@ struct Capabilities {
 
     // The system can be asked whether there is a newer version of this program.
     bool updates = true;
+
+    // Global monitors receive the pointer's motion.
+    bool globalPointerMonitors = true;
 };
 
 // Everything the program may ask of the desktop. Built once by main and handed down by reference;

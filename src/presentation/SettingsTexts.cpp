@@ -1,5 +1,6 @@
 #include "presentation/SettingsTexts.h"
 
+#include "platform/Platform.h"
 #include "settings/SettingsStore.h"
 
 #include <algorithm>
@@ -41,6 +42,20 @@ std::string shortcutNote(std::string_view note, bool isTaken) {
         text.append(note.empty() ? "" : " ").append(taken);
     }
     return text;
+}
+
+std::string effectDescription(EffectMode mode, const Capabilities &capabilities) {
+    std::string text(description(mode));
+    if (mode == EffectMode::softBlur && !capabilities.liveBackdrop) {
+        text += " This desktop can't blur: the tint and the grain remain.";
+    }
+    return text;
+}
+
+std::string shakeNote(const Capabilities &capabilities) {
+    return capabilities.globalPointerMonitors
+               ? "Quickly move the mouse left and right four times to turn Lumo on or off."
+               : "This desktop tells no program where the mouse is, so that there are no swipes.";
 }
 
 std::string_view ruleModeExplanation(bool useWhitelistMode) {

@@ -2,6 +2,7 @@
 
 #include "platform/UpdateFramework.h"
 #include "presentation/CoverAppChoice.h"
+#include "settings/EffectMode.h"
 
 #include <array>
 #include <string>
@@ -11,6 +12,7 @@
 namespace lumo {
 
 class SettingsStore;
+struct Capabilities;
 
 // What the settings window says and where its sliders end. The texts that never change stand in the
 // pages themselves.
@@ -53,6 +55,12 @@ bool shouldShowCoverConflictHint(const SettingsStore &settings);
 // The note below a shortcut: what is worth knowing about it, if anything, and that another program
 // has its keys.
 std::string shortcutNote(std::string_view note, bool isTaken);
+
+// What an effect does, and what of it this desktop can't draw.
+std::string effectDescription(EffectMode mode, const Capabilities &capabilities);
+
+// The note below the switch of the mouse's swipes.
+std::string shakeNote(const Capabilities &capabilities);
 
 // Gives every setting of the Shortcuts page its default.
 void resetShortcutsToDefaults(SettingsStore &settings);

@@ -1,5 +1,6 @@
 #include "ui/AppearanceSettingsView.h"
 
+#include "presentation/SettingsTexts.h"
 #include "ui/Labels.h"
 #include "ui/SettingControls.h"
 #include "ui/Text.h"
@@ -15,9 +16,11 @@ AppearanceSettingsView::AppearanceSettingsView(const SettingsModel &model)
         "Effect Type", {},
         makeSegments("Effect Type", settings.effectMode, bindings_, allEffectModes, displayName));
     auto *explanation = makeNote({});
-    bindings_.follow<EffectMode>(settings.effectMode, [explanation](const EffectMode &mode) {
-        explanation->setText(toQString(description(mode)));
-    });
+    bindings_.follow<EffectMode>(
+        settings.effectMode,
+        [explanation, capabilities = model.platform.capabilities](const EffectMode &mode) {
+            explanation->setText(toQString(effectDescription(mode, capabilities)));
+        });
     type->addLine(explanation);
     effect->addRow(type);
     effect->addRow(

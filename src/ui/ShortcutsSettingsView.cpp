@@ -112,9 +112,9 @@ ShortcutsSettingsView::ShortcutsSettingsView(const SettingsModel &model)
         keys->addRow(makeShortcutRow(row, model.platform));
     }
     auto *shake = addCard();
-    shake->addRow(makeToggleRow(
-        "Toggle Lumo with 4 quick mouse swipes", settings.mouseShakeToggleEnabled, bindings_,
-        "Quickly move the mouse left and right four times to turn Lumo on or off."));
+    shake->addRow(makeToggleRow("Toggle Lumo with 4 quick mouse swipes",
+                                settings.mouseShakeToggleEnabled, bindings_,
+                                shakeNote(model.platform.capabilities)));
     shake->addRow(
         makeToggleRow("Shake Action: Toggle", settings.shakeToggleActionEnabled, bindings_));
     shake->addRow(

@@ -296,6 +296,12 @@ TEST_F(SwayTest, WorkspacesAndTiles) {
     EXPECT_EQ(wrongWith({{{0, 0, 740, 720}, "#a0a040"}, {{740, 0, 540, 720}, "#40a0a0", false}}),
               "")
         << "a tile that grows";
+    sway.command("bindsym Mod4+d gaps outer current set 20");
+    sway.hands().press({EvdevKey::command, EvdevKey::d});
+    const Area leftInGaps = {20, 20, 717, 680};
+    const Area rightInGaps = {737, 20, 523, 680};
+    EXPECT_EQ(wrongWith({{leftInGaps, "#a0a040"}, {rightInGaps, "#40a0a0", false}}), "")
+        << "gaps are no panels";
     sway.command("workspace 1");
     EXPECT_EQ(wrongWith(threeWithClear("Red")), "") << "back again";
 

@@ -200,5 +200,14 @@ TEST_F(PresentationTest, ResetOfTheShortcutsAlone) {
     EXPECT_THAT(changed, ElementsAre("effectIntensity"));
 }
 
+TEST(SettingsTexts, WhatTheDesktopLacks) {
+    const Capabilities all{.liveBackdrop = true};
+    const Capabilities none{.globalPointerMonitors = false};
+    EXPECT_EQ(effectDescription(EffectMode::softBlur, all), description(EffectMode::softBlur));
+    EXPECT_THAT(effectDescription(EffectMode::softBlur, none), testing::HasSubstr("can't blur"));
+    EXPECT_EQ(effectDescription(EffectMode::dim, none), description(EffectMode::dim));
+    EXPECT_NE(shakeNote(all), shakeNote(none));
+}
+
 } // namespace
 } // namespace lumo

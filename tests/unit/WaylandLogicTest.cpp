@@ -128,20 +128,38 @@ TEST(OverlayCutOuts, PixelsOfTheDisplay) {
                      {.identifier = 2, .process = 7, .frame = {0, 0, 500, 500}},
                      {.identifier = 3, .process = 9, .frame = {990, 20, 40, 40}},
                      {.identifier = 4, .process = 9, .frame = {1100, 20, 40, 40}}};
-    state.usableAreas["B"] = {800, 0, 600, 380};
+    const PixelRect usable = {800, 0, 600, 380};
     const Output output{.name = "B", .area = {800, 0, 600, 400}, .scale = 1.5};
     const Order below{.kind = Order::Kind::below, .reference = 1};
-    const auto cutOuts = overlayCutOuts(state, output, below, false, 1, {});
+    const auto cutOuts = overlayCutOuts(state, output, usable, below, false, 1, {});
     EXPECT_THAT(cutOuts.clearWindows, ElementsAre(3, 1));
     EXPECT_EQ(cutOuts.region, (drawing::Region(PixelRect{150, 15, 152, 77}) |
                                drawing::Region(PixelRect{285, 30, 60, 60}) |
                                drawing::Region(PixelRect{0, 570, 900, 30})));
     state.windows.erase(state.windows.begin());
-    EXPECT_THAT(overlayCutOuts(state, output, below, false, 1, {3}).clearWindows, ElementsAre(3))
+    EXPECT_THAT(overlayCutOuts(state, output, usable, below, false, 1, {3}).clearWindows,
+                ElementsAre(3))
         << "until another order comes";
-    EXPECT_THAT(overlayCutOuts(state, output, {Order::Kind::front}, false, 9, {}).clearWindows,
-                ElementsAre(4, 3))
+    EXPECT_THAT(
+        overlayCutOuts(state, output, usable, {Order::Kind::front}, false, 9, {}).clearWindows,
+        ElementsAre(4, 3))
         << "own windows";
+}
+
+TEST(PanelAreas, ApartFromGaps) {
+    const PixelRect all = {100, 0, 1000, 700};
+    struct Row {
+        PixelRect inGaps;
+        int width;
+        int height;
+        PixelRect expected;
+    };
+    for (const auto &row : {Row{{120, 50, 960, 630}, 1000, 670, {100, 30, 1000, 670}},
+                            Row{{120, 20, 960, 630}, 1000, 670, {100, 0, 1000, 670}},
+                            Row{{170, 20, 910, 660}, 950, 700, {150, 0, 950, 700}},
+                            Row{{110, 10, 980, 680}, 1000, 700, all}, Row{all, 1000, 700, all}}) {
+        EXPECT_EQ(withoutGaps(all, row.inGaps, row.width, row.height), row.expected);
+    }
 }
 
 TEST(SwayBindings, OfTheUsersConfiguration) {

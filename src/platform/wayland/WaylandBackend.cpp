@@ -100,7 +100,8 @@ Platform WaylandBackend::platform() {
                              .permissionComesByItself = false,
                              .systemComponentsHaveNames = false,
                              .offersItself = false,
-                             .updates = freedesktop::hasSystemUpdates},
+                             .updates = freedesktop::hasSystemUpdates,
+                             .globalPointerMonitors = compositor_.tellsOfPointer()},
             .desktopChanges = &desktopChanges_,
             .remoteControl = &remoteControl_};
 }

@@ -33,6 +33,7 @@ class KWinCompositor final : public Compositor {
     HotKeyService &hotKeys() override { return hotKeys_; }
     Handle onLost(std::function<void()> /*function*/) override { return {}; }
     bool mayBlur() const override { return true; }
+    bool tellsOfPointer() const override { return true; }
     Handle onPointerStroke(std::function<void(double deltaX)> observer) override;
 
   private:

@@ -46,7 +46,8 @@ drawing::PointSpace pixelSpaceOf(const Output &output) {
                                output.scale);
 }
 
-OverlayCutOuts overlayCutOuts(const DesktopState &state, const Output &output, const Order &order,
+OverlayCutOuts overlayCutOuts(const DesktopState &state, const Output &output,
+                              const drawing::PixelRect &usable, const Order &order,
                               bool focusRaises, std::int32_t ownProcess,
                               const std::vector<std::uint32_t> &clearBefore) {
     const auto space = pixelSpaceOf(output);
@@ -57,11 +58,8 @@ OverlayCutOuts overlayCutOuts(const DesktopState &state, const Output &output, c
                                      static_cast<double>(area.height)});
     };
     std::vector<CutOutWindow> windows; // from the topmost
-    const auto usable = state.usableAreas.find(output.name);
-    if (usable != state.usableAreas.end()) {
-        for (const auto &area : panelAreas(output.area, usable->second)) {
-            windows.push_back({.area = toPixels(area), .layer = CutOutWindow::Layer::above});
-        }
+    for (const auto &area : panelAreas(output.area, usable)) {
+        windows.push_back({.area = toPixels(area), .layer = CutOutWindow::Layer::above});
     }
     for (std::size_t i = state.windows.size(); i-- > 0;) {
         const auto &window = state.windows[i];

@@ -35,8 +35,10 @@ struct OverlayCutOuts {
 drawing::PointSpace pixelSpaceOf(const Output &output);
 
 // What stays clear of the overlay that covers the output: the windows that the order says, and
-// panels. While the reference is not among the windows those stay clear that did before.
-OverlayCutOuts overlayCutOuts(const DesktopState &state, const Output &output, const Order &order,
+// panels, which leave that area free. While the reference is not among the windows those stay clear
+// that did before.
+OverlayCutOuts overlayCutOuts(const DesktopState &state, const Output &output,
+                              const drawing::PixelRect &usable, const Order &order,
                               bool focusRaises, std::int32_t ownProcess,
                               const std::vector<std::uint32_t> &clearBefore);
 

@@ -86,12 +86,13 @@ void WaylandPlatformWindow::push() {
     const auto *output = surroundings_.screens.outputOfFrame(frame_);
     if (order_.kind == Order::Kind::out || output == nullptr) {
         surface_.reset();
+        panels_.reset();
         layers_.reset();
         return;
     }
     prepareSurface(*output);
     auto [region, clear] =
-        overlayCutOuts(surroundings_.source.state(), *output, order_,
+        overlayCutOuts(surroundings_.source.state(), *output, usableAreaOf(*output), order_,
                        surroundings_.source.focusRaises(), getpid(), clearWindows_);
     clearWindows_ = std::move(clear);
     layers_ = layersOn(*output);
@@ -108,6 +109,11 @@ void WaylandPlatformWindow::prepareSurface(const Output &output) {
         surface_ =
             std::make_unique<LayerSurface>(surroundings_.factories, output.object,
                                            surroundings_.mainLoop, [this] { requestPush(); });
+        panels_.reset();
+        if (surroundings_.source.state().areUsableAreasInGaps) {
+            panels_ = std::make_unique<PanelProbe>(surroundings_.factories, output.object,
+                                                   [this] { requestPush(); });
+        }
     }
 }
 
@@ -129,6 +135,17 @@ drawing::Region WaylandPlatformWindow::blurredOn(const Output &output,
         blurred -= drawing::PixelRect{x, y, inPoints(clear.maxX()) - x, inPoints(clear.maxY()) - y};
     }
     return blurred;
+}
+
+// All of the display until it is known.
+drawing::PixelRect WaylandPlatformWindow::usableAreaOf(const Output &output) const {
+    const auto &state = surroundings_.source.state();
+    const auto known = state.usableAreas.find(output.name);
+    if (known == state.usableAreas.end() || (panels_ && panels_->width() == 0)) {
+        return output.area;
+    }
+    return panels_ ? withoutGaps(output.area, known->second, panels_->width(), panels_->height())
+                   : known->second;
 }
 
 // The same object for as long as it looks the same; null where nothing is to be seen.

@@ -4,6 +4,7 @@
 #include "platform/OverlayWindows.h"
 #include "platform/wayland/overlay/LayerSurface.h"
 #include "platform/wayland/overlay/OverlayCutOuts.h"
+#include "platform/wayland/overlay/PanelProbe.h"
 #include "support/Handle.h"
 #include "support/Lifetime.h"
 
@@ -58,6 +59,7 @@ class WaylandPlatformWindow final : public PlatformWindow {
     void requestPush();
     void push();
     void prepareSurface(const Output &output);
+    drawing::PixelRect usableAreaOf(const Output &output) const;
     drawing::Region blurredOn(const Output &output, const drawing::Region &cutOut) const;
     std::shared_ptr<const drawing::PlacedLayers> layersOn(const Output &output);
 
@@ -70,6 +72,7 @@ class WaylandPlatformWindow final : public PlatformWindow {
     LayerTree tree_;
     bool isPushPosted_ = false;
     std::unique_ptr<LayerSurface> surface_; // while the overlay is ordered in
+    std::unique_ptr<PanelProbe> panels_;    // the same, where they have to be probed
     std::uint32_t surfaceOutput_ = 0;       // the output's global that it was made for
     std::shared_ptr<const drawing::PlacedLayers> layers_; // as they were shown last
     std::vector<std::uint32_t> clearWindows_;

@@ -25,6 +25,7 @@ std::string text(const json &node, const char *key) {
 class Reading {
   public:
     DesktopState read(const json &root) {
+        state_.areUsableAreasInGaps = true;
         for (const auto &output : root.at("nodes")) {
             readOutput(output);
         }

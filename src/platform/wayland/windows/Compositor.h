@@ -24,9 +24,10 @@ class Compositor {
     virtual WindowSource &windows() = 0;
     virtual HotKeyService &hotKeys() = 0;
 
-    // Calls the observer whenever the pointer has gone to the right, or by a negative number to the
-    // left, by so many points; what is less than a stroke of a shake may be left out. Nothing where
-    // the compositor does not tell.
+    // Whether it tells of the pointer at all. Calls the observer whenever the pointer has gone to
+    // the right, or by a negative number to the left, by so many points; what is less than a stroke
+    // of a shake may be left out. Nothing where the compositor does not tell.
+    virtual bool tellsOfPointer() const { return false; }
     virtual Handle onPointerStroke(std::function<void(double deltaX)> /*observer*/) { return {}; }
 
     // Whether the compositor may come to blur what lies behind surfaces while this program runs.

@@ -21,6 +21,16 @@ std::vector<drawing::PixelRect> panelAreas(const drawing::PixelRect &display,
     return (drawing::Region(display) - drawing::Region(usable)).rectangles();
 }
 
+drawing::PixelRect withoutGaps(const drawing::PixelRect &display,
+                               const drawing::PixelRect &usableInGaps, int width, int height) {
+    const int left = usableInGaps.x - display.x;
+    const int top = usableInGaps.y - display.y;
+    const int right = display.maxX() - usableInGaps.maxX();
+    const int bottom = display.maxY() - usableInGaps.maxY();
+    return {left > right ? display.maxX() - width : display.x,
+            top > bottom ? display.maxY() - height : display.y, width, height};
+}
+
 drawing::PixelRect popoverArea(const drawing::PixelRect &display, const drawing::PixelRect &usable,
                                int width, int height) {
     constexpr int gap = 6; // points

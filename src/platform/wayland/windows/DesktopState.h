@@ -43,6 +43,9 @@ struct DesktopState {
     // none.
     std::map<std::string, drawing::PixelRect> usableAreas;
 
+    // They leave out the gaps around windows as well, see withoutGaps().
+    bool areUsableAreasInGaps = false;
+
     // Which spaces are shown, in any words that differ when others are.
     std::string shownSpaces;
 
@@ -55,6 +58,12 @@ struct DesktopState {
 // Which parts of a display are taken by panels.
 std::vector<drawing::PixelRect> panelAreas(const drawing::PixelRect &display,
                                            const drawing::PixelRect &usable);
+
+// The part of a display that panels leave free, from how large that is and an area that lies within
+// it with gaps around: at each side of the display the panels have what the sizes differ by, where
+// the gap is the wider one.
+drawing::PixelRect withoutGaps(const drawing::PixelRect &display,
+                               const drawing::PixelRect &usableInGaps, int width, int height);
 
 // Where a popover of that size belongs whose item is in a panel of the display: in the right corner
 // at the panel, which is at the bottom, else at the top.
