@@ -1,0 +1,47 @@
+#include "Panes.h"
+
+#include "reference/Grain.h"
+
+#include <cmath>
+
+namespace lumo::desktop {
+
+Colour Panes::expectedAt(const Pane &pane, std::uint8_t grain) {
+    if (pane.isClear) {
+        return Colour::parse(pane.colour);
+    }
+    auto &known = covered_[pane.colour];
+    for (int each = static_cast<int>(known.size()); each < 256; ++each) {
+        known.push_back(look_.over(Colour::parse(pane.colour), static_cast<std::uint8_t>(each)));
+    }
+    return known[grain];
+}
+
+std::string Panes::wrongIn(const Picture &picture, const std::vector<Pane> &panes, double scale) {
+    const auto grain = reference::grainImage(picture.width(), picture.height());
+    const auto pixels = [&](int points) { return static_cast<int>(std::lround(points * scale)); };
+    std::vector<Pane> onGrid = {{picture.area(), background_, false}};
+    for (auto pane : panes) {
+        const auto &[x, y, width, height] = pane.area;
+        pane.area = {pixels(x), pixels(y), pixels(x + width) - pixels(x),
+                     pixels(y + height) - pixels(y)};
+        onGrid.push_back(pane);
+    }
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
+            auto pane = onGrid.rbegin();
+            while (!pane->area.contains(x, y)) {
+                ++pane;
+            }
+            const auto index = static_cast<std::size_t>(y * picture.width() + x);
+            const auto expected = expectedAt(*pane, grain->pixels[index * grain->bytesPerPixel()]);
+            if (distance(picture.at(x, y), expected) > (pane->isClear ? 0 : tolerance)) {
+                return std::to_string(x) + "," + std::to_string(y) + " " +
+                       picture.at(x, y).describe() + " instead of " + expected.describe();
+            }
+        }
+    }
+    return {};
+}
+
+} // namespace lumo::desktop

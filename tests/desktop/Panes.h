@@ -1,0 +1,39 @@
+#pragma once
+
+#include "Look.h"
+#include "desktop/Picture.h"
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace lumo::desktop {
+
+// A part of a display and how it has to look. Areas are in points of the display.
+struct Pane {
+    Area area;
+    std::string colour;
+    bool isClear = true;
+};
+
+// Holds pictures of a display against what has to be seen there under that look.
+class Panes {
+  public:
+    // The colour is that of the desktop behind all windows, which the overlay covers.
+    Panes(Look look, std::string background)
+        : look_(std::move(look))
+        , background_(std::move(background)) {}
+
+    // Holds all pixels against the panes, from the bottom to the top; empty when nothing is wrong.
+    std::string wrongIn(const Picture &picture, const std::vector<Pane> &panes, double scale = 1);
+
+  private:
+    Colour expectedAt(const Pane &pane, std::uint8_t grain);
+
+    Look look_;
+    std::string background_;
+    std::map<std::string, std::vector<Colour>> covered_; // by grain
+};
+
+} // namespace lumo::desktop

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "desktop/ChildProcess.h"
+#include "desktop/Picture.h"
+#include "wayland/WaylandHands.h"
+#include "wayland/WaylandUser.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace lumo::desktop {
+
+struct KWinOptions {
+    enum class Trust { everyone, desktopEntries };
+
+    int outputs = 1; // of 1280 x 720 pixels each, side by side
+    bool hasXwayland = false;
+    Trust trust = Trust::everyone; // with windows, input and outputs of others
+};
+
+// KWin without a screen. Making it returns when it is at work and throws, with what it said, when
+// it does not get there.
+class PrivateKWin : public WaylandUser {
+  public:
+    explicit PrivateKWin(const KWinOptions &options = {});
+    ~PrivateKWin();
+    PrivateKWin(const PrivateKWin &) = delete;
+    PrivateKWin &operator=(const PrivateKWin &) = delete;
+
+    // The sample application, once KWin has its window.
+    std::unique_ptr<ChildProcess> startSample(const std::string &name, const std::string &colour,
+                                              int width, int height);
+
+    // Has KWin run code of its scripts' language, in which each(caption, function) calls the
+    // function with every window of that caption.
+    void script(const std::string &code);
+
+    // Calls a method of an object of KWin's with one argument of a type, as printed.
+    std::string call(const std::string &path, const std::string &method,
+                     const std::string &argument) const;
+
+    // Everything on the screens, in pixels.
+    Picture picture(const std::string &output = "Virtual-0") const;
+
+    // For trust in everyone alone.
+    void setOutput(const std::string &name, bool isEnabled, double scale = 1);
+    void moveTo(Spot spot);
+    void setButton(bool isDown);
+    void setKey(EvdevKey key, bool isDown);
+    void click(Spot spot);
+    void press(const std::vector<EvdevKey> &chord);
+
+    ChildProcess &process() { return *kwin_; }
+
+  private:
+    struct Control;
+
+    std::unique_ptr<ChildProcess> kwin_;
+    std::unique_ptr<Control> control_;
+    int scripts_ = 0;
+};
+
+} // namespace lumo::desktop
