@@ -1,12 +1,11 @@
 #include "Look.h"
-#include "reference/Grain.h"
+#include "Panes.h"
 #include "wayland/PrivateSway.h"
 
 #include <gmock/gmock.h>
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <csignal>
 #include <functional>
 #include <map>
@@ -17,15 +16,8 @@
 namespace lumo::desktop {
 namespace {
 
-// A part of a display and how it has to look. Areas are in points of the display.
-struct Pane {
-    Area area;
-    std::string colour;
-    bool isClear = true;
-};
-
-constexpr auto npos = std::string::npos;
 constexpr Area display = {0, 0, 1280, 720};
+constexpr auto npos = std::string::npos;
 
 class SwayTest : public testing::Test {
   protected:
@@ -65,51 +57,10 @@ class SwayTest : public testing::Test {
         return panes;
     }
 
-    Colour expectedAt(const Pane &pane, std::uint8_t grain) {
-        if (pane.isClear) {
-            return Colour::parse(pane.colour);
-        }
-        auto &known = covered[pane.colour];
-        if (known.empty()) {
-            for (int each = 0; each < 256; ++each) {
-                known.push_back(
-                    look.over(Colour::parse(pane.colour), static_cast<std::uint8_t>(each)));
-            }
-        }
-        return known[grain];
-    }
-
-    // Holds all pixels of a display against the panes, from the bottom to the top, over sway's own
-    // background; empty when nothing is wrong.
+    // Over sway's own background.
     std::string wrongNow(const std::vector<Pane> &panes, const std::string &output, double scale) {
-        const auto picture = sway.picture(output);
-        const auto grain = reference::grainImage(picture.width(), picture.height());
-        const auto pixels = [&](int points) {
-            return static_cast<int>(std::lround(points * scale));
-        };
-        std::vector<Pane> onGrid = {{picture.area(), "#3f3f3f", false}};
-        for (auto pane : panes) {
-            const auto &[x, y, width, height] = pane.area;
-            pane.area = {pixels(x), pixels(y), pixels(x + width) - pixels(x),
-                         pixels(y + height) - pixels(y)};
-            onGrid.push_back(pane);
-        }
-        for (int y = 0; y < picture.height(); ++y) {
-            for (int x = 0; x < picture.width(); ++x) {
-                auto pane = onGrid.rbegin();
-                while (!pane->area.contains(x, y)) {
-                    ++pane;
-                }
-                const auto index = static_cast<std::size_t>(y * picture.width() + x);
-                const auto expected =
-                    expectedAt(*pane, grain->pixels[index * grain->bytesPerPixel()]);
-                if (distance(picture.at(x, y), expected) > (pane->isClear ? 0 : tolerance)) {
-                    return output + " at " + std::to_string(x) + "," + std::to_string(y) + " " +
-                           picture.at(x, y).describe() + " instead of " + expected.describe();
-                }
-            }
-        }
-        return {};
+        const auto wrong = expectation.wrongIn(sway.picture(output), panes, scale);
+        return wrong.empty() ? wrong : output + " at " + wrong;
     }
 
     std::string wrongWith(const std::vector<Pane> &panes, const std::string &output = "HEADLESS-1",
@@ -152,6 +103,7 @@ class SwayTest : public testing::Test {
 
     PrivateSway sway;
     const Look look{"dim", 1};
+    Panes expectation{look, "#3f3f3f"};
     std::map<std::string, Window> windows = [] {
         std::map<std::string, Window> all;
         all["Blue"] = {{640, 380, 420, 300}, "#3c64e0"};
@@ -160,7 +112,6 @@ class SwayTest : public testing::Test {
         return all;
     }();
     std::vector<std::string> order = {"Blue", "Green", "Red"}; // from the bottom to the top
-    std::map<std::string, std::vector<Colour>> covered;        // by grain
     std::unique_ptr<ChildProcess> lumo;
 };
 

@@ -1,11 +1,6 @@
 #include "wayland/PrivateSway.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <fstream>
-#include <iterator>
-#include <sstream>
 #include <stdexcept>
 
 namespace lumo::desktop {
@@ -13,12 +8,6 @@ namespace lumo::desktop {
 namespace fs = std::filesystem;
 
 namespace {
-
-constexpr uid_t nobody = 65534;
-
-bool isRoot() {
-    return geteuid() == 0;
-}
 
 // Pixels in the plain form of netpbm's.
 Picture readPixels(const fs::path &file) {
@@ -44,31 +33,20 @@ Picture readPixels(const fs::path &file) {
 } // namespace
 
 PrivateSway::PrivateSway(const SwayOptions &options) {
-    const auto folder = [this](const char *name) { return (directory_.path() / name).string(); };
-    environment_ = {{"PATH", "/usr/local/bin:/usr/bin:/bin"},
-                    {"HOME", folder("home")},
-                    {"XDG_CONFIG_HOME", folder("config")},
-                    {"XDG_RUNTIME_DIR", folder("run")},
-                    {"DBUS_SESSION_BUS_ADDRESS", bus_.address()},
-                    {"SWAYSOCK", folder("sway.sock")},
-                    {"WLR_BACKENDS", "headless"},
-                    {"WLR_LIBINPUT_NO_DEVICES", "1"},
-                    {"WLR_RENDERER", "pixman"},
-                    {"WLR_HEADLESS_OUTPUTS", std::to_string(options.outputs)}};
-    for (const auto *name : {"home", "config", "run", "bin", "pictures"}) {
-        fs::create_directory(folder(name));
-    }
-    fs::permissions(folder("run"), fs::perms::owner_all);
-    std::ofstream(folder("sway.conf"))
-        << "xwayland " << (options.hasXwayland ? "enable" : "disable")
-        << "\ndefault_border none\nfocus_follows_mouse no\n"
-           "floating_modifier Mod4\nseat * hide_cursor 100\n"
-        << options.configuration << '\n';
+    const Environment more = {{"SWAYSOCK", path("sway.sock").string()},
+                              {"WLR_BACKENDS", "headless"},
+                              {"WLR_LIBINPUT_NO_DEVICES", "1"},
+                              {"WLR_RENDERER", "pixman"},
+                              {"WLR_HEADLESS_OUTPUTS", std::to_string(options.outputs)}};
+    environment_.insert(more.begin(), more.end());
+    std::ofstream(path("sway.conf")) << "xwayland " << (options.hasXwayland ? "enable" : "disable")
+                                     << "\ndefault_border none\nfocus_follows_mouse no\n"
+                                        "floating_modifier Mod4\nseat * hide_cursor 100\n"
+                                     << options.configuration << '\n';
     own();
-    sway_ = start({"sway", "--config", folder("sway.conf")});
-    const auto display = fs::path(folder("run")) / "wayland-1";
-    waitUntil([&] { return fs::exists(display) && fs::exists(folder("sway.sock")); }, *sway_,
-              "sway");
+    sway_ = start({"sway", "--config", path("sway.conf").string()});
+    const auto display = path("run") / "wayland-1";
+    waitUntil([&] { return fs::exists(display) && fs::exists(path("sway.sock")); }, *sway_, "sway");
     environment_["WAYLAND_DISPLAY"] = "wayland-1";
     if (options.hasXwayland) {
         environment_["DISPLAY"] = ":0";
@@ -78,66 +56,10 @@ PrivateSway::PrivateSway(const SwayOptions &options) {
 
 PrivateSway::~PrivateSway() = default;
 
-// Gives all there is to the user that programs run as.
-void PrivateSway::own() const {
-    if (!isRoot()) {
-        return;
-    }
-    std::vector<fs::path> all = {directory_.path()};
-    std::copy(fs::recursive_directory_iterator(directory_.path()), {}, std::back_inserter(all));
-    for (const auto &path : all) {
-        if (chown(path.c_str(), nobody, nobody) != 0) {
-            throw std::runtime_error("the owner of " + path.string() + " can't be changed");
-        }
-    }
-}
-
-std::vector<std::string> PrivateSway::asUser(std::vector<std::string> command) const {
-    if (isRoot()) {
-        const auto user = std::to_string(nobody);
-        const std::vector<std::string> change = {"setpriv", "--reuid", user,
-                                                 "--regid", user,      "--clear-groups"};
-        command.insert(command.begin(), change.begin(), change.end());
-    }
-    return command;
-}
-
-// Where the user may run it: others than the tester may not see where it was built.
-fs::path PrivateSway::runnable(const fs::path &program) const {
-    const auto copy = directory_.path() / "bin" / program.filename();
-    if (!isRoot()) {
-        return program;
-    }
-    if (!fs::exists(copy)) {
-        fs::copy_file(program, copy);
-        fs::permissions(copy, fs::perms::others_read | fs::perms::others_exec,
-                        fs::perm_options::add);
-    }
-    return copy;
-}
-
-std::unique_ptr<ChildProcess> PrivateSway::start(std::vector<std::string> command,
-                                                 const Environment &variables) const {
-    auto environment = environment_;
-    for (const auto &[name, value] : variables) {
-        environment[name] = value;
-    }
-    return std::make_unique<ChildProcess>(asUser(std::move(command)), environment,
-                                          directory_.path());
-}
-
-std::unique_ptr<ChildProcess> PrivateSway::startLumo(const Preferences &preferences,
-                                                     const Environment &variables) const {
-    writePreferences(directory_.path() / "config" / "lumo" / "app.lumo.Lumo.plist", preferences);
-    own();
-    return start({runnable(LUMO_EXECUTABLE).string()}, variables);
-}
-
 std::unique_ptr<ChildProcess> PrivateSway::startSample(const std::string &name,
                                                        const std::string &colour, int width,
                                                        int height) const {
-    auto sample = start({runnable(LUMO_SAMPLE_SURFACE).string(), name, name, colour,
-                         std::to_string(width), std::to_string(height)});
+    auto sample = startSurface(name, colour, width, height);
     const auto mark = "\"app_id\": \"" + name + '"';
     waitUntil([&] { return ask("get_tree").find(mark) != std::string::npos; }, *sample, name);
     return sample;
@@ -158,7 +80,7 @@ std::string PrivateSway::ask(const std::string &question) const {
 }
 
 Picture PrivateSway::picture(const std::string &output) const {
-    const auto file = directory_.path() / "pictures" / "shown.ppm";
+    const auto file = path("pictures") / "shown.ppm";
     const auto shot = start({"grim", "-t", "ppm", "-o", output, file.string()});
     if (shot->waitForExit() != 0) {
         throw std::runtime_error("no picture of " + output + ": " + shot->report());

@@ -1,16 +1,12 @@
 #pragma once
 
 #include "desktop/ChildProcess.h"
-#include "desktop/LumoProcess.h"
-#include "desktop/MessageBus.h"
 #include "desktop/Picture.h"
-#include "desktop/TemporaryDirectory.h"
 #include "wayland/WaylandHands.h"
+#include "wayland/WaylandUser.h"
 
-#include <filesystem>
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace lumo::desktop {
 
@@ -20,23 +16,14 @@ struct SwayOptions {
     bool hasXwayland = false;
 };
 
-// sway without a screen, in a fresh home directory and with a session bus of its own. Since sway
-// refuses to run as root, everything runs as nobody then. Making it returns when sway is at work
-// and throws, with what it said, when it does not get there. What was started on it ends with it.
-class PrivateSway {
+// sway without a screen. Making it returns when sway is at work and throws, with what it said, when
+// it does not get there.
+class PrivateSway : public WaylandUser {
   public:
     explicit PrivateSway(const SwayOptions &options = {});
     ~PrivateSway();
     PrivateSway(const PrivateSway &) = delete;
     PrivateSway &operator=(const PrivateSway &) = delete;
-
-    // Starts a program on it, which ends with the returned object.
-    std::unique_ptr<ChildProcess> start(std::vector<std::string> command,
-                                        const Environment &variables = {}) const;
-
-    // The real program, with these settings.
-    std::unique_ptr<ChildProcess> startLumo(const Preferences &preferences,
-                                            const Environment &variables = {}) const;
 
     // The sample application with a window of that size in points.
     std::unique_ptr<ChildProcess> startSample(const std::string &name, const std::string &colour,
@@ -53,16 +40,8 @@ class PrivateSway {
 
     WaylandHands &hands() { return *hands_; }
     ChildProcess &process() { return *sway_; }
-    MessageBus &bus() { return bus_; }
 
   private:
-    std::vector<std::string> asUser(std::vector<std::string> command) const;
-    std::filesystem::path runnable(const std::filesystem::path &program) const;
-    void own() const;
-
-    TemporaryDirectory directory_;
-    MessageBus bus_;
-    Environment environment_;
     std::unique_ptr<ChildProcess> sway_;
     std::unique_ptr<WaylandHands> hands_;
 };

@@ -3,6 +3,8 @@
 #include "platform/wayland/client/Connection.h"
 #include "platform/wayland/kwin/ScriptCode.h"
 
+#include <unistd.h>
+
 #include <cstdlib>
 #include <utility>
 
@@ -30,6 +32,13 @@ KWinCompositor::KWinCompositor(Connection &connection, freedesktop::SessionBus &
             windows_.setFacts(*facts);
         }
     }) {
+}
+
+void KWinCompositor::placeWindows(const std::string &title, const drawing::PixelRect &area) {
+    placement_.reset();
+    placement_ =
+        std::make_unique<KWinScript>(bus_, "Placement", placementScript(getpid(), title, area),
+                                     [](const std::string & /*message*/) {});
 }
 
 Handle KWinCompositor::onPointerStroke(std::function<void(double deltaX)> observer) {

@@ -9,6 +9,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
 namespace lumo::wayland {
 class Connection;
@@ -32,6 +33,7 @@ class KWinCompositor final : public Compositor {
     WindowSource &windows() override { return windows_; }
     HotKeyService &hotKeys() override { return hotKeys_; }
     Handle onLost(std::function<void()> /*function*/) override { return {}; }
+    void placeWindows(const std::string &title, const drawing::PixelRect &area) override;
     bool mayBlur() const override { return true; }
     bool tellsOfPointer() const override { return true; }
     Handle onPointerStroke(std::function<void(double deltaX)> observer) override;
@@ -44,7 +46,8 @@ class KWinCompositor final : public Compositor {
     PlasmaSource windows_;
     KWinHotKeys hotKeys_;
     KWinScript desktop_;
-    std::unique_ptr<KWinScript> pointer_; // while a stroke is observed
+    std::unique_ptr<KWinScript> placement_; // once a window was to be placed
+    std::unique_ptr<KWinScript> pointer_;   // while a stroke is observed
     Signal<double> strokes_;
 };
 

@@ -63,4 +63,30 @@ workspace.cursorPosChanged.connect(function () {
 });
 )js";
 
+std::string placementScript(std::int32_t process, const std::string &title,
+                            const drawing::PixelRect &area) {
+    return "var process = " + std::to_string(process) + ", title = \"" + title +
+           "\", width = " + std::to_string(area.width) +
+           ", height = " + std::to_string(area.height) + R"js(, gap = 6;
+function within(least, wanted, most) {
+    return Math.max(least, Math.min(wanted, most));
+}
+function place(w) {
+    if (w.pid !== process || w.caption !== title) {
+        return;
+    }
+    var pointer = workspace.cursorPos, free = workspace.clientArea(KWin.MaximizeArea, w);
+    var isLow = pointer.y > free.y + free.height / 2;
+    w.skipTaskbar = w.skipPager = w.skipSwitcher = w.keepAbove = true;
+    w.frameGeometry = {
+        x: within(free.x + gap, Math.round(pointer.x - width / 2), free.x + free.width - width - gap),
+        y: isLow ? free.y + free.height - height - gap : free.y + gap,
+        width: width, height: height
+    };
+}
+(workspace.windowList ? workspace.windowList() : workspace.clientList()).forEach(place);
+(workspace.windowAdded || workspace.clientAdded).connect(place);
+)js";
+}
+
 } // namespace lumo::wayland::kwin

@@ -1,5 +1,10 @@
 #pragma once
 
+#include "drawing/PixelRect.h"
+
+#include <cstdint>
+#include <string>
+
 namespace lumo::wayland::kwin {
 
 // Code for KWinScript, for KWin 5 and 6.
@@ -10,5 +15,11 @@ extern const char *const desktopScript;
 // Tells how far the pointer has gone to the right, in points, whenever that is a stroke of a shake
 // in length, see MouseShakeToggleManager: at most 30 times a second, and never for small motions.
 extern const char *const pointerScript;
+
+// Has windows of that process and title, which has no quotes, come up above others and in no task
+// bar: of that size, centred under the pointer, at the edge of the usable area that is nearest to
+// it. That is where the user has just opened them from.
+std::string placementScript(std::int32_t process, const std::string &title,
+                            const drawing::PixelRect &area);
 
 } // namespace lumo::wayland::kwin
