@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <csignal>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <map>
@@ -69,7 +71,7 @@ class KWinTest : public testing::Test {
     std::string wrongWith(const std::vector<Pane> &expected,
                           const std::string &output = "Virtual-0", double scale = 1) {
         std::string wrong;
-        const double end = now() + 8;
+        const double end = now() + 20;
         do {
             wrong = expectation.wrongIn(kwin->picture(output), expected, scale);
         } while (!wrong.empty() && now() < end);
@@ -77,7 +79,7 @@ class KWinTest : public testing::Test {
     }
 
     static bool eventually(const std::function<bool()> &condition) {
-        const double end = now() + 8;
+        const double end = now() + 20;
         while (!condition() && now() < end) {
             pauseBriefly();
         }
@@ -122,6 +124,216 @@ TEST_F(KWinTest, FocusByClickAndKeyboard) {
         EXPECT_EQ(wrongWith(clear(name)), "") << i;
     }
     EXPECT_EQ(arrived, 10);
+}
+
+TEST_F(KWinTest, WhatWindowsDo) {
+    show();
+    kwin->press({EvdevKey::option, EvdevKey::tab});
+    ASSERT_TRUE(eventually([&] { return said("Green", "focus") + said("Blue", "focus") > 2; }));
+    const auto next = said("Green", "focus") > 1 ? "Green" : "Blue";
+    EXPECT_EQ(wrongWith(clear(next)), "") << "focus by keyboard";
+    kwin->click({90, 110});
+
+    windows["Red"].program->writeLine("menu 350 200 #f0d0f0 200 90");
+    auto expected = clear("Red");
+    expected.push_back({{410, 280, 200, 90}, "#f0d0f0"});
+    EXPECT_EQ(wrongWith(expected), "") << "a menu beyond its window's edge";
+    windows["Red"].program->writeLine("unmenu");
+
+    windows["Red"].program->writeLine("dialog Sheet #d0f0e0 200 120");
+    ASSERT_TRUE(eventually([&] { return said("Red", "focus") > 2; }));
+    act("Sheet", "w.frameGeometry = {x: 120, y: 120, width: 200, height: 120}");
+    expected = clear("Red");
+    expected.push_back({{120, 120, 200, 120}, "#d0f0e0"});
+    EXPECT_EQ(wrongWith(expected), "") << "a dialog";
+    act("Sheet", "w.closeWindow()");
+    EXPECT_EQ(wrongWith(clear("Red")), "") << "a dialog that closes";
+
+    act("Blue", "w.keepAbove = true");
+    expected = clear("Red");
+    expected.front().isClear = true;
+    EXPECT_EQ(wrongWith({expected[1], expected[2], expected[0]}), "") << "kept above";
+    act("Blue", "w.keepAbove = false");
+
+    act("Red", "w.minimized = true");
+    std::erase(order, "Red");
+    const auto focused = [&](const char *name) { return said(name, "focus") > said(name, "blur"); };
+    ASSERT_TRUE(eventually([&] { return focused("Green") || focused("Blue"); }));
+    EXPECT_EQ(wrongWith(clear(focused("Green") ? "Green" : "Blue")), "") << "minimised";
+    act("Red", "w.minimized = false; workspace.activeClient = w");
+    order.emplace_back("Red");
+    EXPECT_EQ(wrongWith(clear("Red")), "") << "restored";
+
+    kwin->script("workspace.desktops = 2; workspace.currentDesktop = 2");
+    EXPECT_EQ(wrongWith({}), "") << "an empty desktop";
+    kwin->script(
+        "workspace.currentDesktop = 1; each('Red', function (w) { workspace.activeClient = w; })");
+    EXPECT_EQ(wrongWith(clear("Red")), "") << "back on the first one";
+
+    windows["Red"].program->writeLine("fill");
+    EXPECT_EQ(wrongWith({{display, windows["Red"].colour}}), "") << "full screen";
+    windows["Red"].program->writeLine("unfill");
+    EXPECT_EQ(wrongWith(clear("Red")), "") << "after full screen";
+}
+
+// The overlay follows a window by a step or two of the drag, which is drawn as a covered strip.
+TEST_F(KWinTest, WhatTrailsBehindADrag) {
+    show();
+    constexpr int step = 12;
+    constexpr int row = 90; // above the other windows
+    const auto red = Colour::parse(windows["Red"].colour);
+    kwin->moveTo({200, 200});
+    kwin->setKey(EvdevKey::command, true);
+    kwin->setButton(true);
+    int widest = 0;
+    int end = 0;
+    for (int x = 200; x <= 440; x += step) {
+        kwin->moveTo({x, 200});
+        const auto picture = kwin->picture();
+        int covered = 0;
+        for (int at = 0; at < picture.width(); ++at) {
+            const auto colour = picture.at(at, row);
+            covered += colour.red > 2 * colour.blue && colour.red > 40 && colour != red ? 1 : 0;
+            end = colour == red ? at : end;
+        }
+        widest = std::max(widest, covered);
+    }
+    kwin->setButton(false);
+    kwin->setKey(EvdevKey::command, false);
+    EXPECT_GT(end, 600) << "it has moved";
+    EXPECT_LE(widest, 2 * step);
+    windows["Red"].area.x += 240;
+    EXPECT_EQ(wrongWith(clear("Red")), "");
+}
+
+TEST_F(KWinTest, HotKeysAndShake) {
+    show({}, {{"shakeToReveal", false}});
+    EXPECT_TRUE(eventually([&] {
+        kwin->press({EvdevKey::command, EvdevKey::option, EvdevKey::tab});
+        return expectation.wrongIn(kwin->picture(), withoutEffect()).empty();
+    })) << "Peek";
+    EXPECT_EQ(wrongWith(clear("Red")), "") << "after Peek";
+    kwin->press({EvdevKey::control, EvdevKey::space});
+    EXPECT_EQ(wrongWith(withoutEffect()), "") << "off";
+    const auto shake = [&] {
+        for (const int x : {500, 380, 500, 380, 500, 380}) {
+            kwin->moveTo({x, 40});
+            const double until = now() + 0.05; // as a hand does
+            eventually([&] { return now() > until; });
+        }
+    };
+    shake();
+    EXPECT_EQ(wrongWith(clear("Red")), "") << "on again by a shake";
+    const auto sleeps = lumo->voluntarySwitches();
+    const double until = now() + 3;
+    eventually([&] { return now() > until; });
+    EXPECT_EQ(lumo->voluntarySwitches(), sleeps) << "with both scripts loaded";
+    kwin->press({EvdevKey::control, EvdevKey::option, EvdevKey::command, EvdevKey::d});
+    EXPECT_EQ(wrongWith(withoutEffect()), "") << "the emergency stop";
+    EXPECT_EQ(said("Red", "down 57"), 0) << "a hot key is not the window's";
+
+    lumo->signal(SIGTERM);
+    EXPECT_EQ(lumo->waitForExit(), 0);
+    for (const auto *name : {"Desktop", "Pointer"}) {
+        EXPECT_EQ(kwin->call("/Scripting", "org.kde.kwin.Scripting.isScriptLoaded",
+                             std::string("app.lumo.Lumo.") + name),
+                  "(false,)");
+    }
+    kwin->press({EvdevKey::control, EvdevKey::space});
+    EXPECT_TRUE(eventually([&] { return said("Red", "down 57") > 0; })) << "once Lumo has ended";
+
+    kwin->script("registerShortcut('Other', 'Other', 'Ctrl+Space', function () {})");
+    lumo = kwin->startLumo(look.preferences());
+    EXPECT_TRUE(eventually([&] {
+        return std::ranges::count(lumo->outputLines(),
+                                  "[Lumo] Toggle hotkey register failed, status=-9878") == 1;
+    })) << lumo->report();
+}
+
+TEST_F(KWinTest, DisplaysComeAndGoAndScale) {
+    show({.outputs = 2});
+    const std::string second = "Virtual-1";
+    // The other display is covered less than the one with the focus.
+    const auto isClearOnSecond = [&](bool isClear) {
+        const auto picture = kwin->picture(second);
+        const auto mean = picture.mean({600, 500, 200, 200});
+        const bool isBlue = picture.at(200, 200) == Colour::parse(windows["Blue"].colour);
+        return isBlue == isClear && mean.red > 5 && mean.red < 60;
+    };
+    EXPECT_TRUE(eventually([&] { return isClearOnSecond(false); }));
+    place("Blue", {1400, 100, 420, 300});
+    std::erase(order, "Blue");
+    EXPECT_TRUE(eventually([&] { return isClearOnSecond(true); }))
+        << "one clear window on each display";
+    EXPECT_EQ(wrongWith(clear("Red")), "");
+    for (int i = 0; i < 3; ++i) {
+        kwin->setOutput(second, false);
+        kwin->setOutput(second, true);
+    }
+    place("Blue", {1400, 100, 420, 300});
+    EXPECT_TRUE(eventually([&] { return isClearOnSecond(true); })) << "the display is back";
+    for (const double scale : {1.5, 2.0, 1.0}) {
+        kwin->setOutput("Virtual-0", true, scale);
+        place("Green", {300, 60, 420, 280});
+        place("Red", {20, 20, 351, 201});
+        EXPECT_EQ(wrongWith(clear("Red"), "Virtual-0", scale), "") << scale;
+    }
+}
+
+TEST_F(KWinTest, BlurIsKWins) {
+    show();
+    lumo.reset();
+    auto preferences = look.preferences();
+    preferences["effectMode"] = std::string("softBlur");
+    lumo = kwin->startLumo(preferences);
+    // How much the colour changes across the edge between the two covered windows.
+    const auto edge = [&] {
+        const auto picture = kwin->picture();
+        const auto outside = picture.mean({785, 400, 8, 100});
+        const auto inside = picture.mean({767, 400, 8, 100});
+        return std::abs(outside.blue - inside.blue);
+    };
+    const auto isClear = [&] { return kwin->picture().at(100, 100) == Colour::parse("#d83c30"); };
+    kwin->call("/Effects", "org.kde.kwin.Effects.loadEffect", "blur");
+    EXPECT_TRUE(eventually([&] { return edge() < 30 && isClear(); })) << edge();
+    kwin->call("/Effects", "org.kde.kwin.Effects.unloadEffect", "blur");
+    EXPECT_TRUE(eventually([&] { return edge() > 60 && isClear(); })) << edge();
+}
+
+TEST_F(KWinTest, WhatEnds) {
+    show();
+    lumo->signal(SIGKILL);
+    EXPECT_EQ(wrongWith(withoutEffect()), "") << "killed";
+    lumo = kwin->startLumo(look.preferences());
+    EXPECT_EQ(wrongWith(clear("Red")), "");
+    kwin->bus().stop();
+    kwin->click({1000, 600});
+    ASSERT_TRUE(eventually([&] { return said("Blue", "click") > 0; }));
+    EXPECT_TRUE(lumo->isRunning()) << "without a session bus";
+    kwin->process().kill();
+    EXPECT_EQ(lumo->waitForExit(), 1);
+    EXPECT_EQ(
+        std::ranges::count(lumo->outputLines(), "[Lumo] the connection to the compositor was lost"),
+        1);
+}
+
+TEST_F(KWinTest, OnlyWithADesktopEntryThatAsks) {
+    kwin = std::make_unique<PrivateKWin>(KWinOptions{.trust = KWinOptions::Trust::desktopEntries});
+    lumo = kwin->startLumo(look.preferences());
+    EXPECT_EQ(lumo->waitForExit(), 1);
+    EXPECT_THAT(lumo->outputLines(),
+                testing::ElementsAre(testing::HasSubstr("start it by ./dev run")));
+    const auto folder = kwin->path("data") / "applications";
+    std::filesystem::create_directories(folder);
+    std::ofstream(folder / "lumo.desktop")
+        << "[Desktop Entry]\nType=Application\nName=Lumo\nExec="
+        << (kwin->path("bin") / "lumo").string()
+        << "\nX-KDE-Wayland-Interfaces=org_kde_plasma_window_management\n";
+    lumo = kwin->startLumo(look.preferences());
+    windows["Red"].program = kwin->startSample("Red", windows["Red"].colour, 420, 300);
+    place("Red", windows["Red"].area);
+    order = {"Red"};
+    EXPECT_EQ(wrongWith(clear("Red")), "");
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "reference/Grain.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace lumo::desktop {
@@ -15,6 +16,12 @@ Colour Panes::expectedAt(const Pane &pane, std::uint8_t grain) {
         known.push_back(look_.over(Colour::parse(pane.colour), static_cast<std::uint8_t>(each)));
     }
     return known[grain];
+}
+
+bool Panes::isCovered(const Pane &pane, Colour colour) {
+    expectedAt(pane, 0);
+    return std::ranges::any_of(covered_[pane.colour],
+                               [&](Colour each) { return distance(colour, each) <= tolerance; });
 }
 
 std::string Panes::wrongIn(const Picture &picture, const std::vector<Pane> &panes, double scale) {
@@ -35,7 +42,11 @@ std::string Panes::wrongIn(const Picture &picture, const std::vector<Pane> &pane
             }
             const auto index = static_cast<std::size_t>(y * picture.width() + x);
             const auto expected = expectedAt(*pane, grain->pixels[index * grain->bytesPerPixel()]);
-            if (distance(picture.at(x, y), expected) > (pane->isClear ? 0 : tolerance)) {
+            const bool isRight =
+                pane->isClear || std::floor(scale) == scale
+                    ? distance(picture.at(x, y), expected) <= (pane->isClear ? 0 : tolerance)
+                    : isCovered(*pane, picture.at(x, y));
+            if (!isRight) {
                 return std::to_string(x) + "," + std::to_string(y) + " " +
                        picture.at(x, y).describe() + " instead of " + expected.describe();
             }

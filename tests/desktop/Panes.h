@@ -26,9 +26,12 @@ class Panes {
         , background_(std::move(background)) {}
 
     // Holds all pixels against the panes, from the bottom to the top; empty when nothing is wrong.
+    // At a broken scale the grain's own pixels are not the display's, so that any of its greys will
+    // do.
     std::string wrongIn(const Picture &picture, const std::vector<Pane> &panes, double scale = 1);
 
   private:
+    bool isCovered(const Pane &pane, Colour colour);
     Colour expectedAt(const Pane &pane, std::uint8_t grain);
 
     Look look_;
