@@ -69,7 +69,7 @@ TEST(ScreenReaderSupport, ShownWindowsAreFound) {
     ASSERT_THAT(windows(), ElementsAre("Lumo")) << "the message";
     auto popover = running.interface.makePopover(*running.stage.menu);
     popover->show({});
-    EXPECT_THAT(windows(), ElementsAre("Lumo", "Lumo"));
+    EXPECT_THAT(windows(), ElementsAre("Lumo", "Lumo Menu"));
     popover->close();
     auto settings = running.interface.makeSettingsWindow(running.stage.settingsModel(), [] {});
     settings->makeKeyAndOrderFront();
