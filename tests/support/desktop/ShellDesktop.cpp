@@ -63,7 +63,7 @@ Spot ShellDesktop::dot() {
 std::optional<Area> ShellDesktop::popover() {
     for (const auto window : session.stacking()) {
         if (session.isOverrideRedirect(window) && session.isViewable(window) &&
-            session.titleOf(window) == "Lumo" &&
+            session.titleOf(window) == "Lumo Menu" &&
             session.numbers(window, "_NET_WM_BYPASS_COMPOSITOR").empty()) { // no overlay
             return session.areaOf(window);
         }
