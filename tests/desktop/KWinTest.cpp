@@ -323,6 +323,8 @@ TEST_F(KWinTest, OnlyWithADesktopEntryThatAsks) {
     EXPECT_EQ(lumo->waitForExit(), 1);
     EXPECT_THAT(lumo->outputLines(),
                 testing::ElementsAre(testing::HasSubstr("start it by ./dev run")));
+    // Another session: KWin looks for new entries only now and then.
+    kwin = std::make_unique<PrivateKWin>(KWinOptions{.trust = KWinOptions::Trust::desktopEntries});
     const auto folder = kwin->path("data") / "applications";
     std::filesystem::create_directories(folder);
     std::ofstream(folder / "lumo.desktop")
