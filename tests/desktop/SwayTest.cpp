@@ -257,8 +257,10 @@ TEST_F(SwayTest, WorkspacesAndTiles) {
     EXPECT_EQ(wrongWith(threeWithClear("Red")), "") << "back again";
 
     windows["Red"].program->writeLine("move");
+    ASSERT_TRUE(eventually([&] { return said("Red", "moves at a click") == 1; }));
     sway.hands().moveTo({100, 120}, display);
     sway.hands().setButton(true);
+    ASSERT_TRUE(eventually([&] { return said("Red", "moves") == 1; }));
     for (int x = 100; x <= 400; x += 10) {
         sway.hands().moveTo({x, 120}, display);
     }

@@ -246,6 +246,8 @@ class Application {
                     say(state == 0 ? "release" : "click");
                     if (state != 0 && std::exchange(self.movesAtClick_, false)) {
                         self.windows_.front().startMove(self.globals_.seat, serial);
+                        wl_display_roundtrip(self.display_); // the compositor has read it
+                        say("moves");
                     }
                 },
             .axis = [](void *, wl_pointer *, std::uint32_t, std::uint32_t, wl_fixed_t) {}};
@@ -302,6 +304,7 @@ class Application {
             windows_.front().setFullScreen(verb == "fill");
         } else if (verb == "move") {
             movesAtClick_ = true;
+            say("moves at a click");
         }
     }
 
