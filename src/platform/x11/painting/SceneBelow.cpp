@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <ranges>
 #include <utility>
 
 namespace lumo::x11 {
@@ -45,7 +46,7 @@ void SceneBelow::invalidate() {
 }
 
 bool SceneBelow::contains(xcb_window_t window) const {
-    return std::ranges::find(entries_, window, &Entry::window) != entries_.end();
+    return std::ranges::find(entries_, window, &SceneEntry::window) != entries_.end();
 }
 
 void SceneBelow::addDamage(const SurfaceDamage &damage) {
@@ -66,8 +67,8 @@ void SceneBelow::add(const drawing::Region &changed) {
     }
 }
 
-std::vector<SceneBelow::Entry> SceneBelow::currentEntries() {
-    std::vector<Entry> entries;
+std::vector<SceneEntry> SceneBelow::currentEntries() {
+    std::vector<SceneEntry> entries;
     for (const auto window : lowerWindows_()) {
         const auto *surface = surfaces_.find(window);
         if (surface != nullptr && surface->geometry.overlaps(area_)) {
@@ -83,21 +84,7 @@ bool SceneBelow::update() {
         surfaces_.collectDamage(entry.window);
     }
     auto entries = currentEntries();
-    // Whatever lies between what is the same at the bottom and what is the same at the top has
-    // come, gone, changed or swapped places.
-    const auto [oldFirst, newFirst] = std::ranges::mismatch(entries_, entries);
-    auto oldLast = entries_.end();
-    auto newLast = entries.end();
-    while (oldLast != oldFirst && newLast != newFirst && *(oldLast - 1) == *(newLast - 1)) {
-        --oldLast;
-        --newLast;
-    }
-    std::vector<drawing::PixelRect> changed;
-    std::transform(oldFirst, oldLast, std::back_inserter(changed),
-                   [](const Entry &entry) { return entry.geometry; });
-    std::transform(newFirst, newLast, std::back_inserter(changed),
-                   [](const Entry &entry) { return entry.geometry; });
-    add(drawing::Region(changed));
+    add(drawing::Region(changedAreas(entries_, entries)));
     entries_ = std::move(entries);
     return !knownChanges_.isEmpty();
 }
@@ -109,25 +96,51 @@ void SceneBelow::clip(xcb_render_picture_t picture, xcb_xfixes_region_t region) 
 }
 
 void SceneBelow::draw(xcb_render_picture_t onto) {
-    clip(onto, changes_.id());
+    const auto visible = findVisible();
+    clip(onto, scratch_.id());
     wallpaper_.drawOnto(onto, area_);
-    for (const auto &entry : entries_) {
+    for (const auto &window : visible | std::views::reverse) {
+        drawWindow(window, onto);
+    }
+    clip(onto, changes_.id());
+}
+
+std::vector<SceneBelow::VisibleWindow> SceneBelow::findVisible() {
+    std::vector<VisibleWindow> visible;
+    // From here on this is what no opaque window covers.
+    xcb_xfixes_copy_region(connection_, changes_.id(), scratch_.id());
+    for (const auto &entry : entries_ | std::views::reverse) {
         const auto *surface =
             knownChanges_.overlaps(entry.geometry) ? surfaces_.find(entry.window) : nullptr;
         if (surface == nullptr) {
             continue;
         }
-        drawWindow(*surface, onto);
+        if (clips_.size() == visible.size()) {
+            clips_.push_back(makeEmptyRegion(connection_));
+        }
+        const auto clip = clips_[visible.size()].id();
+        // A window that is gone has no shape, and the server refuses the intersection.
+        xcb_xfixes_set_region(connection_, clip, 0, nullptr);
+        xcb_xfixes_intersect_region(connection_, scratch_.id(), surface->shape.id(), clip);
+        if (isOpaque(*surface)) {
+            xcb_xfixes_subtract_region(connection_, scratch_.id(), clip, scratch_.id());
+        }
+        visible.push_back({surface, clip});
     }
-    clip(onto, changes_.id());
+    return visible;
 }
 
-void SceneBelow::drawWindow(const WindowSurface &surface, xcb_render_picture_t onto) {
+bool SceneBelow::isOpaque(const WindowSurface &surface) const {
+    return windows_ == Windows::opaque ||
+           (!surface.alpha && surface.opacity >= 1 && surface.visible == surface.geometry);
+}
+
+void SceneBelow::drawWindow(const VisibleWindow &window, xcb_render_picture_t onto) {
+    const auto &surface = *window.surface;
     const bool isBlended = windows_ == Windows::blended;
-    xcb_xfixes_intersect_region(connection_, changes_.id(), surface.shape.id(), scratch_.id());
     // What shows nothing is transparent where there is alpha, but black where there is none.
     const auto &shown = isBlended && !surface.alpha ? surface.visible : surface.geometry;
-    clip(onto, scratch_.id());
+    clip(onto, window.clip);
     const auto picture = isBlended && surface.alpha ? surface.alpha.id() : surface.picture.id();
     OwnedPicture opacity;
     if (isBlended && surface.opacity < 1) {

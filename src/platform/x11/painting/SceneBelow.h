@@ -1,13 +1,13 @@
 #pragma once
 
 #include "drawing/Region.h"
+#include "platform/x11/painting/SceneEntry.h"
 #include "platform/x11/server/ServerResource.h"
 #include "support/Handle.h"
 #include "support/Signal.h"
 
 #include <xcb/xcb.h>
 
-#include <cstdint>
 #include <functional>
 #include <vector>
 
@@ -63,21 +63,20 @@ class SceneBelow {
     Handle onStale(std::function<void()> observer);
 
   private:
-    struct Entry {
-        xcb_window_t window = XCB_NONE;
-        drawing::PixelRect geometry;
-        drawing::PixelRect visible;
-        double opacity = 1;
-        std::uint64_t version = 0; // of the surface
-
-        bool operator==(const Entry &) const = default;
+    struct VisibleWindow {
+        const WindowSurface *surface;
+        xcb_xfixes_region_t clip; // on the root window
     };
 
     bool contains(xcb_window_t window) const;
     void addDamage(const SurfaceDamage &damage);
     void add(const drawing::Region &changed);
-    std::vector<Entry> currentEntries();
-    void drawWindow(const WindowSurface &surface, xcb_render_picture_t onto);
+    std::vector<SceneEntry> currentEntries();
+    // From the top to the bottom, each clipped to what changed of it and no opaque window covers.
+    // Leaves in the scratch region what is left for the wallpaper.
+    std::vector<VisibleWindow> findVisible();
+    bool isOpaque(const WindowSurface &surface) const;
+    void drawWindow(const VisibleWindow &window, xcb_render_picture_t onto);
     void clip(xcb_render_picture_t picture, xcb_xfixes_region_t region);
 
     Connection &connection_;
@@ -86,10 +85,11 @@ class SceneBelow {
     Windows windows_;
     LowerWindows lowerWindows_;
     drawing::PixelRect area_;
-    std::vector<Entry> entries_; // as they were at the last update
+    std::vector<SceneEntry> entries_; // as they were at the last update
     OwnedRegion changes_;
     drawing::Region knownChanges_;
     OwnedRegion scratch_;
+    std::vector<OwnedRegion> clips_; // of the visible windows, kept for the next drawing
     Signal<> stale_;
     Handle surfacesInUse_;
     Handle damage_;

@@ -2,6 +2,7 @@
 
 #include "platform/x11/server/Connection.h"
 #include "platform/x11/server/EventKinds.h"
+#include "platform/x11/server/ProtocolRectangle.h"
 #include "platform/x11/server/RenderFormats.h"
 #include "platform/x11/windows/WindowMirror.h"
 
@@ -144,6 +145,11 @@ void WindowSurfaces::readShape(xcb_window_t window, WindowSurface &surface) {
     xcb_xfixes_create_region_from_window(connection_, surface.shape.id(), window,
                                          XCB_SHAPE_SK_BOUNDING);
     moveToRoot(connection_, surface.shape.id(), surface.geometry, surface.borderWidth);
+    // The server may know of a size whose event has not arrived.
+    const auto area = toProtocol(surface.geometry);
+    const OwnedRegion known(connection_);
+    xcb_xfixes_create_region(connection_, known.id(), 1, &area);
+    xcb_xfixes_intersect_region(connection_, surface.shape.id(), known.id(), surface.shape.id());
     surface.version = ++lastVersion_;
 }
 

@@ -29,7 +29,7 @@ struct WindowSurface {
     int borderWidth = 0;         // on each side
     OwnedPicture picture;        // of the geometry's size, taken as opaque
     OwnedPicture alpha;          // the same with its alpha, premultiplied; none where it has none
-    OwnedRegion shape;           // where the window is
+    OwnedRegion shape;           // where the window is, within the geometry
     OwnedDamage damage;
     std::uint64_t version = 0;        // another one after each change that damage does not tell
     std::uint32_t followedSince = 0;  // the request; what was damaged before that does not matter
@@ -51,7 +51,7 @@ class WindowSurfaces {
     WindowSurfaces(Connection &connection, WindowMirror &mirror, const RenderFormats &formats);
 
     // The surface of a child of the root window as it is now; null while it has none to show. Valid
-    // until the next call.
+    // until the next call for the same window.
     const WindowSurface *find(xcb_window_t window);
 
     // Announces the damage to the window since the last call, if there was any. The region is valid
