@@ -1,12 +1,12 @@
 #include "platform/freedesktop/RunningInstance.h"
 
 #include "platform/freedesktop/AsyncCalls.h"
+#include "platform/freedesktop/BusNames.h"
 #include "platform/freedesktop/ProgramIdentity.h"
 #include "platform/freedesktop/SessionBus.h"
 
 #include <gio/gio.h>
 
-#include <algorithm>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -64,9 +64,8 @@ bool giveWayToRunningInstance(SessionBus &bus, const std::string &display) {
         return false;
     }
     const auto name = std::string(program::identifier) + '.' + display;
-    const auto claim =
-        answerTo(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-                 "RequestName", g_variant_new("(su)", name.c_str(), doNotQueue));
+    const auto claim = answerTo(bus, busName, busPath, busName, "RequestName",
+                                g_variant_new("(su)", name.c_str(), doNotQueue));
     std::uint32_t outcome = 0;
     if (claim) {
         g_variant_get(claim.get(), "(u)", &outcome);
@@ -74,9 +73,7 @@ bool giveWayToRunningInstance(SessionBus &bus, const std::string &display) {
     if (outcome != exists || bus.connection() == nullptr) {
         return false;
     }
-    auto path = '/' + name;
-    std::ranges::replace(path, '.', '/');
-    answerTo(bus, name, path, "org.freedesktop.Application", "Activate",
+    answerTo(bus, name, objectPathOf(name), "org.freedesktop.Application", "Activate",
              g_variant_new("(a{sv})", nullptr));
     return true;
 }

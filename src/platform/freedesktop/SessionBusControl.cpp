@@ -1,5 +1,6 @@
 #include "platform/freedesktop/SessionBusControl.h"
 
+#include "platform/freedesktop/BusNames.h"
 #include "platform/freedesktop/GlibSignal.h"
 #include "platform/freedesktop/ProgramIdentity.h"
 #include "platform/freedesktop/SessionBus.h"
@@ -16,8 +17,6 @@ namespace lumo::freedesktop {
 
 namespace {
 
-constexpr const char *busName = "org.freedesktop.DBus";
-constexpr const char *busPath = "/org/freedesktop/DBus";
 constexpr int longestCall = 10000; // milliseconds
 
 struct NamedAction {
@@ -35,13 +34,6 @@ constexpr auto namedActions = std::to_array<NamedAction>({
     {"settings", RemoteAction::openSettings},
     {"quit", RemoteAction::quit},
 });
-
-// As the specification of desktop entries derives it from the name.
-std::string pathOf(const std::string &name) {
-    std::string path = "/" + name;
-    std::ranges::replace(path, '.', '/');
-    return path;
-}
 
 // The parameters are an array of none or one, of any type.
 std::optional<RemoteRequest> requestFor(std::string_view name, GVariant *parameters) {
@@ -150,7 +142,7 @@ void SessionBusControl::connect() {
     }
     for (auto &offer : offers_) {
         auto *skeleton = G_DBUS_INTERFACE_SKELETON(offer.object.get());
-        if (g_dbus_interface_skeleton_export(skeleton, connection, pathOf(offer.name).c_str(),
+        if (g_dbus_interface_skeleton_export(skeleton, connection, objectPathOf(offer.name).c_str(),
                                              nullptr) != FALSE) {
             offer.exported = Handle([skeleton] { g_dbus_interface_skeleton_unexport(skeleton); });
         }

@@ -1,5 +1,6 @@
 #include "platform/freedesktop/StatusNotifierItem.h"
 
+#include "platform/freedesktop/BusNames.h"
 #include "platform/freedesktop/DotPicture.h"
 #include "platform/freedesktop/GlibSignal.h"
 #include "platform/freedesktop/ProgramIdentity.h"
@@ -233,9 +234,9 @@ void StatusNotifierItem::askForProcess(const char *uniqueName) {
                 setHost(hasHost_, static_cast<std::int32_t>(process));
             }
         },
-        g_dbus_connection_call, bus_.connection(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
-        "org.freedesktop.DBus", "GetConnectionUnixProcessID", g_variant_new("(s)", uniqueName),
-        G_VARIANT_TYPE("(u)"), G_DBUS_CALL_FLAGS_NO_AUTO_START, longestCall);
+        g_dbus_connection_call, bus_.connection(), busName, busPath, busName,
+        "GetConnectionUnixProcessID", g_variant_new("(s)", uniqueName), G_VARIANT_TYPE("(u)"),
+        G_DBUS_CALL_FLAGS_NO_AUTO_START, longestCall);
 }
 
 // A watcher alone shows nothing. Watchers do not announce that this property changes, so the proxy
