@@ -1,31 +1,9 @@
 #include "app/AppController.h"
 #include "platform/Application.h"
 #include "platform/RemoteControl.h"
-#include "platform/Workspace.h"
-
-#include <algorithm>
+#include "presentation/CoverAppChoice.h"
 
 namespace lumo {
-
-namespace {
-
-// The name of an application that runs or could be started; absent when there is none of that
-// identifier.
-std::optional<std::string> applicationName(const Workspace &workspace,
-                                           const std::string &bundleID) {
-    const auto &running = workspace.runningApplications();
-    const auto found =
-        std::ranges::find(running, std::optional(bundleID), &RunningApplication::bundleIdentifier);
-    if (found != running.end()) {
-        return found->localizedName.value_or(bundleID);
-    }
-    const auto installed = workspace.installedApplications();
-    const auto offered =
-        std::ranges::find(installed, bundleID, &InstalledApplication::bundleIdentifier);
-    return offered != installed.end() ? std::optional(offered->localizedName) : std::nullopt;
-}
-
-} // namespace
 
 std::optional<std::string> AppController::perform(const RemoteRequest &request) {
     switch (request.action) {

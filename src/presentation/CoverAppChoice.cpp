@@ -29,21 +29,24 @@ std::set<std::int32_t> ownersOfOrdinaryWindows(const WindowServer &windowServer)
     return owners;
 }
 
-std::string applicationName(const Workspace &workspace, const std::string &bundleID) {
-    for (const auto &application : workspace.runningApplications()) {
-        if (application.bundleIdentifier == bundleID && application.localizedName) {
-            return *application.localizedName;
-        }
-    }
-    for (const auto &application : workspace.installedApplications()) {
-        if (application.bundleIdentifier == bundleID) {
-            return application.localizedName;
-        }
-    }
-    return bundleID;
-}
-
 } // namespace
+
+std::optional<std::string> applicationName(const Workspace &workspace,
+                                           const std::string &bundleID) {
+    const auto &running = workspace.runningApplications();
+    const auto found =
+        std::ranges::find(running, std::optional(bundleID), &RunningApplication::bundleIdentifier);
+    if (found != running.end() && found->localizedName) {
+        return found->localizedName;
+    }
+    const auto installed = workspace.installedApplications();
+    const auto offered =
+        std::ranges::find(installed, bundleID, &InstalledApplication::bundleIdentifier);
+    if (offered != installed.end()) {
+        return offered->localizedName;
+    }
+    return found != running.end() ? std::optional(bundleID) : std::nullopt;
+}
 
 std::string coverAppName(const Platform &platform, const SettingsStore &settings) {
     const auto bundleID = settings.privacyCoverBundleID.value().value_or("");
@@ -52,7 +55,7 @@ std::string coverAppName(const Platform &platform, const SettingsStore &settings
         return stored;
     }
     return platform.vocabulary.appNaming == AppNaming::displayName
-               ? applicationName(platform.workspace, bundleID)
+               ? applicationName(platform.workspace, bundleID).value_or(bundleID)
                : bundleID;
 }
 

@@ -24,6 +24,10 @@ struct CoverAppChoice {
 std::vector<CoverAppChoice> coverAppChoices(const Platform &platform,
                                             const SettingsStore &settings);
 
+// The name of an application that runs or could be started, its bundle identifier when it tells
+// none; absent when there is no such application.
+std::optional<std::string> applicationName(const Workspace &workspace, const std::string &bundleID);
+
 // The name of the Cover App: the stored one, else, on desktops that refer to applications by name,
 // that of the running or installed application, else its bundle identifier. Empty without a Cover
 // App.
