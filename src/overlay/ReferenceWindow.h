@@ -13,7 +13,7 @@ namespace lumo {
 
 // Which window stays clear. Everything here is decided from its arguments alone.
 
-// The windows that can stay clear, front to back. The descriptors belong to somebody else.
+// The windows that can stay clear, front to back. The descriptors belong to the caller.
 using CandidateWindows = std::vector<const WindowDescriptor *>;
 
 // Titles with one of these mark a window beside the one that the user works in. A plain substring
