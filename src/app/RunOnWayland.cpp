@@ -1,9 +1,7 @@
-#include "app/main_wayland.h"
+#include "app/RunOnWayland.h"
 
-#include "app/AppDelegate.h"
+#include "app/RunDelegate.h"
 #include "platform/freedesktop/GlibMainLoop.h"
-#include "platform/freedesktop/MemoryTrim.h"
-#include "platform/freedesktop/PortalAppearance.h"
 #include "platform/freedesktop/RunningInstance.h"
 #include "platform/freedesktop/SessionBus.h"
 #include "platform/wayland/Compositors.h"
@@ -14,38 +12,20 @@
 #include "support/Log.h"
 #include "ui/QtInterface.h"
 
-#include <csignal>
 #include <cstdlib>
+#include <functional>
 #include <utility>
 
 namespace lumo {
 
 namespace {
 
-// Runs the program until it is quit, or a signal or the loss of the compositor ends it; gives the
-// exit status.
-int runDelegate(freedesktop::GlibMainLoop &loop, wayland::Connection &connection,
-                wayland::Compositor &compositor, freedesktop::SessionBus &sessionBus,
-                wayland::WaylandBackend &backend) {
-    const auto platform = backend.platform();
-    bool isLost = false;
-    const auto lose = [&] {
-        if (!isLost) {
-            isLost = true;
-            platform.log.print("[Lumo] the connection to the compositor was lost");
-        }
-        loop.quit(1);
-    };
-    const auto connectionWatch = connection.run(loop, lose);
-    const auto compositorWatch = compositor.onLost(lose);
-    const auto interrupt = loop.onUnixSignal(SIGINT, [&] { loop.quit(0); });
-    const auto terminate = loop.onUnixSignal(SIGTERM, [&] { loop.quit(0); });
-    const auto hangUp = loop.onUnixSignal(SIGHUP, [&] { loop.quit(0); });
-    freedesktop::PortalAppearance appearance(sessionBus);
+ToolkitHooks hooksOf(wayland::WaylandBackend &backend, freedesktop::GlibMainLoop &loop,
+                     std::function<void()> lose) {
     ToolkitHooks hooks;
     hooks.windowSystem = "wayland";
     hooks.turnLoopBy = [&loop](auto turn) { return loop.turnBy(std::move(turn)); };
-    hooks.noteDesktopLost = lose;
+    hooks.noteDesktopLost = std::move(lose);
     hooks.handleKeyPress = [&backend](auto keycode, auto modifiers) {
         return backend.eventMonitors().handleKeyPress(keycode, modifiers);
     };
@@ -53,12 +33,7 @@ int runDelegate(freedesktop::GlibMainLoop &loop, wayland::Connection &connection
         backend.preparePopover(title, place, size);
     };
     hooks.blendsWindows = [] { return true; };
-    hooks.noteUnused = freedesktop::trimMemory;
-    hooks.appearance = &appearance;
-    QtInterface userInterface(platform, std::move(hooks));
-    AppDelegate delegate(platform, userInterface);
-    delegate.applicationDidFinishLaunching();
-    return loop.run();
+    return hooks;
 }
 
 } // namespace
@@ -84,7 +59,17 @@ std::optional<int> runOnWayland(freedesktop::GlibMainLoop &loop, Log &log, Start
     }
     wayland::WaylandBackend backend(*connection, *compositor, keyboard, sessionBus, loop, log,
                                     startedBy, [&loop] { loop.quit(0); });
-    return runDelegate(loop, *connection, *compositor, sessionBus, backend);
+    bool isLost = false;
+    const auto lose = [&] {
+        if (!isLost) {
+            isLost = true;
+            log.print("[Lumo] the connection to the compositor was lost");
+        }
+        loop.quit(1);
+    };
+    const auto connectionWatch = connection->run(loop, lose);
+    const auto compositorWatch = compositor->onLost(lose);
+    return runDelegate(loop, sessionBus, backend.platform(), hooksOf(backend, loop, lose));
 }
 
 } // namespace lumo
