@@ -1,4 +1,4 @@
-#include "app/RunDelegate.h"
+#include "RunDelegate.h"
 
 #include "app/AppDelegate.h"
 #include "platform/freedesktop/GlibMainLoop.h"

@@ -1,6 +1,6 @@
-#include "app/RunOnWayland.h"
+#include "RunOnWayland.h"
 
-#include "app/RunDelegate.h"
+#include "RunDelegate.h"
 #include "platform/freedesktop/GlibMainLoop.h"
 #include "platform/freedesktop/RunningInstance.h"
 #include "platform/freedesktop/SessionBus.h"

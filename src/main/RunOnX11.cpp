@@ -1,6 +1,6 @@
-#include "app/RunOnX11.h"
+#include "RunOnX11.h"
 
-#include "app/RunDelegate.h"
+#include "RunDelegate.h"
 #include "platform/freedesktop/GlibMainLoop.h"
 #include "platform/x11/X11Backend.h"
 #include "platform/x11/server/Connection.h"

@@ -1,6 +1,6 @@
+#include "RunOnWayland.h"
+#include "RunOnX11.h"
 #include "app/CommandLine.h"
-#include "app/RunOnWayland.h"
-#include "app/RunOnX11.h"
 #include "platform/Platform.h"
 #include "platform/freedesktop/GlibMainLoop.h"
 #include "platform/posix/LineOutput.h"
