@@ -31,6 +31,8 @@ TEST_F(LumoShell, GuidanceFirstThenTheStatusItem) {
     ASSERT_TRUE(guidance) << lumo->process().report();
     EXPECT_EQ(session.areaOf(*guidance).width, 400);
     EXPECT_EQ(session.areaOf(*guidance).height, 480);
+    EXPECT_THAT(session.numbers(*guidance, "_MOTIF_WM_HINTS"), ElementsAre(3, 0x26, 0x1e, 0, 0))
+        << "neither minimised nor maximised";
     session.close(*guidance);
     EXPECT_TRUE(isStored("hasCompletedOnboarding", "<true/>"));
     ASSERT_TRUE(disappears("Lumo"));

@@ -31,8 +31,7 @@ class StatusItemTest : public testing::Test {
   protected:
     void makeItem() {
         bus = std::make_unique<freedesktop::SessionBus>(loop);
-        item = std::make_unique<X11StatusItem>(*connection, formats, *bus,
-                                               [this] { return screens.pointSpace(); });
+        item = std::make_unique<X11StatusItem>(*connection, formats, screens, loop, *bus);
         clicks =
             item->onRightMouseUp([this](const StatusItemPlace &place) { places.push_back(place); });
         item->setToolTip("Lumo - Focus and privacy");
@@ -75,6 +74,42 @@ class StatusItemTest : public testing::Test {
                    : std::optional(desktop::Spot{(left + right) / 2, (top + bottom) / 2});
     }
 
+    std::optional<desktop::Area> toolTip() {
+        auto &session = desktop.session();
+        for (const auto window : session.stacking()) {
+            if (session.titleOf(window) == "Lumo Tool Tip" && session.isViewable(window)) {
+                return session.areaOf(window);
+            }
+        }
+        return std::nullopt;
+    }
+
+    // Comes when the pointer rests on the dot, beside it, and goes with the pointer or a click.
+    void lookAtToolTip() {
+        auto &session = desktop.session();
+        const auto screen = session.screenArea();
+        for (const bool isClicked : {false, true}) {
+            session.movePointerTo(dot->x, dot->y);
+            ASSERT_TRUE(eventually([&] { return toolTip().has_value(); }));
+            const auto tip = *toolTip();
+            EXPECT_TRUE(tip.x >= 0 && tip.x + tip.width <= screen.width && tip.y >= 0 &&
+                        tip.y + tip.height <= screen.height);
+            EXPECT_TRUE(tip.y > dot->y || tip.y + tip.height <= dot->y);
+            const auto picture = session.picture(tip);
+            int bright = 0;
+            for (int at = 0; at < tip.width * tip.height; ++at) {
+                bright += picture.at(at % tip.width, at / tip.width).red > 160 ? 1 : 0;
+            }
+            EXPECT_GT(bright, 100) << "text";
+            if (isClicked) {
+                session.click(*dot, 1);
+            } else {
+                session.movePointerTo(screen.width / 2, screen.height / 2);
+            }
+            EXPECT_TRUE(eventually([&] { return !toolTip(); }));
+        }
+    }
+
     bool dotAppears(int red, int green, int blue) {
         constexpr double longestStart = 30; // seconds, of a panel
         return runUntil(
@@ -110,6 +145,7 @@ TEST_F(StatusItemTest, RightClicksInATrayThatComesLater) {
         setDot({0, 1, 0, 1});
         ASSERT_TRUE(dotAppears(0, 255, 0)) << command[0];
 
+        lookAtToolTip();
         places.clear();
         auto &session = desktop.session();
         session.click(*dot, 1);

@@ -8,10 +8,12 @@
 #include "platform/x11/server/PropertyWriter.h"
 #include "platform/x11/server/ProtocolRectangle.h"
 #include "platform/x11/server/RenderFormats.h"
+#include "platform/x11/server/X11Screens.h"
 
 #include <xcb/xcb_icccm.h>
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace lumo::x11 {
@@ -25,15 +27,19 @@ constexpr std::uint32_t wantsToBeMapped = 1;
 
 constexpr std::uint8_t rightButton = 3;
 
+constexpr double iconSide = 22; // points
+
 } // namespace
 
-TrayIcon::TrayIcon(Connection &connection, const RenderFormats &formats, int side)
+TrayIcon::TrayIcon(Connection &connection, const RenderFormats &formats, const X11Screens &screens,
+                   MainLoop &mainLoop)
     : connection_(connection)
     , formats_(formats)
     , images_(connection)
-    , side_(side)
+    , side_(static_cast<int>(std::lround(iconSide * screens.pointSpace().scale())))
     , selection_(connection.atom("_NET_SYSTEM_TRAY_S" + std::to_string(connection.screenNumber())))
     , manager_(connection.atom("MANAGER"))
+    , toolTip_(connection, formats, images_, screens, mainLoop)
     , announcements_(connection.events().on(event::clientMessage, [this](const auto &message) {
         if (message.type == manager_ && message.data.data32[1] == selection_) {
             adoptTray(message.data.data32[2]);
@@ -62,7 +68,8 @@ void TrayIcon::setTitle(const StatusTitle &title) {
 }
 
 void TrayIcon::setToolTip(const std::string &text) {
-    toolTip_ = text;
+    toolTipText_ = text;
+    toolTip_.setText(text);
     if (window_) {
         setProperties();
     }
@@ -174,7 +181,8 @@ void TrayIcon::makeWindow(bool isTranslucent) {
     values.background_pixmap =
         isTranslucent ? XCB_BACK_PIXMAP_NONE : XCB_BACK_PIXMAP_PARENT_RELATIVE;
     values.event_mask = XCB_EVENT_MASK_EXPOSURE | XCB_EVENT_MASK_STRUCTURE_NOTIFY |
-                        XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE;
+                        XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE |
+                        XCB_EVENT_MASK_POINTER_MOTION | XCB_EVENT_MASK_LEAVE_WINDOW;
     values.colormap = colormap_.id();
     window_ = OwnedWindow(connection_);
     xcb_create_window_aux(
@@ -187,10 +195,11 @@ void TrayIcon::makeWindow(bool isTranslucent) {
                               nullptr);
     setProperties();
     windowEvents_ = followWindow();
+    pointerEvents_ = followPointer();
 }
 
 void TrayIcon::setProperties() {
-    setIdentity(connection_, window_.id(), toolTip_);
+    setIdentity(connection_, window_.id(), toolTipText_);
     // Trays that do not force a size take this one.
     xcb_size_hints_t hints{};
     xcb_icccm_size_hints_set_min_size(&hints, side_, side_);
@@ -201,6 +210,8 @@ void TrayIcon::setProperties() {
 
 void TrayIcon::removeWindow() {
     windowEvents_ = {};
+    pointerEvents_ = {};
+    toolTip_.pointerLeft();
     picture_.reset();
     window_.reset();
     colormap_.reset();
@@ -239,6 +250,20 @@ std::array<Handle, 5> TrayIcon::followWindow() {
                       }),
             events.on(event::buttonRelease, window_.id(),
                       [this](const auto &release) { handleRelease(release); })};
+}
+
+std::array<Handle, 4> TrayIcon::followPointer() {
+    auto &events = connection_.events();
+    return {
+        events.on(event::motionNotify, window_.id(),
+                  [this](const auto &motion) {
+                      toolTip_.pointerMoved({motion.root_x - motion.event_x,
+                                             motion.root_y - motion.event_y, width_, height_});
+                  }),
+        events.on(event::coreLeave, window_.id(), [this](const auto &) { toolTip_.pointerLeft(); }),
+        events.on(event::unmapNotify, window_.id(),
+                  [this](const auto &) { toolTip_.pointerLeft(); }),
+        events.on(event::buttonPress, window_.id(), [this](const auto &) { toolTip_.dismiss(); })};
 }
 
 void TrayIcon::handleRelease(const xcb_button_release_event_t &event) {

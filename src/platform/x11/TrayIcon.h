@@ -2,6 +2,7 @@
 
 #include "drawing/PixelRect.h"
 #include "platform/StatusItem.h"
+#include "platform/x11/ToolTip.h"
 #include "platform/x11/server/ServerImages.h"
 #include "platform/x11/server/ServerResource.h"
 #include "support/Handle.h"
@@ -15,10 +16,15 @@
 #include <functional>
 #include <string>
 
+namespace lumo {
+class MainLoop;
+}
+
 namespace lumo::x11 {
 
 class Connection;
 class RenderFormats;
+class X11Screens;
 
 // The status item as an icon in a system tray by freedesktop.org's tray protocol: a small window
 // that the tray takes into its own. There whenever a tray is and nobody hides it. Main thread only.
@@ -30,9 +36,9 @@ class TrayIcon {
         int y = 0;
     };
 
-    // The side of the icon is in pixels, for trays that leave it to the icon. The other arguments
-    // outlive the object. Waits for the server.
-    TrayIcon(Connection &connection, const RenderFormats &formats, int side);
+    // The arguments outlive the object. Waits for the server.
+    TrayIcon(Connection &connection, const RenderFormats &formats, const X11Screens &screens,
+             MainLoop &mainLoop);
     TrayIcon(const TrayIcon &) = delete;
     TrayIcon &operator=(const TrayIcon &) = delete;
 
@@ -55,6 +61,7 @@ class TrayIcon {
 
   private:
     std::array<Handle, 5> followWindow();
+    std::array<Handle, 4> followPointer();
     void handleRelease(const xcb_button_release_event_t &event);
     void lookForTray();
     void adoptTray(xcb_window_t tray);
@@ -72,11 +79,12 @@ class TrayIcon {
     Connection &connection_;
     const RenderFormats &formats_;
     ServerImages images_;
-    int side_;
+    int side_; // pixels, for trays that leave it to the icon
     xcb_atom_t selection_;
     xcb_atom_t manager_;
     StatusTitle title_;
-    std::string toolTip_;
+    std::string toolTipText_;
+    ToolTip toolTip_;
     bool isHidden_ = false;
     xcb_window_t tray_ = XCB_NONE;
     std::int32_t trayProcess_ = 0;
@@ -91,6 +99,7 @@ class TrayIcon {
     Handle announcements_;
     Handle trayEnd_;
     std::array<Handle, 5> windowEvents_;
+    std::array<Handle, 4> pointerEvents_;
     Lifetime lifetime_;
 };
 

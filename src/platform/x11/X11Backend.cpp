@@ -48,8 +48,7 @@ X11Backend::X11Backend(Connection &connection, SingleInstance &instance,
     , loginItemLog_([&log](std::string_view line) { log.print("[Lumo] " + std::string(line)); })
     , sessionBus_(mainLoop)
     , remoteControl_(sessionBus_, nameOnBus(connection), startedBy)
-    , statusItem_(connection, overlayWindows_.formats(), sessionBus_,
-                  [this] { return screens_.pointSpace(); })
+    , statusItem_(connection, overlayWindows_.formats(), screens_, mainLoop, sessionBus_)
     , updates_(freedesktop::makeSystemUpdates(mainLoop)) {
 }
 

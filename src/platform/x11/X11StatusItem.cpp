@@ -1,13 +1,12 @@
 #include "platform/x11/X11StatusItem.h"
 
-#include <cmath>
+#include "platform/x11/server/X11Screens.h"
+
 #include <utility>
 
 namespace lumo::x11 {
 
 namespace {
-
-constexpr double iconSide = 22; // points
 
 Point pointOf(const drawing::PointSpace &space, int x, int y) {
     const auto pixel = space.screenFrame({x, y, 1, 1});
@@ -17,19 +16,18 @@ Point pointOf(const drawing::PointSpace &space, int x, int y) {
 } // namespace
 
 X11StatusItem::X11StatusItem(Connection &connection, const RenderFormats &formats,
-                             freedesktop::SessionBus &bus,
-                             std::function<drawing::PointSpace()> pointSpace)
-    : pointSpace_(std::move(pointSpace))
+                             const X11Screens &screens, MainLoop &mainLoop,
+                             freedesktop::SessionBus &bus)
+    : screens_(screens)
     , notifierItem_(bus)
-    , trayIcon_(connection, formats,
-                static_cast<int>(std::lround(iconSide * pointSpace_().scale()))) {
+    , trayIcon_(connection, formats, screens, mainLoop) {
     observations_.push_back(notifierItem_.onHostChange([this] { choosePlace(); }));
     observations_.push_back(trayIcon_.onTrayProcessChange([this] { choosePlace(); }));
     observations_.push_back(notifierItem_.onContextMenu([this](int x, int y) {
-        clicked_.emit({std::nullopt, pointOf(pointSpace_(), x, y)});
+        clicked_.emit({std::nullopt, pointOf(screens_.pointSpace(), x, y)});
     }));
     observations_.push_back(trayIcon_.onRightMouseUp([this](const TrayIcon::Click &click) {
-        const auto space = pointSpace_();
+        const auto &space = screens_.pointSpace();
         clicked_.emit({space.screenFrame(click.icon), pointOf(space, click.x, click.y)});
     }));
 }

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "drawing/PixelRect.h"
-#include "drawing/PointSpace.h"
 #include "platform/StatusItem.h"
 #include "platform/freedesktop/StatusNotifierItem.h"
 #include "platform/x11/TrayIcon.h"
@@ -19,16 +17,16 @@ namespace lumo::x11 {
 
 class Connection;
 class RenderFormats;
+class X11Screens;
 
 // The status item on the session bus where a panel listens there, in the system tray otherwise. A
 // panel that offers both is taken by its tray if that draws its icons itself: it tells where the
 // item is, and there are panels on the bus that keep the right button to themselves.
 class X11StatusItem final : public StatusItem {
   public:
-    // The point space is asked for whenever one is needed. The other arguments outlive the object.
-    // Waits for the server.
-    X11StatusItem(Connection &connection, const RenderFormats &formats,
-                  freedesktop::SessionBus &bus, std::function<drawing::PointSpace()> pointSpace);
+    // The arguments outlive the object. Waits for the server.
+    X11StatusItem(Connection &connection, const RenderFormats &formats, const X11Screens &screens,
+                  MainLoop &mainLoop, freedesktop::SessionBus &bus);
 
     void setToolTip(const std::string &text) override;
     void setTitle(const StatusTitle &title) override;
@@ -37,7 +35,7 @@ class X11StatusItem final : public StatusItem {
   private:
     void choosePlace();
 
-    std::function<drawing::PointSpace()> pointSpace_;
+    const X11Screens &screens_;
     freedesktop::StatusNotifierItem notifierItem_;
     TrayIcon trayIcon_;
     Signal<StatusItemPlace> clicked_;

@@ -20,10 +20,16 @@ inline constexpr EventKind<xcb_key_press_event_t> keyPress = {
     EventSource::core, XCB_KEY_PRESS, offsetof(xcb_key_press_event_t, event)};
 inline constexpr EventKind<xcb_key_release_event_t> keyRelease = {
     EventSource::core, XCB_KEY_RELEASE, offsetof(xcb_key_release_event_t, event)};
+inline constexpr EventKind<xcb_button_press_event_t> buttonPress = {
+    EventSource::core, XCB_BUTTON_PRESS, offsetof(xcb_button_press_event_t, event)};
 inline constexpr EventKind<xcb_button_release_event_t> buttonRelease = {
     EventSource::core, XCB_BUTTON_RELEASE, offsetof(xcb_button_release_event_t, event)};
 inline constexpr EventKind<xcb_enter_notify_event_t> coreEnter = {
     EventSource::core, XCB_ENTER_NOTIFY, offsetof(xcb_enter_notify_event_t, event)};
+inline constexpr EventKind<xcb_leave_notify_event_t> coreLeave = {
+    EventSource::core, XCB_LEAVE_NOTIFY, offsetof(xcb_leave_notify_event_t, event)};
+inline constexpr EventKind<xcb_motion_notify_event_t> motionNotify = {
+    EventSource::core, XCB_MOTION_NOTIFY, offsetof(xcb_motion_notify_event_t, event)};
 inline constexpr EventKind<xcb_focus_in_event_t> coreFocusIn = {
     EventSource::core, XCB_FOCUS_IN, offsetof(xcb_focus_in_event_t, event)};
 inline constexpr EventKind<xcb_focus_out_event_t> coreFocusOut = {
