@@ -1,9 +1,9 @@
 #include "drawing/PlainLayers.h"
 
+#include "drawing/PremultipliedColor.h"
+
 #include <pixman.h>
 
-#include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <memory>
 #include <vector>
@@ -16,17 +16,6 @@ struct Unreference {
     void operator()(pixman_image_t *image) const noexcept { pixman_image_unref(image); }
 };
 using PixmanImage = std::unique_ptr<pixman_image_t, Unreference>;
-
-// In steps of eight bits, which the pixels have.
-std::uint16_t channel(double value) {
-    return static_cast<std::uint16_t>(std::lround(std::clamp(value, 0.0, 1.0) * 255) * 257);
-}
-
-pixman_color_t premultiplied(const Color &color, double opacity) {
-    const double alpha = color.alpha * opacity;
-    return {channel(color.red * alpha), channel(color.green * alpha), channel(color.blue * alpha),
-            channel(alpha)};
-}
 
 pixman_op_t operatorOf(BlendMode mode) {
     switch (mode) {
@@ -138,7 +127,7 @@ class Drawing {
 
     static void drawColor(const Layer &layer, const PixelRect &frame, pixman_op_t blend,
                           double opacity, pixman_image_t *onto) {
-        const auto color = solid(premultiplied(layer.backgroundColor, opacity));
+        const auto color = solid(premultiplied<pixman_color_t>(layer.backgroundColor, opacity));
         compose(blend, color.get(), nullptr, onto, frame);
     }
 

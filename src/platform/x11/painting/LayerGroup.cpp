@@ -1,9 +1,9 @@
 #include "platform/x11/painting/LayerGroup.h"
 
+#include "drawing/PremultipliedColor.h"
 #include "platform/x11/server/ProtocolRectangle.h"
 #include "platform/x11/server/RenderFormats.h"
 
-#include <algorithm>
 #include <cmath>
 #include <string_view>
 
@@ -11,16 +11,7 @@ namespace lumo::x11 {
 
 namespace {
 
-// Channels have eight bits in the end, and servers cut off what is finer: hence the rounding.
-std::uint16_t channel(double value) {
-    return static_cast<std::uint16_t>(std::lround(std::clamp(value, 0.0, 1.0) * 255) * 257);
-}
-
-xcb_render_color_t premultiplied(const Color &color, double opacity) {
-    const double alpha = color.alpha * opacity;
-    return {channel(color.red * alpha), channel(color.green * alpha), channel(color.blue * alpha),
-            channel(alpha)};
-}
+using drawing::channel;
 
 xcb_render_fixed_t fixed(double value) {
     return static_cast<xcb_render_fixed_t>(std::lround(value * 65536));
@@ -118,8 +109,10 @@ class GroupDrawing {
     void drawColor(const Layer &layer, const drawing::PixelRect &frame, std::uint8_t blend,
                    double opacity, xcb_render_picture_t onto) {
         const auto rectangle = toProtocol(frame);
-        xcb_render_fill_rectangles(connection_, blend, onto,
-                                   premultiplied(layer.backgroundColor, opacity), 1, &rectangle);
+        xcb_render_fill_rectangles(
+            connection_, blend, onto,
+            drawing::premultiplied<xcb_render_color_t>(layer.backgroundColor, opacity), 1,
+            &rectangle);
     }
 
     void drawContents(const Layer &layer, const drawing::PixelRect &frame, std::uint8_t blend,
