@@ -10,7 +10,8 @@
 
 namespace lumo::desktop {
 
-// A part of a display and how it has to look. Areas are in points of the display.
+// A part of a display and how it has to look: in any way without a colour. Areas are in points of
+// the display.
 struct Pane {
     Area area;
     std::string colour;

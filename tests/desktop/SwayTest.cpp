@@ -28,17 +28,17 @@ class SwayTest : public testing::Test {
 
     // Starts three applications whose floating windows overlap in a row, the first in front, and
     // the real program.
-    void show(const Preferences &more = {}) {
+    void show() { show(threeWithClear("Red")); }
+
+    void show(const std::vector<Pane> &panes) {
         for (auto &[name, window] : windows) {
             window.program =
                 sway.startSample(name, window.colour, window.area.width, window.area.height);
             place(name, window.area);
         }
         sway.command("[app_id=Red] focus");
-        auto preferences = look.preferences();
-        preferences.insert(more.begin(), more.end());
-        lumo = sway.startLumo(preferences);
-        EXPECT_EQ(wrongWith(threeWithClear("Red")), "");
+        lumo = sway.startLumo(look.preferences());
+        EXPECT_EQ(wrongWith(panes), "");
     }
 
     void place(const std::string &name, const Area &area) {
@@ -80,6 +80,25 @@ class SwayTest : public testing::Test {
             pane.isClear = true;
         }
         return panes;
+    }
+
+    // Calls a method of the object that Lumo has at that path on the session's bus.
+    void call(const std::string &path, const std::string &method,
+              const std::vector<std::string> &arguments) {
+        std::vector<std::string> command = {"gdbus",  "call",          "--session",
+                                            "--dest", "app.lumo.Lumo", "--object-path",
+                                            path,     "--method",      method};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        EXPECT_EQ(sway.start(command)->waitForExit(), 0) << method;
+    }
+
+    void act(const std::string &action, const std::string &parameters = "[]") {
+        call("/app/lumo/Lumo", "org.freedesktop.Application.ActivateAction",
+             {action, parameters, "{}"});
+    }
+
+    bool isShown(const std::string &title) {
+        return sway.ask("get_tree").find('"' + title + '"') != npos;
     }
 
     long said(const std::string &name, const std::string &line) {
@@ -255,6 +274,12 @@ TEST_F(SwayTest, WorkspacesAndTiles) {
         << "gaps are no panels";
     sway.command("workspace 1");
     EXPECT_EQ(wrongWith(threeWithClear("Red")), "") << "back again";
+    sway.command("[app_id=Red] move scratchpad");
+    std::erase(order, "Red");
+    sway.command("[app_id=Green] focus");
+    EXPECT_EQ(wrongWith(threeWithClear("Green")), "") << "the scratchpad is not shown";
+    sway.command("scratchpad show");
+    EXPECT_EQ(wrongWith(threeWithClear("Red")), "") << "it is shown";
 
     windows["Red"].program->writeLine("move");
     ASSERT_TRUE(eventually([&] { return said("Red", "moves at a click") == 1; }));
@@ -267,6 +292,48 @@ TEST_F(SwayTest, WorkspacesAndTiles) {
     sway.hands().setButton(false);
     windows["Red"].area.x += 300;
     EXPECT_EQ(wrongWith(threeWithClear("Red")), "") << "a window that was dragged";
+}
+
+class SwayPanelTest : public SwayTest {
+  protected:
+    SwayPanelTest()
+        : SwayTest({.configuration = "for_window [app_id=\"^(Red|Green|Blue)$\"] floating enable\n"
+                                     "bar {\nheight 24\nworkspace_buttons no\ntray_output none\n"
+                                     "colors {\nbackground #204060\n}\n}"}) {}
+
+    std::vector<Pane> threeAndPanel(const std::string &clear) {
+        auto panes = threeWithClear(clear);
+        panes.push_back({{0, 696, 1280, 24}, "#204060"});
+        return panes;
+    }
+};
+
+TEST_F(SwayPanelTest, PopoverSettingsCoverAndLocker) {
+    show(threeAndPanel("Red"));
+    call("/StatusNotifierItem", "org.kde.StatusNotifierItem.ContextMenu", {"1270", "710"});
+    auto panes = threeAndPanel("Red");
+    panes.push_back({{1014, 390, 260, 300}, ""});
+    EXPECT_TRUE(eventually([&] {
+        return isShown("Lumo Menu") && sway.picture().at(1020, 450) == Colour::parse("#ffffff");
+    })) << "in the corner at the panel";
+    EXPECT_EQ(wrongWith(panes), "") << "with the popover";
+    sway.hands().click({1000, 600}, display);
+    EXPECT_TRUE(eventually([&] { return !isShown("Lumo Menu"); })) << "a click elsewhere";
+    EXPECT_EQ(wrongWith(threeAndPanel("Blue")), "") << "what was clicked is clear";
+    act("settings");
+    EXPECT_TRUE(eventually([&] { return isShown("Lumo Settings"); }));
+    sway.command("[title=Lumo] kill");
+    EXPECT_EQ(wrongWith(threeAndPanel("Blue")), "") << "without the settings";
+
+    act("set-cover", "[<'Green'>]");
+    act("off");
+    sway.command("workspace 2");
+    act("on");
+    EXPECT_EQ(wrongWith(threeAndPanel("Green")), "") << "the Cover App is brought forward";
+    const auto locker = sway.start({"swaylock", "--no-unlock-indicator", "--color", "102030"});
+    EXPECT_EQ(wrongWith({{display, "#102030"}}), "") << "nothing lies above the locker";
+    locker->signal(SIGUSR1);
+    EXPECT_EQ(wrongWith(threeAndPanel("Green")), "") << "unlocked";
 }
 
 class SwayDisplaysTest : public SwayTest {
@@ -290,6 +357,10 @@ TEST_F(SwayDisplaysTest, ScalesAndHotPlug) {
         sway.command("output HEADLESS-2 scale " + scale);
         EXPECT_EQ(wrongWith({clear}, "HEADLESS-2", std::stod(scale)), "") << "scale " << scale;
     }
+    for (const std::string turn : {"90", "normal"}) {
+        sway.command("output HEADLESS-2 transform " + turn);
+        EXPECT_EQ(wrongWith({clear}, "HEADLESS-2"), "") << "turned " << turn;
+    }
     sway.command("[app_id=Red] focus");
     for (int i = 0; i < 5; ++i) {
         sway.command("output HEADLESS-2 disable");
@@ -299,6 +370,18 @@ TEST_F(SwayDisplaysTest, ScalesAndHotPlug) {
     }
     EXPECT_EQ(wrongWith(threeWithClear("Red")), "") << "after a storm";
     EXPECT_EQ(wrongWith({clear}, "HEADLESS-2"), "") << "after a storm";
+
+    lumo.reset();
+    auto preferences = look.preferences();
+    preferences["multiScreenMode"] = std::string("global");
+    lumo = sway.startLumo(preferences);
+    EXPECT_EQ(wrongWith({{clear.area, clear.colour, false}}, "HEADLESS-2"), "") << "one for both";
+    EXPECT_EQ(wrongWith(threeWithClear("Red")), "") << "one for both";
+    sway.command("[app_id=Other] focus");
+    EXPECT_EQ(wrongWith({clear}, "HEADLESS-2"), "") << "the other one";
+    auto panes = threeWithClear("Red");
+    panes.back().isClear = false;
+    EXPECT_EQ(wrongWith(panes), "") << "the other one";
 }
 
 } // namespace

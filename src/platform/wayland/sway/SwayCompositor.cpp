@@ -32,11 +32,12 @@ SwayCompositor::SwayCompositor(const wayland::Connection &connection,
     , listening_(connection_->listen(mainLoop, [this] { lost_.emit(); })) {
 }
 
-// The later one of two rules for the same window holds.
+// The later one of two rules for the same window holds. Without the quotes sway would obey all but
+// the first of the rule's commands at once, for the focused window.
 void SwayCompositor::placeWindows(const std::string &title, const drawing::PixelRect &area) {
     connection_->run("for_window [pid=" + std::to_string(getpid()) + " title=\"^" + title +
-                     "$\"] floating enable, border none, move absolute position " +
-                     std::to_string(area.x) + ' ' + std::to_string(area.y));
+                     "$\"] 'floating enable, border none, move absolute position " +
+                     std::to_string(area.x) + ' ' + std::to_string(area.y) + '\'');
 }
 
 Handle SwayCompositor::onLost(std::function<void()> function) {
