@@ -9,6 +9,7 @@
 #include <array>
 #include <atomic>
 #include <csignal>
+#include <cstdlib>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -43,6 +44,18 @@ std::vector<char *> pointersTo(std::vector<std::string> &strings) {
 }
 
 } // namespace
+
+Environment inheritedEnvironment() {
+    Environment environment;
+    for (const char *name : {"PATH", "LD_LIBRARY_PATH", "ASAN_OPTIONS", "UBSAN_OPTIONS",
+                             "LSAN_OPTIONS", "TSAN_OPTIONS", "LUMO_SEEDED_FAULT"}) {
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing changes the tester's environment
+        if (const char *value = std::getenv(name)) {
+            environment[name] = value;
+        }
+    }
+    return environment;
+}
 
 void pauseBriefly() {
     ::poll(nullptr, 0, 3);

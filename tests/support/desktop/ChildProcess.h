@@ -19,6 +19,10 @@ using Seconds = std::chrono::duration<double>;
 double now();
 using Environment = std::map<std::string, std::string>;
 
+// The variables of the tester's own that programs under test have too: where libraries are, how
+// sanitizers report, which fault is seeded.
+Environment inheritedEnvironment();
+
 // A wait of a few milliseconds between two looks at something that announces nothing.
 void pauseBriefly();
 

@@ -35,13 +35,8 @@ Environment cleanEnvironment(const fs::path &directory) {
         {"LIBGL_ALWAYS_SOFTWARE", "1"},
         {markerVariable, directory.string()},
     };
-    for (const char *inherited : {"PATH", "LD_LIBRARY_PATH", "ASAN_OPTIONS", "UBSAN_OPTIONS",
-                                  "LSAN_OPTIONS", "TSAN_OPTIONS", "LUMO_SEEDED_FAULT"}) {
-        // Nothing changes the environment of the tester.
-        // NOLINTNEXTLINE(concurrency-mt-unsafe)
-        if (const char *value = std::getenv(inherited)) {
-            environment[inherited] = value;
-        }
+    for (const auto &[name, value] : inheritedEnvironment()) {
+        environment[name] = value;
     }
     for (const char *folder :
          {"home", "config", "data", "cache", "state", "run", "tmp", "output"}) {

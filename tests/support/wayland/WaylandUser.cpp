@@ -36,6 +36,9 @@ WaylandUser::WaylandUser() {
         {"PATH", "/usr/local/bin:/usr/bin:/bin"},     {"HOME", path("home").string()},
         {"XDG_CONFIG_HOME", path("config").string()}, {"XDG_DATA_HOME", path("data").string()},
         {"XDG_RUNTIME_DIR", path("run").string()},    {"DBUS_SESSION_BUS_ADDRESS", bus_.address()}};
+    for (const auto &[name, value] : inheritedEnvironment()) {
+        environment_[name] = value;
+    }
     for (const auto *name : {"home", "config", "data", "run", "bin", "pictures"}) {
         fs::create_directory(path(name));
     }
