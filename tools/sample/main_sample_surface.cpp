@@ -5,6 +5,7 @@
 
 #include "desktop/Picture.h"
 
+#include <layer-shell-client-protocol.h>
 #include <poll.h>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -29,6 +30,7 @@ struct Globals {
     wl_shm *memory = nullptr;
     wl_seat *seat = nullptr;
     xdg_wm_base *shell = nullptr;
+    zwlr_layer_shell_v1 *layerShell = nullptr;
 };
 
 void say(const std::string &line) {
@@ -43,15 +45,7 @@ class Window {
         , colour_(colour)
         , width_(width)
         , height_(height)
-        , surface_(wl_compositor_create_surface(globals.compositor))
-        , shell_(xdg_wm_base_get_xdg_surface(globals.shell, surface_)) {
-        static const xdg_surface_listener listener = {
-            [](void *data, xdg_surface *surface, std::uint32_t serial) {
-                xdg_surface_ack_configure(surface, serial);
-                static_cast<Window *>(data)->draw();
-            }};
-        xdg_surface_add_listener(shell_, &listener, this);
-    }
+        , surface_(wl_compositor_create_surface(globals.compositor)) {}
 
     ~Window() {
         if (popup_ != nullptr) {
@@ -60,13 +54,19 @@ class Window {
         if (toplevel_ != nullptr) {
             xdg_toplevel_destroy(toplevel_);
         }
-        xdg_surface_destroy(shell_);
+        if (shell_ != nullptr) {
+            xdg_surface_destroy(shell_);
+        }
+        if (panel_ != nullptr) {
+            zwlr_layer_surface_v1_destroy(panel_);
+        }
         wl_surface_destroy(surface_);
     }
     Window(const Window &) = delete;
     Window &operator=(const Window &) = delete;
 
     void become(const std::string &application, const std::string &title, Window *parent) {
+        makeShell();
         toplevel_ = xdg_surface_get_toplevel(shell_);
         xdg_toplevel_set_app_id(toplevel_, application.c_str());
         xdg_toplevel_set_title(toplevel_, title.c_str());
@@ -89,6 +89,7 @@ class Window {
 
     // A menu at that place of its owner.
     void becomeMenu(Window &owner, int x, int y) {
+        makeShell();
         auto *place = xdg_wm_base_create_positioner(globals_.shell);
         xdg_positioner_set_size(place, width_, height_);
         xdg_positioner_set_anchor_rect(place, x, y, 1, 1);
@@ -104,6 +105,30 @@ class Window {
         wl_surface_commit(surface_);
     }
 
+    // A panel along the bottom of a display, which no window is to cover.
+    void becomePanel() {
+        panel_ = zwlr_layer_shell_v1_get_layer_surface(globals_.layerShell, surface_, nullptr,
+                                                       ZWLR_LAYER_SHELL_V1_LAYER_TOP, "dock");
+        zwlr_layer_surface_v1_set_size(panel_, 0, static_cast<std::uint32_t>(height_));
+        zwlr_layer_surface_v1_set_anchor(panel_, ZWLR_LAYER_SURFACE_V1_ANCHOR_BOTTOM |
+                                                     ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT |
+                                                     ZWLR_LAYER_SURFACE_V1_ANCHOR_RIGHT);
+        zwlr_layer_surface_v1_set_exclusive_zone(panel_, height_);
+        static const zwlr_layer_surface_v1_listener listener = {
+            [](void *data, zwlr_layer_surface_v1 *panel, std::uint32_t serial, std::uint32_t width,
+               std::uint32_t) {
+                auto &self = *static_cast<Window *>(data);
+                zwlr_layer_surface_v1_ack_configure(panel, serial);
+                self.width_ = static_cast<int>(width);
+                self.draw();
+            },
+            [](void *data, zwlr_layer_surface_v1 *) {
+                static_cast<Window *>(data)->wantsClose = true;
+            }};
+        zwlr_layer_surface_v1_add_listener(panel_, &listener, this);
+        wl_surface_commit(surface_);
+    }
+
     void startMove(wl_seat *seat, std::uint32_t serial) const {
         xdg_toplevel_move(toplevel_, seat, serial);
     }
@@ -115,6 +140,16 @@ class Window {
     bool wantsClose = false;
 
   private:
+    void makeShell() {
+        shell_ = xdg_wm_base_get_xdg_surface(globals_.shell, surface_);
+        static const xdg_surface_listener listener = {
+            [](void *data, xdg_surface *surface, std::uint32_t serial) {
+                xdg_surface_ack_configure(surface, serial);
+                static_cast<Window *>(data)->draw();
+            }};
+        xdg_surface_add_listener(shell_, &listener, this);
+    }
+
     void draw() {
         const auto size = static_cast<std::size_t>(width_) * static_cast<std::size_t>(height_) * 4;
         const int file = memfd_create("sample", MFD_CLOEXEC);
@@ -144,7 +179,8 @@ class Window {
     int width_;
     int height_;
     wl_surface *surface_;
-    xdg_surface *shell_;
+    xdg_surface *shell_ = nullptr;
+    zwlr_layer_surface_v1 *panel_ = nullptr;
     xdg_toplevel *toplevel_ = nullptr;
     xdg_popup *popup_ = nullptr;
 };
@@ -218,6 +254,8 @@ class Application {
                     xdg_wm_base_pong(base, serial);
                 }};
             xdg_wm_base_add_listener(globals_.shell, &listener, nullptr);
+        } else if (auto *layers = bindAs(zwlr_layer_shell_v1_interface, 1)) {
+            globals_.layerShell = static_cast<zwlr_layer_shell_v1 *>(layers);
         } else if (auto *seat = bindAs(wl_seat_interface, 1)) {
             globals_.seat = static_cast<wl_seat *>(seat);
             followSeat();
@@ -279,7 +317,8 @@ class Application {
     }
 
     // "window <title> <#rrggbb> <width> <height>", "dialog" with the same, "menu <x> <y> <#rrggbb>
-    // <width> <height>", "unmenu", "fill", "unfill", "move" at the next click.
+    // <width> <height>", "panel <#rrggbb> <height>", "unmenu" and "unpanel" for the last one,
+    // "fill", "unfill", "move" at the next click.
     void obey(const std::string &line) {
         std::istringstream words(line);
         std::string verb;
@@ -298,7 +337,10 @@ class Application {
             words >> x >> y >> colour >> width >> height;
             windows_.emplace_back(globals_, Colour::parse(colour), width, height)
                 .becomeMenu(windows_.front(), x, y);
-        } else if (verb == "unmenu") {
+        } else if (verb == "panel") {
+            words >> colour >> height;
+            windows_.emplace_back(globals_, Colour::parse(colour), width, height).becomePanel();
+        } else if (verb == "unmenu" || verb == "unpanel") {
             windows_.pop_back();
         } else if (verb == "fill" || verb == "unfill") {
             windows_.front().setFullScreen(verb == "fill");
