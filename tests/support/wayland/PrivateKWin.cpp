@@ -148,10 +148,12 @@ PrivateKWin::PrivateKWin(const KWinOptions &options) {
     }
     const auto program = runnable("/usr/bin/kwin_wayland").string();
     own();
-    std::vector<std::string> command = {
-        program,           "--virtual", "--width",        "1280",
-        "--height",        "720",       "--output-count", std::to_string(options.outputs),
-        "--no-lockscreen", "--socket",  "wayland-k"};
+    std::vector<std::string> command = {program,           "--virtual",
+                                        "--width",         std::to_string(options.width),
+                                        "--height",        std::to_string(options.height),
+                                        "--output-count",  std::to_string(options.outputs),
+                                        "--no-lockscreen", "--socket",
+                                        "wayland-k"};
     if (options.hasXwayland) {
         command.emplace_back("--xwayland");
     }
@@ -163,10 +165,33 @@ PrivateKWin::PrivateKWin(const KWinOptions &options) {
         return answer->waitForExit() == 0;
     };
     waitUntil([&] { return fs::exists(path("run") / "wayland-k") && names(); }, *kwin_, "KWin");
+    if (options.hasXwayland) {
+        waitUntil([&] { return !xwayland().empty(); }, *kwin_, "Xwayland");
+        environment_.merge(xwayland());
+    }
     control_ = std::make_unique<Control>(UsersConnection((path("run") / "wayland-k").string()));
 }
 
 PrivateKWin::~PrivateKWin() = default;
+
+// KWin tells none but its own children, of which the server is one.
+Environment PrivateKWin::xwayland() const {
+    const auto process = std::to_string(kwin_->processIdentifier());
+    std::ifstream children("/proc/" + process + "/task/" + process + "/children");
+    for (std::string child; children >> child;) {
+        std::ifstream file("/proc/" + child + "/cmdline");
+        std::vector<std::string> arguments;
+        for (std::string argument; std::getline(file, argument, '\0');) {
+            arguments.push_back(argument);
+        }
+        const auto cookies = std::ranges::find(arguments, "-auth");
+        if (arguments.size() > 1 && arguments[0].ends_with("Xwayland") &&
+            cookies != arguments.end()) {
+            return {{"DISPLAY", arguments[1]}, {"XAUTHORITY", *(cookies + 1)}};
+        }
+    }
+    return {};
+}
 
 std::unique_ptr<ChildProcess> PrivateKWin::startSample(const std::string &name,
                                                        const std::string &colour, int width,
@@ -197,11 +222,11 @@ void PrivateKWin::script(const std::string &code) {
                            "function (w) { if (w.caption === caption) { act(w); } }); }\n"
                         << code;
     const auto loaded = call("/Scripting", "org.kde.kwin.Scripting.loadScript", file.string());
-    const auto number = loaded.substr(1, loaded.find(',') - 1);
-    const auto ran = start({"gdbus", "call", "--session", "--dest", "org.kde.KWin", "--object-path",
-                            '/' + number, "--method", "org.kde.kwin.Script.run"});
-    if (ran->waitForExit() != 0) {
-        throw std::runtime_error("KWin runs no script: " + loaded + ran->report());
+    const auto started =
+        start({"gdbus", "call", "--session", "--dest", "org.kde.KWin", "--object-path",
+               "/Scripting", "--method", "org.kde.kwin.Scripting.start"});
+    if (started->waitForExit() != 0) {
+        throw std::runtime_error("KWin runs no script: " + loaded + started->report());
     }
 }
 
@@ -257,11 +282,13 @@ Picture PrivateKWin::picture(const std::string &output) const {
             }};
 }
 
-void PrivateKWin::setOutput(const std::string &name, bool isEnabled, double scale) {
+void PrivateKWin::setOutput(const std::string &name, bool isEnabled, double scale,
+                            int quarterTurns) {
     auto *device = control_->devices.at(name);
     auto *wanted = kde_output_management_v2_create_configuration(control_->management);
     kde_output_configuration_v2_enable(wanted, device, isEnabled ? 1 : 0);
     kde_output_configuration_v2_scale(wanted, device, wl_fixed_from_double(scale));
+    kde_output_configuration_v2_transform(wanted, device, quarterTurns);
     kde_output_configuration_v2_apply(wanted);
     wl_display_roundtrip(control_->display);
     kde_output_configuration_v2_destroy(wanted);

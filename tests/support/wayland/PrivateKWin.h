@@ -14,7 +14,9 @@ namespace lumo::desktop {
 struct KWinOptions {
     enum class Trust { everyone, desktopEntries };
 
-    int outputs = 1; // of 1280 x 720 pixels each, side by side
+    int outputs = 1; // side by side, each of that size in pixels
+    int width = 1280;
+    int height = 720;
     bool hasXwayland = false;
     Trust trust = Trust::everyone; // with windows, input and outputs of others
 };
@@ -44,7 +46,7 @@ class PrivateKWin : public WaylandUser {
     Picture picture(const std::string &output = "Virtual-0") const;
 
     // For trust in everyone alone.
-    void setOutput(const std::string &name, bool isEnabled, double scale = 1);
+    void setOutput(const std::string &name, bool isEnabled, double scale = 1, int quarterTurns = 0);
     void moveTo(Spot spot);
     void setButton(bool isDown);
     void setKey(EvdevKey key, bool isDown);
@@ -55,6 +57,9 @@ class PrivateKWin : public WaylandUser {
 
   private:
     struct Control;
+
+    // How clients reach the X server that KWin has started; empty while there is none.
+    Environment xwayland() const;
 
     std::unique_ptr<ChildProcess> kwin_;
     std::unique_ptr<Control> control_;
