@@ -15,11 +15,9 @@ namespace lumo::wayland::kwin {
 
 namespace {
 
-constexpr const char *service = "org.kde.KWin";
-constexpr const char *scriptInterface = "org.kde.kwin.Script";
 constexpr const char *ownInterface = "app.lumo.Lumo.Script";
 
-const BusObject scripting = {service, "/Scripting", "org.kde.kwin.Scripting"};
+const BusObject scripting = {"org.kde.KWin", "/Scripting", "org.kde.kwin.Scripting"};
 
 GDBusInterfaceInfo *interfaceInfo() {
     static const freedesktop::GlibPointer<GDBusNodeInfo> node(
@@ -71,10 +69,10 @@ std::string KWinScript::path() const {
     return "/app/lumo/Lumo/" + name_;
 }
 
-// One of the same name is left over from a run that was killed, or from before the bus was lost.
 void KWinScript::load() {
     calls_.cancel();
     export_.reset();
+    attempts_ = 0;
     auto *connection = bus_.connection();
     const char *folder = g_get_user_runtime_dir();
     if (connection == nullptr || folder == nullptr) {
@@ -92,28 +90,37 @@ void KWinScript::load() {
                          << g_dbus_connection_get_unique_name(connection) << "\", \"" << path()
                          << "\", \"" << ownInterface << "\", \"Tell\", text); }\n"
                          << code_;
-    scripting.tell(connection, "unloadScript", g_variant_new("(s)", plugin().c_str()));
-    scripting.call(calls_, connection, "loadScript",
-                   g_variant_new("(ss)", file_.c_str(), plugin().c_str()), [this](GVariant *reply) {
-                       if (reply != nullptr && g_variant_is_of_type(reply, G_VARIANT_TYPE("(i)"))) {
-                           int number = -1;
-                           g_variant_get(reply, "(i)", &number);
-                           run(number);
-                       }
+    replaceOlder();
+}
+
+// One of the same name is left over from a run that was killed, or from before the bus was lost, or
+// has just been unloaded: KWin takes no other one before it is gone, which is a moment after its
+// reply.
+void KWinScript::replaceOlder() {
+    constexpr int mostAttempts = 10;
+    if (attempts_++ == mostAttempts) {
+        return;
+    }
+    scripting.call(calls_, bus_.connection(), "unloadScript",
+                   g_variant_new("(s)", plugin().c_str()), [this](GVariant * /*reply*/) {
+                       scripting.call(calls_, bus_.connection(), "loadScript",
+                                      g_variant_new("(ss)", file_.c_str(), plugin().c_str()),
+                                      [this](GVariant *reply) { handleLoaded(reply); });
                    });
 }
 
-// KWin has the script's object at the one path or, from version 6 on, at the other. It has read the
-// file when it answers.
-void KWinScript::run(int number) {
-    for (const auto *prefix : {"/", "/Scripting/Script"}) {
-        const BusObject script = {service, prefix + std::to_string(number), scriptInterface};
-        script.call(calls_, bus_.connection(), "run", nullptr, [this](GVariant *reply) {
-            if (reply != nullptr) {
-                std::error_code error;
-                std::filesystem::remove(file_, error);
-            }
-        });
+// KWin numbers a script by how many there are, so that another one may have its number, and its
+// place on the bus, already: what is loaded is run by the call that runs all that do not run yet.
+void KWinScript::handleLoaded(GVariant *reply) {
+    if (reply == nullptr || !g_variant_is_of_type(reply, G_VARIANT_TYPE("(i)"))) {
+        return;
+    }
+    int number = -1;
+    g_variant_get(reply, "(i)", &number);
+    if (number < 0) {
+        replaceOlder();
+    } else {
+        scripting.tell(bus_.connection(), "start", nullptr);
     }
 }
 

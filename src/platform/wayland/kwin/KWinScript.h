@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/freedesktop/AsyncCalls.h"
+#include "platform/freedesktop/GlibPointers.h"
 #include "support/Handle.h"
 
 #include <filesystem>
@@ -30,7 +31,8 @@ class KWinScript {
     struct Methods;
 
     void load();
-    void run(int number);
+    void replaceOlder();
+    void handleLoaded(GVariant *reply);
     std::string plugin() const;
     std::string path() const;
 
@@ -38,10 +40,11 @@ class KWinScript {
     std::string name_;
     std::string code_;
     std::function<void(const std::string &)> receive_;
-    std::filesystem::path file_; // from which KWin reads the code, while it has to
+    std::filesystem::path file_; // from which KWin reads the code, some time after it is told to
     Handle export_;
     Handle busChanges_;
     freedesktop::AsyncCalls calls_;
+    int attempts_ = 0; // to load it on this connection
 };
 
 } // namespace lumo::wayland::kwin
