@@ -63,16 +63,18 @@ void WaylandBackend::preparePopover(const std::string &title, const StatusItemPl
     if (outputs.empty()) {
         return;
     }
-    const auto found = std::ranges::find_if(screens, [&](const Screen &screen) {
-        return !screen.frame.intersection({place.pointer.x, place.pointer.y, 1, 1}).isEmpty();
-    });
+    const Rect point = {place.pointer.x, place.pointer.y - 1, 1, 1};
+    const auto found = std::ranges::find_if(
+        screens, [&](const Screen &screen) { return !screen.frame.intersection(point).isEmpty(); });
     const auto &output =
         outputs[found == screens.end() ? 0 : static_cast<std::size_t>(found - screens.begin())];
     const auto &usableAreas = compositor_.windows().state().usableAreas;
     const auto usable = usableAreas.find(output.name);
     compositor_.placeWindows(
-        title, popoverArea(output.area, usable != usableAreas.end() ? usable->second : output.area,
-                           static_cast<int>(size.width), static_cast<int>(size.height)));
+        title,
+        popoverArea(output.area, usable != usableAreas.end() ? usable->second : output.area,
+                    static_cast<int>(size.width), static_cast<int>(size.height)),
+        screens_.pointSpace().pixelsOfFrame(point));
 }
 
 Platform WaylandBackend::platform() {

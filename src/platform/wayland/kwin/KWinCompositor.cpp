@@ -34,11 +34,12 @@ KWinCompositor::KWinCompositor(Connection &connection, freedesktop::SessionBus &
     }) {
 }
 
-void KWinCompositor::placeWindows(const std::string &title, const drawing::PixelRect &area) {
+void KWinCompositor::placeWindows(const std::string &title, const drawing::PixelRect &area,
+                                  const drawing::PixelRect &point) {
     placement_.reset();
-    placement_ =
-        std::make_unique<KWinScript>(bus_, "Placement", placementScript(getpid(), title, area),
-                                     [](const std::string & /*message*/) {});
+    placement_ = std::make_unique<KWinScript>(bus_, "Placement",
+                                              placementScript(getpid(), title, area, point),
+                                              [](const std::string & /*message*/) {});
 }
 
 Handle KWinCompositor::onPointerStroke(std::function<void(double deltaX)> observer) {

@@ -33,7 +33,8 @@ class KWinCompositor final : public Compositor {
     WindowSource &windows() override { return windows_; }
     HotKeyService &hotKeys() override { return hotKeys_; }
     Handle onLost(std::function<void()> /*function*/) override { return {}; }
-    void placeWindows(const std::string &title, const drawing::PixelRect &area) override;
+    void placeWindows(const std::string &title, const drawing::PixelRect &area,
+                      const drawing::PixelRect &point) override;
     bool mayBlur() const override { return true; }
     bool tellsOfPointer() const override { return true; }
     Handle onPointerStroke(std::function<void(double deltaX)> observer) override;

@@ -64,10 +64,34 @@ workspace.cursorPosChanged.connect(function () {
 )js";
 
 std::string placementScript(std::int32_t process, const std::string &title,
-                            const drawing::PixelRect &area) {
+                            const drawing::PixelRect &area, const drawing::PixelRect &point) {
     return "var process = " + std::to_string(process) + ", title = \"" + title +
            "\", width = " + std::to_string(area.width) +
-           ", height = " + std::to_string(area.height) + R"js(, gap = 6;
+           ", height = " + std::to_string(area.height) + ", told = {x: " + std::to_string(point.x) +
+           ", y: " + std::to_string(point.y) +
+           R"js(}, gap = 6;
+var desktop = workspace.currentDesktop, screens = workspace.screens;
+if (!screens) {
+    screens = [];
+    for (var i = 0; i < workspace.numScreens; ++i) {
+        screens.push(i);
+    }
+}
+function has(area, point) {
+    return point.x >= area.x && point.x < area.x + area.width && point.y >= area.y &&
+        point.y < area.y + area.height;
+}
+function screenWith(point) {
+    return screens.filter(function (screen) {
+        return has(workspace.clientArea(KWin.ScreenArea, screen, desktop), point);
+    })[0];
+}
+function usableAround(point) {
+    return workspace.clientArea(KWin.MaximizeArea, screenWith(point), desktop);
+}
+function isInPanel(point) {
+    return screenWith(point) !== undefined && !has(usableAround(point), point);
+}
 function within(least, wanted, most) {
     return Math.max(least, Math.min(wanted, most));
 }
@@ -75,14 +99,15 @@ function place(w) {
     if (w.pid !== process || w.caption !== title) {
         return;
     }
-    var pointer = workspace.cursorPos, free = workspace.clientArea(KWin.MaximizeArea, w);
-    var isLow = pointer.y > free.y + free.height / 2;
+    var at = isInPanel(told) ? told : workspace.cursorPos, free = usableAround(at);
+    var isLow = at.y > free.y + free.height / 2;
     w.skipTaskbar = w.skipPager = w.skipSwitcher = w.keepAbove = true;
     w.frameGeometry = {
-        x: within(free.x + gap, Math.round(pointer.x - width / 2), free.x + free.width - width - gap),
+        x: within(free.x + gap, Math.round(at.x - width / 2), free.x + free.width - width - gap),
         y: isLow ? free.y + free.height - height - gap : free.y + gap,
         width: width, height: height
     };
+    workspace[workspace.windowList ? "activeWindow" : "activeClient"] = w;
 }
 (workspace.windowList ? workspace.windowList() : workspace.clientList()).forEach(place);
 (workspace.windowAdded || workspace.clientAdded).connect(place);

@@ -17,9 +17,10 @@ extern const char *const desktopScript;
 extern const char *const pointerScript;
 
 // Has windows of that process and title, which has no quotes, come up above others and in no task
-// bar: of that size, centred under the pointer, at the edge of the usable area that is nearest to
-// it. That is where the user has just opened them from.
+// bar, with the focus: of the area's size, centred at the point, at the edge of the usable area
+// that is nearest to it. That is where the user has just opened them from. Panels do not always
+// know where they are, so a point that is in none counts as the pointer's place.
 std::string placementScript(std::int32_t process, const std::string &title,
-                            const drawing::PixelRect &area);
+                            const drawing::PixelRect &area, const drawing::PixelRect &point);
 
 } // namespace lumo::wayland::kwin

@@ -34,7 +34,8 @@ SwayCompositor::SwayCompositor(const wayland::Connection &connection,
 
 // The later one of two rules for the same window holds. Without the quotes sway would obey all but
 // the first of the rule's commands at once, for the focused window.
-void SwayCompositor::placeWindows(const std::string &title, const drawing::PixelRect &area) {
+void SwayCompositor::placeWindows(const std::string &title, const drawing::PixelRect &area,
+                                  const drawing::PixelRect & /*point*/) {
     connection_->run("for_window [pid=" + std::to_string(getpid()) + " title=\"^" + title +
                      "$\"] 'floating enable, border none, move absolute position " +
                      std::to_string(area.x) + ' ' + std::to_string(area.y) + '\'');

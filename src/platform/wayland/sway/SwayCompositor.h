@@ -32,7 +32,8 @@ class SwayCompositor final : public Compositor {
 
     WindowSource &windows() override { return *windows_; }
     HotKeyService &hotKeys() override { return hotKeys_; }
-    void placeWindows(const std::string &title, const drawing::PixelRect &area) override;
+    void placeWindows(const std::string &title, const drawing::PixelRect &area,
+                      const drawing::PixelRect &point) override;
     Handle onLost(std::function<void()> function) override;
 
   private:

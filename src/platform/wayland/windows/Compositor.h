@@ -34,8 +34,10 @@ class Compositor {
     virtual bool mayBlur() const { return false; }
 
     // Has windows of this program that open with that title come up there from now on, in points of
-    // the compositor's space, above others and without a frame.
-    virtual void placeWindows(const std::string & /*title*/, const drawing::PixelRect & /*area*/) {}
+    // the compositor's space, above others and without a frame; where the compositor knows more
+    // about panels, instead at the one that has that point.
+    virtual void placeWindows(const std::string & /*title*/, const drawing::PixelRect & /*area*/,
+                              const drawing::PixelRect & /*point*/) {}
 
     // Calls the function once when what is used beside the Wayland connection is lost.
     virtual Handle onLost(std::function<void()> function) = 0;
