@@ -14,8 +14,8 @@ namespace lumo {
 
 class PlatformWindow;
 
-// All that one overlay window shows: the background material, a colour plane over it, and holes
-// through both. It decides nothing. What it is told changes its layer tree only; display() brings
+// All that one overlay window shows: the background material, a colour plane over it, and a
+// mask that cuts out of both. It decides nothing. What it is told changes its layer tree only; display() brings
 // the tree to the window. Main thread only.
 class OverlayScreenView {
   public:

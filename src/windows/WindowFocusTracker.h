@@ -40,7 +40,7 @@ class WindowFocusTracker {
     // The last event that was delivered.
     Published<std::optional<FocusChangeEvent>> currentFocus{std::nullopt};
 
-    // While false, no event is produced. Whoever wants events sets it.
+    // While false, no event is produced; users of the events set it.
     Published<bool> isTracking{false};
 
     // The least time between two deliveries to currentFocus, in seconds. What comes sooner waits,

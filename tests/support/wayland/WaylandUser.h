@@ -12,7 +12,7 @@
 
 namespace lumo::desktop {
 
-// Whoever a compositor without a screen runs for: a fresh home directory and a session bus of its
+// The user whom a compositor without a screen runs for: a fresh home directory and a session bus of its
 // own. Since compositors refuse to run as root, everything runs as nobody then. What was started
 // ends with the object.
 class WaylandUser {
