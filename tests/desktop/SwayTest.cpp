@@ -294,6 +294,33 @@ TEST_F(SwayTest, WorkspacesAndTiles) {
     EXPECT_EQ(wrongWith(threeWithClear("Red")), "") << "a window that was dragged";
 }
 
+class SwayXwaylandTest : public SwayTest {
+  protected:
+    SwayXwaylandTest()
+        : SwayTest({.configuration = "for_window [app_id=.] floating enable\n"
+                                     "for_window [class=.] floating enable",
+                    .hasXwayland = true}) {}
+};
+
+TEST_F(SwayXwaylandTest, WindowsAndMenusOfXApplications) {
+    show();
+    auto &other = windows["Other"] = {{500, 10, 300, 200}, "#a040a0", sway.startXSample("Other")};
+    order = {"Blue", "Green", "Other", "Red"};
+    other.program->writeLine("open 0 0 300 200 #a040a0 - - 0 0 0 Other");
+    ASSERT_TRUE(eventually([&] { return isShown("Other"); }));
+    sway.command("[class=Other] move absolute position 500 10");
+    sway.command("[app_id=Red] focus");
+    EXPECT_EQ(wrongWith(threeWithClear("Red")), "");
+    sway.hands().click({600, 100}, display);
+    auto panes = threeWithClear("Other");
+    EXPECT_EQ(wrongWith(panes), "") << "focus by click";
+    other.program->writeLine("open 700 150 200 120 #f0d0f0 POPUP_MENU - 1 0 0 Menu");
+    panes.push_back({{700, 150, 200, 120}, "#f0d0f0"});
+    EXPECT_EQ(wrongWith(panes), "") << "a menu beyond its window's edge";
+    other.program->writeLine("close 1");
+    EXPECT_EQ(wrongWith(threeWithClear("Other")), "") << "it is closed";
+}
+
 class SwayPanelTest : public SwayTest {
   protected:
     SwayPanelTest()

@@ -49,7 +49,11 @@ PrivateSway::PrivateSway(const SwayOptions &options) {
     waitUntil([&] { return fs::exists(display) && fs::exists(path("sway.sock")); }, *sway_, "sway");
     environment_["WAYLAND_DISPLAY"] = "wayland-1";
     if (options.hasXwayland) {
-        environment_["DISPLAY"] = ":0";
+        const auto file = path("pictures") / "display";
+        command("exec echo $DISPLAY > " + file.string());
+        std::string name;
+        waitUntil([&] { return !!(std::ifstream(file) >> name); }, *sway_, "Xwayland");
+        environment_["DISPLAY"] = name;
     }
     hands_ = std::make_unique<WaylandHands>(display.string());
 }

@@ -99,4 +99,8 @@ std::unique_ptr<ChildProcess> WaylandUser::startSurface(const std::string &name,
                   std::to_string(height)});
 }
 
+std::unique_ptr<ChildProcess> WaylandUser::startXSample(const std::string &name) const {
+    return start({runnable(LUMO_SAMPLE_WINDOW).string(), name});
+}
+
 } // namespace lumo::desktop

@@ -12,9 +12,9 @@
 
 namespace lumo::desktop {
 
-// The user whom a compositor without a screen runs for: a fresh home directory and a session bus of its
-// own. Since compositors refuse to run as root, everything runs as nobody then. What was started
-// ends with the object.
+// The user whom a compositor without a screen runs for: a fresh home directory and a session bus of
+// its own. Since compositors refuse to run as root, everything runs as nobody then. What was
+// started ends with the object.
 class WaylandUser {
   public:
     // Starts a program, which ends with the returned object.
@@ -24,6 +24,9 @@ class WaylandUser {
     // The real program, with these settings.
     std::unique_ptr<ChildProcess> startLumo(const Preferences &preferences,
                                             const Environment &variables = {}) const;
+
+    // The sample application that opens windows on X as it is told.
+    std::unique_ptr<ChildProcess> startXSample(const std::string &name) const;
 
     // The file or folder of that name in the directory of everything.
     std::filesystem::path path(const std::string &name) const { return directory_.path() / name; }

@@ -61,6 +61,9 @@ OverlayCutOuts overlayCutOuts(const DesktopState &state, const Output &output,
     for (const auto &area : panelAreas(output.area, usable)) {
         windows.push_back({.area = toPixels(area), .layer = CutOutWindow::Layer::above});
     }
+    for (const auto &area : state.unmanagedAreas) {
+        windows.push_back({.area = toPixels(area), .layer = CutOutWindow::Layer::floating});
+    }
     for (std::size_t i = state.windows.size(); i-- > 0;) {
         const auto &window = state.windows[i];
         const bool isShown = window.presence == DesktopWindow::Presence::shown;

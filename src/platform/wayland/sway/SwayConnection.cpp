@@ -65,7 +65,8 @@ FileDescriptor connectTo(const std::string &path, std::int32_t process) {
 std::unique_ptr<SwayConnection> SwayConnection::open(std::int32_t process) {
     for (const auto &path : socketPaths(process)) {
         if (auto socket = connectTo(path, process)) {
-            std::unique_ptr<SwayConnection> connection(new SwayConnection(std::move(socket)));
+            std::unique_ptr<SwayConnection> connection(
+                new SwayConnection(std::move(socket), process));
             const auto answer = connection->ask(MessageType::subscribe, subscription);
             const auto version =
                 json::parse(connection->ask(MessageType::getVersion).value_or(""), nullptr, false);
@@ -81,8 +82,9 @@ std::unique_ptr<SwayConnection> SwayConnection::open(std::int32_t process) {
     return nullptr;
 }
 
-SwayConnection::SwayConnection(FileDescriptor socket)
-    : socket_(std::move(socket)) {
+SwayConnection::SwayConnection(FileDescriptor socket, std::int32_t process)
+    : socket_(std::move(socket))
+    , process_(process) {
 }
 
 SwayConnection::~SwayConnection() {

@@ -36,6 +36,9 @@ class SwayConnection {
     SwayConnection(const SwayConnection &) = delete;
     SwayConnection &operator=(const SwayConnection &) = delete;
 
+    // Of sway.
+    std::int32_t process() const { return process_; }
+
     // Where the user's configuration lies; empty when sway does not say.
     const std::filesystem::path &configurationFolder() const { return configurationFolder_; }
 
@@ -56,7 +59,7 @@ class SwayConnection {
     Handle listen(freedesktop::GlibMainLoop &mainLoop, std::function<void()> lost);
 
   private:
-    explicit SwayConnection(freedesktop::FileDescriptor socket);
+    SwayConnection(freedesktop::FileDescriptor socket, std::int32_t process);
 
     void send();
     bool receive();
@@ -64,6 +67,7 @@ class SwayConnection {
     void awaitReplies();
 
     freedesktop::FileDescriptor socket_;
+    std::int32_t process_;
     std::filesystem::path configurationFolder_;
     std::string unsent_;
     MessageReader reader_;

@@ -1,6 +1,6 @@
 #include "platform/wayland/sway/SwaySource.h"
 
-#include "platform/MainLoop.h"
+#include "platform/freedesktop/GlibMainLoop.h"
 #include "platform/wayland/client/InputActivity.h"
 #include "platform/wayland/sway/SwayTree.h"
 
@@ -22,19 +22,21 @@ bool hasMoved(const DesktopState &before, const DesktopState &now) {
 } // namespace
 
 std::unique_ptr<SwaySource> SwaySource::open(SwayConnection &connection, InputActivity &input,
-                                             MainLoop &mainLoop) {
+                                             freedesktop::GlibMainLoop &mainLoop) {
     const auto tree = connection.ask(MessageType::getTree);
     auto state = tree ? desktopOf(*tree) : std::nullopt;
     if (!state) {
         return nullptr;
     }
     std::unique_ptr<SwaySource> source(new SwaySource(connection, input, mainLoop));
+    source->followXwayland(*tree);
     source->adopt(std::move(*state), Reason::event);
     source->schedule();
     return source;
 }
 
-SwaySource::SwaySource(SwayConnection &connection, InputActivity &input, MainLoop &mainLoop)
+SwaySource::SwaySource(SwayConnection &connection, InputActivity &input,
+                       freedesktop::GlibMainLoop &mainLoop)
     : connection_(connection)
     , mainLoop_(mainLoop)
     , events_{connection.onEvent([this](const auto &event) { handle(event); }),
@@ -80,6 +82,7 @@ void SwaySource::ask(Reason reason) {
 
 void SwaySource::take(const std::string &tree, Reason reason) {
     if (std::exchange(tree_, tree) != tree) {
+        followXwayland(tree);
         if (auto state = desktopOf(tree)) {
             adopt(std::move(*state), reason);
         }
@@ -87,7 +90,17 @@ void SwaySource::take(const std::string &tree, Reason reason) {
     schedule();
 }
 
+void SwaySource::followXwayland(const std::string &tree) {
+    if (tree.find(R"("shell": "xwayland")") == std::string::npos) {
+        unmanaged_.reset();
+    } else if (!unmanaged_) {
+        unmanaged_ = UnmanagedWindows::follow(connection_.process(), mainLoop_,
+                                              [this] { adopt(state_, Reason::event); });
+    }
+}
+
 void SwaySource::adopt(DesktopState state, Reason reason) {
+    state.unmanagedAreas = unmanaged_ ? unmanaged_->areas() : std::vector<drawing::PixelRect>();
     if (state == state_) {
         return;
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/wayland/sway/SwayConnection.h"
+#include "platform/wayland/sway/UnmanagedWindows.h"
 #include "platform/wayland/windows/AskingPace.h"
 #include "platform/wayland/windows/WindowSource.h"
 #include "support/Handle.h"
@@ -14,8 +15,8 @@
 #include <optional>
 #include <string>
 
-namespace lumo {
-class MainLoop;
+namespace lumo::freedesktop {
+class GlibMainLoop;
 }
 
 namespace lumo::wayland {
@@ -31,7 +32,7 @@ class SwaySource final : public WindowSource {
     // Waits for sway's first answer; null when there is none that can be read. All arguments
     // outlive the object.
     static std::unique_ptr<SwaySource> open(SwayConnection &connection, InputActivity &input,
-                                            MainLoop &mainLoop);
+                                            freedesktop::GlibMainLoop &mainLoop);
 
     const DesktopState &state() const override { return state_; }
     Handle onChange(std::function<void()> observer) override;
@@ -50,18 +51,21 @@ class SwaySource final : public WindowSource {
         again, // something has happened since it was asked for
     };
 
-    SwaySource(SwayConnection &connection, InputActivity &input, MainLoop &mainLoop);
+    SwaySource(SwayConnection &connection, InputActivity &input,
+               freedesktop::GlibMainLoop &mainLoop);
 
     void handle(const Message &event);
     void ask(Reason reason);
     void take(const std::string &tree, Reason reason);
+    void followXwayland(const std::string &tree);
     void adopt(DesktopState state, Reason reason);
     void schedule();
 
     SwayConnection &connection_;
-    MainLoop &mainLoop_;
+    freedesktop::GlibMainLoop &mainLoop_;
     DesktopState state_;
-    std::string tree_; // that the state was made from
+    std::string tree_;                            // that the state was made from
+    std::unique_ptr<UnmanagedWindows> unmanaged_; // while there are windows of X applications
     AskingPace pace_;
     Asking asking_ = Asking::none;
     Handle nextQuestion_;

@@ -39,6 +39,9 @@ struct DesktopWindow {
 struct DesktopState {
     std::vector<DesktopWindow> windows; // from the bottom to the top
 
+    // Of menus and other windows that no manager handles: above all windows, but beneath overlays.
+    std::vector<drawing::PixelRect> unmanagedAreas;
+
     // Of each display, by the output's name, what panels leave free; a display that is missing has
     // none.
     std::map<std::string, drawing::PixelRect> usableAreas;
