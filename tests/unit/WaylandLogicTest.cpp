@@ -101,17 +101,24 @@ TEST(AskingPace, AsOftenAsSomethingCanMove) {
         AskingPace::Movable movable;
         double sinceMotion;
         std::optional<double> interval;
+        double answer = 0;
     };
     using enum AskingPace::Movable;
-    for (const auto &row : {Row{true, windows, 0.1, 1.0 / 60}, Row{false, nothing, 0.4, 1.0 / 60},
-                            Row{true, windows, 0.6, 0.1}, Row{true, tiledEdges, 9, 0.1},
-                            Row{true, nothing, 9, std::nullopt}, Row{false, windows, 9, 1.0},
-                            Row{false, tiledEdges, 9, std::nullopt}}) {
+    for (const auto &row :
+         {Row{true, windows, 0.1, 1.0 / 60}, Row{false, nothing, 0.4, 1.0 / 60},
+          Row{true, windows, 0.6, 0.1}, Row{true, tiledEdges, 9, 0.1},
+          Row{true, nothing, 9, std::nullopt}, Row{false, windows, 9, 1.0},
+          Row{false, tiledEdges, 9, std::nullopt}, Row{true, windows, 0.1, 0.06, 0.015},
+          Row{true, windows, 9, 0.15, 0.015}, Row{false, windows, 9, 7.5, 0.015},
+          Row{false, windows, 9, 10.0, 3}}) {
         AskingPace pace;
         pace.noteInput(row.isInputActive);
         pace.noteMovable(row.movable);
         pace.noteMotion(100);
-        EXPECT_EQ(pace.interval(100 + row.sinceMotion), row.interval) << row.sinceMotion;
+        pace.noteAnswer(row.answer);
+        const auto interval = pace.interval(100 + row.sinceMotion);
+        EXPECT_EQ(interval.has_value(), row.interval.has_value()) << row.sinceMotion;
+        EXPECT_DOUBLE_EQ(interval.value_or(0), row.interval.value_or(0)) << row.answer;
     }
 }
 

@@ -44,6 +44,10 @@ std::size_t SharedBuffer::size() const {
     return static_cast<std::size_t>(width_) * static_cast<std::size_t>(height_) * 4;
 }
 
+void SharedBuffer::leaveToCompositor() const {
+    madvise(pixels_, size(), MADV_DONTNEED);
+}
+
 wl_buffer *SharedBuffer::lend() {
     isLent_ = true;
     return buffer_.get();

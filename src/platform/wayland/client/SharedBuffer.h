@@ -25,6 +25,10 @@ class SharedBuffer {
     int height() const { return height_; }
     std::uint32_t *pixels() const { return pixels_; }
 
+    // Has the pixels take up none of this process's memory until it touches them again; the
+    // compositor has them as they are.
+    void leaveToCompositor() const;
+
     // To be attached to a surface: from then on the compositor may read it.
     wl_buffer *lend();
 

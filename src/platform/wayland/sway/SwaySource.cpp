@@ -71,7 +71,9 @@ void SwaySource::ask(Reason reason) {
     asking_ = Asking::once;
     nextQuestion_.reset();
     connection_.request(
-        MessageType::getTree, {}, lifetime_.guard([this, reason](const std::string &tree) {
+        MessageType::getTree, {},
+        lifetime_.guard([this, reason, askedAt = mainLoop_.now()](const std::string &tree) {
+            pace_.noteAnswer(mainLoop_.now() - askedAt);
             const bool isOld = std::exchange(asking_, Asking::none) == Asking::again;
             take(tree, reason);
             if (isOld) {

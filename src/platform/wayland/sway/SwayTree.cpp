@@ -48,24 +48,25 @@ class Reading {
                     state_.usableAreas[name] = rectangle(workspace, "rect");
                     state_.shownSpaces += name + '\n' + shown + '\n';
                 }
-                readContainers(workspace);
+                readContainers(workspace, false);
             }
         }
     }
 
     // Floating containers lie above the tiled ones, in the order of their list.
-    void readContainers(const json &parent) {
-        for (const auto *list : {"nodes", "floating_nodes"}) {
+    void readContainers(const json &parent, bool isFloating) {
+        for (const std::string list : {"nodes", "floating_nodes"}) {
+            const bool doFloat = isFloating || list == "floating_nodes";
             for (const auto &child : parent.at(list)) {
                 if (child.contains("pid")) {
-                    readWindow(child, parent);
+                    readWindow(child, parent, doFloat);
                 }
-                readContainers(child);
+                readContainers(child, doFloat);
             }
         }
     }
 
-    void readWindow(const json &node, const json &parent) {
+    void readWindow(const json &node, const json &parent, bool isFloating) {
         DesktopWindow window;
         window.identifier = node.at("id").get<std::uint32_t>();
         window.application = text(node, "app_id");
@@ -78,7 +79,7 @@ class Reading {
                                                       : DesktopWindow::Presence::elsewhere;
         window.isFocused = node.value("focused", false);
         window.isFullScreen = node.value("fullscreen_mode", 0) != 0;
-        window.isMovable = text(node, "type") == "floating_con";
+        window.isMovable = isFloating;
         readXWindow(node, window);
         state_.windows.push_back(std::move(window));
     }

@@ -6,7 +6,8 @@ namespace lumo::wayland {
 
 // How often a compositor that does not announce where windows move has to be asked: sixty times a
 // second while one moves, ten times while the user's hand may move one, seldom while only a client
-// itself could, and never while nothing can move. Times are seconds on one clock.
+// itself could, and never while nothing can move; less often where an answer takes long. Times are
+// seconds on one clock.
 class AskingPace {
   public:
     // What could move without an announcement.
@@ -20,6 +21,9 @@ class AskingPace {
     static constexpr double whileActive = 0.1;
     static constexpr double whileIdle = 1;
 
+    // The last answer has taken so long, which the compositor does nothing else in.
+    void noteAnswer(double seconds) { lastAnswer_ = seconds; }
+
     void noteInput(bool isActive) { isInputActive_ = isActive; }
     void noteMovable(Movable movable) { movable_ = movable; }
 
@@ -30,6 +34,7 @@ class AskingPace {
     std::optional<double> interval(double now) const;
 
   private:
+    double lastAnswer_ = 0;
     bool isInputActive_ = true;
     Movable movable_ = Movable::nothing;
     std::optional<double> movedAt_;
