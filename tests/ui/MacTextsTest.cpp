@@ -1,4 +1,6 @@
 #include "InterfacePages.h"
+#include "settings/CoverLockPreset.h"
+#include "settings/EffectMode.h"
 
 #include <gmock/gmock.h>
 
@@ -36,14 +38,20 @@ QStringList textsOf(const QWidget &view) {
     return texts;
 }
 
-// The pages' names begin like this.
+// The pages' names begin like this. Where settings choose among texts, each has its turn.
 QStringList textsOfPages(const char *prefix) {
     QStringList texts;
     for (const auto &page : test::interfacePages()) {
-        if (page.name.starts_with(prefix) ||
-            page.name.starts_with(std::string("extreme-") + prefix)) {
+        const bool isExtreme = page.name.starts_with(std::string("extreme-") + prefix);
+        if (!page.name.starts_with(prefix) && !isExtreme) {
+            continue;
+        }
+        for (std::size_t choice = 0; choice < (isExtreme ? 1 : allEffectModes.size()); ++choice) {
             test::InterfaceStage stage;
             stage.settings.isEnabled.set(true);
+            stage.settings.effectMode.set(allEffectModes.at(choice));
+            stage.settings.coverWindowLockDuration.set(duration(allCoverLockPresets.at(choice)));
+            stage.settings.useWhitelistMode.set(choice == 1);
             const auto view = page.make(stage);
             test::showPage(page, *view, stage);
             texts << textsOf(*view);
@@ -70,6 +78,7 @@ TEST(MacTexts, EveryTextStandsOnItsPage) {
           "Set Cover to Frontmost",
           "Enable Privacy Cover with current app ⌘⌥C",
           "Current: org.example.Editor ⌘⌥C",
+          "Cover set: Editor",
           "Choose Cover App",
           "Pick from running apps",
           "Selected: Editor",
@@ -96,7 +105,9 @@ TEST(MacTexts, EveryTextStandsOnItsPage) {
           "Focus and privacy for your Mac"}},
         {"settings-appearance",
          {"Effect Type", "Dim", "Soft Blur", "Tint",
-          "Blurs background windows to reduce visual distraction.", "Blur-free Mode",
+          "Darkens background windows with a translucent overlay.",
+          "Blurs background windows to reduce visual distraction.",
+          "Adds a subtle tint over background windows.", "Blur-free Mode",
           "Turn blur off while keeping overlay styling for a classic dimming look.", "Intensity",
           "Transition Speed"}},
         {"settings-rules",
@@ -114,7 +125,9 @@ TEST(MacTexts, EveryTextStandsOnItsPage) {
           "Fast",
           "Balanced",
           "Stable",
+          "Fast (200 ms): Lower latency, may switch targets more often.",
           "Balanced (350 ms): Balanced responsiveness and stability.",
+          "Stable (500 ms): Most stable target lock, with a bit more lag.",
           "Multi-screen Mode",
           "Per Screen",
           "Global",
@@ -123,10 +136,20 @@ TEST(MacTexts, EveryTextStandsOnItsPage) {
           "Clear Cover App",
           "Whitelist",
           "Blacklist",
+          "Only whitelisted apps will be affected by Lumo.",
           "Blacklisted apps will not be affected by Lumo.",
           "Search apps...",
           "Finder",
-          "Final Cut Pro"}},
+          "Dock",
+          "System Settings",
+          "Control Center",
+          "iMovie",
+          "Final Cut Pro",
+          "Safari",
+          "Chrome Canary",
+          "VS Code",
+          "Things 3",
+          "Spotify"}},
         {"settings-shortcuts",
          {"Enable Toggle Shortcut",
           "Enable Toggle Shortcut: ⌃Space",
@@ -143,6 +166,11 @@ TEST(MacTexts, EveryTextStandsOnItsPage) {
           "Shake Toggle Modifier",
           "Shake Action: Peek",
           "Shake Peek Modifier",
+          "None",
+          "Shift",
+          "Option",
+          "Command",
+          "Control",
           "Shake Sensitivity",
           "Click a shortcut field, then press the key combination you want to use.",
           "Command, Option, Control, and Shift combinations are supported.",

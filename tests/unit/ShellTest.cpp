@@ -4,12 +4,15 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <tuple>
 #include <utility>
+#include <vector>
 
 namespace lumo {
 namespace {
@@ -257,6 +260,78 @@ TEST_F(ShellTest, LoginItemFollowsItsSetting) {
     desktop.mainLoop.runPosted();
     EXPECT_FALSE(settings().launchAtLogin.value()) << "the user sees what is so";
     EXPECT_EQ(login.refusal.value(), "read-only");
+}
+
+// The words of the Mac that stand on no page, or change there: each is said by itself.
+TEST_F(ShellTest, EveryTextOfTheMacIsSaid) {
+    desktop.defaults = {{"privacyCoverEnabled", Value(true)},
+                        {"effectMode", Value(std::string("dim"))},
+                        {"toggleShortcutKey", Value(std::int64_t{48})},
+                        {"toggleShortcutModifiers", Value(std::int64_t{3072})}};
+    desktop.keyCodesTakenByOthers = {8};
+    launch();
+    std::vector<std::string> said{desktop.statusToolTip};
+    auto &controller = *delegate->appController();
+    auto &menu = *interface.menu;
+    const auto listen = [&] {
+        for (const auto &text :
+             {controller.statusMessage.value(), menu.header(), menu.toggleTitle(),
+              menu.privacyCoverSummary(), menu.setCoverSubtitle(), menu.chooseCoverSubtitle(),
+              menu.coverNoticeText(), menu.shortcutSummary(),
+              settings().privacyCoverRuntimeStatus.value(),
+              settings().privacyCoverRuntimeHint.value().value_or("")}) {
+            said.push_back(text);
+        }
+    };
+    const std::vector<std::function<void()>> steps = {
+        [] {},
+        [&] { controller.setLumoEnabled(true); },
+        [&] { controller.enterPeekMode(); },
+        [&] { controller.exitPeekMode(); },
+        [&] { controller.setPrivacyCoverApp("org.example.Mail", "Mail", true); },
+        [&] { controller.setPrivacyCoverApp({}, {}, true); },
+        [&] { settings().privacyCoverEnabled.set(false); },
+        [&] {
+            desktop.pressKey(2,
+                             modifierFlag::control | modifierFlag::option | modifierFlag::command);
+        }};
+    for (const auto &step : steps) {
+        step();
+        desktop.advance(0.5);
+        listen();
+    }
+    for (const auto &notification : desktop.notifications) {
+        said.insert(said.end(), {notification.title, notification.body});
+    }
+    said.insert(said.end(), desktop.logLines.begin(), desktop.logLines.end());
+    for (const auto *text : {"Lumo - Focus and privacy",
+                             "Lumo (Off)",
+                             "Lumo (On)",
+                             "Lumo (Peek)",
+                             "Lumo is Off",
+                             "Lumo is On",
+                             "Turn Lumo On",
+                             "Turn Lumo Off",
+                             "Auto-set Cover: Editor",
+                             "Cover active · 350ms lock · Auto-set Cover: Editor",
+                             "Cover active",
+                             "Current: org.example.Editor",
+                             "Selected: Editor",
+                             "Cover set: Mail",
+                             "Mail unavailable",
+                             "Mail unavailable · 350ms lock · Cover set: Mail",
+                             "Cover cleared",
+                             "No Cover App selected",
+                             "Enable Privacy Cover with current app",
+                             "Pick from running apps",
+                             "Off",
+                             "Toggle ⌘⌥Tab, Peek(temp) ⌘⌥Tab",
+                             "Lumo Emergency Stop",
+                             "Lumo effects have been safely turned off.",
+                             "[Lumo] Toggle hotkey skipped due to conflict: 48-3072",
+                             "[Lumo] Cover hotkey register failed, status=-9878"}) {
+        EXPECT_THAT(said, Contains(text));
+    }
 }
 
 TEST_F(ShellTest, ResultOfACheckForUpdatesIsShown) {

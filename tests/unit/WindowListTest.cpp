@@ -137,8 +137,9 @@ TEST_F(WindowListTest, OrdinaryWindowsAreVisibleAndInTheirLayer) {
 }
 
 TEST_F(WindowListTest, SystemAndTransientWindowsByTheirWords) {
-    for (const char *owner : {"Dock", "SystemUIServer", "Control Center Extra", "my WINDOW SERVER",
-                              "UniversalAccessAuthWarn"}) {
+    for (const char *owner :
+         {"Dock", "SystemUIServer", "Notification Center", "Control Center Extra",
+          "my WINDOW SERVER", "UniversalAccessAuthWarn"}) {
         EXPECT_TRUE(WindowListService::isSystemWindow(owner)) << owner;
     }
     for (const char *owner : {"dock", "Docker", "Editor", "Control  Center", "window serve", ""}) {
