@@ -36,6 +36,12 @@ class StatusItem {
     virtual void setToolTip(const std::string &text) = 0;
     virtual void setTitle(const StatusTitle &title) = 0;
 
+    // Whether the desktop has an area that shows the item, as far as is known by now.
+    virtual bool isShown() const = 0;
+
+    // Calls the observer after isShown() may have changed.
+    virtual Handle onShownChange(std::function<void()> observer) = 0;
+
     // Calls the observer when the right mouse button was released over the item. Nothing else acts
     // on it.
     virtual Handle onRightMouseUp(std::function<void(const StatusItemPlace &)> observer) = 0;

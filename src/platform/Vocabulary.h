@@ -42,6 +42,8 @@ struct FirstStartWords {
     std::string_view symbol;
     // What the program does and how it is used.
     std::vector<FirstStartLine> lines;
+    // In place of the line with the dot where the desktop shows none; without its picture.
+    FirstStartLine withoutDot;
     // The button that turns the effect on and closes the page; empty where closing is all there is.
     std::string_view begin;
 

@@ -1,6 +1,8 @@
 #include "ui/GuidedAccessView.h"
 
 #include "platform/Keyboard.h"
+#include "platform/MainLoop.h"
+#include "platform/StatusItem.h"
 #include "platform/Workspace.h"
 #include "presentation/Shortcuts.h"
 #include "support/Log.h"
@@ -62,6 +64,8 @@ class PanelPicture final : public QWidget {
     static constexpr int height = 22;
 };
 
+constexpr double longestDotSearch = 1; // seconds
+
 QLabel *centred(QLabel *label) {
     label->setAlignment(Qt::AlignCenter);
     return label;
@@ -94,12 +98,14 @@ QWidget *makePermissionRow(const ExplainedSymbol &permission, QPalette::ColorRol
     return row;
 }
 
-// With the picture at the end of the title's line.
+// With the picture, if any, at the end of the title's line.
 QWidget *makeLine(const FirstStartLine &line, QWidget *picture) {
     constexpr int horizontalPadding = 16;
     constexpr int verticalPadding = 9;
     auto *title = makeRow({makeLabel(line.title, TextStyle::headline)});
-    title->layout()->addWidget(picture);
+    if (picture != nullptr) {
+        title->layout()->addWidget(picture);
+    }
     auto *row = new QWidget;
     row->setLayout(makeTexts(title, line.description));
     row->layout()->setContentsMargins(horizontalPadding, verticalPadding, horizontalPadding,
@@ -127,6 +133,7 @@ GuidedAccessView::GuidedAccessView(GuidanceModel model)
     column->addStretch();
     showShortcuts();
     keyNameChanges_ = model_.platform.keyboard.onNamesDidChange([this] { showShortcuts(); });
+    followDot();
     showState(model_.permission.hasAccessibilityPermission.value());
     permissionChanges_ = model_.permission.hasAccessibilityPermission.subscribeToChanges(
         [this](const bool &isGranted) {
@@ -158,9 +165,36 @@ void GuidedAccessView::addLines(QVBoxLayout &column) {
     }
     auto *card = new Card;
     for (const auto &line : words_.lines) {
-        card->addRow(makeLine(line, makePicture(line.picture)));
+        auto *row = makeLine(line, makePicture(line.picture));
+        card->addRow(row);
+        if (line.picture == FirstStartPicture::dot) {
+            dotLine_ = row;
+            withoutDotLine_ = makeLine(words_.withoutDot, nullptr);
+            card->addRow(withoutDotLine_);
+        }
     }
     column.addWidget(card);
+}
+
+// Panels and trays answer a moment after the program has asked for them.
+void GuidedAccessView::followDot() {
+    if (dotLine_ == nullptr) {
+        return;
+    }
+    auto &item = model_.platform.statusItem;
+    const auto update = [this, &item] { showDot(item.isShown() || dotSearch_); };
+    dotSearch_ = model_.platform.mainLoop.after(longestDotSearch, [this, update] {
+        dotSearch_.reset();
+        update();
+    });
+    dotChanges_ = item.onShownChange(update);
+    update();
+}
+
+void GuidedAccessView::showDot(bool isShown) {
+    dotLine_->setVisible(isShown);
+    withoutDotLine_->setVisible(!isShown);
+    dotLine_->parentWidget()->update(); // which draws the lines between its rows
 }
 
 QWidget *GuidedAccessView::makePicture(FirstStartPicture picture) {

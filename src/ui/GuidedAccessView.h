@@ -37,6 +37,8 @@ class GuidedAccessView final : public QWidget {
     void addPermission(QVBoxLayout &column);
     void addButtons(QVBoxLayout &column);
     void showShortcuts();
+    void followDot();
+    void showDot(bool isShown);
     void showState(bool isGranted);
     void openSystemSettings();
 
@@ -45,12 +47,16 @@ class GuidedAccessView final : public QWidget {
     QWidget *icon_ = nullptr;       // the program's; null where a symbol stands for it
     Keycaps *toggleKeys_ = nullptr; // null where no line shows them
     Keycaps *emergencyKeys_ = nullptr;
+    QWidget *dotLine_ = nullptr; // null where no line shows the dot
+    QWidget *withoutDotLine_ = nullptr;
     Card *permission_ = nullptr;
     Button *checkAgain_;
     Button *begin_ = nullptr; // null where there is none
     QLabel *state_;
     Subscription permissionChanges_;
     Handle keyNameChanges_;
+    Handle dotChanges_;
+    Handle dotSearch_; // while the desktop may still come to show it
 };
 
 } // namespace lumo

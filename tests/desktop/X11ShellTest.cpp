@@ -145,6 +145,7 @@ TEST_F(StatusItemTest, RightClicksInATrayThatComesLater) {
         setDot({0, 1, 0, 1});
         ASSERT_TRUE(dotAppears(0, 255, 0)) << command[0];
 
+        EXPECT_TRUE(item->isShown());
         lookAtToolTip();
         places.clear();
         auto &session = desktop.session();
@@ -172,6 +173,7 @@ TEST_F(StatusItemTest, RightClicksInATrayThatComesLater) {
         tray->kill();
         ASSERT_TRUE(eventually([&] { return !findDot(0, 255, 0); }))
             << "it must not float about without a tray";
+        EXPECT_TRUE(eventually([&] { return !item->isShown(); }));
     }
 }
 

@@ -130,6 +130,10 @@ class ScriptedDesktop final : private WindowServer,
     // The status area.
     StatusTitle statusTitle;
     std::string statusToolTip;
+    void showStatusItem(bool isShown) {
+        isStatusItemShown_ = isShown;
+        statusItemShownChanged_.emit();
+    }
     void rightClickStatusItem() { statusItemClicked_.emit(StatusItemPlace{}); }
 
     // Updates.
@@ -306,6 +310,10 @@ class ScriptedDesktop final : private WindowServer,
 
     void setToolTip(const std::string &text) override { statusToolTip = text; }
     void setTitle(const StatusTitle &title) override { statusTitle = title; }
+    bool isShown() const override { return isStatusItemShown_; }
+    Handle onShownChange(Observer observer) override {
+        return statusItemShownChanged_.subscribe(std::move(observer));
+    }
     Handle onRightMouseUp(std::function<void(const StatusItemPlace &)> observer) override;
 
     void startUpdater() override { isUpdaterStarted = true; }
@@ -387,6 +395,8 @@ class ScriptedDesktop final : private WindowServer,
     Signal<> reopened_;
     Perform perform_;
     Signal<std::vector<std::string>> defaultsChanged_;
+    bool isStatusItemShown_ = true;
+    Signal<> statusItemShownChanged_;
     Signal<StatusItemPlace> statusItemClicked_;
     std::list<std::shared_ptr<Monitor>> monitors_;
 };

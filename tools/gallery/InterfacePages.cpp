@@ -170,6 +170,15 @@ void addDocumented(std::vector<InterfacePage> &pages) {
                   {"settings-shortcuts-recording", settings(SettingsTab::shortcuts), record}});
 }
 
+Make guidanceWithoutPanel() {
+    return [](InterfaceStage &stage) {
+        stage.desktop.showStatusItem(false);
+        auto view = guidance(true)(stage);
+        stage.desktop.advance(1);
+        return view;
+    };
+}
+
 void addExtremes(std::vector<InterfacePage> &pages) {
     using Menu = StatusMenu;
     const auto longNames = [](InterfaceStage &stage) {
@@ -229,6 +238,7 @@ void addExtremes(std::vector<InterfacePage> &pages) {
          {"extreme-add-app-names", addApp(longNames), {}, false},
          {"extreme-add-app-nothing", addApp(), type("no such app"), false},
          {"extreme-guidance-granted", guidance(true), pressing(Qt::Key_Tab, 1), false},
+         {"extreme-guidance-no-panel", guidanceWithoutPanel(), {}, false},
          {"extreme-message", message({}), pressing(Qt::Key_Tab, 1), false},
          {"mirrored-popover", popover(&Menu::showMain, trouble), {}, false, true},
          {"mirrored-popover-settings", popover(&Menu::showSettings), {}, false, true},

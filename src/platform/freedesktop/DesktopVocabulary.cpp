@@ -16,12 +16,15 @@ FirstStartWords firstStart() {
         {"Emergency stop", "Turns everything off, whatever is in front.",
          FirstStartPicture::emergencyKeys},
     };
+    words.withoutDot = {"Open the settings", "Start Lumo again: no panel here shows its dot."};
     words.begin = "Turn Lumo On";
     words.permission = {"exclamationmark.triangle.fill", "No window manager answers",
                         "It tells Lumo which window you work in."};
     words.checkAgain = "Check Again";
     words.readyTitle = "Lumo is ready";
-    words.readyText = "Right-click the dot in your panel, or press {toggle} to turn Lumo on.";
+    words.readyText =
+        "Right-click the dot in your panel, or press {toggle} to turn Lumo on. Without "
+        "a panel, start Lumo again for its settings.";
     return words;
 }
 

@@ -19,6 +19,8 @@ class MacStatusItem final : public StatusItem {
 
     void setToolTip(const std::string &text) override;
     void setTitle(const StatusTitle &title) override;
+    bool isShown() const override { return true; } // there is always a menu bar
+    Handle onShownChange(std::function<void()> /*observer*/) override { return {}; }
     Handle onRightMouseUp(std::function<void(const StatusItemPlace &)> observer) override;
 
     // What a popover is shown at.

@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 
 namespace lumo::wayland {
 
@@ -19,6 +20,10 @@ class WaylandStatusItem final : public StatusItem {
 
     void setToolTip(const std::string &text) override { notifierItem_.setToolTip(text); }
     void setTitle(const StatusTitle &title) override { notifierItem_.setTitle(title); }
+    bool isShown() const override { return notifierItem_.hasHost(); }
+    Handle onShownChange(std::function<void()> observer) override {
+        return notifierItem_.onHostChange(std::move(observer));
+    }
     Handle onRightMouseUp(std::function<void(const StatusItemPlace &)> observer) override;
 
   private:

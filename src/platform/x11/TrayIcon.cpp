@@ -52,8 +52,8 @@ TrayIcon::TrayIcon(Connection &connection, const RenderFormats &formats, const X
     lookForTray();
 }
 
-Handle TrayIcon::onTrayProcessChange(std::function<void()> observer) {
-    return trayProcessChanged_.subscribe(std::move(observer));
+Handle TrayIcon::onTrayChange(std::function<void()> observer) {
+    return trayChanged_.subscribe(std::move(observer));
 }
 
 Handle TrayIcon::onRightMouseUp(std::function<void(const Click &)> observer) {
@@ -98,7 +98,7 @@ void TrayIcon::lookForTray() {
 
 void TrayIcon::adoptTray(xcb_window_t tray) {
     if (tray != tray_) {
-        tray_ = tray;
+        setTray(tray, 0);
         const std::uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
         xcb_change_window_attributes(connection_, tray, XCB_CW_EVENT_MASK, &mask);
         trayEnd_ = connection_.events().on(event::destroyNotify, tray,
@@ -131,14 +131,16 @@ void TrayIcon::askForProcess() {
         requestProcess(connection_, tray_),
         lifetime_.guard([this, tray = tray_](const xcb_res_query_client_ids_reply_t *reply) {
             if (tray == tray_) {
-                setTrayProcess(processOf(reply));
+                setTray(tray, processOf(reply));
             }
         }));
 }
 
-void TrayIcon::setTrayProcess(std::int32_t process) {
-    if (process != std::exchange(trayProcess_, process)) {
-        trayProcessChanged_.emit();
+void TrayIcon::setTray(xcb_window_t tray, std::int32_t process) {
+    if (tray != tray_ || process != trayProcess_) {
+        tray_ = tray;
+        trayProcess_ = process;
+        trayChanged_.emit();
     }
 }
 
@@ -218,10 +220,9 @@ void TrayIcon::removeWindow() {
 }
 
 void TrayIcon::leaveTray() {
-    tray_ = XCB_NONE;
     trayEnd_.reset();
-    setTrayProcess(0);
     removeWindow();
+    setTray(XCB_NONE, 0);
     lookForTray();
 }
 

@@ -48,13 +48,15 @@ class TrayIcon {
     // Where something better shows the item.
     void setHidden(bool isHidden);
 
+    bool hasTray() const { return tray_ != XCB_NONE; }
+
     // The process whose tray draws its icons in a row; 0 when there is none or its process is
     // unknown. A tray that states no orientation has no row: it copies the icons to the session
     // bus, as which they are drawn, and leaves their windows somewhere on the desktop.
     std::int32_t trayProcess() const { return trayProcess_; }
 
-    // Calls the observer after trayProcess() changed.
-    Handle onTrayProcessChange(std::function<void()> observer);
+    // Calls the observer after hasTray() or trayProcess() changed.
+    Handle onTrayChange(std::function<void()> observer);
 
     // Calls the observer when the right button was released over the icon.
     Handle onRightMouseUp(std::function<void(const Click &)> observer);
@@ -70,7 +72,7 @@ class TrayIcon {
     void dock(bool isTranslucent);
     void askWhetherItDraws();
     void askForProcess();
-    void setTrayProcess(std::int32_t process);
+    void setTray(xcb_window_t tray, std::int32_t process);
     void makeWindow(bool isTranslucent);
     void setProperties();
     void removeWindow();
@@ -95,7 +97,7 @@ class TrayIcon {
     int width_ = 0;
     int height_ = 0;
     Signal<Click> clicked_;
-    Signal<> trayProcessChanged_;
+    Signal<> trayChanged_;
     Handle announcements_;
     Handle trayEnd_;
     std::array<Handle, 5> windowEvents_;

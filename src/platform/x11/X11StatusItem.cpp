@@ -22,7 +22,7 @@ X11StatusItem::X11StatusItem(Connection &connection, const RenderFormats &format
     , notifierItem_(bus)
     , trayIcon_(connection, formats, screens, mainLoop) {
     observations_.push_back(notifierItem_.onHostChange([this] { choosePlace(); }));
-    observations_.push_back(trayIcon_.onTrayProcessChange([this] { choosePlace(); }));
+    observations_.push_back(trayIcon_.onTrayChange([this] { choosePlace(); }));
     observations_.push_back(notifierItem_.onContextMenu([this](int x, int y) {
         clicked_.emit({std::nullopt, pointOf(screens_.pointSpace(), x, y)});
     }));
@@ -37,6 +37,7 @@ void X11StatusItem::choosePlace() {
     const bool isInTray = process != 0 && process == notifierItem_.watcherProcess();
     notifierItem_.setHidden(isInTray);
     trayIcon_.setHidden(notifierItem_.hasHost() && !isInTray);
+    shownChanged_.emit();
 }
 
 void X11StatusItem::setToolTip(const std::string &text) {
@@ -47,6 +48,10 @@ void X11StatusItem::setToolTip(const std::string &text) {
 void X11StatusItem::setTitle(const StatusTitle &title) {
     notifierItem_.setTitle(title);
     trayIcon_.setTitle(title);
+}
+
+Handle X11StatusItem::onShownChange(std::function<void()> observer) {
+    return shownChanged_.subscribe(std::move(observer));
 }
 
 Handle X11StatusItem::onRightMouseUp(std::function<void(const StatusItemPlace &)> observer) {

@@ -30,6 +30,8 @@ class X11StatusItem final : public StatusItem {
 
     void setToolTip(const std::string &text) override;
     void setTitle(const StatusTitle &title) override;
+    bool isShown() const override { return notifierItem_.hasHost() || trayIcon_.hasTray(); }
+    Handle onShownChange(std::function<void()> observer) override;
     Handle onRightMouseUp(std::function<void(const StatusItemPlace &)> observer) override;
 
   private:
@@ -38,6 +40,7 @@ class X11StatusItem final : public StatusItem {
     const X11Screens &screens_;
     freedesktop::StatusNotifierItem notifierItem_;
     TrayIcon trayIcon_;
+    Signal<> shownChanged_;
     Signal<StatusItemPlace> clicked_;
     std::vector<Handle> observations_;
 };
