@@ -12,12 +12,22 @@
 
 namespace lumo {
 
+namespace {
+
+int widthOf(TextStyle style, const QString &line) {
+    return QFontMetrics(fontOf(style)).horizontalAdvance(line);
+}
+
+} // namespace
+
 MenuItemView::MenuItemView(std::string_view title, std::function<void()> action)
     : QPushButton(toQString(title)) {
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_Hover);
     setAutoDefault(true); // Return presses the row that has the focus
-    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    policy.setHeightForWidth(true);
+    setSizePolicy(policy);
     QObject::connect(this, &QPushButton::clicked, this, [action = std::move(action)] { action(); });
 }
 
@@ -25,7 +35,8 @@ void MenuItemView::setTitle(const std::string &title) {
     change(toQString(title), subtitle_, shortcut_);
 }
 
-void MenuItemView::setSubtitle(const std::optional<std::string> &subtitle) {
+void MenuItemView::setSubtitle(const std::optional<std::string> &subtitle, int mostLines) {
+    mostSubtitleLines_ = mostLines;
     change(text(), toQString(subtitle.value_or("")), shortcut_);
 }
 
@@ -46,13 +57,11 @@ void MenuItemView::textsChanged() {
     setAccessibleName(text());
     setAccessibleDescription(shortcut_.isEmpty() ? subtitle_
                                                  : subtitle_ + QLatin1Char(' ') + shortcut_);
-    const auto widthOf = [](TextStyle style, const QString &line) {
-        return QFontMetrics(fontOf(style)).horizontalAdvance(line);
-    };
+    const auto lines = subtitleLines(width());
     const bool fits =
         widthOf(TextStyle::body, text()) <= textWidth() &&
-        widthOf(TextStyle::caption, subtitle_) <= textWidth() &&
-        (shortcut_.isEmpty() || widthOf(TextStyle::note, shortcut_) <= shortcutWidth());
+        (lines.isEmpty() || subtitle_.endsWith(lines.last())) &&
+        (shortcut_.isEmpty() || widthOf(shortcutStyle(), shortcut_) <= shortcutWidth());
     QStringList all{text(), subtitle_, shortcut_};
     all.removeAll(QString());
     setToolTip(fits ? QString() : all.join(QLatin1Char('\n')));
@@ -71,13 +80,27 @@ int MenuItemView::textWidth() const {
 
 // Beside the title, whose line it shares.
 int MenuItemView::shortcutWidth() const {
-    const int title = QFontMetrics(fontOf(TextStyle::body)).horizontalAdvance(text());
-    return textWidth() - title - spacing::medium;
+    return textWidth() - widthOf(TextStyle::body, text()) - spacing::medium;
+}
+
+TextStyle MenuItemView::shortcutStyle() const {
+    return widthOf(TextStyle::note, shortcut_) <= shortcutWidth() ? TextStyle::note
+                                                                  : TextStyle::caption;
+}
+
+QStringList MenuItemView::subtitleLines(int width) const {
+    return subtitle_.isEmpty()
+               ? QStringList()
+               : wrappedLines(subtitle_, fontOf(TextStyle::caption),
+                              width - 2 * menuRow::horizontalPadding, mostSubtitleLines_);
+}
+
+int MenuItemView::heightForWidth(int width) const {
+    return menuRow::height(static_cast<int>(subtitleLines(width).size()), padding());
 }
 
 QSize MenuItemView::sizeHint() const {
-    return {2 * menuRow::horizontalPadding,
-            menuRow::height(subtitle_.isEmpty() ? 0 : 1, padding())};
+    return {2 * menuRow::horizontalPadding, heightForWidth(width())};
 }
 
 QSize MenuItemView::minimumSizeHint() const {
@@ -96,10 +119,9 @@ void MenuItemView::keyPressEvent(QKeyEvent *event) {
 void MenuItemView::paintEvent(QPaintEvent * /*event*/) {
     QPainter painter(this);
     menuRow::paintHighlight(painter, *this, isDown());
-    menuRow::paintTexts(painter, *this, textWidth(), text(),
-                        subtitle_.isEmpty() ? QStringList() : QStringList(subtitle_), textWidth());
+    menuRow::paintTexts(painter, *this, textWidth(), text(), subtitleLines(width()), textWidth());
     if (!shortcut_.isEmpty()) {
-        painter.setFont(fontOf(TextStyle::note));
+        painter.setFont(fontOf(shortcutStyle()));
         painter.setPen(palette().color(QPalette::Active, role::secondaryText));
         const QRect area(menuRow::horizontalPadding + textWidth() - shortcutWidth(), 0,
                          shortcutWidth(), menuRow::height(0, padding()));

@@ -26,6 +26,7 @@ namespace {
 
 constexpr int headerHeight = 26;
 constexpr int mostNoticeLines = 2;
+constexpr int mostTextLines = 2; // of a subtitle without names, which may be of any length
 
 } // namespace
 
@@ -111,7 +112,7 @@ QWidget *StatusMenuView::makeMainPage() {
     };
     toggle_ = row({}, &StatusMenuActions::onToggle);
     peek_ = row("Peek Mode", &StatusMenuActions::onPeek);
-    peek_->setSubtitle("Temporary reveal (does not turn Lumo off)");
+    peek_->setSubtitle("Temporary reveal (does not turn Lumo off)", mostTextLines);
     setCover_ = row("Set Cover to Frontmost", &StatusMenuActions::onSetCoverFromFrontmost);
     chooseCover_ = new MenuItemView("Choose Cover App", [this] { menu_.chooseCoverApp(); });
     std::vector<QWidget *> rows{toggle_, peek_, setCover_, chooseCover_};
@@ -153,7 +154,7 @@ void StatusMenuView::refresh() {
     setCover_->setShortcut(menu_.setCoverShortcutLabel());
     chooseCover_->setSubtitle(menu_.chooseCoverSubtitle());
     privacyCover_->setSubtitle(menu_.privacyCoverSummary());
-    shortcuts_->setSubtitle(menu_.shortcutSummary());
+    shortcuts_->setSubtitle(menu_.shortcutSummary(), mostTextLines);
     refreshNotice();
     coverApps_->refresh();
     showPage();

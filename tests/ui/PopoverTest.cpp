@@ -90,6 +90,26 @@ TEST_F(PopoverTest, RowsFollowTheSettings) {
                 ElementsAre("Back", "Clear selected cover app", "Running apps"));
 }
 
+// A row has a tool tip when it does not show all of its texts.
+TEST(Popover, RowsShowAllOfTheirTextsInAWideFont) {
+    const auto usual = QApplication::font();
+    QApplication::setFont(QFont(QStringLiteral("DejaVu Sans")));
+    test::InterfaceStage stage(test::desktopWords());
+    StatusMenuView view(*stage.menu, stage.desktop.mainLoop);
+    view.resize(StatusMenuView::contentSize);
+    for (const auto show : {&StatusMenu::showMain, &StatusMenu::showSettings}) {
+        (*stage.menu.*show)();
+        stage.desktop.mainLoop.runPosted();
+        test::layOut(view);
+        for (const auto *row : view.findChildren<MenuItemView *>()) {
+            if (row->isVisible()) {
+                EXPECT_EQ(row->toolTip().toStdString(), "");
+            }
+        }
+    }
+    QApplication::setFont(usual);
+}
+
 TEST_F(PopoverTest, KeyboardAlone) {
     press({Qt::Key_Down, Qt::Key_Return});
     press({Qt::Key_Down, Qt::Key_Space, Qt::Key_Tab, Qt::Key_Return, Qt::Key_Up, Qt::Key_Up,
@@ -224,18 +244,26 @@ TEST(GuidedAccess, GuidanceLeadsToThePermission) {
 TEST(GuidedAccess, PageOfLinuxDesktopsNamesWhatIsMissing) {
     test::InterfaceStage stage(test::desktopWords());
     stage.desktop.accessibilityTrusted = false;
+    stage.desktop.showStatusItem(false);
     stage.permission.checkPermission();
     GuidedAccessView view(stage.guidanceModel());
     test::layOut(view);
     EXPECT_THAT(test::readTexts(view), Contains("No window manager answers"));
+    EXPECT_THAT(test::readTexts(view), Contains("The dot in your panel")) << "it may yet come";
+    stage.desktop.advance(1);
+    test::layOut(view);
+    EXPECT_THAT(test::readTexts(view),
+                AllOf(Contains("Open the settings"), Not(Contains("The dot in your panel"))));
     EXPECT_THAT(test::readTabStops(view), ElementsAre("Check Again"));
     EXPECT_EQ(view.size(), QSize(400, 480)) << "nothing needs more room";
     stage.desktop.accessibilityTrusted = true;
     control<QPushButton>(view, "Check Again").click();
     EXPECT_THAT(test::readTabStops(view), ElementsAre("Turn Lumo On"));
     stage.desktop.changeKeyNames({{2, "E"}, {49, "Leertaste"}});
+    stage.desktop.showStatusItem(true); // when the panel comes
     EXPECT_THAT(test::readTexts(view),
                 AllOf(Contains("Ctrl+Leertaste"), Contains("Ctrl+Alt+Super+E"),
+                      Contains("The dot in your panel"), Not(Contains("Open the settings")),
                       Not(Contains("No window manager answers"))));
     control<QPushButton>(view, "Turn Lumo On").click();
     EXPECT_THAT(stage.actions, ElementsAre("begin"));
