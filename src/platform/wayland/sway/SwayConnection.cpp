@@ -108,10 +108,11 @@ void SwayConnection::run(std::string_view command) {
 }
 
 std::optional<std::string> SwayConnection::ask(MessageType type, std::string_view body) {
-    std::optional<std::string> answer;
-    request(type, body, [&answer](const std::string &reply) { answer = reply; });
+    // A reply that is too late must find something to write to.
+    const auto answer = std::make_shared<std::optional<std::string>>();
+    request(type, body, [answer](const std::string &reply) { *answer = reply; });
     awaitReplies();
-    return answer;
+    return *answer;
 }
 
 Handle SwayConnection::onEvent(std::function<void(const Message &event)> observer) {
