@@ -55,7 +55,7 @@ std::string effectDescription(EffectMode mode, const Capabilities &capabilities)
 std::string shakeNote(const Capabilities &capabilities) {
     return capabilities.globalPointerMonitors
                ? "Quickly move the mouse left and right four times to turn Lumo on or off."
-               : "This desktop tells no program where the mouse is, so that there are no swipes.";
+               : "This desktop tells no program where the mouse is: no swipes.";
 }
 
 std::string_view ruleModeExplanation(bool useWhitelistMode) {

@@ -363,6 +363,27 @@ TEST_F(SwayPanelTest, PopoverSettingsCoverAndLocker) {
     EXPECT_EQ(wrongWith(threeAndPanel("Green")), "") << "unlocked";
 }
 
+TEST_F(SwayTest, FiveHundredWindows) {
+    show();
+    auto &red = *windows["Red"].program;
+    for (int i = 0; i < 496; ++i) {
+        red.writeLine("window Small #a06080 320 200");
+    }
+    red.writeLine("window Last #6080a0 320 220");
+    ASSERT_TRUE(eventually([&] { return isShown("Last"); }));
+    sway.command("[title=Last] move absolute position 800 20");
+    const Pane last = {{800, 20, 320, 220}, "#6080a0"};
+    auto panes = threeWithClear("Red");
+    panes.back().isClear = false;
+    panes.push_back({{480, 260, 320, 200}, "#a06080", false});
+    panes.push_back(last);
+    EXPECT_EQ(wrongWith(panes), "");
+    sway.command("[title=Last] kill");
+    panes.pop_back();
+    panes.back().isClear = true;
+    EXPECT_EQ(wrongWith(panes), "");
+}
+
 class SwayDisplaysTest : public SwayTest {
   protected:
     SwayDisplaysTest()

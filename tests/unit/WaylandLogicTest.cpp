@@ -109,8 +109,8 @@ TEST(AskingPace, AsOftenAsSomethingCanMove) {
           Row{true, windows, 0.6, 0.1}, Row{true, tiledEdges, 9, 0.1},
           Row{true, nothing, 9, std::nullopt}, Row{false, windows, 9, 1.0},
           Row{false, tiledEdges, 9, std::nullopt}, Row{true, windows, 0.1, 0.06, 0.015},
-          Row{true, windows, 9, 0.15, 0.015}, Row{false, windows, 9, 7.5, 0.015},
-          Row{false, windows, 9, 10.0, 3}}) {
+          Row{true, windows, 9, 0.15, 0.015}, Row{false, windows, 9, 1.5, 0.015},
+          Row{false, windows, 9, 4.0, 3}}) {
         AskingPace pace;
         pace.noteInput(row.isInputActive);
         pace.noteMovable(row.movable);

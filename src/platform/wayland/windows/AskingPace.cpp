@@ -11,7 +11,7 @@ constexpr double longestRest = 0.5; // seconds, of a hand that goes on with the 
 // The interval that leaves answers no more than their share of the time, but for single answers
 // that have come late.
 double atMost(double share, double interval, double answer) {
-    constexpr double longest = 10; // intervals
+    constexpr double longest = 4; // intervals
     return std::clamp(answer / share, interval, longest * interval);
 }
 
@@ -27,7 +27,7 @@ std::optional<double> AskingPace::interval(double now) const {
     if (isInputActive_) {
         return atMost(0.1, whileActive, lastAnswer_);
     }
-    return movable_ == Movable::windows ? std::optional(atMost(0.002, whileIdle, lastAnswer_))
+    return movable_ == Movable::windows ? std::optional(atMost(0.01, whileIdle, lastAnswer_))
                                         : std::nullopt;
 }
 
