@@ -236,5 +236,24 @@ TEST_F(OverlayOrder, ClicksGoThroughDuringAResize) {
     EXPECT_TRUE(eventually([&] { return lines.size() == 1; }));
 }
 
+TEST(OverlaySize, MoreThanTheServerHoldsIsRefusedWithALine) {
+    OverlayDesktop desktop({.width = 800, .height = 600, .serverArguments = {"-ld", "1000000"}});
+    desktop.settle();
+    const auto overlay = desktop.overlays->makeWindow({0, 0, 20000, 20000});
+    const auto isShown = [&] {
+        return desktop.session.isViewable(static_cast<xcb_window_t>(overlay->windowNumber()));
+    };
+    overlay->commit(desktop.tree(desktop.frame()));
+    overlay->orderFront();
+    EXPECT_TRUE(desktop.eventually([&] { return !desktop.lines.empty(); }));
+    desktop.settle();
+    EXPECT_THAT(desktop.lines,
+                testing::ElementsAre("[Lumo] The X server has no memory for an overlay of 20000 x "
+                                     "20000 pixels; none is shown"));
+    EXPECT_FALSE(isShown());
+    overlay->setFrame(desktop.frame());
+    EXPECT_TRUE(desktop.eventually(isShown));
+}
+
 } // namespace
 } // namespace lumo::x11

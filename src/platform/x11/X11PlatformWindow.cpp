@@ -17,9 +17,13 @@
 #include "platform/x11/server/Connection.h"
 #include "platform/x11/server/ProtocolRectangle.h"
 #include "platform/x11/server/RenderFormats.h"
+#include "platform/x11/server/ServerResource.h"
 #include "platform/x11/windows/WindowMirror.h"
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
+#include <string>
 #include <utility>
 
 namespace lumo::x11 {
@@ -194,7 +198,7 @@ void X11PlatformWindow::push() {
         goOut();
         return;
     }
-    if (!isReady(order)) {
+    if (!isReady(order) || !hasRoom(wanted.area)) {
         return;
     }
     preparePainter(showsBackdrop(wanted.tree));
@@ -224,6 +228,49 @@ bool X11PlatformWindow::isReady(const Order &order) const {
         break;
     }
     return true;
+}
+
+bool X11PlatformWindow::hasRoom(const drawing::PixelRect &area) {
+    if (area.width != room_.width || area.height != room_.height) {
+        askForRoom(area);
+    }
+    if (room_.state == Room::State::tooLittle) {
+        surroundings_.log.print("[Lumo] The X server has no memory for an overlay of " +
+                                std::to_string(area.width) + " x " + std::to_string(area.height) +
+                                " pixels; none is shown");
+        retired_.reset();
+        goOut();
+    }
+    return room_.state == Room::State::enough;
+}
+
+// As many pictures as an overlay may need at once, which are not drawn to: the server has the
+// memory for their pixels or says that it has not.
+void X11PlatformWindow::askForRoom(const drawing::PixelRect &area) {
+    constexpr std::size_t pictures = 3; // the scene, the canvas and the grain
+    room_.width = area.width;
+    room_.height = area.height;
+    room_.state = Room::State::unknown;
+    room_.replies.emplace();
+    std::array<OwnedPixmap, pictures> pixmaps;
+    for (auto &pixmap : pixmaps) {
+        pixmap = OwnedPixmap(connection_);
+        const bool isLast = &pixmap == &pixmaps.back();
+        connection_.whenHandled(xcb_create_pixmap_checked(connection_, surface_->depth(),
+                                                          pixmap.id(), surface_->id(),
+                                                          static_cast<std::uint16_t>(area.width),
+                                                          static_cast<std::uint16_t>(area.height)),
+                                room_.replies->guard([this, isLast](bool succeeded) {
+                                    if (!succeeded) {
+                                        room_.state = Room::State::tooLittle;
+                                    } else if (isLast && room_.state == Room::State::unknown) {
+                                        room_.state = Room::State::enough;
+                                    }
+                                    if (isLast) {
+                                        requestPush();
+                                    }
+                                }));
+    }
 }
 
 void X11PlatformWindow::goOut() {

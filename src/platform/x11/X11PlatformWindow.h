@@ -13,6 +13,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace lumo {
 class MainLoop;
@@ -56,8 +57,8 @@ struct OverlaySurroundings {
 // and sent to the server as one difference from what that was told before: first what shows the
 // least, so that no state in between is ever seen. What takes long to paint is waited for, in the
 // loop, before anything that would uncover it is asked for; so is the server's confirmation that
-// clicks go through. Where the server cannot do that, or nothing can draw the overlay, it never
-// comes on screen. Main thread only; waits for nothing.
+// clicks go through. Where the server cannot do that, has no memory for an overlay of that size, or
+// nothing can draw the overlay, it never comes on screen. Main thread only; waits for nothing.
 class X11PlatformWindow final : public PlatformWindow {
   public:
     X11PlatformWindow(OverlaySurroundings &surroundings, const Rect &frame);
@@ -98,6 +99,16 @@ class X11PlatformWindow final : public PlatformWindow {
     // When the difference between what is wanted and what is shown is sent next.
     enum class NextPush { none, posted, whenPainted };
 
+    // Whether the server can hold the pictures of an overlay of a size.
+    struct Room {
+        enum class State { unknown, enough, tooLittle };
+
+        int width = 0; // pixels
+        int height = 0;
+        State state = State::unknown;
+        std::optional<Lifetime> replies = {}; // of the latest requests
+    };
+
     std::unique_ptr<OverlaySurface> makeSurface();
     std::unique_ptr<Placement> makePlacement();
     bool isPlacementStale() const;
@@ -107,6 +118,8 @@ class X11PlatformWindow final : public PlatformWindow {
     void followWindows();
     void push();
     bool isReady(const Order &order) const;
+    bool hasRoom(const drawing::PixelRect &area);
+    void askForRoom(const drawing::PixelRect &area);
     void goOut();
     void hide(Stage stage, const drawing::PixelRect &area, const Order &order);
     void paint(const drawing::PlacedLayers &appearance, const Order &order);
@@ -134,6 +147,7 @@ class X11PlatformWindow final : public PlatformWindow {
     std::unique_ptr<OverlaySurface> surface_;
     std::unique_ptr<OverlaySurface> retired_; // shows until its successor does
     Stage stage_ = Stage::out;
+    Room room_;
     Order placed_; // what the server was last asked for
     std::unique_ptr<Placement> placement_;
     std::unique_ptr<Painter> painter_;
