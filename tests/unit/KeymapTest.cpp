@@ -1,10 +1,12 @@
 #include "platform/x11/input/Keymap.h"
 
 #include "platform/EventMonitors.h"
+#include "platform/HotKeyService.h"
 
 #include <gtest/gtest.h>
 
 #include <initializer_list>
+#include <optional>
 
 namespace lumo::x11 {
 namespace {
@@ -73,6 +75,31 @@ TEST(KeymapTest, ModifierBits) {
     outside.modifierKeys[0] = 200;
     outside.modifierKeys[1] = 3;
     EXPECT_EQ(modifierBits(outside).command, 0x40) << "keycodes beyond the symbols";
+}
+
+// Of the same two shortcuts, on the keyboards that a user goes through.
+TEST(KeymapTest, MasksBecomeOneWhenTheLayoutChanges) {
+    constexpr auto controlOption = hotKeyModifier::control | hotKeyModifier::option;
+    constexpr auto controlCommand = hotKeyModifier::control | hotKeyModifier::command;
+    using State = std::optional<std::uint16_t>;
+    const struct {
+        const char *name;
+        Keymap keymap;
+        State option;
+        State command;
+    } table[] = {
+        {"apart", keymapOf({{3, altLeft}, {6, superLeft}}), 0x0c, 0x44},
+        {"one modifier has both keys", keymapOf({{3, altLeft}, {3, superLeft}}), 0x0c, 0x0c},
+        {"the Super key works as Control", keymapOf({{3, altLeft}, {2, superLeft}}), 0x0c, 0x04},
+        {"no Super key", keymapOf({{3, altLeft}}), 0x0c, std::nullopt},
+    };
+    for (const auto &row : table) {
+        const auto bits = modifierBits(row.keymap);
+        EXPECT_EQ(stateOf(bits, controlOption), row.option) << row.name;
+        EXPECT_EQ(stateOf(bits, controlCommand), row.command) << row.name;
+        EXPECT_EQ(stateOf(bits, 0), State(0));
+        EXPECT_EQ(stateOf(bits, hotKeyModifier::shift), State(XCB_MOD_MASK_SHIFT));
+    }
 }
 
 TEST(KeymapTest, FlagsOfState) {

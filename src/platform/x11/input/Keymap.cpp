@@ -1,6 +1,10 @@
 #include "platform/x11/input/Keymap.h"
 
 #include "platform/EventMonitors.h"
+#include "platform/HotKeyService.h"
+
+#include <array>
+#include <utility>
 
 namespace lumo::x11 {
 
@@ -48,6 +52,26 @@ ModifierBits modifierBits(const Keymap &keymap) {
             .option = bitOfEither(keymap, altLeftKeysym, altRightKeysym),
             .numLock = bitOf(keymap, numLockKeysym),
             .scrollLock = bitOf(keymap, scrollLockKeysym)};
+}
+
+std::optional<std::uint16_t> stateOf(const ModifierBits &bits, std::uint32_t modifiers) {
+    const std::array<std::pair<std::uint32_t, std::uint16_t>, 4> table = {{
+        {hotKeyModifier::command, bits.command},
+        {hotKeyModifier::option, bits.option},
+        {hotKeyModifier::control, XCB_MOD_MASK_CONTROL},
+        {hotKeyModifier::shift, XCB_MOD_MASK_SHIFT},
+    }};
+    std::uint16_t state = 0;
+    for (const auto &[modifier, bit] : table) {
+        if ((modifiers & modifier) == 0) {
+            continue;
+        }
+        if (bit == 0) {
+            return std::nullopt;
+        }
+        state |= bit;
+    }
+    return state;
 }
 
 std::uint32_t modifierFlags(const ModifierBits &bits, std::uint32_t state) {

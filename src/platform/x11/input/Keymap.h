@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace lumo::x11 {
@@ -32,6 +33,10 @@ struct ModifierBits {
 // left one; where several keys have a symbol, that of one which has it without any modifier, as
 // others may be keys that nobody can press.
 ModifierBits modifierBits(const Keymap &keymap);
+
+// The state of a key event in which these modifiers (hotKeyModifier) and no others are held; absent
+// when the keyboard lacks one of them. Modifiers whose keys set the same bit are the same there.
+std::optional<std::uint16_t> stateOf(const ModifierBits &bits, std::uint32_t modifiers);
 
 // The modifier flags (modifierFlag) of a state of the keyboard.
 std::uint32_t modifierFlags(const ModifierBits &bits, std::uint32_t state);

@@ -9,7 +9,6 @@
 #include "support/Log.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 namespace lumo::x11 {
@@ -54,27 +53,6 @@ void X11HotKeys::makeAutoRepeatDetectable() {
                                        .sequence);
 }
 
-std::optional<std::uint16_t> X11HotKeys::stateOf(std::uint32_t modifiers) const {
-    const auto &bits = modifiers_.bits();
-    const std::array<std::pair<std::uint32_t, std::uint16_t>, 4> table = {{
-        {hotKeyModifier::command, bits.command},
-        {hotKeyModifier::option, bits.option},
-        {hotKeyModifier::control, XCB_MOD_MASK_CONTROL},
-        {hotKeyModifier::shift, XCB_MOD_MASK_SHIFT},
-    }};
-    std::uint16_t state = 0;
-    for (const auto &[modifier, bit] : table) {
-        if ((modifiers & modifier) == 0) {
-            continue;
-        }
-        if (bit == 0) {
-            return std::nullopt;
-        }
-        state |= bit;
-    }
-    return state;
-}
-
 std::vector<std::uint16_t> X11HotKeys::grabStates(std::uint16_t state) const {
     std::vector<std::uint16_t> states = {state};
     const auto &bits = modifiers_.bits();
@@ -98,7 +76,7 @@ Handle X11HotKeys::installEventHandler(std::function<void(const HotKeyEvent &)> 
 Handle X11HotKeys::registerHotKey(std::uint32_t keyCode, std::uint32_t modifiers, HotKeyID id,
                                   std::function<void(HotKeyStatus)> outcome) {
     const auto keycode = freedesktop::keycodeOfVirtualKey(keyCode);
-    const auto state = stateOf(modifiers);
+    const auto state = stateOf(modifiers_.bits(), modifiers);
     if (!keycode || !state) {
         outcome(HotKeyStatus::invalidParameter);
         return {};
@@ -187,7 +165,7 @@ void X11HotKeys::scheduleRetry() {
 
 void X11HotKeys::retryTaken() {
     for (auto &hotKey : hotKeys_) {
-        const auto state = stateOf(hotKey.modifiers);
+        const auto state = stateOf(modifiers_.bits(), hotKey.modifiers);
         if (hotKey.status == HotKeyStatus::alreadyTaken && hotKey.grabbedStates.empty() && state) {
             hotKey.earlierPress = EarlierPress::unknown;
             readWhetherHeld(hotKey);
@@ -218,7 +196,7 @@ void X11HotKeys::grabAllAnew() {
     std::ranges::for_each(hotKeys_, [this](HotKey &hotKey) { ungrab(hotKey); });
     for (auto next = hotKeys_.begin(); next != hotKeys_.end();) {
         auto &hotKey = *next++; // the outcome may unregister it
-        const auto state = stateOf(hotKey.modifiers);
+        const auto state = stateOf(modifiers_.bits(), hotKey.modifiers);
         if (!state) {
             giveUp(hotKey, HotKeyStatus::invalidParameter);
         } else if (isHotKey(hotKey.keycode, *state)) {

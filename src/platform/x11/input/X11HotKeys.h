@@ -78,7 +78,6 @@ class X11HotKeys final : public HotKeyService {
     };
 
     void makeAutoRepeatDetectable();
-    std::optional<std::uint16_t> stateOf(std::uint32_t modifiers) const;
     std::vector<std::uint16_t> grabStates(std::uint16_t state) const;
     void readWhetherHeld(HotKey &hotKey);
     void grab(HotKey &hotKey, std::uint16_t state);
