@@ -2,6 +2,7 @@
 
 #include "Look.h"
 #include "TwoWindows.h"
+#include "desktop/ProgramUnderTest.h"
 
 #include <gmock/gmock.h>
 
@@ -41,7 +42,7 @@ TEST_F(LumoProgram, ArgumentsAreAnsweredAndNothingStarts) {
     const std::map<std::string, int> statuses{
         {"--help", 0}, {"--version", 0}, {"-h", 2}, {"", 2}, {"--from-desktop=", 2}};
     for (const auto &[argument, status] : statuses) {
-        const auto lumo = desktop.start({LUMO_EXECUTABLE, argument}, {{"DISPLAY", ""}});
+        const auto lumo = desktop.start({programUnderTest(), argument}, {{"DISPLAY", ""}});
         EXPECT_EQ(lumo->waitForExit(), status) << argument;
         EXPECT_THAT(status == 0 ? lumo->outputLines() : lumo->errorLines(),
                     testing::ElementsAre(testing::ContainsRegex("^Lumo [0-9.]+ .*lumo\\(1\\)")));

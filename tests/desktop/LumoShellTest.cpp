@@ -1,4 +1,5 @@
 #include "Look.h"
+#include "desktop/ProgramUnderTest.h"
 #include "desktop/SampleApplication.h"
 #include "desktop/ShellDesktop.h"
 
@@ -255,7 +256,7 @@ TEST_F(LumoShell, SecondStartOpensTheSettings) {
 TEST_F(LumoShell, StartedByTheDesktopItIsQuietAndTakesRequests) {
     SampleApplication other(desktop, "Other", {{.area = {60, 80, 500, 400}}});
     writePreferences(desktop, {{"hasCompletedOnboarding", true}});
-    const auto quiet = desktop.start({LUMO_EXECUTABLE, "--from-desktop"});
+    const auto quiet = desktop.start({programUnderTest(), "--from-desktop"});
     dot();
     const auto request = [&](const std::string &action) {
         const auto client = desktop.start({"gapplication", "action", "app.lumo.Lumo", action});

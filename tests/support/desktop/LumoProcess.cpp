@@ -1,6 +1,7 @@
 #include "desktop/LumoProcess.h"
 
 #include "desktop/PrivateDesktop.h"
+#include "desktop/ProgramUnderTest.h"
 
 #include <csignal>
 #include <fstream>
@@ -58,14 +59,14 @@ void writePreferences(const fs::path &file, const Preferences &preferences) {
 
 LumoProcess::LumoProcess(PrivateDesktop &desktop)
     : desktop_(desktop)
-    , process_(desktop.start({LUMO_EXECUTABLE})) {
+    , process_(desktop.start({programUnderTest()})) {
 }
 
 LumoProcess::LumoProcess(PrivateDesktop &desktop, const Preferences &preferences,
                          const Environment &variables)
     : desktop_(desktop) {
     writePreferences(desktop, preferences);
-    process_ = desktop.start({LUMO_EXECUTABLE}, variables);
+    process_ = desktop.start({programUnderTest()}, variables);
 }
 
 std::vector<LumoProcess::Overlay> LumoProcess::overlays() {

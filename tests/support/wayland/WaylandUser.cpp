@@ -1,5 +1,7 @@
 #include "wayland/WaylandUser.h"
 
+#include "desktop/ProgramUnderTest.h"
+
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -89,7 +91,7 @@ std::unique_ptr<ChildProcess> WaylandUser::startLumo(const Preferences &preferen
                                                      const Environment &variables) const {
     writePreferences(path("config") / "lumo" / "app.lumo.Lumo.plist", preferences);
     own();
-    return start({runnable(LUMO_EXECUTABLE).string()}, variables);
+    return start({runnable(programUnderTest()).string()}, variables);
 }
 
 std::unique_ptr<ChildProcess> WaylandUser::startSurface(const std::string &name,
