@@ -6,8 +6,17 @@ if(LUMO_CHECK_LIBRARY)
   add_compile_definitions(_GLIBCXX_ASSERTIONS)
 endif()
 
-# Only the link sees all types. It needs what the optimiser of the link needs, even if nothing is optimised.
+# Only a link of all code by its meaning sees all types. It needs what the optimiser of the link needs, even if nothing is
+# optimised. That of the program does it; all others take the machine code that the objects hold as well.
 if(LUMO_CHECK_TYPES AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-  set(CMAKE_INTERPROCEDURAL_OPTIMIZATION ON)
-  add_link_options(-Wodr -Werror=odr -Wlto-type-mismatch -Werror=lto-type-mismatch)
+  add_compile_options(-flto=auto -ffat-lto-objects)
+  add_link_options(-fno-lto)
 endif()
+
+# lumo_check_types(<program>)
+function(lumo_check_types program)
+  if(LUMO_CHECK_TYPES AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_link_options(${program} PRIVATE
+      -flto=auto -Wodr -Werror=odr -Wlto-type-mismatch -Werror=lto-type-mismatch)
+  endif()
+endfunction()

@@ -15,9 +15,9 @@ elseif(NOT LUMO_SANITIZE STREQUAL "")
   message(FATAL_ERROR "LUMO_SANITIZE must be empty, address or thread, not ${LUMO_SANITIZE}")
 endif()
 
-# Most of what the optimiser does beyond the basics only costs time here.
+# Most of what the optimiser does beyond the basics only costs time here, and so do all debuggers' facts but lines.
 if(LUMO_SANITIZE)
-  add_compile_options(-O1)
+  add_compile_options(-O1 -g1)
 endif()
 
 # GCC warns of optionals that are read only when they are set, once the sanitizers' checks lie between.
