@@ -49,13 +49,14 @@ std::optional<int> runOnWayland(freedesktop::GlibMainLoop &loop, Log &log, Start
     }
     wayland::WaylandKeyboard keyboard(*connection);
     freedesktop::SessionBus sessionBus(loop);
-    const auto compositor = wayland::findCompositor(*connection, keyboard, sessionBus, loop, log);
-    if (!compositor) {
-        return 1;
-    }
+    // First of all: what a compositor has for this program, it has once.
     if (freedesktop::giveWayToRunningInstance(sessionBus, wayland::nameOnBus())) {
         log.print("[Lumo] already running on this display");
         return 0;
+    }
+    const auto compositor = wayland::findCompositor(*connection, keyboard, sessionBus, loop, log);
+    if (!compositor) {
+        return 1;
     }
     wayland::WaylandBackend backend(*connection, *compositor, keyboard, sessionBus, loop, log,
                                     startedBy, [&loop] { loop.quit(0); });
