@@ -166,8 +166,8 @@ PrivateKWin::PrivateKWin(const KWinOptions &options) {
     };
     waitUntil([&] { return fs::exists(path("run") / "wayland-k") && names(); }, *kwin_, "KWin");
     if (options.hasXwayland) {
-        waitUntil([&] { return !xwayland().empty(); }, *kwin_, "Xwayland");
-        environment_.merge(xwayland());
+        waitUntil([&] { return !xDisplay().empty(); }, *kwin_, "Xwayland");
+        environment_["DISPLAY"] = xDisplay();
     }
     control_ = std::make_unique<Control>(UsersConnection((path("run") / "wayland-k").string()));
 }
@@ -175,19 +175,17 @@ PrivateKWin::PrivateKWin(const KWinOptions &options) {
 PrivateKWin::~PrivateKWin() = default;
 
 // KWin tells none but its own children, of which the server is one.
-Environment PrivateKWin::xwayland() const {
+std::string PrivateKWin::xDisplay() const {
     const auto process = std::to_string(kwin_->processIdentifier());
     std::ifstream children("/proc/" + process + "/task/" + process + "/children");
     for (std::string child; children >> child;) {
-        std::ifstream file("/proc/" + child + "/cmdline");
-        std::vector<std::string> arguments;
-        for (std::string argument; std::getline(file, argument, '\0');) {
-            arguments.push_back(argument);
-        }
-        const auto cookies = std::ranges::find(arguments, "-auth");
-        if (arguments.size() > 1 && arguments[0].ends_with("Xwayland") &&
-            cookies != arguments.end()) {
-            return {{"DISPLAY", arguments[1]}, {"XAUTHORITY", *(cookies + 1)}};
+        std::ifstream command("/proc/" + child + "/cmdline");
+        std::string program;
+        std::string display;
+        std::getline(command, program, '\0');
+        std::getline(command, display, '\0');
+        if (program.ends_with("Xwayland")) {
+            return display;
         }
     }
     return {};

@@ -58,8 +58,8 @@ class PrivateKWin : public WaylandUser {
   private:
     struct Control;
 
-    // How clients reach the X server that KWin has started; empty while there is none.
-    Environment xwayland() const;
+    // The display of the X server that KWin has started; empty while there is none.
+    std::string xDisplay() const;
 
     std::unique_ptr<ChildProcess> kwin_;
     std::unique_ptr<Control> control_;
