@@ -1,5 +1,8 @@
 #include "Look.h"
 #include "Panes.h"
+#include "bus/RunUntil.h"
+#include "bus/StatusNotifierHost.h"
+#include "platform/freedesktop/GlibMainLoop.h"
 #include "wayland/PrivateKWin.h"
 
 #include <gmock/gmock.h>
@@ -25,17 +28,23 @@ class KWinTest : public testing::Test {
   protected:
     // Starts three applications whose windows overlap in a row, the first in front, and the real
     // program.
-    void show(const KWinOptions &options = {}, const Preferences &more = {}) {
+    void show(const KWinOptions &options = {}, const Preferences &more = {},
+              const std::string &front = "Red") {
         kwin = std::make_unique<PrivateKWin>(options);
         for (auto &[name, window] : windows) {
             window.program =
                 kwin->startSample(name, window.colour, window.area.width, window.area.height);
             place(name, window.area);
         }
+        restart(more);
+        EXPECT_EQ(wrongWith(clear(front)), "");
+    }
+
+    void restart(const Preferences &more) {
+        lumo.reset();
         auto preferences = look.preferences();
         preferences.insert(more.begin(), more.end());
         lumo = kwin->startLumo(preferences);
-        EXPECT_EQ(wrongWith(clear("Red")), "");
     }
 
     void place(const std::string &name, const Area &area) {
@@ -66,6 +75,21 @@ class KWinTest : public testing::Test {
         panes.insert(panes.begin(), {display, "#000000"});
         std::ranges::for_each(panes, [](Pane &pane) { pane.isClear = true; });
         return panes;
+    }
+
+    // A bright window with exactly these edges lies over what is covered.
+    bool isOver(const Area &area) {
+        const auto picture = kwin->picture();
+        const auto isBright = [&](int x, int y) {
+            const auto colour = picture.at(x, y);
+            return std::min({colour.red, colour.green, colour.blue}) > 180;
+        };
+        const int x = area.x + area.width / 2;
+        const int y = area.y + area.height / 2;
+        return isBright(area.x + 2, y) && !isBright(area.x - 1, y) &&
+               isBright(area.right() - 3, y) && !isBright(area.right(), y) &&
+               isBright(x, area.y + 2) && !isBright(x, area.y - 1) &&
+               isBright(x, area.bottom() - 3) && !isBright(x, area.bottom());
     }
 
     std::string wrongWith(const std::vector<Pane> &expected,
@@ -250,6 +274,88 @@ TEST_F(KWinTest, HotKeysAndShake) {
     })) << lumo->report();
 }
 
+TEST_F(KWinTest, PanelPopoverAndASecondStart) {
+    show();
+    auto &red = *windows["Red"].program;
+    red.writeLine("panel #f0d0f0 30");
+    auto expected = clear("Red");
+    expected.push_back({{0, 690, 1280, 30}, "#f0d0f0"});
+    EXPECT_EQ(wrongWith(expected), "") << "a panel stays clear";
+
+    freedesktop::GlibMainLoop loop;
+    test::StatusNotifierHost host(kwin->bus().address());
+    host.setHost(true);
+    const auto open = [&](Spot told) {
+        host.callItem("ContextMenu", told.x, told.y);
+        freedesktop::runUntil(
+            loop, [&] { return false; }, 0.1);
+    };
+    ASSERT_TRUE(freedesktop::runUntil(loop, [&] { return !host.items().empty(); }));
+    kwin->moveTo({1000, 50});
+    open({300, 700});
+    EXPECT_TRUE(eventually([&] { return isOver({170, 384, 260, 300}); })) << "at the item";
+    kwin->click({90, 110});
+    EXPECT_EQ(wrongWith(expected), "") << "closed by a click outside";
+    kwin->moveTo({1000, 50});
+    open({5, 5});
+    EXPECT_TRUE(eventually([&] { return isOver({870, 6, 260, 300}); })) << "at the pointer";
+    open({5, 5});
+    EXPECT_EQ(wrongWith(expected), "") << "closed by the item";
+
+    const auto second = kwin->startLumo(look.preferences());
+    EXPECT_EQ(second->waitForExit(), 0);
+    EXPECT_THAT(second->outputLines(),
+                testing::ElementsAre("[Lumo] already running on this display"));
+    EXPECT_TRUE(eventually([&] {
+        act("Lumo Settings", "w.closeWindow()");
+        return said("Red", "focus") > 3;
+    })) << "the second one shows the settings";
+    red.writeLine("unpanel");
+    EXPECT_EQ(wrongWith(clear("Red")), "") << "the first one still knows of panels";
+}
+
+TEST_F(KWinTest, PrivacyCover) {
+    show({},
+         {{"privacyCoverEnabled", true},
+          {"privacyCoverBundleID", std::string("Green")},
+          {"privacyCoverKeepAbove", true}},
+         "Green");
+    kwin->click({90, 110});
+    ASSERT_TRUE(eventually([&] { return said("Red", "click") > 0; }));
+    std::erase(order, "Red");
+    order.emplace_back("Red");
+    EXPECT_EQ(wrongWith(clear("Green")), "") << "in front again";
+    act("Green", "w.minimized = true");
+    std::erase(order, "Green");
+    kwin->click({90, 110});
+    EXPECT_EQ(wrongWith(clear("")), "") << "all is covered while it is minimised";
+}
+
+TEST_F(KWinTest, WindowsAndMenusOfXApplications) {
+    show({.hasXwayland = true});
+    auto &other = windows["Other"] = {{500, 10, 300, 200}, "#a040a0", kwin->startXSample("Other")};
+    other.program->writeLine("open\t500\t10\t300\t200\t#a040a0\t-\t-\t0\t0\t0\tOther");
+    order.insert(order.begin(), "Other");
+    EXPECT_TRUE(eventually([&] {
+        place("Other", {500, 10, 300, 200});
+        const auto colour = kwin->picture().at(790, 30);
+        return colour.red > colour.green + 20;
+    }));
+    kwin->click({700, 50});
+    auto expected = clear("Other");
+    EXPECT_EQ(wrongWith(expected), "") << "focus by click";
+    other.program->writeLine("open 700 150 200 120 #f0d0f0 POPUP_MENU - 1 0 0 Menu");
+    expected.push_back({{700, 150, 200, 120}, "#f0d0f0"});
+    EXPECT_EQ(wrongWith(expected), "") << "a menu beyond its window's edge";
+    other.program->writeLine("close 1");
+    kwin->setOutput("Virtual-0", true, 2);
+    place("Other", {200, 40, 300, 200});
+    place("Green", {60, 100, 420, 200});
+    place("Blue", {20, 10, 300, 60});
+    place("Red", {400, 200, 200, 140});
+    EXPECT_EQ(wrongWith(clear("Other"), "Virtual-0", 2), "");
+}
+
 TEST_F(KWinTest, DisplaysComeAndGoAndScale) {
     show({.outputs = 2});
     const std::string second = "Virtual-1";
@@ -278,6 +384,18 @@ TEST_F(KWinTest, DisplaysComeAndGoAndScale) {
         place("Red", {20, 20, 351, 201});
         EXPECT_EQ(wrongWith(clear("Red"), "Virtual-0", scale), "") << scale;
     }
+    kwin->setOutput("Virtual-0", true, 1.5, 1);
+    place("Green", {100, 60, 300, 280});
+    EXPECT_EQ(wrongWith(clear("Red"), "Virtual-0", 1.5), "") << "turned";
+
+    kwin->setOutput("Virtual-0", true);
+    place("Red", {60, 80, 420, 300});
+    place("Green", {500, 80, 420, 300});
+    place("Blue", {1400, 100, 420, 300});
+    restart({{"multiScreenMode", std::string("global")}});
+    EXPECT_EQ(wrongWith(clear("Red")), "");
+    EXPECT_TRUE(eventually([&] { return isClearOnSecond(false); }))
+        << "one clear window on all displays";
 }
 
 TEST_F(KWinTest, BlurIsKWins) {
