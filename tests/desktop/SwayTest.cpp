@@ -1,4 +1,5 @@
 #include "Look.h"
+#include "ManagersTable.h"
 #include "Panes.h"
 #include "wayland/PrivateSway.h"
 
@@ -319,6 +320,8 @@ TEST_F(SwayXwaylandTest, WindowsAndMenusOfXApplications) {
     EXPECT_EQ(wrongWith(panes), "") << "a menu beyond its window's edge";
     other.program->writeLine("close 1");
     EXPECT_EQ(wrongWith(threeWithClear("Other")), "") << "it is closed";
+    act("quit");
+    EXPECT_EQ(lumo->waitForExit(), 0) << lumo->report();
 }
 
 class SwayPanelTest : public SwayTest {
@@ -357,6 +360,7 @@ TEST_F(SwayPanelTest, PopoverSettingsCoverAndLocker) {
     sway.command("workspace 2");
     act("on");
     EXPECT_EQ(wrongWith(threeAndPanel("Green")), "") << "the Cover App is brought forward";
+    ManagersTable::shared().keepPicture("sway", sway.picture());
     const auto locker = sway.start({"swaylock", "--no-unlock-indicator", "--color", "102030"});
     EXPECT_EQ(wrongWith({{display, "#102030"}}), "") << "nothing lies above the locker";
     locker->signal(SIGUSR1);
