@@ -245,7 +245,16 @@ TEST(WindowMirror, StartedLaterItDescribesTheSame) {
         SCOPED_TRACE("found at start by the manager's list");
         check();
     }
-    xcb_delete_property(session.connection(), session.root(), session.atom("_NET_CLIENT_LIST"));
+    const auto list = session.atom("_NET_CLIENT_LIST");
+    {
+        SCOPED_TRACE("found at start though the list lacks it");
+        const auto listed = application.window(1);
+        xcb_change_property(session.connection(), XCB_PROP_MODE_REPLACE, session.root(), list,
+                            XCB_ATOM_WINDOW, 32, 1, &listed);
+        mirrored.catchUp();
+        check();
+    }
+    xcb_delete_property(session.connection(), session.root(), list);
     mirrored.catchUp();
     SCOPED_TRACE("found at start by the manager's marks");
     check();

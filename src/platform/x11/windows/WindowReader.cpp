@@ -181,14 +181,13 @@ void WindowReader::findClients() {
             tree_.adopt(client);
         }
     }
-    if (root_.clients().empty()) {
-        for (const auto window : tree_.stacking()) {
-            findClientIn(window, 0);
-        }
+    // The list may be missing, or lack a window: pekwm's lacks the newest one.
+    for (const auto window : tree_.stacking()) {
+        findClientIn(window, 0);
     }
 }
 
-// Looks for the window with a window manager's mark, where the manager lists none.
+// Looks for the window with a window manager's mark.
 void WindowReader::findClientIn(xcb_window_t window, int depth) {
     if (depth > 0 && tree_.contains(window)) {
         return;
