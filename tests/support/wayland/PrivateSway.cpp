@@ -55,10 +55,16 @@ PrivateSway::PrivateSway(const SwayOptions &options) {
         waitUntil([&] { return !!(std::ifstream(file) >> name); }, *sway_, "Xwayland");
         environment_["DISPLAY"] = name;
     }
-    hands_ = std::make_unique<WaylandHands>(display.string());
 }
 
 PrivateSway::~PrivateSway() = default;
+
+WaylandHands &PrivateSway::hands() {
+    if (!hands_) {
+        hands_ = std::make_unique<WaylandHands>((path("run") / "wayland-1").string());
+    }
+    return *hands_;
+}
 
 std::unique_ptr<ChildProcess> PrivateSway::startSample(const std::string &name,
                                                        const std::string &colour, int width,

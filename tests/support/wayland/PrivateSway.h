@@ -38,7 +38,9 @@ class PrivateSway : public WaylandUser {
     // The pixels of an output as shown.
     Picture picture(const std::string &output = "HEADLESS-1") const;
 
-    WaylandHands &hands() { return *hands_; }
+    // sway has no pointer and no keyboard before they are asked for.
+    WaylandHands &hands();
+
     ChildProcess &process() { return *sway_; }
 
   private:

@@ -37,6 +37,9 @@ WaylandKeyboard::WaylandKeyboard(Connection &connection)
         connection.roundTrip(); // tells of the keyboard
         connection.roundTrip(); // tells of its keymap
     }
+    if (!keymap_) {
+        useDefaultKeymap();
+    }
 }
 
 WaylandKeyboard::~WaylandKeyboard() = default;
@@ -79,6 +82,13 @@ void WaylandKeyboard::followKeyboard() {
                         std::uint32_t, std::uint32_t) {},
         .repeat_info = [](void *, wl_keyboard *, std::int32_t, std::int32_t) {}};
     wl_keyboard_add_listener(keyboard_.get(), &listener, this);
+}
+
+// A keyboard that comes later most likely has the layout that the system has by default.
+void WaylandKeyboard::useDefaultKeymap() {
+    auto *context = xkb_context_new(XKB_CONTEXT_NO_FLAGS);
+    keymap_.reset(xkb_keymap_new_from_names(context, nullptr, XKB_KEYMAP_COMPILE_NO_FLAGS));
+    xkb_context_unref(context);
 }
 
 void WaylandKeyboard::readKeymap(int file, std::uint32_t size) {

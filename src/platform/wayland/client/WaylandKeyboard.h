@@ -47,9 +47,10 @@ class WaylandKeyboard final : public Keyboard {
 
     void followSeat();
     void followKeyboard();
+    void useDefaultKeymap();
     void readKeymap(int file, std::uint32_t size);
 
-    std::unique_ptr<xkb_keymap, KeymapDeleter> keymap_; // null while there is no keyboard
+    std::unique_ptr<xkb_keymap, KeymapDeleter> keymap_; // of the last keyboard
     ProtocolPointer<wl_seat> seat_;
     ProtocolPointer<wl_keyboard> keyboard_;
     Signal<> changed_;
