@@ -87,7 +87,7 @@ void measureIdle(const Desktop &desktop) {
     pause(seconds);
     std::printf("  idle for %.0f s with both scripts loaded: %ld wake-ups, %.3f ms CPU\n", seconds,
                 desktop.lumo->voluntarySwitches() - wakeUpsBefore,
-                (cpuSeconds(process) - before) * 1000);
+                std::max(cpuSeconds(process) - before, 0.0) * 1000);
     const auto memory = memoryUse(process);
     std::printf("  memory with nothing shown: %.1f MB resident, %.1f MB proportional\n",
                 memory.residentMegabytes, memory.proportionalMegabytes);
@@ -114,9 +114,10 @@ std::optional<double> timeOf(const std::string &line) {
                : std::nullopt;
 }
 
-// From the first event of a change of the focus to the commit that shows it.
+// From the first event of a change of the focus to the last commit before the next one.
 void measureCommit() {
     constexpr double debounce = 80;
+    constexpr double apart = 150; // milliseconds at least between two changes
     Desktop desktop(Environment{{"WAYLAND_DEBUG", "1"}});
     const auto linesBefore = desktop.lumo->errorLines().size();
     for (int change = 0; change < changes; ++change) {
@@ -124,15 +125,19 @@ void measureCommit() {
         pause(0.2);
     }
     std::vector<double> milliseconds;
-    double begun = 0; // or 0 while nothing is to be shown
+    double begun = 0;
+    double committed = 0;
     const auto lines = desktop.lumo->errorLines();
     for (std::size_t i = linesBefore; i < lines.size(); ++i) {
         const auto time = timeOf(lines[i]);
-        if (time && begun == 0 && lines[i].find(".state_changed(") != std::string::npos) {
+        if (time && lines[i].find(".state_changed(") != std::string::npos &&
+            *time > std::max(begun, committed) + apart) {
+            if (committed > begun && begun > 0) {
+                milliseconds.push_back(committed - begun - debounce);
+            }
             begun = *time;
-        } else if (time && begun != 0 && lines[i].find(".commit(") != std::string::npos) {
-            milliseconds.push_back(*time - begun - debounce);
-            begun = 0;
+        } else if (time && lines[i].find(".commit(") != std::string::npos) {
+            committed = *time;
         }
     }
     std::printf("  focus to commit, beyond the 80 ms of debounce: median %.2f ms, p95 %.2f ms of "

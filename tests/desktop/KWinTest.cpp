@@ -1,4 +1,5 @@
 #include "Look.h"
+#include "ManagersTable.h"
 #include "Panes.h"
 #include "bus/RunUntil.h"
 #include "bus/StatusNotifierHost.h"
@@ -198,6 +199,11 @@ TEST_F(KWinTest, WhatWindowsDo) {
     EXPECT_EQ(wrongWith({{display, windows["Red"].colour}}), "") << "full screen";
     windows["Red"].program->writeLine("unfill");
     EXPECT_EQ(wrongWith(clear("Red")), "") << "after full screen";
+
+    act("Red", "w.closeWindow()");
+    std::erase(order, "Red");
+    ASSERT_TRUE(eventually([&] { return focused("Green") || focused("Blue"); }));
+    EXPECT_EQ(wrongWith(clear(focused("Green") ? "Green" : "Blue")), "") << "closed";
 }
 
 // The overlay follows a window by a step or two of the drag, which is drawn as a covered strip.
@@ -281,6 +287,7 @@ TEST_F(KWinTest, PanelPopoverAndASecondStart) {
     auto expected = clear("Red");
     expected.push_back({{0, 690, 1280, 30}, "#f0d0f0"});
     EXPECT_EQ(wrongWith(expected), "") << "a panel stays clear";
+    ManagersTable::shared().keepPicture("kwin-wayland", kwin->picture());
 
     freedesktop::GlibMainLoop loop;
     test::StatusNotifierHost host(kwin->bus().address());
