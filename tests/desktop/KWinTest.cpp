@@ -149,6 +149,17 @@ TEST_F(KWinTest, FocusByClickAndKeyboard) {
         EXPECT_EQ(wrongWith(clear(name)), "") << i;
     }
     EXPECT_EQ(arrived, 10);
+    for (int i = 0; i < 200; ++i) {
+        windows["Blue"].program->writeLine("window More #3c64e0 420 300");
+    }
+    order = {"Green", "Blue", "Red"};
+    EXPECT_TRUE(eventually([&] {
+        kwin->script("workspace.clientList().forEach(function (w) { if (w.caption.indexOf('More') "
+                     "=== 0) { w.frameGeometry = {x: 640, y: 380, width: 420, height: 300}; } })");
+        kwin->click({90, 110});
+        return expectation.wrongIn(kwin->picture(), clear("Red")).empty();
+    })) << "hundreds of windows\n"
+        << lumo->report();
 }
 
 TEST_F(KWinTest, WhatWindowsDo) {

@@ -21,11 +21,10 @@ constexpr std::uint32_t onAllDesktops = 64;
 // Three windows on two virtual desktops, the first of which is shown.
 PlasmaDesktop threeWindows() {
     PlasmaDesktop desktop;
-    desktop.windows["{a}"] = {.identifier = 1, .desktops = {"one"}, .isComplete = true};
-    desktop.windows["{b}"] = {
-        .identifier = 2, .state = active, .desktops = {"one"}, .isComplete = true};
-    desktop.windows["{c}"] = {.identifier = 3, .desktops = {"two"}, .isComplete = true};
-    desktop.stacking = uuidsOf("{c};{b};{gone};{a};");
+    desktop.windows[1] = {.title = "A", .desktops = {"one"}, .isComplete = true};
+    desktop.windows[2] = {.state = active, .desktops = {"one"}, .isComplete = true};
+    desktop.windows[3] = {.desktops = {"two"}, .isComplete = true};
+    desktop.stacking = {3, 2, 9, 1}; // one of which has gone
     desktop.currentDesktops = {"one"};
     return desktop;
 }
@@ -50,24 +49,24 @@ TEST(KWin, StackingPresenceAndLayers) {
         {"CbA",
          [](auto &desktop) {
              desktop.currentDesktops = {"one", "two"};
-             desktop.windows["{b}"].state = minimized;
+             desktop.windows[2].state = minimized;
          }},
         {"Cb*a", [](auto &desktop) { desktop.currentDesktops = {"two"}; }},
         {"cB*AD",
          [](auto &desktop) { // announced before its place is
-             desktop.windows["{d}"] = {.identifier = 4, .isComplete = true};
+             desktop.windows[4] = {.isComplete = true};
          }},
-        {"cB*A", [](auto &desktop) { desktop.windows["{d}"] = {.identifier = 4}; }},
+        {"cB*A", [](auto &desktop) { desktop.windows[4] = {}; }},
         {"CB*A^",
          [](auto &desktop) {
-             desktop.windows["{a}"].state = keptAbove;
-             desktop.windows["{c}"].state = onAllDesktops;
+             desktop.windows[1].state = keptAbove;
+             desktop.windows[3].state = onAllDesktops;
          }},
         {"cba", [](auto &desktop) { desktop.showsDesktop = true; }},
         {"cB*aD#",
          [](auto &desktop) {
-             desktop.windows["{a}"].activities = {"work"};
              desktop.facts = *factsOf(R"({"activity":"home",
+                 "absentees":[{"process":0,"title":"A"},{"process":7,"title":""}],
                  "docks":[{"x":0,"y":690,"width":1280,"height":30,"process":7}]})");
          }},
     };
@@ -77,18 +76,20 @@ TEST(KWin, StackingPresenceAndLayers) {
         EXPECT_EQ(drawn(stateOf(desktop)), expected);
     }
     auto withDialog = threeWindows();
-    withDialog.windows["{a}"].parent = "{b}";
+    withDialog.windows[1].parent = 2;
     EXPECT_EQ(stateOf(withDialog).find(1)->transientFor, 2);
-    withDialog.windows.erase("{b}");
+    withDialog.windows.erase(2);
     EXPECT_EQ(stateOf(withDialog).find(1)->transientFor, std::nullopt);
 }
 
 TEST(KWin, ScriptMessages) {
-    for (const auto *broken : {"", "{", "[]", "{}", R"({"activity":1,"docks":[]})",
-                               R"({"activity":"","docks":[{"x":1}]})"}) {
+    for (const auto *broken : {"", "{", "[]", "{}", R"({"activity":1,"docks":[],"absentees":[]})",
+                               R"({"activity":"","docks":[{"x":1}],"absentees":[]})",
+                               R"({"activity":"","docks":[],"absentees":[{"title":"A"}]})"}) {
         EXPECT_EQ(factsOf(broken), std::nullopt) << broken;
     }
-    EXPECT_EQ(factsOf(R"({"activity":"home","docks":[]})"), (DesktopFacts{.activity = "home"}));
+    EXPECT_EQ(factsOf(R"({"activity":"home","docks":[],"absentees":[]})"),
+              (DesktopFacts{.activity = "home"}));
 }
 
 // Against Qt's own numbers.

@@ -26,9 +26,10 @@ DesktopWindow::Presence presenceOf(const PlasmaWindow &window, const PlasmaDeskt
     const bool isOnDesktop =
         (window.state & ORG_KDE_PLASMA_WINDOW_MANAGEMENT_STATE_ON_ALL_DESKTOPS) != 0 ||
         window.desktops.empty() || isOneOf(window.desktops, desktop.currentDesktops);
-    const bool isInActivity = desktop.facts.activity.empty() || window.activities.empty() ||
-                              window.activities.contains(desktop.facts.activity);
-    return isOnDesktop && isInActivity && !desktop.showsDesktop ? shown : elsewhere;
+    const DesktopFacts::Absentee asAbsentee = {window.process, window.title};
+    const bool isAbsent =
+        std::ranges::find(desktop.facts.absentees, asAbsentee) != desktop.facts.absentees.end();
+    return isOnDesktop && !isAbsent && !desktop.showsDesktop ? shown : elsewhere;
 }
 
 DesktopWindow::Layer layerOf(const PlasmaWindow &window) {
@@ -40,10 +41,11 @@ DesktopWindow::Layer layerOf(const PlasmaWindow &window) {
                : DesktopWindow::Layer::ordinary;
 }
 
-DesktopWindow windowOf(const PlasmaWindow &window, const PlasmaDesktop &desktop) {
+DesktopWindow windowOf(std::uint32_t identifier, const PlasmaWindow &window,
+                       const PlasmaDesktop &desktop) {
     const auto has = [&](std::uint32_t bit) { return (window.state & bit) != 0; };
     DesktopWindow result;
-    result.identifier = window.identifier;
+    result.identifier = identifier;
     result.application = window.application;
     if (!window.title.empty()) {
         result.title = window.title;
@@ -56,44 +58,31 @@ DesktopWindow windowOf(const PlasmaWindow &window, const PlasmaDesktop &desktop)
     result.isFullScreen = has(ORG_KDE_PLASMA_WINDOW_MANAGEMENT_STATE_FULLSCREEN);
     result.isMovable = has(ORG_KDE_PLASMA_WINDOW_MANAGEMENT_STATE_MOVABLE);
     result.isInTaskbars = !has(ORG_KDE_PLASMA_WINDOW_MANAGEMENT_STATE_SKIPTASKBAR);
-    const auto parent = desktop.windows.find(window.parent);
-    if (parent != desktop.windows.end()) {
-        result.transientFor = parent->second.identifier;
+    if (window.parent && desktop.windows.contains(*window.parent)) {
+        result.transientFor = window.parent;
     }
     return result;
 }
 
 } // namespace
 
-std::vector<std::string> uuidsOf(std::string_view list) {
-    std::vector<std::string> uuids;
-    while (!list.empty()) {
-        const auto end = std::min(list.find(';'), list.size());
-        if (end > 0) {
-            uuids.emplace_back(list.substr(0, end));
-        }
-        list.remove_prefix(std::min(end + 1, list.size()));
-    }
-    return uuids;
-}
-
 DesktopState stateOf(const PlasmaDesktop &desktop) {
-    std::map<std::string_view, std::size_t> places;
-    for (const auto &uuid : desktop.stacking) {
-        places.emplace(uuid, places.size());
+    std::map<std::uint32_t, std::size_t> places;
+    for (const auto identifier : desktop.stacking) {
+        places.emplace(identifier, places.size());
     }
-    std::vector<std::pair<std::size_t, const PlasmaWindow *>> ordered;
-    for (const auto &[uuid, window] : desktop.windows) {
+    std::vector<std::pair<std::size_t, std::uint32_t>> ordered;
+    for (const auto &[identifier, window] : desktop.windows) {
         if (window.isComplete) {
-            const auto place = places.find(uuid);
-            ordered.emplace_back(
-                place != places.end() ? place->second : places.size() + window.identifier, &window);
+            const auto place = places.find(identifier);
+            ordered.emplace_back(place != places.end() ? place->second : places.size() + identifier,
+                                 identifier);
         }
     }
     std::ranges::sort(ordered);
     DesktopState state;
-    for (const auto &[place, window] : ordered) {
-        state.windows.push_back(windowOf(*window, desktop));
+    for (const auto &[place, identifier] : ordered) {
+        state.windows.push_back(windowOf(identifier, desktop.windows.at(identifier), desktop));
     }
     for (const auto &dock : desktop.facts.docks) {
         DesktopWindow window;
@@ -120,6 +109,10 @@ std::optional<DesktopFacts> factsOf(std::string_view message) {
             facts.docks.push_back({{dock.at("x").get<int>(), dock.at("y").get<int>(),
                                     dock.at("width").get<int>(), dock.at("height").get<int>()},
                                    dock.at("process").get<std::int32_t>()});
+        }
+        for (const auto &absentee : content.at("absentees")) {
+            facts.absentees.push_back({absentee.at("process").get<std::int32_t>(),
+                                       absentee.at("title").get<std::string>()});
         }
         return facts;
     } catch (const json::exception &) {

@@ -12,8 +12,9 @@ namespace lumo::wayland::kwin {
 
 namespace {
 
-// From version 17 on the stacking order is no longer an event.
-constexpr std::uint32_t managerVersion = 16;
+// From version 12 on the stacking order is also an event with a UUID for each window, by which KWin
+// ends the connection when there are more than a hundred of them.
+constexpr std::uint32_t managerVersion = 11;
 
 const char *orEmpty(const char *text) {
     return text != nullptr ? text : "";
@@ -24,10 +25,10 @@ const char *orEmpty(const char *text) {
 // A window's protocol object. Its destruction by one of its own events is allowed.
 struct PlasmaSource::WindowObject {
     PlasmaSource &source;
-    std::string uuid;
+    std::uint32_t identifier;
     ProtocolPointer<org_kde_plasma_window> object;
 
-    PlasmaWindow &window() const { return source.desktop_.windows.at(uuid); }
+    PlasmaWindow &window() const { return source.desktop_.windows.at(identifier); }
 
     static WindowObject &of(void *data) { return *static_cast<WindowObject *>(data); }
 
@@ -69,12 +70,14 @@ void PlasmaSource::WindowObject::listen() {
                             std::uint32_t state) { change(data).state = state; },
         .virtual_desktop_changed = [](void *, Object *, std::int32_t) {},
         .themed_icon_name_changed = [](void *, Object *, const char *) {},
-        .unmapped = [](void *data, Object *) { of(data).source.removeWindow(of(data).uuid); },
+        .unmapped = [](void *data, Object *) { of(data).source.removeWindow(of(data).identifier); },
         .initial_state = [](void *data, Object *) { change(data).isComplete = true; },
         .parent_window =
             [](void *data, Object *, Object *parent) {
                 change(data).parent =
-                    parent != nullptr ? of(org_kde_plasma_window_get_user_data(parent)).uuid : "";
+                    parent != nullptr
+                        ? std::optional(of(org_kde_plasma_window_get_user_data(parent)).identifier)
+                        : std::nullopt;
             },
         .geometry =
             [](void *data, Object *, std::int32_t x, std::int32_t y, std::uint32_t width,
@@ -91,10 +94,8 @@ void PlasmaSource::WindowObject::listen() {
         .virtual_desktop_left = [](void *data, Object *,
                                    const char *place) { change(data).desktops.erase(place); },
         .application_menu = [](void *, Object *, const char *, const char *) {},
-        .activity_entered = [](void *data, Object *,
-                               const char *place) { change(data).activities.insert(place); },
-        .activity_left = [](void *data, Object *,
-                            const char *place) { change(data).activities.erase(place); },
+        .activity_entered = [](void *, Object *, const char *) {},
+        .activity_left = [](void *, Object *, const char *) {},
         .resource_name_changed = [](void *, Object *, const char *) {}};
     org_kde_plasma_window_add_listener(object.get(), &listener, this);
 }
@@ -144,18 +145,19 @@ void PlasmaSource::followManager() {
                     state == ORG_KDE_PLASMA_WINDOW_MANAGEMENT_SHOW_DESKTOP_ENABLED;
                 self.isStale_ = true;
             },
-        .window = [](void *, Object *, std::uint32_t) {},
-        .stacking_order_changed = [](void *, Object *, wl_array *) {},
-        .stacking_order_uuid_changed =
-            [](void *data, Object *, const char *uuids) {
+        .window =
+            [](void *data, Object *, std::uint32_t identifier) {
+                static_cast<PlasmaSource *>(data)->addWindow(identifier);
+            },
+        .stacking_order_changed =
+            [](void *data, Object *, wl_array *identifiers) {
                 auto &self = *static_cast<PlasmaSource *>(data);
-                self.desktop_.stacking = uuidsOf(orEmpty(uuids));
+                const auto *first = static_cast<const std::uint32_t *>(identifiers->data);
+                self.desktop_.stacking.assign(first, first + identifiers->size / sizeof *first);
                 self.isStale_ = true;
             },
-        .window_with_uuid =
-            [](void *data, Object *, std::uint32_t, const char *uuid) {
-                static_cast<PlasmaSource *>(data)->addWindow(uuid);
-            }};
+        .stacking_order_uuid_changed = [](void *, Object *, const char *) {},
+        .window_with_uuid = [](void *, Object *, std::uint32_t, const char *) {}};
     org_kde_plasma_window_management_add_listener(manager_.get(), &listener, this);
 }
 
@@ -178,22 +180,22 @@ void PlasmaSource::followSpaces() {
     org_kde_plasma_virtual_desktop_management_add_listener(spaceManager_.get(), &listener, this);
 }
 
-void PlasmaSource::addWindow(const std::string &uuid) {
-    if (windows_.contains(uuid)) {
+void PlasmaSource::addWindow(std::uint32_t identifier) {
+    if (windows_.contains(identifier)) {
         return;
     }
-    desktop_.windows[uuid].identifier = nextIdentifier_++;
-    auto &added = windows_[uuid];
-    added = std::make_unique<WindowObject>(WindowObject{
-        *this, uuid,
-        ProtocolPointer<org_kde_plasma_window>(
-            org_kde_plasma_window_management_get_window_by_uuid(manager_.get(), uuid.c_str()))});
+    desktop_.windows[identifier] = {};
+    auto &added = windows_[identifier];
+    added = std::make_unique<WindowObject>(
+        WindowObject{*this, identifier,
+                     ProtocolPointer<org_kde_plasma_window>(
+                         org_kde_plasma_window_management_get_window(manager_.get(), identifier))});
     added->listen();
 }
 
-void PlasmaSource::removeWindow(std::string uuid) {
-    desktop_.windows.erase(uuid);
-    windows_.erase(uuid);
+void PlasmaSource::removeWindow(std::uint32_t identifier) {
+    desktop_.windows.erase(identifier);
+    windows_.erase(identifier);
     isStale_ = true;
 }
 
@@ -219,10 +221,9 @@ Handle PlasmaSource::onChange(std::function<void()> observer) {
 }
 
 void PlasmaSource::activate(std::uint32_t window) {
-    const auto found = std::ranges::find_if(
-        desktop_.windows, [&](const auto &entry) { return entry.second.identifier == window; });
-    if (found != desktop_.windows.end()) {
-        org_kde_plasma_window_set_state(windows_.at(found->first)->object.get(),
+    const auto found = windows_.find(window);
+    if (found != windows_.end()) {
+        org_kde_plasma_window_set_state(found->second->object.get(),
                                         ORG_KDE_PLASMA_WINDOW_MANAGEMENT_STATE_ACTIVE,
                                         ORG_KDE_PLASMA_WINDOW_MANAGEMENT_STATE_ACTIVE);
     }

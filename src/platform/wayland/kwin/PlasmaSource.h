@@ -48,17 +48,16 @@ class PlasmaSource final : public WindowSource {
 
     void followManager();
     void followSpaces();
-    void addWindow(const std::string &uuid);
-    void removeWindow(std::string uuid);
+    void addWindow(std::uint32_t identifier);
+    void removeWindow(std::uint32_t identifier);
     void addSpace(const std::string &identifier);
     void update();
 
     ProtocolPointer<org_kde_plasma_window_management> manager_;
     ProtocolPointer<org_kde_plasma_virtual_desktop_management> spaceManager_; // null where none is
     PlasmaDesktop desktop_;
-    std::map<std::string, std::unique_ptr<WindowObject>> windows_; // by UUID
-    std::map<std::string, std::unique_ptr<SpaceObject>> spaces_;   // by identifier
-    std::uint32_t nextIdentifier_ = 1;
+    std::map<std::uint32_t, std::unique_ptr<WindowObject>> windows_;
+    std::map<std::string, std::unique_ptr<SpaceObject>> spaces_; // by identifier
     bool isStale_ = true;
     DesktopState state_;
     Signal<> changed_;

@@ -8,29 +8,34 @@ function windows() {
     return workspace.windowList ? workspace.windowList() : workspace.clientList();
 }
 function report() {
-    var docks = [];
+    var docks = [], absentees = [], activity = String(workspace.currentActivity || "");
     windows().forEach(function (w) {
+        if (activity && w.activities && w.activities.length > 0 && w.activities.indexOf(activity) < 0) {
+            absentees.push({process: w.pid, title: w.caption});
+        }
         if (w.dock && !w.minimized && !w.hidden) {
             var frame = w.frameGeometry;
             docks.push({x: Math.floor(frame.x), y: Math.floor(frame.y), width: Math.ceil(frame.width),
                         height: Math.ceil(frame.height), process: w.pid});
         }
     });
-    var text = JSON.stringify({docks: docks, activity: String(workspace.currentActivity || "")});
+    var text = JSON.stringify({docks: docks, activity: activity, absentees: absentees});
     if (text !== told) {
         told = text;
         tell(text);
     }
 }
 function follow(w) {
+    var names = ["activitiesChanged", "captionChanged"];
     if (w.dock) {
-        ["frameGeometryChanged", "minimizedChanged", "windowHidden", "windowShown", "hiddenChanged"]
-            .forEach(function (name) {
-                if (w[name] && w[name].connect) {
-                    w[name].connect(report);
-                }
-            });
+        names.push("frameGeometryChanged", "minimizedChanged", "windowHidden", "windowShown",
+                   "hiddenChanged");
     }
+    names.forEach(function (name) {
+        if (w[name] && w[name].connect) {
+            w[name].connect(report);
+        }
+    });
 }
 function added(w) {
     follow(w);
