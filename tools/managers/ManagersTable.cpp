@@ -35,6 +35,7 @@ there, with cut-outs.
 | compositor | focus by click | clicks through | focus by keyboard | closing | minimising | Peek | full screen | kept above | panel | menu | dialog | two displays | workspaces | X applications | what is lost | picture |
 | --- | --- | --- | --- | --- | --- | --- | --- | --- | --- | --- | --- | --- | --- | --- | --- | --- |
 | sway 1.7 | ok | 10 | ok | ok | not offered | ok | ok | not offered | ok | ok | ok | ok | ok | ok | blur and the shake gesture; a dragged window trails its cut-out by a step or two; a dialog beside its owner is covered without the focus; so are notifications, which lie beneath overlays | ![sway](images/window-managers/sway.png) |
+| KWin 5.27 | ok | 10 | ok | ok | ok | ok | ok | ok | ok | ok | ok | ok | ok | ok | modifiers of the shake gesture; the strength of the blur, which KWin's own settings decide; a dragged window trails its cut-out by a step or two; round corners of the clear window | ![kwin-wayland](images/window-managers/kwin-wayland.png) |
 )";
 
 // To a quarter of the width and height.
