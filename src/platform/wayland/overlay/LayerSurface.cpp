@@ -20,9 +20,6 @@ constexpr std::size_t mostCanvases = 3;
 // Seconds. A surface that is not seen gets no refresh; when it is seen again it has to be right.
 constexpr double longestWaitForRefresh = 0.1;
 
-// Seconds without a commit, after which the canvases are left to the compositor.
-constexpr double timeUntilRest = 2;
-
 constexpr std::uint32_t allEdges =
     ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP | ZWLR_LAYER_SURFACE_V1_ANCHOR_BOTTOM |
     ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT | ZWLR_LAYER_SURFACE_V1_ANCHOR_RIGHT;
@@ -127,19 +124,17 @@ void LayerSurface::commit(wl_buffer *buffer, const drawing::Region &damage) {
     wl_surface_commit(surface_.get());
     committed_ = wanted_;
     committedSize_ = size_;
-    resting_ = mainLoop_.after(timeUntilRest, [this] { rest(); });
-}
-
-void LayerSurface::rest() {
-    for (const auto &canvas : canvases_) {
-        canvas.buffer->leaveToCompositor();
-    }
 }
 
 void LayerSurface::handleFrame() {
     frame_.reset();
     longestWait_.reset();
     commitWhenPossible();
+    if (!frame_) {
+        for (const auto &canvas : canvases_) {
+            canvas.buffer->leaveToCompositor();
+        }
+    }
 }
 
 LayerSurface::Canvas *LayerSurface::freeCanvas(int width, int height) {

@@ -68,7 +68,6 @@ class LayerSurface {
     void commitWhenPossible();
     void commit(wl_buffer *buffer, const drawing::Region &damage);
     void handleFrame();
-    void rest();
     Canvas *freeCanvas(int width, int height);
     static void draw(Canvas &canvas, const Picture &picture);
 
@@ -87,7 +86,6 @@ class LayerSurface {
     Picture committed_;
     std::vector<Canvas> canvases_;
     SharedBuffer transparent_;
-    Handle resting_;     // after the last commit
     Handle longestWait_; // for a refresh, while something else is wanted than was committed
 };
 

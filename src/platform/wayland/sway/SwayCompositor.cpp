@@ -38,7 +38,7 @@ void SwayCompositor::placeWindows(const std::string &title, const drawing::Pixel
                                   const drawing::PixelRect & /*point*/) {
     connection_->run("for_window [pid=" + std::to_string(getpid()) + " title=\"^" + title +
                      "$\"] 'floating enable, border none, move absolute position " +
-                     std::to_string(area.x) + ' ' + std::to_string(area.y) + '\'');
+                     std::to_string(area.x) + ' ' + std::to_string(area.y) + ", focus'");
 }
 
 Handle SwayCompositor::onLost(std::function<void()> function) {
