@@ -7,10 +7,15 @@ var told = "";
 function windows() {
     return workspace.windowList ? workspace.windowList() : workspace.clientList();
 }
+function isAbsent(w) {
+    var all = w.activities || [];
+    return Boolean(workspace.currentActivity) && all.length > 0 &&
+        all.indexOf(String(workspace.currentActivity)) < 0;
+}
 function report() {
     var docks = [], absentees = [], activity = String(workspace.currentActivity || "");
     windows().forEach(function (w) {
-        if (activity && w.activities && w.activities.length > 0 && w.activities.indexOf(activity) < 0) {
+        if (isAbsent(w)) {
             absentees.push({process: w.pid, title: w.caption});
         }
         if (w.dock && !w.minimized && !w.hidden) {
@@ -26,11 +31,16 @@ function report() {
     }
 }
 function follow(w) {
-    var names = ["activitiesChanged", "captionChanged"];
+    var names = ["activitiesChanged"];
     if (w.dock) {
         names.push("frameGeometryChanged", "minimizedChanged", "windowHidden", "windowShown",
                    "hiddenChanged");
     }
+    w.captionChanged.connect(function () {
+        if (isAbsent(w)) {
+            report();
+        }
+    });
     names.forEach(function (name) {
         if (w[name] && w[name].connect) {
             w[name].connect(report);
