@@ -235,9 +235,6 @@ bool X11PlatformWindow::hasRoom(const drawing::PixelRect &area) {
         askForRoom(area);
     }
     if (room_.state == Room::State::tooLittle) {
-        surroundings_.log.print("[Lumo] The X server has no memory for an overlay of " +
-                                std::to_string(area.width) + " x " + std::to_string(area.height) +
-                                " pixels; none is shown");
         retired_.reset();
         goOut();
     }
@@ -262,7 +259,7 @@ void X11PlatformWindow::askForRoom(const drawing::PixelRect &area) {
                                                           static_cast<std::uint16_t>(area.height)),
                                 room_.replies->guard([this, isLast](bool succeeded) {
                                     if (!succeeded) {
-                                        room_.state = Room::State::tooLittle;
+                                        noteTooLittleRoom();
                                     } else if (isLast && room_.state == Room::State::unknown) {
                                         room_.state = Room::State::enough;
                                     }
@@ -270,6 +267,14 @@ void X11PlatformWindow::askForRoom(const drawing::PixelRect &area) {
                                         requestPush();
                                     }
                                 }));
+    }
+}
+
+void X11PlatformWindow::noteTooLittleRoom() {
+    if (std::exchange(room_.state, Room::State::tooLittle) != Room::State::tooLittle) {
+        surroundings_.log.print("[Lumo] The X server has no memory for an overlay of " +
+                                std::to_string(room_.width) + " x " + std::to_string(room_.height) +
+                                " pixels; none is shown");
     }
 }
 

@@ -120,6 +120,7 @@ class X11PlatformWindow final : public PlatformWindow {
     bool isReady(const Order &order) const;
     bool hasRoom(const drawing::PixelRect &area);
     void askForRoom(const drawing::PixelRect &area);
+    void noteTooLittleRoom();
     void goOut();
     void hide(Stage stage, const drawing::PixelRect &area, const Order &order);
     void paint(const drawing::PlacedLayers &appearance, const Order &order);
