@@ -15,8 +15,8 @@ namespace lumo {
 class PlatformWindow;
 
 // All that one overlay window shows: the background material, a colour plane over it, and a
-// mask that cuts out of both. It decides nothing. What it is told changes its layer tree only; display() brings
-// the tree to the window. Main thread only.
+// mask that cuts out of both. It decides nothing. What it is told changes its layer tree only;
+// display() brings the tree to the window. Main thread only.
 class OverlayScreenView {
   public:
     // Only the frame's size counts: the view fills its window. The window and what the platform
