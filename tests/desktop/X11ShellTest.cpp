@@ -265,8 +265,13 @@ TEST_P(PanelTest, OneDotThatOpensThePopover) {
     EXPECT_FALSE(freedesktop::runUntil(
         loop, [&] { return !findDot(0, 255, 0); }, 1))
         << "another one comes";
-    desktop.session().click(*dot, 3);
-    ASSERT_TRUE(eventually([&] { return !places.empty(); }));
+    // A panel that is still busy may lay its items out anew while the pointer is on its way.
+    for (int tries = 0; tries < 3 && places.empty() && dotAppears(0, 255, 0); ++tries) {
+        desktop.session().click(*dot, 3);
+        freedesktop::runUntil(
+            loop, [&] { return !places.empty(); }, 4);
+    }
+    ASSERT_FALSE(places.empty()) << panel->report();
     EXPECT_EQ(places[0].pointer,
               (Point{double(dot->x), desktop.session().screenArea().height - double(dot->y)}));
 }
