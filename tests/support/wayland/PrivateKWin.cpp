@@ -321,8 +321,10 @@ void PrivateKWin::press(const std::vector<EvdevKey> &chord) {
     for (const auto key : chord) {
         setKey(key, true);
     }
-    for (auto key = chord.rbegin(); key != chord.rend(); ++key) {
-        setKey(*key, false);
+    auto reversed = chord;
+    std::ranges::reverse(reversed);
+    for (const auto key : reversed) {
+        setKey(key, false);
     }
 }
 

@@ -39,7 +39,7 @@ class PrivateKWin : public WaylandUser {
     void script(const std::string &code);
 
     // Calls a method of an object of KWin's with one argument of a type, as printed.
-    std::string call(const std::string &path, const std::string &method,
+    std::string call(const std::string &object, const std::string &method,
                      const std::string &argument) const;
 
     // Everything on the screens, in pixels.

@@ -18,6 +18,7 @@ namespace lumo::wayland::kwin {
 
 namespace {
 
+// NOLINTNEXTLINE(cert-err58-cpp): without memory for that, nothing starts
 const BusObject service = {"org.kde.kglobalaccel", "/kglobalaccel", "org.kde.KGlobalAccel"};
 
 constexpr const char *component = freedesktop::program::identifier;
@@ -103,7 +104,7 @@ void KWinHotKeys::connect() {
         const std::string_view name = signal;
         const bool isPress = name == "globalShortcutPressed";
         if ((isPress || name == "globalShortcutReleased") &&
-            g_variant_is_of_type(arguments, G_VARIANT_TYPE("(ssx)"))) {
+            g_variant_is_of_type(arguments, G_VARIANT_TYPE("(ssx)")) != FALSE) {
             const char *action = nullptr;
             g_variant_get_child(arguments, 1, "&s", &action);
             static_cast<KWinHotKeys *>(self)->trigger(action, isPress ? HotKeyEventKind::pressed

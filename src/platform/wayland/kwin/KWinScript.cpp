@@ -17,6 +17,7 @@ namespace {
 
 constexpr const char *ownInterface = "app.lumo.Lumo.Script";
 
+// NOLINTNEXTLINE(cert-err58-cpp): without memory for that, nothing starts
 const BusObject scripting = {"org.kde.KWin", "/Scripting", "org.kde.kwin.Scripting"};
 
 GDBusInterfaceInfo *interfaceInfo() {
@@ -112,7 +113,7 @@ void KWinScript::replaceOlder() {
 // KWin numbers a script by how many there are, so that another one may have its number, and its
 // place on the bus, already: what is loaded is run by the call that runs all that do not run yet.
 void KWinScript::handleLoaded(GVariant *reply) {
-    if (reply == nullptr || !g_variant_is_of_type(reply, G_VARIANT_TYPE("(i)"))) {
+    if (reply == nullptr || g_variant_is_of_type(reply, G_VARIANT_TYPE("(i)")) == FALSE) {
         return;
     }
     int number = -1;
