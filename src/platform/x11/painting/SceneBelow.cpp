@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <ranges>
 #include <utility>
 
 namespace lumo::x11 {
@@ -96,10 +95,11 @@ void SceneBelow::clip(xcb_render_picture_t picture, xcb_xfixes_region_t region) 
 }
 
 void SceneBelow::draw(xcb_render_picture_t onto) {
-    const auto visible = findVisible();
+    auto visible = findVisible();
+    std::ranges::reverse(visible);
     clip(onto, scratch_.id());
     wallpaper_.drawOnto(onto, area_);
-    for (const auto &window : visible | std::views::reverse) {
+    for (const auto &window : visible) {
         drawWindow(window, onto);
     }
     clip(onto, changes_.id());
@@ -109,7 +109,8 @@ std::vector<SceneBelow::VisibleWindow> SceneBelow::findVisible() {
     std::vector<VisibleWindow> visible;
     // From here on this is what no opaque window covers.
     xcb_xfixes_copy_region(connection_, changes_.id(), scratch_.id());
-    for (const auto &entry : entries_ | std::views::reverse) {
+    for (std::size_t i = entries_.size(); i-- > 0;) {
+        const auto &entry = entries_[i];
         const auto *surface =
             knownChanges_.overlaps(entry.geometry) ? surfaces_.find(entry.window) : nullptr;
         if (surface == nullptr) {
