@@ -25,9 +25,7 @@ PopoverWindow::PopoverWindow(const Platform &platform, StatusMenu &menu, Form fo
     view_->setParent(this);
     view_->setRounded(isRounded);
     view_->move(0, 0);
-    if (form == Form::popup) {
-        activations_ = platform.workspace.onDidActivateApplication([this] { handleActivation(); });
-    }
+    activations_ = platform.workspace.onDidActivateApplication([this] { handleActivation(); });
     screenChanges_ = platform.screens.onScreenParametersDidChange([this] { onDismiss(); });
 }
 
@@ -62,7 +60,11 @@ void PopoverWindow::grabInput() {
 // is the Cover App that the user chooses in it.
 void PopoverWindow::handleActivation() {
     constexpr double justOpened = 0.25; // seconds
-    if (platform_.mainLoop.now() - openedAt_ > justOpened && !menu_.isCoverAppInFront()) {
+    if (form_ == Form::window) {
+        if (isOtherApplicationInFront() && windowHandle()->isExposed()) {
+            dismissUnlessActive();
+        }
+    } else if (platform_.mainLoop.now() - openedAt_ > justOpened && !menu_.isCoverAppInFront()) {
         onDismiss();
     }
 }
@@ -70,21 +72,29 @@ void PopoverWindow::handleActivation() {
 void PopoverWindow::changeEvent(QEvent *event) {
     QWidget::changeEvent(event);
     if (event->type() == QEvent::ActivationChange && form_ == Form::window) {
-        handleDeactivation();
+        deactivation_.reset();
+        if (!isActiveWindow()) {
+            dismissUnlessActive();
+        }
     }
 }
 
-// The Cover App that the user chooses in it comes to the front a moment later.
-void PopoverWindow::handleDeactivation() {
+// The Cover App that the user chooses in it comes to the front a moment later. The toolkit misses
+// that the focus moves on while the seat gets its keyboard.
+void PopoverWindow::dismissUnlessActive() {
     constexpr double moment = 0.1; // seconds
-    deactivation_.reset();
-    if (!isActiveWindow()) {
-        deactivation_ = platform_.mainLoop.after(moment, [this] {
-            if (!isActiveWindow() && !menu_.isCoverAppInFront()) {
-                onDismiss();
-            }
-        });
-    }
+    deactivation_ = platform_.mainLoop.after(moment, [this] {
+        if ((!isActiveWindow() || isOtherApplicationInFront()) && !menu_.isCoverAppInFront()) {
+            onDismiss();
+        }
+    });
+}
+
+bool PopoverWindow::isOtherApplicationInFront() const {
+    const auto &workspace = platform_.workspace;
+    const auto *front = workspace.frontmostApplication();
+    return front != nullptr &&
+           front->processIdentifier != workspace.ownApplication().processIdentifier;
 }
 
 // The item acts when the right button is released on it and closes the popover itself: closed

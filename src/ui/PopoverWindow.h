@@ -51,7 +51,8 @@ class PopoverWindow final : public QWidget {
   private:
     void grabInput();
     void handleActivation();
-    void handleDeactivation();
+    void dismissUnlessActive();
+    bool isOtherApplicationInFront() const;
 
     Platform platform_;
     StatusMenu &menu_;

@@ -347,6 +347,7 @@ TEST_F(SwayPanelTest, PopoverSettingsCoverAndLocker) {
         return isShown("Lumo Menu") && sway.picture().at(1020, 450) == Colour::parse("#ffffff");
     })) << "in the corner at the panel";
     EXPECT_EQ(wrongWith(panes), "") << "with the popover";
+    EXPECT_TRUE(isShown("Lumo Menu")) << "it stays";
     sway.hands().click({1000, 600}, display);
     EXPECT_TRUE(eventually([&] { return !isShown("Lumo Menu"); })) << "a click elsewhere";
     EXPECT_EQ(wrongWith(threeAndPanel("Blue")), "") << "what was clicked is clear";
