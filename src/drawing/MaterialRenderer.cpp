@@ -15,8 +15,8 @@ constexpr double cutOff = 3; // in deviations
 
 // A Gaussian stays one on a grid on which its deviation is at least the first of these many texels,
 // and is cheap on one on which it is below the second.
-constexpr double leastDeviation = 1.6;
-constexpr double mostDeviation = 5;
+constexpr double narrowestDeviation = 1.6;
+constexpr double widestDeviation = 5;
 
 // What linear interpolation between texels that are so many pixels apart adds to the variance, at
 // that many places in between.
@@ -128,7 +128,7 @@ MaterialRenderer::MaterialRenderer(int width, int height, Material material)
         least = std::min(least, backdrop.deviation);
         opacity_ = backdrop.opacity + opacity_ * (1 - backdrop.opacity);
     }
-    while (texelShift_ < coarsestTexel && least >= leastDeviation * (2 << texelShift_)) {
+    while (texelShift_ < coarsestTexel && least >= narrowestDeviation * (2 << texelShift_)) {
         ++texelShift_;
     }
     columns_ = (width + texelSize() - 1) >> texelShift_;
@@ -142,7 +142,7 @@ MaterialRenderer::MaterialRenderer(int width, int height, Material material)
 MaterialRenderer::Plan MaterialRenderer::planFor(double deviation, int texelShift) {
     Plan plan;
     double texel = 1 << texelShift;
-    while (plan.halvings < mostHalvings && deviation >= mostDeviation * texel) {
+    while (plan.halvings < mostHalvings && deviation >= widestDeviation * texel) {
         ++plan.halvings;
         texel *= 2;
     }

@@ -21,7 +21,7 @@ namespace lumo {
 namespace {
 
 constexpr QSize chooserSize{440, 460};
-constexpr int rowHeight = 44;
+constexpr int appRowHeight = 44;
 constexpr int searchRole = Qt::UserRole + 10;
 
 } // namespace
@@ -43,7 +43,7 @@ AppChooserView::AppChooserView(QWidget *window)
     found_->setFilterRole(searchRole);
     found_->setFilterCaseSensitivity(Qt::CaseInsensitive);
     auto *rows = new ListRow(list_);
-    rows->setRowHeight(rowHeight);
+    rows->setRowHeight(appRowHeight);
     dressList(*list_, "Apps");
     list_->setItemDelegate(rows);
     list_->setModel(found_);

@@ -16,7 +16,7 @@ namespace lumo {
 namespace {
 
 constexpr int listHeight = 260; // at most
-constexpr int rowHeight = 30;
+constexpr int coverRowHeight = 30;
 
 void setChosen(QStandardItem &item, bool isChosen) {
     item.setCheckState(isChosen ? Qt::Checked : Qt::Unchecked);
@@ -39,7 +39,7 @@ CoverAppsView::CoverAppsView(StatusMenu &menu)
 
 QWidget *CoverAppsView::makeList() {
     auto *rows = new ListRow(list_);
-    rows->setRowHeight(rowHeight);
+    rows->setRowHeight(coverRowHeight);
     rows->setHighlightInset(menuRow::highlightInset);
     dressList(*list_, "Running apps");
     list_->setMaximumHeight(listHeight);

@@ -16,7 +16,6 @@ namespace lumo {
 
 namespace {
 
-constexpr int margin = 12;
 constexpr int symbolSize = 17;
 constexpr int checkSize = 13;
 
@@ -64,7 +63,7 @@ bool ListRow::paintHighlight(QPainter &painter, const QStyleOptionViewItem &opti
 }
 
 QRect ListRow::textArea(const QStyleOptionViewItem &option, const QModelIndex &index) const {
-    QRect area = option.rect.adjusted(margin, 0, -margin, 0);
+    QRect area = option.rect.adjusted(spacing::large, 0, -spacing::large, 0);
     if (index.data(symbolRole).isValid()) {
         area.setLeft(area.left() + symbolSize + spacing::medium);
     }
@@ -103,7 +102,7 @@ void ListRow::paint(QPainter *painter, const QStyleOptionViewItem &option,
     painter->save();
     const bool isOnAccent = paintHighlight(*painter, option);
     const auto color = option.palette.color(isOnAccent ? role::textOnAccent : role::text);
-    const QRect row = option.rect.adjusted(margin, 0, -margin, 0);
+    const QRect row = option.rect.adjusted(spacing::large, 0, -spacing::large, 0);
     const auto place = [&](int x, int size) {
         const QRect area(x, row.top() + (row.height() - size) / 2, size, size);
         return QStyle::visualRect(option.direction, option.rect, area);

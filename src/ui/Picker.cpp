@@ -17,7 +17,6 @@ namespace lumo {
 namespace {
 
 constexpr int pickerWidth = 220;
-constexpr int margin = 12;
 constexpr int arrowSize = 14;
 constexpr int visibleRows = 12;
 
@@ -71,12 +70,13 @@ void Picker::paintEvent(QPaintEvent * /*event*/) {
     paintRounded(painter, rect(), corner::control,
                  palette().color(underMouse() ? role::hovered : role::control),
                  palette().color(role::controlBorder));
-    const QRect arrow(width() - margin - arrowSize, (height() - arrowSize) / 2, arrowSize,
+    const QRect arrow(width() - spacing::large - arrowSize, (height() - arrowSize) / 2, arrowSize,
                       arrowSize);
     paintSymbol(painter, symbol::openPicker, QStyle::visualRect(layoutDirection(), rect(), arrow),
                 palette().color(role::secondaryText));
-    const QRect area = QStyle::visualRect(layoutDirection(), rect(),
-                                          rect().adjusted(margin, 0, -2 * margin - arrowSize, 0));
+    const QRect area =
+        QStyle::visualRect(layoutDirection(), rect(),
+                           rect().adjusted(spacing::large, 0, -2 * spacing::large - arrowSize, 0));
     painter.setPen(palette().color(role::text));
     painter.setFont(font());
     const auto line = fontMetrics().elidedText(currentText(), Qt::ElideRight, area.width());

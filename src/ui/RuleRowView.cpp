@@ -14,7 +14,6 @@ namespace lumo {
 
 namespace {
 
-constexpr int margin = 12;
 constexpr int removeSize = 26;
 constexpr int removeSymbolSize = 17;
 
@@ -46,7 +45,7 @@ QRect RuleRowView::textArea(const QStyleOptionViewItem &option,
     const int controls =
         2 * spacing::medium + removeSize + Switch::trackSize.width() + spacing::large;
     return QStyle::visualRect(option.direction, option.rect,
-                              option.rect.adjusted(margin, 0, -controls, 0));
+                              option.rect.adjusted(spacing::large, 0, -controls, 0));
 }
 
 void RuleRowView::paint(QPainter *painter, const QStyleOptionViewItem &option,

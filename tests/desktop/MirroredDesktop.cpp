@@ -6,7 +6,7 @@ namespace lumo::x11 {
 
 namespace {
 
-constexpr double deadline = 10;
+constexpr double longestWait = 10;
 
 // The mirror's record, with what the server answers in its place.
 std::optional<MirrorWindow> truthOf(Connection &connection, const MirrorWindow &known) {
@@ -41,13 +41,13 @@ void MirroredDesktop::catchUp() {
     bool hasReplied = false;
     connection->whenReplied<xcb_get_input_focus_reply_t>(xcb_get_input_focus(*connection),
                                                          [&](const auto *) { hasReplied = true; });
-    if (!connection->dispatchUntil([&] { return hasReplied && mirror->isSettled(); }, deadline)) {
+    if (!connection->dispatchUntil([&] { return hasReplied && mirror->isSettled(); }, longestWait)) {
         throw std::runtime_error("the mirror did not catch up with the server");
     }
 }
 
 bool MirroredDesktop::eventually(const std::function<bool()> &condition) {
-    return connection->dispatchUntil(condition, deadline);
+    return connection->dispatchUntil(condition, longestWait);
 }
 
 const MirrorWindow &MirroredDesktop::window(xcb_window_t window) const {

@@ -10,7 +10,7 @@
 namespace lumo::drawing {
 namespace {
 
-using Layer = CutOutWindow::Layer;
+using StackingLayer = CutOutWindow::Layer;
 
 // The windows' letters, the topmost first, in capitals where one is covered.
 std::string letters(std::span<const CutOutPiece> pieces) {
@@ -25,15 +25,15 @@ std::string letters(std::span<const CutOutPiece> pieces) {
 TEST(CutOuts, WindowsThatTheRuleKeepsClear) {
     constexpr PixelRect overlay = {0, 0, 800, 600};
     const std::vector<CutOutWindow> plain = {
-        {.id = 'm', .area = {700, 400, 80, 100}, .layer = Layer::floating},
-        {.id = 'd', .area = {0, 570, 800, 30}, .layer = Layer::above},
+        {.id = 'm', .area = {700, 400, 80, 100}, .layer = StackingLayer::floating},
+        {.id = 'd', .area = {0, 570, 800, 30}, .layer = StackingLayer::above},
         {.id = 'h', .area = {400, 300, 150, 100}},
         {.id = 'a', .area = {20, 40, 100, 540}},
         {.id = 'u'}, // nothing is seen of it
         {.id = 'r', .area = {150, 180, 300, 250}},
         {.id = 'l', .area = {20, 60, 300, 250}},
-        {.id = 'w', .area = {20, 500, 300, 50}, .layer = Layer::floating},
-        {.id = 'b', .area = overlay, .layer = Layer::below},
+        {.id = 'w', .area = {20, 500, 300, 50}, .layer = StackingLayer::floating},
+        {.id = 'b', .area = overlay, .layer = StackingLayer::below},
     };
     const auto with = [&](char id, bool CutOutWindow::*what) {
         auto windows = plain;

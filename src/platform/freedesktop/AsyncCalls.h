@@ -13,6 +13,9 @@ using GObject = struct _GObject;
 
 namespace lumo::freedesktop {
 
+// How long a call on a message bus may take, in milliseconds as GIO counts.
+inline constexpr int longestCall = 10000;
+
 // The asynchronous GIO calls of the object that this is a member of. What is under way when the
 // object goes is cancelled, and its result never reaches the object. Main thread only.
 class AsyncCalls {

@@ -18,7 +18,6 @@ constexpr const char *objectPath = "/org/freedesktop/Notifications";
 constexpr const char *defaultSound = "dialog-information"; // a name that every sound theme has
 
 constexpr int leaveItToTheService = -1; // how long the notification stays
-constexpr int longestCall = 10000;      // milliseconds
 
 // The proxy serves one call: it keeps nothing up to date.
 constexpr auto proxyFlags = static_cast<GDBusProxyFlags>(

@@ -20,30 +20,12 @@ constexpr const char *serviceName = "org.freedesktop.PackageKit";
 constexpr const char *servicePath = "/org/freedesktop/PackageKit";
 constexpr const char *transactionInterface = "org.freedesktop.PackageKit.Transaction";
 
-constexpr int longestCall = 10000;   // milliseconds
 constexpr double longestCheck = 120; // seconds; the service may have to fetch lists
 
 // Bits of PackageKit's filters.
 constexpr guint64 filterNone = 1U << 1U;
 constexpr guint64 filterInstalled = 1U << 2U;
 constexpr guint32 exitSuccess = 1;
-
-// The fields of a package identifier: name;version;architecture;origin.
-struct Package {
-    std::string name;
-    std::string version;
-};
-
-Package packageOf(std::string_view identifier) {
-    const auto nameEnd = identifier.find(';');
-    const auto versionEnd =
-        nameEnd == std::string_view::npos ? nameEnd : identifier.find(';', nameEnd + 1);
-    if (nameEnd == std::string_view::npos) {
-        return {std::string(identifier), {}};
-    }
-    return {std::string(identifier.substr(0, nameEnd)),
-            std::string(identifier.substr(nameEnd + 1, versionEnd - nameEnd - 1))};
-}
 
 } // namespace
 
@@ -71,6 +53,23 @@ class PackageKitUpdates::Check {
     bool isUnderWay() const { return completion_ != nullptr; }
 
   private:
+    // The fields of a package identifier: name;version;architecture;origin.
+    struct Package {
+        std::string name;
+        std::string version;
+    };
+
+    static Package packageOf(std::string_view identifier) {
+        const auto nameEnd = identifier.find(';');
+        const auto versionEnd =
+            nameEnd == std::string_view::npos ? nameEnd : identifier.find(';', nameEnd + 1);
+        if (nameEnd == std::string_view::npos) {
+            return {std::string(identifier), {}};
+        }
+        return {std::string(identifier.substr(0, nameEnd)),
+                std::string(identifier.substr(nameEnd + 1, versionEnd - nameEnd - 1))};
+    }
+
     void connected(GlibPointer<GDBusConnection> connection) {
         if (!connection) {
             finish();

@@ -21,8 +21,6 @@ constexpr const char *colorSchemeKey = "color-scheme";
 constexpr unsigned darkScheme = 1;
 constexpr unsigned lightScheme = 2;
 
-constexpr int longestCall = 10000; // milliseconds
-
 } // namespace
 
 PortalAppearance::PortalAppearance(SessionBus &bus)

@@ -15,12 +15,12 @@ namespace lumo::freedesktop {
 
 namespace {
 
-constexpr int longestCall = 2000; // milliseconds
+constexpr int longestWait = 2000; // milliseconds
 
 // Turns the main context until the condition holds, or the time is up.
 bool turnUntil(const std::function<bool()> &condition) {
     auto isOver = false;
-    auto *source = g_timeout_source_new(longestCall);
+    auto *source = g_timeout_source_new(longestWait);
     g_source_set_callback(
         source,
         [](gpointer over) -> gboolean {
@@ -50,7 +50,7 @@ GlibPointer<GVariant> answerTo(const SessionBus &bus, const std::string &name,
             hasEnded = true;
         },
         g_dbus_connection_call, bus.connection(), name.c_str(), path.c_str(), interface, method,
-        arguments, nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, longestCall);
+        arguments, nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, longestWait);
     turnUntil([&] { return hasEnded; });
     return answer;
 }

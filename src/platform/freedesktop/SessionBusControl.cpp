@@ -17,8 +17,6 @@ namespace lumo::freedesktop {
 
 namespace {
 
-constexpr int longestCall = 10000; // milliseconds
-
 struct NamedAction {
     std::string_view name;
     RemoteAction action;

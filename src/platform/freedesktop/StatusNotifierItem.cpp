@@ -21,7 +21,6 @@ namespace {
 constexpr const char *watcherName = "org.kde.StatusNotifierWatcher";
 constexpr const char *watcherPath = "/StatusNotifierWatcher";
 constexpr const char *itemPath = "/StatusNotifierItem";
-constexpr int longestCall = 10000; // milliseconds
 
 // The sides of the pictures that are offered, in pixels; hosts take the one that fits best.
 constexpr std::array pictureSides{16, 22, 24, 32, 44, 48};

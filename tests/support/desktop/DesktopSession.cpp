@@ -1,5 +1,7 @@
 #include "desktop/DesktopSession.h"
 
+#include "desktop/XcbReply.h"
+
 #include <xcb/res.h>
 #include <xcb/shape.h>
 #include <xcb/xtest.h>
@@ -7,7 +9,6 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <cstdlib>
 #include <memory>
 #include <stdexcept>
 #include <thread>
@@ -16,19 +17,12 @@ namespace lumo::desktop {
 
 namespace {
 
-struct Free {
-    void operator()(void *memory) const noexcept { std::free(memory); }
-};
-
-template <class T>
-using Reply = std::unique_ptr<T, Free>;
-
 template <class T, class Cookie>
-Reply<T> wait(xcb_connection_t *connection, Cookie cookie,
-              T *(*function)(xcb_connection_t *, Cookie, xcb_generic_error_t **)) {
+XcbReply<T> wait(xcb_connection_t *connection, Cookie cookie,
+                 T *(*function)(xcb_connection_t *, Cookie, xcb_generic_error_t **)) {
     xcb_generic_error_t *error = nullptr;
-    Reply<T> reply(function(connection, cookie, &error));
-    const Reply<xcb_generic_error_t> ignored(error);
+    XcbReply<T> reply(function(connection, cookie, &error));
+    const XcbReply<xcb_generic_error_t> ignored(error);
     if (!reply && xcb_connection_has_error(connection) != 0) {
         throw std::runtime_error("the X server is gone");
     }

@@ -1,5 +1,7 @@
 #include "desktop/RequestCounter.h"
 
+#include "desktop/XcbReply.h"
+
 #include <poll.h>
 #include <xcb/res.h>
 #include <xcb/xcbext.h>
@@ -15,16 +17,11 @@ namespace lumo::desktop {
 
 namespace {
 
-struct Free {
-    void operator()(void *memory) const noexcept { std::free(memory); }
-};
-
 // One resource identifier of each connection that the process has.
 std::vector<std::uint32_t> connectionsOf(xcb_connection_t *connection, pid_t process) {
     const xcb_res_client_id_spec_t everyone = {XCB_NONE, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
-    const std::unique_ptr<xcb_res_query_client_ids_reply_t, Free> reply(
-        xcb_res_query_client_ids_reply(
-            connection, xcb_res_query_client_ids(connection, 1, &everyone), nullptr));
+    const XcbReply<xcb_res_query_client_ids_reply_t> reply(xcb_res_query_client_ids_reply(
+        connection, xcb_res_query_client_ids(connection, 1, &everyone), nullptr));
     std::vector<std::uint32_t> clients;
     if (reply) {
         auto id = xcb_res_query_client_ids_ids_iterator(reply.get());
@@ -59,7 +56,7 @@ RequestCounter::RequestCounter(const std::string &displayName, pid_t process)
     xcb_flush(data_);
     // The first reply says that recording has begun.
     constexpr std::uint8_t startOfData = 4;
-    const std::unique_ptr<xcb_record_enable_context_reply_t, Free> first(
+    const XcbReply<xcb_record_enable_context_reply_t> first(
         xcb_record_enable_context_reply(data_, {enabled_}, nullptr));
     if (!first || first->category != startOfData) {
         throw std::runtime_error("recording does not begin");
@@ -100,7 +97,7 @@ void RequestCounter::readRecorded() {
     ::poll(&source, 1, 0);
     void *reply = nullptr;
     while (xcb_poll_for_reply(data_, enabled_, &reply, nullptr) == 1 && reply != nullptr) {
-        const std::unique_ptr<xcb_record_enable_context_reply_t, Free> part(
+        const XcbReply<xcb_record_enable_context_reply_t> part(
             static_cast<xcb_record_enable_context_reply_t *>(reply));
         constexpr std::uint8_t fromClient = 1;
         if (part->category == fromClient) {

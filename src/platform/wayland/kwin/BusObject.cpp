@@ -6,12 +6,6 @@
 
 namespace lumo::wayland::kwin {
 
-namespace {
-
-constexpr int longestCall = 10000; // milliseconds
-
-} // namespace
-
 void BusObject::call(freedesktop::AsyncCalls &calls, GDBusConnection *connection,
                      const char *method, GVariant *arguments, Reply finish) const {
     calls.start(
@@ -21,12 +15,13 @@ void BusObject::call(freedesktop::AsyncCalls &calls, GDBusConnection *connection
             finish(reply.get());
         },
         g_dbus_connection_call, connection, service, path.c_str(), interface, method, arguments,
-        nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, longestCall);
+        nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, freedesktop::longestCall);
 }
 
 void BusObject::tell(GDBusConnection *connection, const char *method, GVariant *arguments) const {
     g_dbus_connection_call(connection, service, path.c_str(), interface, method, arguments, nullptr,
-                           G_DBUS_CALL_FLAGS_NO_AUTO_START, longestCall, nullptr, nullptr, nullptr);
+                           G_DBUS_CALL_FLAGS_NO_AUTO_START, freedesktop::longestCall, nullptr,
+                           nullptr, nullptr);
 }
 
 } // namespace lumo::wayland::kwin

@@ -15,7 +15,7 @@ namespace lumo::x11 {
 namespace {
 
 // The properties that are watched, in the order of their names below.
-enum Index : unsigned {
+enum RootProperty : unsigned {
     activeWindowIndex,
     currentDesktopIndex,
     supportingCheckIndex,
@@ -43,7 +43,7 @@ constexpr std::uint32_t readBits = (1U << names.size()) - 1 - wallpaperBits;
 constexpr std::uint32_t compositorBit = 1U << names.size();
 
 // Longer lists are cut.
-constexpr std::uint32_t maximumLength = 65536;
+constexpr std::uint32_t longestRootProperty = 65536;
 
 } // namespace
 
@@ -106,7 +106,7 @@ void RootState::requestReads() {
         }
         replies_.add<xcb_get_property_reply_t>(
             xcb_get_property(connection_, 0, connection_.root(), atoms_[index],
-                             XCB_GET_PROPERTY_TYPE_ANY, 0, maximumLength),
+                             XCB_GET_PROPERTY_TYPE_ANY, 0, longestRootProperty),
             [this, index](const auto *reply) {
                 reads_.finished(1U << index);
                 apply(index, reply);

@@ -11,7 +11,7 @@ namespace lumo::x11 {
 namespace {
 
 // In the order of WindowProperties' indices.
-enum Index : unsigned {
+enum WindowProperty : unsigned {
     netNameIndex,
     nameIndex,
     classIndex,
@@ -65,7 +65,7 @@ constexpr std::array<std::pair<std::string_view, WindowFacts::Type>, 14> knownTy
 }};
 
 // Longer titles are cut; in units of four bytes, as are all lengths of property requests.
-constexpr std::uint32_t maximumLength = 1024;
+constexpr std::uint32_t longestProperty = 1024;
 
 bool contains(std::span<const xcb_atom_t> atoms, xcb_atom_t atom) {
     return std::find(atoms.begin(), atoms.end(), atom) != atoms.end();
@@ -144,7 +144,7 @@ unsigned WindowProperties::managerStateIndex() {
 
 xcb_get_property_cookie_t WindowProperties::request(xcb_window_t window, unsigned index) const {
     return xcb_get_property(connection_, 0, window, atoms_[index], XCB_GET_PROPERTY_TYPE_ANY, 0,
-                            maximumLength);
+                            longestProperty);
 }
 
 void WindowProperties::apply(WindowFacts &facts, unsigned index,
