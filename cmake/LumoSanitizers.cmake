@@ -4,15 +4,18 @@ set(LUMO_SANITIZE "" CACHE STRING "address or thread; empty for none")
 if(LUMO_SANITIZE STREQUAL "address")
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
-  target_sources(lumo_warnings INTERFACE
-    ${CMAKE_CURRENT_LIST_DIR}/LeakSanitizerSuppressions.cpp)
+  set(suppressions ${CMAKE_CURRENT_LIST_DIR}/LeakSanitizerSuppressions.cpp)
 elseif(LUMO_SANITIZE STREQUAL "thread")
   add_compile_options(-fsanitize=thread -fno-omit-frame-pointer)
   add_link_options(-fsanitize=thread)
-  target_sources(lumo_warnings INTERFACE
-    ${CMAKE_CURRENT_LIST_DIR}/ThreadSanitizerSuppressions.cpp)
+  set(suppressions ${CMAKE_CURRENT_LIST_DIR}/ThreadSanitizerSuppressions.cpp)
 elseif(NOT LUMO_SANITIZE STREQUAL "")
   message(FATAL_ERROR "LUMO_SANITIZE must be empty, address or thread, not ${LUMO_SANITIZE}")
+endif()
+
+if(suppressions)
+  target_sources(lumo_warnings INTERFACE
+    "$<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:${suppressions}>")
 endif()
 
 # Most of what the optimiser does beyond the basics only costs time here, and so do all debuggers' facts but lines.
