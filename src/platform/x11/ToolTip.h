@@ -31,6 +31,7 @@ class ToolTip {
     ToolTip &operator=(const ToolTip &) = delete;
 
     void setText(const std::string &text) { text_ = text; } // counts when it is shown next
+    const std::string &text() const { return text_; }
 
     // The pointer has moved within the icon, which is given on the root window.
     void pointerMoved(const drawing::PixelRect &icon);

@@ -68,7 +68,6 @@ void TrayIcon::setTitle(const StatusTitle &title) {
 }
 
 void TrayIcon::setToolTip(const std::string &text) {
-    toolTipText_ = text;
     toolTip_.setText(text);
     if (window_) {
         setProperties();
@@ -201,7 +200,7 @@ void TrayIcon::makeWindow(bool isTranslucent) {
 }
 
 void TrayIcon::setProperties() {
-    setIdentity(connection_, window_.id(), toolTipText_);
+    setIdentity(connection_, window_.id(), toolTip_.text());
     // Trays that do not force a size take this one.
     xcb_size_hints_t hints{};
     xcb_icccm_size_hints_set_min_size(&hints, side_, side_);

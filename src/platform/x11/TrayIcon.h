@@ -85,7 +85,6 @@ class TrayIcon {
     xcb_atom_t selection_;
     xcb_atom_t manager_;
     StatusTitle title_;
-    std::string toolTipText_;
     ToolTip toolTip_;
     bool isHidden_ = false;
     xcb_window_t tray_ = XCB_NONE;
