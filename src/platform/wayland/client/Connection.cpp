@@ -1,8 +1,7 @@
 #include "platform/wayland/client/Connection.h"
 
 #include "platform/freedesktop/GlibMainLoop.h"
-
-#include <sys/socket.h>
+#include "platform/freedesktop/PeerProcess.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -86,10 +85,7 @@ bool Connection::roundTrip() {
 }
 
 std::int32_t Connection::compositorProcess() const {
-    ucred peer{};
-    socklen_t size = sizeof peer;
-    const int socket = wl_display_get_fd(display_.get());
-    return getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 ? peer.pid : 0;
+    return freedesktop::peerProcess(wl_display_get_fd(display_.get()));
 }
 
 std::string Connection::compositorName() const {

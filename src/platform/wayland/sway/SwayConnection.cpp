@@ -1,6 +1,7 @@
 #include "platform/wayland/sway/SwayConnection.h"
 
 #include "platform/freedesktop/GlibMainLoop.h"
+#include "platform/freedesktop/PeerProcess.h"
 
 #include <poll.h>
 #include <sys/socket.h>
@@ -49,12 +50,9 @@ FileDescriptor connectTo(const std::string &path, std::int32_t process) {
     }
     path.copy(static_cast<char *>(address.sun_path), path.size());
     FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    ucred peer{};
-    socklen_t size = sizeof peer;
     if (!socket ||
         connect(socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0 ||
-        getsockopt(socket.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0 ||
-        peer.pid != process) {
+        freedesktop::peerProcess(socket.get()) != process) {
         return {};
     }
     return socket;
