@@ -80,7 +80,8 @@ TEST(SwayTree, WindowsFromTheBottomToTheTop) {
                                                           .process = 7,
                                                           .frame = {50, 60, 100, 90},
                                                           .isFocused = true,
-                                                          .isMovable = true},
+                                                          .isMovable = true,
+                                                          .isXwayland = true},
                                             DesktopWindow{.identifier = 8,
                                                           .application = "Old",
                                                           .title = "w",
@@ -88,6 +89,7 @@ TEST(SwayTree, WindowsFromTheBottomToTheTop) {
                                                           .frame = {70, 80, 10, 10},
                                                           .presence = elsewhere,
                                                           .isMovable = true,
+                                                          .isXwayland = true,
                                                           .transientFor = 6}));
     EXPECT_EQ(state->usableAreas.at("A"), (PixelRect{0, 20, 800, 580}));
     EXPECT_EQ(sway::movableOf(*state), AskingPace::Movable::windows);

@@ -29,7 +29,6 @@ std::unique_ptr<SwaySource> SwaySource::open(SwayConnection &connection, InputAc
         return nullptr;
     }
     std::unique_ptr<SwaySource> source(new SwaySource(connection, input, mainLoop));
-    source->followXwayland(*tree);
     source->adopt(std::move(*state), Reason::event);
     source->schedule();
     return source;
@@ -84,7 +83,6 @@ void SwaySource::ask(Reason reason) {
 
 void SwaySource::take(const std::string &tree, Reason reason) {
     if (std::exchange(tree_, tree) != tree) {
-        followXwayland(tree);
         if (auto state = desktopOf(tree)) {
             adopt(std::move(*state), reason);
         }
@@ -92,16 +90,17 @@ void SwaySource::take(const std::string &tree, Reason reason) {
     schedule();
 }
 
-void SwaySource::followXwayland(const std::string &tree) {
-    if (tree.find(R"("shell": "xwayland")") == std::string::npos) {
+void SwaySource::followXwayland(const DesktopState &state) {
+    if (std::ranges::none_of(state.windows, &DesktopWindow::isXwayland)) {
         unmanaged_.reset();
     } else if (!unmanaged_) {
-        unmanaged_ = UnmanagedWindows::follow(connection_.process(), mainLoop_,
-                                              [this] { adopt(state_, Reason::event); });
+        unmanaged_.emplace(connection_.process(), mainLoop_,
+                           [this] { adopt(state_, Reason::event); });
     }
 }
 
 void SwaySource::adopt(DesktopState state, Reason reason) {
+    followXwayland(state);
     state.unmanagedAreas = unmanaged_ ? unmanaged_->areas() : std::vector<drawing::PixelRect>();
     if (state == state_) {
         return;

@@ -57,15 +57,15 @@ class SwaySource final : public WindowSource {
     void handle(const Message &event);
     void ask(Reason reason);
     void take(const std::string &tree, Reason reason);
-    void followXwayland(const std::string &tree);
+    void followXwayland(const DesktopState &state);
     void adopt(DesktopState state, Reason reason);
     void schedule();
 
     SwayConnection &connection_;
     freedesktop::GlibMainLoop &mainLoop_;
     DesktopState state_;
-    std::string tree_;                            // that the state was made from
-    std::unique_ptr<UnmanagedWindows> unmanaged_; // while there are windows of X applications
+    std::string tree_;                          // that the state was made from
+    std::optional<UnmanagedWindows> unmanaged_; // while there are windows of X applications
     AskingPace pace_;
     Asking asking_ = Asking::none;
     Handle nextQuestion_;

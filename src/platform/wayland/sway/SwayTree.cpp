@@ -55,14 +55,16 @@ class Reading {
 
     // Floating containers lie above the tiled ones, in the order of their list.
     void readContainers(const json &parent, bool isFloating) {
-        for (const std::string list : {"nodes", "floating_nodes"}) {
-            const bool doFloat = isFloating || list == "floating_nodes";
-            for (const auto &child : parent.at(list)) {
-                if (child.contains("pid")) {
-                    readWindow(child, parent, doFloat);
-                }
-                readContainers(child, doFloat);
+        readChildren(parent, "nodes", isFloating);
+        readChildren(parent, "floating_nodes", true);
+    }
+
+    void readChildren(const json &parent, const char *list, bool areFloating) {
+        for (const auto &child : parent.at(list)) {
+            if (child.contains("pid")) {
+                readWindow(child, parent, areFloating);
             }
+            readContainers(child, areFloating);
         }
     }
 
@@ -102,6 +104,7 @@ class Reading {
             return;
         }
         window.application = text(*properties, "class");
+        window.isXwayland = true;
         const auto own = node.find("window");
         if (own != node.end() && own->is_number_unsigned()) {
             byXWindow_[own->get<std::uint32_t>()] = window.identifier;

@@ -1,8 +1,7 @@
 #include "platform/wayland/sway/UnmanagedWindows.h"
 
 #include "platform/freedesktop/GlibMainLoop.h"
-
-#include <sys/socket.h>
+#include "platform/freedesktop/PeerProcess.h"
 
 #include <cstdlib>
 #include <utility>
@@ -25,36 +24,19 @@ drawing::PixelRect areaOf(const T &window) {
             window.height + 2 * window.border_width};
 }
 
-// The process that made the socket which was connected to; 0 when unknown.
-std::int32_t peerOf(int socket) {
-    ucred peer{};
-    socklen_t size = sizeof peer;
-    return getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 ? peer.pid : 0;
-}
-
 } // namespace
 
-std::unique_ptr<UnmanagedWindows> UnmanagedWindows::follow(std::int32_t compositor,
-                                                           freedesktop::GlibMainLoop &mainLoop,
-                                                           std::function<void()> changed) {
-    std::unique_ptr<UnmanagedWindows> windows(
-        new UnmanagedWindows(xcb_connect(nullptr, nullptr), std::move(changed)));
-    auto *connection = windows->connection_;
-    if (xcb_connection_has_error(connection) != 0 ||
-        peerOf(xcb_get_file_descriptor(connection)) != compositor) {
-        return nullptr;
+UnmanagedWindows::UnmanagedWindows(std::int32_t compositor, freedesktop::GlibMainLoop &mainLoop,
+                                   std::function<void()> changed)
+    : connection_(xcb_connect(nullptr, nullptr)) {
+    const int socket = xcb_get_file_descriptor(connection_);
+    if (xcb_connection_has_error(connection_) == 0 &&
+        freedesktop::peerProcess(socket) == compositor) {
+        readAll();
+        watch_ = mainLoop.watch(
+            socket, {.prepare = [] { return false; }, .dispatch = [this] { return dispatch(); }});
     }
-    windows->readAll();
-    windows->watch_ =
-        mainLoop.watch(xcb_get_file_descriptor(connection),
-                       {.prepare = [] { return false; },
-                        .dispatch = [self = windows.get()] { return self->dispatch(); }});
-    return windows;
-}
-
-UnmanagedWindows::UnmanagedWindows(xcb_connection_t *connection, std::function<void()> changed)
-    : connection_(connection)
-    , changed_(std::move(changed)) {
+    changed_ = std::move(changed);
 }
 
 UnmanagedWindows::~UnmanagedWindows() {
@@ -135,7 +117,7 @@ void UnmanagedWindows::refresh() {
             areas.push_back(window.area);
         }
     }
-    if (std::exchange(areas_, std::move(areas)) != areas_) {
+    if (std::exchange(areas_, std::move(areas)) != areas_ && changed_) {
         changed_();
     }
 }

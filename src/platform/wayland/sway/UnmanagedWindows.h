@@ -22,13 +22,11 @@ namespace lumo::wayland::sway {
 // only while there are other windows of X applications. Main thread only.
 class UnmanagedWindows {
   public:
-    // Connects to the X server that DISPLAY names and waits for it; null when none answers there
-    // that belongs to the compositor's process. Calls the function after areas() has become
-    // different.
-    static std::unique_ptr<UnmanagedWindows> follow(std::int32_t compositor,
-                                                    freedesktop::GlibMainLoop &mainLoop,
-                                                    std::function<void()> changed);
-
+    // Connects to the X server that DISPLAY names and waits for it; there are no areas when none
+    // answers there that belongs to the compositor's process. Calls the function after areas() has
+    // become different. The main loop outlives the object.
+    UnmanagedWindows(std::int32_t compositor, freedesktop::GlibMainLoop &mainLoop,
+                     std::function<void()> changed);
     ~UnmanagedWindows();
     UnmanagedWindows(const UnmanagedWindows &) = delete;
     UnmanagedWindows &operator=(const UnmanagedWindows &) = delete;
@@ -42,8 +40,6 @@ class UnmanagedWindows {
         bool isUnmanaged = false;
         bool isMapped = false;
     };
-
-    UnmanagedWindows(xcb_connection_t *connection, std::function<void()> changed);
 
     void readAll();
     bool dispatch();

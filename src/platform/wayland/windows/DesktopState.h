@@ -30,6 +30,7 @@ struct DesktopWindow {
     bool isFullScreen = false;
     bool isMovable = false; // by hand, anywhere
     bool isInTaskbars = true;
+    bool isXwayland = false;                        // an X application's, where the source tells
     std::optional<std::uint32_t> transientFor = {}; // the window whose dialog it is
 
     bool operator==(const DesktopWindow &) const = default;
