@@ -41,7 +41,8 @@ void MirroredDesktop::catchUp() {
     bool hasReplied = false;
     connection->whenReplied<xcb_get_input_focus_reply_t>(xcb_get_input_focus(*connection),
                                                          [&](const auto *) { hasReplied = true; });
-    if (!connection->dispatchUntil([&] { return hasReplied && mirror->isSettled(); }, longestWait)) {
+    if (!connection->dispatchUntil([&] { return hasReplied && mirror->isSettled(); },
+                                   longestWait)) {
         throw std::runtime_error("the mirror did not catch up with the server");
     }
 }
