@@ -16,7 +16,7 @@ namespace lumo {
 
 namespace {
 
-constexpr int symbolSize = 17;
+constexpr int rowSymbolSize = 17;
 constexpr int checkSize = 13;
 
 std::string_view symbolOf(const QByteArray &name) {
@@ -65,7 +65,7 @@ bool ListRow::paintHighlight(QPainter &painter, const QStyleOptionViewItem &opti
 QRect ListRow::textArea(const QStyleOptionViewItem &option, const QModelIndex &index) const {
     QRect area = option.rect.adjusted(spacing::large, 0, -spacing::large, 0);
     if (index.data(symbolRole).isValid()) {
-        area.setLeft(area.left() + symbolSize + spacing::medium);
+        area.setLeft(area.left() + rowSymbolSize + spacing::medium);
     }
     if (isChecked(index)) {
         area.setRight(area.right() - checkSize - spacing::medium);
@@ -108,7 +108,8 @@ void ListRow::paint(QPainter *painter, const QStyleOptionViewItem &option,
         return QStyle::visualRect(option.direction, option.rect, area);
     };
     if (const auto symbol = index.data(symbolRole); symbol.isValid()) {
-        paintSymbol(*painter, symbolOf(symbol.toByteArray()), place(row.left(), symbolSize), color);
+        paintSymbol(*painter, symbolOf(symbol.toByteArray()), place(row.left(), rowSymbolSize),
+                    color);
     }
     if (isChecked(index)) {
         paintSymbol(*painter, symbol::check, place(row.right() - checkSize, checkSize),

@@ -8,7 +8,7 @@ namespace lumo {
 
 namespace {
 
-constexpr double side = 1024; // of the square that the icon is designed on
+constexpr double designedIconSide = 1024; // of the square that the icon is designed on
 
 void paintIcon(QPainter &painter) {
     painter.setRenderHint(QPainter::Antialiasing);
@@ -34,7 +34,7 @@ void paintIcon(QPainter &painter) {
 
 void paintProgramIcon(QPainter &painter, const QRectF &square) {
     constexpr double margin = 100;
-    const double scale = square.width() / (side - 2 * margin);
+    const double scale = square.width() / (designedIconSide - 2 * margin);
     painter.save();
     painter.translate(square.topLeft());
     painter.scale(scale, scale);
@@ -49,7 +49,7 @@ QIcon programIcon() {
         QPixmap picture(size, size);
         picture.fill(Qt::transparent);
         QPainter painter(&picture);
-        painter.scale(size / side, size / side);
+        painter.scale(size / designedIconSide, size / designedIconSide);
         paintIcon(painter);
         painter.end();
         icon.addPixmap(picture);

@@ -14,7 +14,7 @@ namespace {
 
 constexpr int fieldHeight = 30;
 constexpr int textMargin = 7;
-constexpr int symbolSize = 14;
+constexpr int searchSymbolSize = 14;
 
 void dress(QLineEdit &field, std::string_view placeholder) {
     field.setFont(fontOf(TextStyle::body));
@@ -30,7 +30,7 @@ void dress(QLineEdit &field, std::string_view placeholder) {
 
 SearchField::SearchField(std::string_view placeholder) {
     dress(*this, placeholder);
-    const int symbolRoom = symbolSize + textMargin + spacing::medium;
+    const int symbolRoom = searchSymbolSize + textMargin + spacing::medium;
     setTextMargins(isRightToLeft() ? textMargin : symbolRoom, 0,
                    isRightToLeft() ? symbolRoom : textMargin, 0);
 }
@@ -38,7 +38,7 @@ SearchField::SearchField(std::string_view placeholder) {
 void SearchField::paintEvent(QPaintEvent *event) {
     QLineEdit::paintEvent(event);
     QPainter painter(this);
-    const QRect area(10, (height() - symbolSize) / 2, symbolSize, symbolSize);
+    const QRect area(10, (height() - searchSymbolSize) / 2, searchSymbolSize, searchSymbolSize);
     paintSymbol(painter, symbol::search, QStyle::visualRect(layoutDirection(), rect(), area),
                 palette().color(role::secondaryText));
 }

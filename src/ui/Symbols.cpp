@@ -14,7 +14,7 @@ namespace lumo {
 
 namespace {
 
-constexpr double side = 24; // of the square that the symbols are designed on
+constexpr double designedSide = 24; // of the square that the symbols are designed on
 constexpr double line = 1.9;
 
 // A symbol is a filled shape and a line of one width with round ends.
@@ -266,7 +266,7 @@ void paintSymbol(QPainter &painter, std::string_view name, const QRectF &area,
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     painter.translate(area.center().x() - size / 2, area.center().y() - size / 2);
-    painter.scale(size / side, size / side);
+    painter.scale(size / designedSide, size / designedSide);
     painter.fillPath(shape.filled, color);
     painter.setPen(QPen(color, shape.lineWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     painter.setBrush(Qt::NoBrush);

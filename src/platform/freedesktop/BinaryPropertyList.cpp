@@ -18,6 +18,8 @@ namespace {
 constexpr std::string_view magic = "bplist00";
 constexpr std::size_t trailerSize = 32;
 
+// The kinds of objects, as their first half byte says.
+namespace marker {
 constexpr unsigned singleton = 0x0;
 constexpr unsigned integer = 0x1;
 constexpr unsigned real = 0x2;
@@ -28,6 +30,7 @@ constexpr unsigned utf16 = 0x6;
 constexpr unsigned uid = 0x8;
 constexpr unsigned array = 0xa;
 constexpr unsigned dictionary = 0xd;
+} // namespace marker
 
 constexpr unsigned falseDetail = 0x8;
 constexpr unsigned trueDetail = 0x9;
@@ -119,34 +122,37 @@ class Reader {
         }
         const unsigned first = static_cast<unsigned char>(contents_[offset]);
         const Head head{first >> 4U, first & 0xfU, offset + 1};
-        return head.kind < data || head.kind == uid ? readFixed(head) : readCounted(head, depth);
+        return head.kind < marker::data || head.kind == marker::uid ? readFixed(head)
+                                                                    : readCounted(head, depth);
     }
 
     std::optional<PropertyList> readFixed(const Head &head) {
-        if (head.kind == singleton) {
+        if (head.kind == marker::singleton) {
             return head.detail == falseDetail || head.detail == trueDetail
                        ? std::optional(PropertyList{head.detail == trueDetail})
                        : std::nullopt;
         }
-        const std::size_t size = head.kind == uid ? head.detail + 1 : std::size_t{1} << head.detail;
+        const std::size_t size =
+            head.kind == marker::uid ? head.detail + 1 : std::size_t{1} << head.detail;
         if (size > 16 || !holds(head.at, size) || !spend(0)) {
             return std::nullopt;
         }
         const auto bits = number(head.at, size);
-        if (head.kind == uid) {
+        if (head.kind == marker::uid) {
             return size <= 8 ? std::optional(PropertyList{PropertyList::Uid{bits}}) : std::nullopt;
         }
-        if (head.kind == integer) {
+        if (head.kind == marker::integer) {
             return readInteger(head.at, size);
         }
-        if (head.kind == real && size == 4) {
+        if (head.kind == marker::real && size == 4) {
             return PropertyList{double{std::bit_cast<float>(static_cast<std::uint32_t>(bits))}};
         }
         if (size != 8) {
             return std::nullopt;
         }
         const auto value = std::bit_cast<double>(bits);
-        return head.kind == real ? PropertyList{value} : PropertyList{PropertyList::Date{value}};
+        return head.kind == marker::real ? PropertyList{value}
+                                         : PropertyList{PropertyList::Date{value}};
     }
 
     // Shorter ones than eight bytes have no sign.
@@ -166,28 +172,29 @@ class Reader {
         std::uint64_t count = head.detail;
         if (head.detail == countFollows) {
             const auto size = holds(head.at, 1) ? std::size_t{1} << (number(head.at, 1) & 0xfU) : 9;
-            if (size > 8 || number(head.at, 1) >> 4U != integer || !holds(head.at + 1, size)) {
+            if (size > 8 || number(head.at, 1) >> 4U != marker::integer ||
+                !holds(head.at + 1, size)) {
                 return std::nullopt;
             }
             count = number(head.at + 1, size);
             head.at += 1 + size;
         }
-        if (head.kind == array || head.kind == dictionary) {
+        if (head.kind == marker::array || head.kind == marker::dictionary) {
             return readContainer(head, count, depth);
         }
-        const auto width = head.kind == utf16 ? std::uint64_t{2} : std::uint64_t{1};
+        const auto width = head.kind == marker::utf16 ? std::uint64_t{2} : std::uint64_t{1};
         if (count > contents_.size() || !holds(head.at, count * width) || !spend(count * width)) {
             return std::nullopt;
         }
         const auto bytes = contents_.substr(head.at, count * width);
         switch (head.kind) {
-        case data:
+        case marker::data:
             return PropertyList{Bytes(bytes.begin(), bytes.end())};
-        case ascii:
+        case marker::ascii:
             return std::ranges::all_of(bytes, [](char c) { return (c & 0x80) == 0; })
                        ? std::optional(PropertyList{std::string(bytes)})
                        : std::nullopt;
-        case utf16:
+        case marker::utf16:
             return PropertyList{utf8Of(bytes)};
         default:
             return std::nullopt;
@@ -196,7 +203,7 @@ class Reader {
 
     std::optional<PropertyList> readContainer(const Head &head, std::uint64_t count,
                                               std::size_t depth) {
-        const std::uint64_t width = (head.kind == dictionary ? 2 : 1) * referenceSize_;
+        const std::uint64_t width = (head.kind == marker::dictionary ? 2 : 1) * referenceSize_;
         if (count > contents_.size() || !holds(head.at, count * width) || !spend(0)) {
             return std::nullopt;
         }
@@ -206,7 +213,7 @@ class Reader {
         PropertyList::Array items;
         PropertyList::Dictionary entries;
         for (std::uint64_t index = 0; index < count; ++index) {
-            if (head.kind == array) {
+            if (head.kind == marker::array) {
                 auto value = item(index);
                 if (!value) {
                     return std::nullopt;
@@ -221,8 +228,8 @@ class Reader {
             }
             entries.insert_or_assign(std::get<std::string>(key->value), std::move(*value));
         }
-        return head.kind == array ? PropertyList{std::move(items)}
-                                  : PropertyList{std::move(entries)};
+        return head.kind == marker::array ? PropertyList{std::move(items)}
+                                          : PropertyList{std::move(entries)};
     }
 
     std::string_view contents_;
@@ -240,7 +247,7 @@ unsigned exponentFor(std::uint64_t number) {
     return number <= 0xff ? 0 : number <= 0xffff ? 1 : number <= 0xffffffff ? 2 : 3;
 }
 
-class Printer {
+class BinaryPrinter {
   public:
     std::string print(const PropertyList &list) {
         count(list);
@@ -301,12 +308,12 @@ class Printer {
         }
     }
 
-    void addObject(bool value) { addHead(singleton, value ? trueDetail : falseDetail); }
+    void addObject(bool value) { addHead(marker::singleton, value ? trueDetail : falseDetail); }
 
     void addObject(std::int64_t value) {
         const auto bits = static_cast<std::uint64_t>(value);
         const auto exponent = exponentFor(bits);
-        addHead(integer, exponent);
+        addHead(marker::integer, exponent);
         addNumber(bits, std::size_t{1} << exponent);
     }
 
@@ -318,28 +325,28 @@ class Printer {
         }
         auto number = std::numeric_limits<std::uint64_t>::max();
         std::from_chars(value.digits.data(), value.digits.data() + value.digits.size(), number);
-        addHead(integer, largeDetail);
+        addHead(marker::integer, largeDetail);
         addNumber(number, std::size_t{1} << largeDetail);
     }
 
     void addObject(double value) {
-        addHead(real, doubleDetail);
+        addHead(marker::real, doubleDetail);
         addNumber(std::bit_cast<std::uint64_t>(value), sizeof value);
     }
 
     void addObject(const PropertyList::Date &value) {
-        addHead(date, doubleDetail);
+        addHead(marker::date, doubleDetail);
         addNumber(std::bit_cast<std::uint64_t>(value.seconds), sizeof value.seconds);
     }
 
     void addObject(const Bytes &value) {
-        addCountedHead(data, value.size());
+        addCountedHead(marker::data, value.size());
         text_.append(value.begin(), value.end());
     }
 
     void addObject(const std::string &value) {
         if (std::ranges::all_of(value, [](char c) { return (c & 0x80) == 0; })) {
-            addCountedHead(ascii, value.size());
+            addCountedHead(marker::ascii, value.size());
             text_ += value;
             return;
         }
@@ -353,18 +360,18 @@ class Printer {
                 units.push_back(point);
             }
         }
-        addCountedHead(utf16, units.size());
+        addCountedHead(marker::utf16, units.size());
         std::ranges::for_each(units, [this](auto unit) { addNumber(unit, 2); });
     }
 
     void addObject(const PropertyList::Uid &value) {
         const auto size = std::size_t{1} << exponentFor(value.number);
-        addHead(uid, size - 1);
+        addHead(marker::uid, size - 1);
         addNumber(value.number, size);
     }
 
     void addObject(const PropertyList::Array &items) {
-        addCountedHead(array, items.size());
+        addCountedHead(marker::array, items.size());
         auto slot = addReferences(items.size());
         for (const auto &item : items) {
             setReference(slot, add(item));
@@ -373,7 +380,7 @@ class Printer {
     }
 
     void addObject(const PropertyList::Dictionary &entries) {
-        addCountedHead(dictionary, entries.size());
+        addCountedHead(marker::dictionary, entries.size());
         auto slot = addReferences(2 * entries.size());
         for (const auto &[key, value] : entries) {
             setReference(slot, beginObject());
@@ -414,7 +421,7 @@ std::optional<PropertyList> readBinaryPropertyList(std::string_view contents,
 }
 
 std::string printBinaryPropertyList(const PropertyList &list) {
-    return Printer().print(list);
+    return BinaryPrinter().print(list);
 }
 
 } // namespace lumo::freedesktop

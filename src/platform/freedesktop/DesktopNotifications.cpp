@@ -13,8 +13,8 @@ namespace lumo::freedesktop {
 
 namespace {
 
-constexpr const char *serviceName = "org.freedesktop.Notifications";
-constexpr const char *objectPath = "/org/freedesktop/Notifications";
+constexpr const char *notificationsName = "org.freedesktop.Notifications";
+constexpr const char *notificationsPath = "/org/freedesktop/Notifications";
 constexpr const char *defaultSound = "dialog-information"; // a name that every sound theme has
 
 constexpr int leaveItToTheService = -1; // how long the notification stays
@@ -89,7 +89,8 @@ void DesktopNotifications::findService(const std::shared_ptr<GDBusConnection> &c
                 completion(textOf(error));
             }
         },
-        dbus_notifications_proxy_new, connection.get(), proxyFlags, serviceName, objectPath);
+        dbus_notifications_proxy_new, connection.get(), proxyFlags, notificationsName,
+        notificationsPath);
 }
 
 void DesktopNotifications::send(const std::shared_ptr<GDBusConnection> &connection,

@@ -16,8 +16,8 @@ namespace lumo::freedesktop {
 
 namespace {
 
-constexpr const char *serviceName = "org.freedesktop.PackageKit";
-constexpr const char *servicePath = "/org/freedesktop/PackageKit";
+constexpr const char *packageKitName = "org.freedesktop.PackageKit";
+constexpr const char *packageKitPath = "/org/freedesktop/PackageKit";
 constexpr const char *transactionInterface = "org.freedesktop.PackageKit.Transaction";
 
 constexpr double longestCheck = 120; // seconds; the service may have to fetch lists
@@ -97,12 +97,12 @@ class PackageKitUpdates::Check {
                     finish();
                 }
             },
-            g_dbus_connection_call, bus_.get(), serviceName, path, interface, method, arguments,
+            g_dbus_connection_call, bus_.get(), packageKitName, path, interface, method, arguments,
             G_VARIANT_TYPE(replyType), G_DBUS_CALL_FLAGS_NONE, longestCall);
     }
 
     void createTransaction() {
-        call(servicePath, serviceName, "CreateTransaction", nullptr, "(o)",
+        call(packageKitPath, packageKitName, "CreateTransaction", nullptr, "(o)",
              [this](GVariant *reply) {
                  const char *path = nullptr;
                  g_variant_get(reply, "(&o)", &path);
@@ -117,7 +117,7 @@ class PackageKitUpdates::Check {
             static_cast<Check *>(data)->handleSignal(signal, parameters);
         };
         const auto subscription = g_dbus_connection_signal_subscribe(
-            bus_.get(), serviceName, transactionInterface, nullptr, path, nullptr,
+            bus_.get(), packageKitName, transactionInterface, nullptr, path, nullptr,
             G_DBUS_SIGNAL_FLAGS_NONE, received, this, nullptr);
         signals_ = Handle([bus = bus_.get(), subscription] {
             g_dbus_connection_signal_unsubscribe(bus, subscription);

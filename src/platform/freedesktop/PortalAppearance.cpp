@@ -11,8 +11,8 @@ namespace lumo::freedesktop {
 
 namespace {
 
-constexpr const char *serviceName = "org.freedesktop.portal.Desktop";
-constexpr const char *objectPath = "/org/freedesktop/portal/desktop";
+constexpr const char *portalName = "org.freedesktop.portal.Desktop";
+constexpr const char *portalPath = "/org/freedesktop/portal/desktop";
 constexpr const char *settingsInterface = "org.freedesktop.portal.Settings";
 constexpr const char *appearanceNamespace = "org.freedesktop.appearance";
 constexpr const char *colorSchemeKey = "color-scheme";
@@ -58,7 +58,7 @@ void PortalAppearance::listen() {
         }
     };
     const auto subscription = g_dbus_connection_signal_subscribe(
-        connection, serviceName, settingsInterface, "SettingChanged", objectPath,
+        connection, portalName, settingsInterface, "SettingChanged", portalPath,
         appearanceNamespace, G_DBUS_SIGNAL_FLAGS_NONE, announced, this, nullptr);
     announcements_ = Handle([held = g_object_ref(connection), subscription] {
         g_dbus_connection_signal_unsubscribe(held, subscription);
@@ -77,7 +77,7 @@ void PortalAppearance::ask() {
                 take(value.get());
             }
         },
-        g_dbus_connection_call, bus_.connection(), serviceName, objectPath, settingsInterface,
+        g_dbus_connection_call, bus_.connection(), portalName, portalPath, settingsInterface,
         "Read", g_variant_new("(ss)", appearanceNamespace, colorSchemeKey), G_VARIANT_TYPE("(v)"),
         G_DBUS_CALL_FLAGS_NONE, longestCall);
 }

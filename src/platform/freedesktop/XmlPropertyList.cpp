@@ -209,7 +209,7 @@ constexpr GMarkupParser parser{
     .passthrough = nullptr,
     .error = nullptr};
 
-class Printer {
+class XmlPrinter {
   public:
     std::string take() { return std::move(text_); }
 
@@ -321,7 +321,7 @@ std::optional<PropertyList> readXmlPropertyList(std::string_view contents, std::
 }
 
 std::string printXmlPropertyList(const PropertyList &list) {
-    Printer printer;
+    XmlPrinter printer;
     printer.print(list, 0);
     return std::string(header) + printer.take() + std::string(footer);
 }

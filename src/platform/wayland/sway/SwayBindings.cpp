@@ -51,7 +51,7 @@ std::string canonicalModifier(const std::string &name) {
     return found != names.end() ? found->second : name;
 }
 
-class Reading {
+class ConfigurationReading {
   public:
     std::vector<Binding> read(std::string_view configuration) {
         for (const auto &line : linesOf(configuration)) {
@@ -175,7 +175,7 @@ std::string withIncludes(std::string_view configuration, const std::filesystem::
 } // namespace
 
 std::vector<Binding> bindingsOf(std::string_view configuration) {
-    return Reading().read(configuration);
+    return ConfigurationReading().read(configuration);
 }
 
 std::string withIncludes(std::string_view configuration, const std::filesystem::path &folder) {

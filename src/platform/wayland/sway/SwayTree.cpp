@@ -22,7 +22,7 @@ std::string text(const json &node, const char *key) {
     return found != node.end() && found->is_string() ? found->get<std::string>() : std::string();
 }
 
-class Reading {
+class TreeReading {
   public:
     DesktopState read(const json &root) {
         state_.areUsableAreasInGaps = true;
@@ -124,7 +124,7 @@ class Reading {
 
 std::optional<DesktopState> desktopOf(std::string_view tree) {
     try {
-        return Reading().read(json::parse(tree));
+        return TreeReading().read(json::parse(tree));
     } catch (const json::exception &) {
         return std::nullopt;
     }

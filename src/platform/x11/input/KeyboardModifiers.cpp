@@ -9,7 +9,6 @@ namespace lumo::x11 {
 
 namespace {
 
-constexpr double longestStart = 2; // seconds
 constexpr std::uint32_t mappingBit = 1;
 
 } // namespace
@@ -38,7 +37,7 @@ KeyboardModifiers::KeyboardModifiers(Connection &connection)
     }
     reads_.want(mappingBit);
     requestReads();
-    connection.dispatchUntil([this] { return reads_.isIdle(); }, longestStart);
+    connection.dispatchUntil([this] { return reads_.isIdle(); }, Connection::longestStart);
 }
 
 Handle KeyboardModifiers::onChange(std::function<void()> observer) {

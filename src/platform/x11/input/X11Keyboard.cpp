@@ -13,7 +13,6 @@ namespace lumo::x11 {
 
 namespace {
 
-constexpr double longestStart = 2; // seconds
 constexpr std::uint32_t symbolsBit = 1;
 
 } // namespace
@@ -29,7 +28,7 @@ X11Keyboard::X11Keyboard(Connection &connection, KeyboardModifiers &modifiers)
     }
     reads_.want(symbolsBit);
     requestSymbols();
-    connection.dispatchUntil([this] { return reads_.isIdle(); }, longestStart);
+    connection.dispatchUntil([this] { return reads_.isIdle(); }, Connection::longestStart);
 }
 
 void X11Keyboard::followGroup() {

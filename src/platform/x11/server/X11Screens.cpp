@@ -17,8 +17,6 @@ namespace {
 constexpr std::uint32_t monitorsBit = 1;
 constexpr std::uint32_t resourcesBit = 2;
 
-constexpr double longestStart = 2;
-
 // Seconds without an event after which a burst is over, and after which it is not waited for.
 constexpr double quietTime = 0.1;
 constexpr double longestBurst = 0.5;
@@ -70,7 +68,7 @@ X11Screens::X11Screens(Connection &connection, MainLoop &mainLoop)
     reads_.want(monitorsBit | resourcesBit);
     requestReads();
     // What happens meanwhile may be read later.
-    connection.dispatchUntil([this] { return replies_.isEmpty(); }, longestStart);
+    connection.dispatchUntil([this] { return replies_.isEmpty(); }, Connection::longestStart);
 }
 
 X11Screens::~X11Screens() = default;

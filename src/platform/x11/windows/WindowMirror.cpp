@@ -9,9 +9,6 @@ namespace {
 
 constexpr std::uint32_t onAllDesktops = 0xffffffff;
 
-// Seconds that start-up waits for a server that does not come to rest.
-constexpr double longestStart = 2;
-
 } // namespace
 
 WindowMirror::WindowMirror(Connection &connection)
@@ -28,7 +25,7 @@ WindowMirror::WindowMirror(Connection &connection)
     root_.requestReads(); // before the tree: its managed windows are found by the root's list
     reader_.readAll();
     reader_.requestWanted();
-    connection.dispatchUntil([this] { return isSettled(); }, longestStart);
+    connection.dispatchUntil([this] { return isSettled(); }, Connection::longestStart);
     isReadAnew_ = true;
 }
 
