@@ -14,6 +14,7 @@
 
 #include <cstdlib>
 #include <functional>
+#include <mutex>
 #include <utility>
 
 namespace lumo {
@@ -60,12 +61,11 @@ std::optional<int> runOnWayland(freedesktop::GlibMainLoop &loop, Log &log, Start
     }
     wayland::WaylandBackend backend(*connection, *compositor, keyboard, sessionBus, loop, log,
                                     startedBy, [&loop] { loop.quit(0); });
-    bool isLost = false;
+    // The toolkit may see it first, in a thread of its own, and ends the program at once.
+    std::once_flag isLost;
     const auto lose = [&] {
-        if (!isLost) {
-            isLost = true;
-            log.print("[Lumo] the connection to the compositor was lost");
-        }
+        std::call_once(isLost,
+                       [&] { log.print("[Lumo] the connection to the compositor was lost"); });
         loop.quit(1);
     };
     const auto connectionWatch = connection->run(loop, lose);
