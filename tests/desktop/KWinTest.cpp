@@ -103,8 +103,8 @@ class KWinTest : public testing::Test {
         return wrong.empty() ? wrong : output + " at " + wrong + '\n' + lumo->report();
     }
 
-    static bool eventually(const std::function<bool()> &condition) {
-        const double end = now() + 20;
+    static bool eventually(const std::function<bool()> &condition, double seconds = 20) {
+        const double end = now() + seconds;
         while (!condition() && now() < end) {
             pauseBriefly();
         }
@@ -353,13 +353,19 @@ TEST_F(KWinTest, PrivacyCover) {
 
 TEST_F(KWinTest, WindowsAndMenusOfXApplications) {
     show({.hasXwayland = true});
-    auto &other = windows["Other"] = {{500, 10, 300, 200}, "#a040a0", kwin->startXSample("Other")};
-    other.program->writeLine("open\t500\t10\t300\t200\t#a040a0\t-\t-\t0\t0\t0\tOther");
+    auto &other = windows["Other"] = {{500, 10, 300, 200}, "#a040a0", nullptr};
     order.insert(order.begin(), "Other");
+    // KWin never sees what is mapped before it listens to its server.
     EXPECT_TRUE(eventually([&] {
-        place("Other", {500, 10, 300, 200});
-        const auto colour = kwin->picture().at(790, 30);
-        return colour.red > colour.green + 20;
+        other.program = kwin->startXSample("Other");
+        other.program->writeLine("open\t500\t10\t300\t200\t#a040a0\t-\t-\t0\t0\t0\tOther");
+        return eventually(
+            [&] {
+                place("Other", {500, 10, 300, 200});
+                const auto colour = kwin->picture().at(790, 30);
+                return colour.red > colour.green + 20;
+            },
+            3);
     }));
     kwin->click({700, 50});
     auto expected = clear("Other");
