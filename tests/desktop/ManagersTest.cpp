@@ -21,6 +21,7 @@ struct Manager {
     std::string placement;
     std::vector<Key> nextWindow = {}; // the keys that focus another window, empty for none
     Compositor compositor = Compositor::none;
+    std::vector<OutputUse> outputs = {}; // for those that want real ones
 
     friend std::ostream &operator<<(std::ostream &stream, const Manager &manager) {
         return stream << manager.name;
@@ -52,6 +53,12 @@ const std::vector<Manager> managers = {
     {"windowmaker", WindowManager::windowMaker, "cut-outs", altTab},
     {"sawfish", WindowManager::sawfish, "below", altTab},
     {"twm", WindowManager::twm, "cut-outs"},
+    {"muffin",
+     WindowManager::muffin,
+     "cut-outs",
+     altTab,
+     Compositor::none,
+     {{0, {0, 0, 1280, 800}, true}}},
     {"openbox-xcompmgr", WindowManager::openbox, "below", altTab, Compositor::xcompmgr},
     {"none", WindowManager::none, "cut-outs"},
 };
@@ -66,7 +73,11 @@ double idleSeconds() {
 class ManagersTest : public testing::TestWithParam<Manager>, protected ThreeWindows {
   protected:
     ManagersTest()
-        : ThreeWindows(GetParam().windowManager, GetParam().compositor) {}
+        : ThreeWindows(
+              DesktopOptions{.windowManager = GetParam().windowManager,
+                             .compositor = GetParam().compositor,
+                             .server = GetParam().outputs.empty() ? Server::xvfb : Server::xorg,
+                             .outputs = GetParam().outputs}) {}
 
     bool hasManager() const { return GetParam().windowManager != WindowManager::none; }
 

@@ -57,6 +57,7 @@ std::vector<Spot> ThreeWindows::spotsIn(xcb_window_t window) {
         }
     }
     const Area area = session.areaOf(window);
+    const Area screen = session.screenArea();
     std::vector<Spot> spots;
     constexpr int steps = 9;
     for (int row = 1; row < steps; ++row) {
@@ -64,7 +65,7 @@ std::vector<Spot> ThreeWindows::spotsIn(xcb_window_t window) {
             const Spot spot = {area.x + area.width * column / steps,
                                area.y + area.height * row / steps};
             const auto hides = [&](const Area &other) { return other.contains(spot.x, spot.y); };
-            if (hides(session.screenArea()) && std::ranges::none_of(above, hides)) {
+            if (hides(screen) && std::ranges::none_of(above, hides)) {
                 spots.push_back(spot);
             }
         }

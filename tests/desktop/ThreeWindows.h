@@ -37,8 +37,12 @@ class ThreeWindows {
         : desktop({.windowManager = manager, .compositor = compositor}) {}
 
     ThreeWindows(WindowManager manager, const std::vector<OutputUse> &outputs)
-        : desktop({.windowManager = manager, .server = Server::xorg, .outputs = outputs})
-        , outputs_(outputs) {}
+        : ThreeWindows(DesktopOptions{
+              .windowManager = manager, .server = Server::xorg, .outputs = outputs}) {}
+
+    explicit ThreeWindows(const DesktopOptions &options)
+        : desktop(options)
+        , outputs_(options.outputs) {}
 
     // Starts the program with red in front and waits until it is seen that these are clear and
     // those under the effect.

@@ -57,7 +57,7 @@ class DesktopSession {
 
     xcb_connection_t *connection() const { return connection_; }
     xcb_window_t root() const { return screen_->root; }
-    Area screenArea() const { return {0, 0, screen_->width_in_pixels, screen_->height_in_pixels}; }
+    Area screenArea() { return areaOf(root()); }
     xcb_atom_t atom(std::string_view name);
 
     // Waiting. eventually() is true as soon as the condition holds and false when it does not

@@ -65,6 +65,9 @@ PrivateDesktop::PrivateDesktop(const DesktopOptions &options)
     try {
         startServer(options);
         startWindowManager(options.windowManager);
+        if (options.windowManager == WindowManager::muffin) {
+            arrangeOutputs(options.outputs); // it has a mode of its own choice
+        }
         startCompositor(options.compositor);
     } catch (...) {
         killDescendants();
@@ -173,6 +176,8 @@ std::vector<std::string> PrivateDesktop::prepareWindowManager(WindowManager wind
         return {"kwin_x11", "--replace"};
     case WindowManager::mutter:
         return {"mutter", "--x11", "--replace", "--sm-disable"};
+    case WindowManager::muffin:
+        return {"muffin", "--replace", "--sm-disable"};
     case WindowManager::metacity:
         return {"metacity", "--replace", "--sm-disable", "--no-composite"};
     case WindowManager::i3:
@@ -254,6 +259,7 @@ void PrivateDesktop::startWindowManager(WindowManager windowManager) {
               "the window manager's care for windows");
     if (windowManager == WindowManager::xfwm4Compositing ||
         windowManager == WindowManager::kwinCompositing || windowManager == WindowManager::mutter ||
+        windowManager == WindowManager::muffin ||
         windowManager == WindowManager::marcoCompositing) {
         waitUntil([&] { return session_->selectionOwner("_NET_WM_CM_S0") != XCB_NONE; },
                   *windowManager_, "the window manager's compositor");

@@ -23,6 +23,7 @@ enum class WindowManager {
     kwin,
     kwinCompositing,
     mutter,
+    muffin,
     metacity,
     i3,
     i3Floating,
