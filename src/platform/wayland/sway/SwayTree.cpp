@@ -46,7 +46,7 @@ class TreeReading {
             if (text(workspace, "type") == "workspace") {
                 if (text(workspace, "name") == shown && !shown.empty()) {
                     state_.usableAreas[name] = rectangle(workspace, "rect");
-                    state_.shownSpaces += name + '\n' + shown + '\n';
+                    state_.shownSpaces.append(name).append("\n").append(shown).append("\n");
                 }
                 readContainers(workspace, false);
             }
