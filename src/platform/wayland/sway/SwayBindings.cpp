@@ -63,6 +63,7 @@ class ConfigurationReading {
   private:
     // The longest name counts where several fit, as in sway.
     std::string withVariables(std::string line) const {
+        // NOLINTNEXTLINE(modernize-loop-convert): views are beyond clang-tidy's compiler
         for (auto variable = variables_.rbegin(); variable != variables_.rend(); ++variable) {
             const auto &[name, value] = *variable;
             for (auto at = line.find(name); at != std::string::npos;
@@ -145,6 +146,7 @@ std::vector<std::string> filesOf(const std::string &pattern, const std::filesyst
     const bool isPlaced = pattern.starts_with('/') || pattern.starts_with('~');
     glob_t found{};
     std::vector<std::string> files;
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing changes the environment while threads run
     if (glob((isPlaced ? pattern : (folder / pattern).string()).c_str(), GLOB_TILDE, nullptr,
              &found) == 0) {
         files.assign(found.gl_pathv, found.gl_pathv + found.gl_pathc);

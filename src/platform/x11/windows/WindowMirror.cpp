@@ -26,6 +26,7 @@ WindowMirror::WindowMirror(Connection &connection)
     reader_.readAll();
     reader_.requestWanted();
     connection.dispatchUntil([this] { return isSettled(); }, Connection::longestStart);
+    // NOLINTNEXTLINE(cppcoreguidelines-prefer-member-initializer): not while it starts
     isReadAnew_ = true;
 }
 
