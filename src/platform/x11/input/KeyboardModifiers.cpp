@@ -37,7 +37,7 @@ KeyboardModifiers::KeyboardModifiers(Connection &connection)
     }
     reads_.want(mappingBit);
     requestReads();
-    connection.dispatchUntil([this] { return reads_.isIdle(); }, Connection::longestStart);
+    connection.dispatchUntil([this] { return reads_.isIdle(); });
 }
 
 Handle KeyboardModifiers::onChange(std::function<void()> observer) {

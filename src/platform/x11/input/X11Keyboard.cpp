@@ -28,7 +28,7 @@ X11Keyboard::X11Keyboard(Connection &connection, KeyboardModifiers &modifiers)
     }
     reads_.want(symbolsBit);
     requestSymbols();
-    connection.dispatchUntil([this] { return reads_.isIdle(); }, Connection::longestStart);
+    connection.dispatchUntil([this] { return reads_.isIdle(); });
 }
 
 void X11Keyboard::followGroup() {

@@ -116,12 +116,9 @@ class Connection {
     // Calls the observers of everything that has arrived.
     void dispatch();
 
-    // How long the program waits for a server that does not answer or come to rest, in seconds.
-    static constexpr double longestStart = 2;
-
     // Dispatches what arrives until the condition holds, for at most so many seconds. For start-up
     // only. False when the time was up or the server went away.
-    bool dispatchUntil(const std::function<bool()> &condition, double seconds);
+    bool dispatchUntil(const std::function<bool()> &condition, double seconds = 2);
 
     // True when something has been read from the server and waits for dispatch(), which the file
     // descriptor no longer tells. Reads nothing itself.

@@ -68,7 +68,7 @@ X11Screens::X11Screens(Connection &connection, MainLoop &mainLoop)
     reads_.want(monitorsBit | resourcesBit);
     requestReads();
     // What happens meanwhile may be read later.
-    connection.dispatchUntil([this] { return replies_.isEmpty(); }, Connection::longestStart);
+    connection.dispatchUntil([this] { return replies_.isEmpty(); });
 }
 
 X11Screens::~X11Screens() = default;

@@ -25,7 +25,7 @@ WindowMirror::WindowMirror(Connection &connection)
     root_.requestReads(); // before the tree: its managed windows are found by the root's list
     reader_.readAll();
     reader_.requestWanted();
-    connection.dispatchUntil([this] { return isSettled(); }, Connection::longestStart);
+    connection.dispatchUntil([this] { return isSettled(); });
     // NOLINTNEXTLINE(cppcoreguidelines-prefer-member-initializer): not while it starts
     isReadAnew_ = true;
 }
