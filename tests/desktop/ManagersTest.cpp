@@ -73,11 +73,10 @@ double idleSeconds() {
 class ManagersTest : public testing::TestWithParam<Manager>, protected ThreeWindows {
   protected:
     ManagersTest()
-        : ThreeWindows(
-              DesktopOptions{.windowManager = GetParam().windowManager,
-                             .compositor = GetParam().compositor,
-                             .server = GetParam().outputs.empty() ? Server::xvfb : Server::xorg,
-                             .outputs = GetParam().outputs}) {}
+        : ThreeWindows({.windowManager = GetParam().windowManager,
+                        .compositor = GetParam().compositor,
+                        .server = GetParam().outputs.empty() ? Server::xvfb : Server::xorg,
+                        .outputs = GetParam().outputs}) {}
 
     bool hasManager() const { return GetParam().windowManager != WindowManager::none; }
 
@@ -354,8 +353,9 @@ struct DesktopPerDisplay {
 class DisplaysTest : public testing::TestWithParam<DesktopPerDisplay>, protected ThreeWindows {
   protected:
     DisplaysTest()
-        : ThreeWindows(GetParam().windowManager,
-                       {{0, {0, 0, 800, 600}, true}, {1, {800, 0, 800, 600}}}) {}
+        : ThreeWindows({.windowManager = GetParam().windowManager,
+                        .server = Server::xorg,
+                        .outputs = {{0, {0, 0, 800, 600}, true}, {1, {800, 0, 800, 600}}}}) {}
 
     bool areOnOneDisplay(const SubjectApplication &a, const SubjectApplication &b) {
         const auto isOnSecond = [&](const SubjectApplication &application) {

@@ -32,7 +32,7 @@ struct Place {
 class Races : public testing::TestWithParam<Place>, protected ThreeWindows {
   protected:
     Races()
-        : ThreeWindows(GetParam().manager) {
+        : ThreeWindows({.windowManager = GetParam().manager}) {
         session.setWallpaper(
             {session.screenArea().width, session.screenArea().height, [](int, int) {
                  return Colour{0xc0, 0xc0, 0xc0};
@@ -159,7 +159,7 @@ TEST_P(Races, CompositingManagersComeAndGo) {
 // Red, green and blue lie from the bottom to the top, each over a part of the one before; the
 // pointer goes from one to the other.
 TEST(FocusThatDoesNotRaise, CutOutsReplaceTheOrderBelow) {
-    ThreeWindows windows(WindowManager::openboxSloppy);
+    ThreeWindows windows({.windowManager = WindowManager::openboxSloppy});
     auto &session = windows.session;
     windows.lumo.emplace(windows.desktop, shownEffect("dim", 1));
     windows.lumo->waitForOverlays(1);
@@ -188,7 +188,7 @@ TEST(FocusThatDoesNotRaise, CutOutsReplaceTheOrderBelow) {
 
 TEST(FocusThatDoesNotRaise, IsThatOfALoweredWindowAsWell) {
     for (const auto manager : {WindowManager::openbox, WindowManager::metacity}) {
-        ThreeWindows windows(manager);
+        ThreeWindows windows({.windowManager = manager});
         windows.show();
         const std::uint32_t below = XCB_STACK_MODE_BELOW;
         xcb_configure_window(windows.session.connection(), windows.red.subject.window,

@@ -33,13 +33,6 @@ struct SubjectApplication {
 // gets among the windows.
 class ThreeWindows {
   public:
-    explicit ThreeWindows(WindowManager manager, Compositor compositor = Compositor::none)
-        : desktop({.windowManager = manager, .compositor = compositor}) {}
-
-    ThreeWindows(WindowManager manager, const std::vector<OutputUse> &outputs)
-        : ThreeWindows(DesktopOptions{
-              .windowManager = manager, .server = Server::xorg, .outputs = outputs}) {}
-
     explicit ThreeWindows(const DesktopOptions &options)
         : desktop(options)
         , outputs_(options.outputs) {}
