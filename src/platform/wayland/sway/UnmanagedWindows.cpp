@@ -36,7 +36,7 @@ UnmanagedWindows::UnmanagedWindows(std::int32_t compositor, freedesktop::GlibMai
         watch_ = mainLoop.watch(
             socket, {.prepare = [] { return false; }, .dispatch = [this] { return dispatch(); }});
     }
-    changed_ = std::move(changed);
+    changed_ = std::move(changed); // for what comes after, not for what was found here
 }
 
 UnmanagedWindows::~UnmanagedWindows() {
