@@ -29,6 +29,15 @@ GVariant *noPictures() {
     return g_variant_new_array(G_VARIANT_TYPE("(iiay)"), nullptr, 0);
 }
 
+// Declared well-formed, which any bytes are: GIO compares properties that may not be by printing
+// both, and that would take most of the time that switching on or off takes.
+GVariant *variantOf(const Bytes &bytes) {
+    auto *copy = g_bytes_new(bytes.data(), bytes.size());
+    auto *variant = g_variant_new_from_bytes(G_VARIANT_TYPE_BYTESTRING, copy, TRUE);
+    g_bytes_unref(copy);
+    return variant;
+}
+
 // Each as width, height, and alpha, red, green and blue of each pixel, not premultiplied.
 GVariant *pictures(const StatusTitle &title) {
     GVariantBuilder list;
@@ -45,9 +54,7 @@ GVariant *pictures(const StatusTitle &title) {
                 argb.push_back(static_cast<std::uint8_t>(alpha == 0 ? 0 : color * 255 / alpha));
             }
         }
-        g_variant_builder_add(
-            &list, "(ii@ay)", side, side,
-            g_variant_new_fixed_array(G_VARIANT_TYPE_BYTE, argb.data(), argb.size(), 1));
+        g_variant_builder_add(&list, "(ii@ay)", side, side, variantOf(argb));
     }
     return g_variant_builder_end(&list);
 }
