@@ -4,8 +4,11 @@
 
 #include <pixman.h>
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <memory>
+#include <numeric>
 #include <vector>
 
 namespace lumo::drawing {
@@ -27,6 +30,10 @@ pixman_op_t operatorOf(BlendMode mode) {
         break;
     }
     return PIXMAN_OP_OVER;
+}
+
+bool isDrawn(const Layer &layer) {
+    return layer.kind == Layer::Kind::plain && layer.opacity > 0;
 }
 
 PixmanImage solid(const pixman_color_t &color) {
@@ -89,7 +96,7 @@ class Drawing {
 
     void draw() {
         for (const auto &layer : appearance_.tree.layers) {
-            if (layer.kind == Layer::Kind::plain && layer.opacity > 0) {
+            if (isDrawn(layer)) {
                 drawLayer(layer);
             }
         }
@@ -177,13 +184,80 @@ class Drawing {
     bool isEmpty_ = true; // over nothing every blend is the plain one
 };
 
-} // namespace
-
-void drawPlainLayers(const PlacedLayers &appearance, const Region &part, std::uint32_t *pixels) {
+void drawAnyLayers(const PlacedLayers &appearance, const Region &part, std::uint32_t *pixels) {
     clear(part, appearance.area.width, appearance.area.height, pixels);
     const auto canvas = canvasOf(appearance.area.width, appearance.area.height, pixels);
     clip(canvas.get(), part);
     Drawing(appearance, part, canvas.get()).draw();
+}
+
+// The one image that the picture depends on, where every layer that is drawn covers the whole area
+// and no other shows one: grey, a pixel for each of the area's. Absent for every other picture.
+const Image *onlyGreyImage(const PlacedLayers &appearance) {
+    const PixelRect whole = {0, 0, appearance.area.width, appearance.area.height};
+    const Image *only = nullptr;
+    for (const auto &layer : appearance.tree.layers) {
+        if (!isDrawn(layer)) {
+            continue;
+        }
+        const auto *image = layer.contents.get();
+        const bool fits =
+            image == nullptr ||
+            (only == nullptr && image->isWhole() && image->format == Image::Format::grey &&
+             image->width == whole.width && image->height == whole.height);
+        if (!fits || appearance.toWindow(layer.frame) != whole) {
+            return nullptr;
+        }
+        only = image != nullptr ? image : only;
+    }
+    return only;
+}
+
+using PixelsByGrey = std::array<std::uint32_t, 256>;
+
+// What the picture shows wherever its only image has that grey.
+PixelsByGrey pixelsByGrey(const PlacedLayers &appearance) {
+    PixelsByGrey pixels{};
+    auto ramp = std::make_shared<Image>();
+    ramp->width = static_cast<int>(pixels.size());
+    ramp->height = 1;
+    ramp->format = Image::Format::grey;
+    ramp->pixels.resize(pixels.size());
+    std::iota(ramp->pixels.begin(), ramp->pixels.end(), std::uint8_t{0});
+
+    PlacedLayers sample = appearance;
+    sample.area = {0, 0, ramp->width, ramp->height};
+    sample.space = PointSpace({sample.area}, 1);
+    sample.frame = sample.space.screenFrame(sample.area);
+    sample.tree.bounds = sample.frame;
+    for (auto &layer : sample.tree.layers) {
+        layer.frame = sample.frame;
+        if (layer.contents) {
+            layer.contents = ramp;
+        }
+    }
+    drawAnyLayers(sample, sample.area, pixels.data());
+    return pixels;
+}
+
+} // namespace
+
+void drawPlainLayers(const PlacedLayers &appearance, const Region &part, std::uint32_t *pixels) {
+    const auto *image = onlyGreyImage(appearance);
+    if (image == nullptr) {
+        drawAnyLayers(appearance, part, pixels);
+        return;
+    }
+    const auto byGrey = pixelsByGrey(appearance);
+    for (const auto &rectangle : part.rectangles()) {
+        const auto within = rectangle.intersection({0, 0, image->width, image->height});
+        for (int y = within.y; y < within.maxY(); ++y) {
+            const auto row = static_cast<std::ptrdiff_t>(y) * image->width + within.x;
+            std::transform(image->pixels.begin() + row,
+                           image->pixels.begin() + row + std::max(within.width, 0), pixels + row,
+                           [&](std::uint8_t grey) { return byGrey[grey]; });
+        }
+    }
 }
 
 void clear(const Region &part, int width, int height, std::uint32_t *pixels) {
