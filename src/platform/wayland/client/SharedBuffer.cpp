@@ -44,6 +44,16 @@ std::size_t SharedBuffer::size() const {
     return static_cast<std::size_t>(width_) * static_cast<std::size_t>(height_) * 4;
 }
 
+void SharedBuffer::expectDrawing(int y, int height) const {
+    const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    const auto row = static_cast<std::size_t>(width_) * 4;
+    const auto begin = static_cast<std::size_t>(y) * row / page * page;
+    const auto end = static_cast<std::size_t>(y + height) * row;
+    // By reading, which maps 16 pages at a time, and what is mapped so can be written to. Refused
+    // before Linux 5.14: then the pages come one by one.
+    madvise(reinterpret_cast<std::byte *>(pixels_) + begin, end - begin, MADV_POPULATE_READ);
+}
+
 void SharedBuffer::leaveToCompositor() const {
     madvise(pixels_, size(), MADV_DONTNEED);
 }

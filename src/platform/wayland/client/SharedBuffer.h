@@ -25,6 +25,10 @@ class SharedBuffer {
     int height() const { return height_; }
     std::uint32_t *pixels() const { return pixels_; }
 
+    // Brings rows that the buffer has into this process's memory at once, which is far cheaper than
+    // page by page as drawing touches them.
+    void expectDrawing(int y, int height) const;
+
     // Has the pixels take up none of this process's memory until it touches them again; the
     // compositor has them as they are.
     void leaveToCompositor() const;

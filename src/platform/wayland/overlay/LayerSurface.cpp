@@ -30,6 +30,16 @@ drawing::PixelRect sizeOf(const drawing::PlacedLayers &layers) {
     return {0, 0, layers.area.width, layers.area.height};
 }
 
+// Of every row that the part lies in, once.
+void expectDrawing(const SharedBuffer &buffer, const drawing::Region &part) {
+    int end = 0;
+    for (const auto &box : part.boxes()) {
+        const int begin = std::max(box.y, end);
+        end = std::max(box.maxY(), end);
+        buffer.expectDrawing(begin, end - begin);
+    }
+}
+
 } // namespace
 
 LayerSurface::LayerSurface(const SurfaceFactories &factories, wl_output *output, MainLoop &mainLoop,
@@ -162,10 +172,13 @@ void LayerSurface::draw(Canvas &canvas, const Picture &picture) {
     auto *pixels = canvas.buffer->pixels();
     const drawing::Region whole = sizeOf(layers);
     const bool looksTheSame = canvas.picture.layers == picture.layers;
-    const auto cutOutBefore = looksTheSame ? canvas.picture.cutOut : whole;
-    drawing::drawPlainLayers(layers, (cutOutBefore & whole) - picture.cutOut, pixels);
-    drawing::clear(looksTheSame ? picture.cutOut - cutOutBefore : picture.cutOut & whole,
-                   layers.area.width, layers.area.height, pixels);
+    const auto cutOut = picture.cutOut & whole;
+    const auto cutOutBefore = looksTheSame ? canvas.picture.cutOut & whole : whole;
+    const auto filled = cutOutBefore - cutOut;
+    const auto cleared = looksTheSame ? cutOut - cutOutBefore : cutOut;
+    expectDrawing(*canvas.buffer, filled | cleared);
+    drawing::drawPlainLayers(layers, filled, pixels);
+    drawing::clear(cleared, layers.area.width, layers.area.height, pixels);
     canvas.picture = picture;
 }
 
