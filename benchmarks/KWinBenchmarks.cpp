@@ -71,6 +71,7 @@ class Desktop {
 };
 
 constexpr int changes = 40;
+constexpr double rest = 0.5; // seconds after each, so that the pointer's way is no shake
 
 Desktop::Side sideOf(int change) {
     return change % 2 == 0 ? Desktop::Side::left : Desktop::Side::right;
@@ -100,7 +101,7 @@ void measureWork(Desktop &desktop) {
     for (int change = 0; change < changes; ++change) {
         const double before = cpuSeconds(process);
         desktop.focus(sideOf(change));
-        pause(0.2);
+        pause(rest);
         milliseconds.push_back((cpuSeconds(process) - before) * 1000);
     }
     std::printf("  CPU of a focus change, drawing included: median %.2f ms, p95 %.2f ms of %d\n",
@@ -122,7 +123,7 @@ void measureCommit() {
     const auto linesBefore = desktop.lumo->errorLines().size();
     for (int change = 0; change < changes; ++change) {
         desktop.focus(sideOf(change));
-        pause(0.2);
+        pause(rest);
     }
     std::vector<double> milliseconds;
     double begun = 0;
