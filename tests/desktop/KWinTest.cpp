@@ -355,17 +355,12 @@ TEST_F(KWinTest, WindowsAndMenusOfXApplications) {
     show({.hasXwayland = true});
     auto &other = windows["Other"] = {{500, 10, 300, 200}, "#a040a0", nullptr};
     order.insert(order.begin(), "Other");
-    // KWin never sees what is mapped before it listens to its server.
+    other.program = kwin->startXSample("Other");
+    other.program->writeLine("open\t500\t10\t300\t200\t#a040a0\t-\t-\t0\t0\t0\tOther");
     EXPECT_TRUE(eventually([&] {
-        other.program = kwin->startXSample("Other");
-        other.program->writeLine("open\t500\t10\t300\t200\t#a040a0\t-\t-\t0\t0\t0\tOther");
-        return eventually(
-            [&] {
-                place("Other", {500, 10, 300, 200});
-                const auto colour = kwin->picture().at(790, 30);
-                return colour.red > colour.green + 20;
-            },
-            3);
+        place("Other", {500, 10, 300, 200});
+        const auto colour = kwin->picture().at(790, 30);
+        return colour.red > colour.green + 20;
     }));
     kwin->click({700, 50});
     auto expected = clear("Other");

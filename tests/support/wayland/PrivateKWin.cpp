@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <array>
+#include <csignal>
 #include <fstream>
 #include <map>
 #include <stdexcept>
@@ -166,29 +167,46 @@ PrivateKWin::PrivateKWin(const KWinOptions &options) {
     };
     waitUntil([&] { return fs::exists(path("run") / "wayland-k") && names(); }, *kwin_, "KWin");
     if (options.hasXwayland) {
-        waitUntil([&] { return !xDisplay().empty(); }, *kwin_, "Xwayland");
-        environment_["DISPLAY"] = xDisplay();
+        waitUntil([&] { return managesXWindows(); }, *kwin_, "Xwayland");
     }
     control_ = std::make_unique<Control>(UsersConnection((path("run") / "wayland-k").string()));
 }
 
 PrivateKWin::~PrivateKWin() = default;
 
+bool PrivateKWin::managesXWindows() {
+    const auto server = xServer();
+    if (!server) {
+        return false;
+    }
+    environment_["DISPLAY"] = server->display;
+    const auto answer = start({"xprop", "-root", "_NET_SUPPORTING_WM_CHECK"});
+    if (!answer->waitForExit(Seconds(3))) {
+        // Where KWin replaces its outputs while the server starts, the server waits for the old
+        // ones without end. Another one is started for it.
+        ::kill(server->process, SIGKILL);
+        return false;
+    }
+    return std::ranges::any_of(answer->outputLines(), [](const std::string &line) {
+        return line.find("window id") != std::string::npos;
+    });
+}
+
 // KWin tells none but its own children, of which the server is one.
-std::string PrivateKWin::xDisplay() const {
+std::optional<PrivateKWin::XServer> PrivateKWin::xServer() const {
     const auto process = std::to_string(kwin_->processIdentifier());
     std::ifstream children("/proc/" + process + "/task/" + process + "/children");
-    for (std::string child; children >> child;) {
-        std::ifstream command("/proc/" + child + "/cmdline");
+    for (pid_t child = 0; children >> child;) {
+        std::ifstream command("/proc/" + std::to_string(child) + "/cmdline");
         std::string program;
         std::string display;
         std::getline(command, program, '\0');
         std::getline(command, display, '\0');
         if (program.ends_with("Xwayland")) {
-            return display;
+            return XServer{child, display};
         }
     }
-    return {};
+    return std::nullopt;
 }
 
 std::unique_ptr<ChildProcess> PrivateKWin::startSample(const std::string &name,

@@ -5,7 +5,10 @@
 #include "wayland/WaylandHands.h"
 #include "wayland/WaylandUser.h"
 
+#include <sys/types.h>
+
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -58,8 +61,16 @@ class PrivateKWin : public WaylandUser {
   private:
     struct Control;
 
-    // The display of the X server that KWin has started; empty while there is none.
-    std::string xDisplay() const;
+    struct XServer {
+        pid_t process;
+        std::string display;
+    };
+
+    // The one that KWin has started; absent while there is none.
+    std::optional<XServer> xServer() const;
+
+    // Whether KWin is the window manager of its Xwayland: what a client maps before is never shown.
+    bool managesXWindows();
 
     std::unique_ptr<ChildProcess> kwin_;
     std::unique_ptr<Control> control_;
