@@ -332,6 +332,8 @@ TEST_F(KWinTest, PanelPopoverAndASecondStart) {
     })) << "the second one shows the settings";
     red.writeLine("unpanel");
     EXPECT_EQ(wrongWith(clear("Red")), "") << "the first one still knows of panels";
+    lumo->signal(SIGTERM);
+    EXPECT_EQ(lumo->waitForExit(), 0) << lumo->report();
 }
 
 TEST_F(KWinTest, PrivacyCover) {
