@@ -1,7 +1,5 @@
 #include "platform/wayland/overlay/BackgroundBlur.h"
 
-#include "platform/wayland/client/Connection.h"
-
 #include <background-effect-client-protocol.h>
 #include <blur-client-protocol.h>
 #include <wayland-client.h>
@@ -14,12 +12,7 @@ namespace lumo::wayland {
 BackgroundBlur::BackgroundBlur(Connection &connection)
     : connection_(connection)
     , globals_{connection.onGlobalAdded([this](const auto & /*global*/) { bind(); }),
-               connection.onGlobalRemoved([this](const auto &global) {
-                   if (global.interface == org_kde_kwin_blur_manager_interface.name) {
-                       olderManager_.reset();
-                       changed_.emit();
-                   }
-               })} {
+               connection.onGlobalRemoved([this](const auto &global) { release(global); })} {
     bind();
 }
 
@@ -52,6 +45,19 @@ void BackgroundBlur::bind() {
     }
 }
 
+void BackgroundBlur::release(const Connection::Global &global) {
+    if (global.interface == ext_background_effect_manager_v1_interface.name) {
+        manager_.reset();
+        canBlur_ = false;
+    } else if (global.interface == org_kde_kwin_blur_manager_interface.name) {
+        olderManager_.reset();
+    } else {
+        return;
+    }
+    bind();
+    changed_.emit();
+}
+
 SurfaceBlur::SurfaceBlur(const BackgroundBlur &blur, wl_compositor &compositor, wl_surface &surface)
     : blur_(blur)
     , compositor_(compositor)
@@ -60,6 +66,9 @@ SurfaceBlur::SurfaceBlur(const BackgroundBlur &blur, wl_compositor &compositor, 
 
 void SurfaceBlur::set(const drawing::Region &part) {
     olderEffect_.reset();
+    if (!blur_.manager_) {
+        effect_.reset();
+    }
     if (part.isEmpty() && !effect_) {
         if (blur_.olderManager_) {
             org_kde_kwin_blur_manager_unset(blur_.olderManager_.get(), &surface_);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "drawing/Region.h"
+#include "platform/wayland/client/Connection.h"
 #include "platform/wayland/client/ProtocolPointers.h"
 #include "support/Handle.h"
 #include "support/Signal.h"
@@ -10,8 +11,6 @@
 #include <functional>
 
 namespace lumo::wayland {
-
-class Connection;
 
 // The compositor's own blur of what lies behind a surface, by the protocol that several have, or
 // else by KWin's older one. How strong it is, the user chooses there. Main thread only.
@@ -32,6 +31,7 @@ class BackgroundBlur {
     friend class SurfaceBlur;
 
     void bind();
+    void release(const Connection::Global &global);
 
     Connection &connection_;
     ProtocolPointer<ext_background_effect_manager_v1> manager_;
