@@ -30,8 +30,9 @@ ToolkitHooks hooksOf(wayland::WaylandBackend &backend, freedesktop::GlibMainLoop
     hooks.handleKeyPress = [&backend](auto keycode, auto modifiers) {
         return backend.eventMonitors().handleKeyPress(keycode, modifiers);
     };
-    hooks.preparePopover = [&backend](const auto &title, const auto &place, const auto &size) {
-        backend.preparePopover(title, place, size);
+    hooks.preparePopover = [&backend](const auto &title, const auto &place, const auto &size,
+                                      double cornerRadius) {
+        backend.preparePopover(title, place, size, cornerRadius);
     };
     hooks.blendsWindows = [] { return true; };
     return hooks;

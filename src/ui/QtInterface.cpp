@@ -211,7 +211,8 @@ class QtInterface::StatusPopover final : public Popover {
             const auto size = StatusMenuView::contentSize;
             hooks.preparePopover(
                 PopoverWindow::title, place,
-                {static_cast<double>(size.width()), static_cast<double>(size.height())});
+                {static_cast<double>(size.width()), static_cast<double>(size.height())},
+                corner::card);
             window_->open();
             return;
         }

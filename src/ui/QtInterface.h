@@ -33,10 +33,11 @@ struct ToolkitHooks {
     // Sees each key press in a window of the toolkit before the window does, as an XKB key code
     // with bits of modifierFlag; true drops the press. Where handleNativeEvent() can't.
     std::function<bool(std::uint32_t keycode, std::uint32_t modifiers)> handleKeyPress = {};
-    // Is told of a popover that is about to be shown as a window with that title and size in
-    // points. The desktop places it, and it closes when it is no longer active. Without, it is a
-    // window that the toolkit places.
-    std::function<void(const std::string &title, const StatusItemPlace &place, const Size &size)>
+    // Is told of a popover that is about to be shown as a window with that title, and with that
+    // size and radius of its corners in points. The desktop places it, and it closes when it is no
+    // longer active. Without, it is a window that the toolkit places.
+    std::function<void(const std::string &title, const StatusItemPlace &place, const Size &size,
+                       double cornerRadius)>
         preparePopover = {};
     // Is given the window system's number of each window that the toolkit makes.
     std::function<void(std::uintptr_t window)> noteWindow = {};

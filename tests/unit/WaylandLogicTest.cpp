@@ -140,19 +140,26 @@ TEST(OverlayCutOuts, PixelsOfTheDisplay) {
     const PixelRect usable = {800, 0, 600, 380};
     const Output output{.name = "B", .area = {800, 0, 600, 400}, .scale = 1.5};
     const Order below{.kind = Order::Kind::below, .reference = 1};
-    const auto cutOuts = overlayCutOuts(state, output, usable, below, false, 1, {});
+    const auto cutOuts = overlayCutOuts(state, output, usable, below, false, {1}, {});
     EXPECT_THAT(cutOuts.clearWindows, ElementsAre(3, 1));
     EXPECT_EQ(cutOuts.region, (drawing::Region(PixelRect{150, 15, 152, 77}) |
                                drawing::Region(PixelRect{285, 30, 60, 60}) |
                                drawing::Region(PixelRect{0, 570, 900, 30})));
     state.windows.erase(state.windows.begin());
-    EXPECT_THAT(overlayCutOuts(state, output, usable, below, false, 1, {3}).clearWindows,
+    EXPECT_THAT(overlayCutOuts(state, output, usable, below, false, {1}, {3}).clearWindows,
                 ElementsAre(3))
         << "until another order comes";
-    EXPECT_THAT(
-        overlayCutOuts(state, output, usable, {Order::Kind::front}, false, 9, {}).clearWindows,
-        ElementsAre(4, 3))
+    const Order front{.kind = Order::Kind::front};
+    EXPECT_THAT(overlayCutOuts(state, output, usable, front, false, {9}, {}).clearWindows,
+                ElementsAre(4, 3))
         << "own windows";
+    state.windows = {
+        {.identifier = 3, .title = "Round", .process = 9, .frame = {900, 100, 20, 20}}};
+    const auto rounded =
+        overlayCutOuts(state, output, output.area, front, false, {9, "Round", 2}, {}).region;
+    // Rows and columns of a corner of 3 pixels, of which the first lies 1 pixel in.
+    EXPECT_EQ(rounded, drawing::Region(PixelRect{150, 151, 30, 28}) |
+                           drawing::Region(PixelRect{151, 150, 28, 30}));
 }
 
 TEST(PanelAreas, ApartFromGaps) {

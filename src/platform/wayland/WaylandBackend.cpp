@@ -57,7 +57,8 @@ WaylandBackend::WaylandBackend(Connection &connection, Compositor &compositor,
 }
 
 void WaylandBackend::preparePopover(const std::string &title, const StatusItemPlace &place,
-                                    const Size &size) {
+                                    const Size &size, double cornerRadius) {
+    overlayWindows_.setRounded(title, cornerRadius);
     const auto &outputs = screens_.outputs();
     const auto &screens = screens_.screens();
     if (outputs.empty()) {

@@ -48,9 +48,11 @@ class WaylandBackend {
     // What the program is given. Valid as long as the backend.
     Platform platform();
 
-    // Has a window of that title and size, in points, come up at the panel of the display on which
-    // the status item is: in the corner where panels have such items.
-    void preparePopover(const std::string &title, const StatusItemPlace &place, const Size &size);
+    // Has a window of that title, and of that size and radius of its corners in points, come up at
+    // the panel of the display on which the status item is: in the corner where panels have such
+    // items.
+    void preparePopover(const std::string &title, const StatusItemPlace &place, const Size &size,
+                        double cornerRadius);
 
     WaylandEventMonitors &eventMonitors() { return eventMonitors_; }
 

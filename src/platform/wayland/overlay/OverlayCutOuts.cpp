@@ -3,6 +3,7 @@
 #include "platform/wayland/client/WaylandScreens.h"
 #include "platform/wayland/windows/DesktopState.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace lumo::wayland {
@@ -22,6 +23,23 @@ CutOutWindow::Layer layerOf(const DesktopWindow &window) {
         break;
     }
     return CutOutWindow::Layer::ordinary;
+}
+
+// The area without what lies outside of a circle of that radius in each corner, by the centres of
+// pixels, as disjoint rectangles.
+std::vector<drawing::PixelRect> rounded(const drawing::PixelRect &area, double radius) {
+    const int rows = std::min(static_cast<int>(radius), area.height / 2);
+    std::vector<drawing::PixelRect> result = {
+        {area.x, area.y + rows, area.width, area.height - 2 * rows}};
+    for (int row = 0; row < rows; ++row) {
+        const double height = radius - row - 0.5;
+        const int inset =
+            static_cast<int>(std::lround(radius - std::sqrt(radius * radius - height * height)));
+        const int width = area.width - 2 * inset;
+        result.push_back({area.x + inset, area.y + row, width, 1});
+        result.push_back({area.x + inset, area.maxY() - 1 - row, width, 1});
+    }
+    return result;
 }
 
 bool isDialogOf(const DesktopState &state, const DesktopWindow &window, std::uint32_t reference) {
@@ -48,7 +66,7 @@ drawing::PointSpace pixelSpaceOf(const Output &output) {
 
 OverlayCutOuts overlayCutOuts(const DesktopState &state, const Output &output,
                               const drawing::PixelRect &usable, const Order &order,
-                              bool focusRaises, std::int32_t ownProcess,
+                              bool focusRaises, const OwnWindows &own,
                               const std::vector<std::uint32_t> &clearBefore) {
     const auto space = pixelSpaceOf(output);
     const auto toPixels = [&](const drawing::PixelRect &area) {
@@ -69,14 +87,21 @@ OverlayCutOuts overlayCutOuts(const DesktopState &state, const Output &output,
         const bool isShown = window.presence == DesktopWindow::Presence::shown;
         const bool isReference =
             order.kind == Order::Kind::below && window.identifier == order.reference;
-        if (isShown || isReference) {
-            windows.push_back({.id = window.identifier,
-                               .area = isShown ? toPixels(window.frame) : drawing::PixelRect{},
-                               .layer = layerOf(window),
-                               .isFocused = window.isFocused,
-                               .isDialogOfReference = order.kind == Order::Kind::below &&
-                                                      isDialogOf(state, window, order.reference),
-                               .isOwn = window.process == ownProcess});
+        if (!isShown && !isReference) {
+            continue;
+        }
+        CutOutWindow cutOut{.id = window.identifier,
+                            .area = isShown ? toPixels(window.frame) : drawing::PixelRect{},
+                            .layer = layerOf(window),
+                            .isFocused = window.isFocused,
+                            .isDialogOfReference = order.kind == Order::Kind::below &&
+                                                   isDialogOf(state, window, order.reference),
+                            .isOwn = window.process == own.process};
+        const bool isRounded = cutOut.isOwn && window.title == own.roundedTitle;
+        for (const auto &rows :
+             rounded(cutOut.area, isRounded ? own.cornerRadius * output.scale : 0)) {
+            cutOut.area = rows;
+            windows.push_back(cutOut);
         }
     }
     drawing::CutOutRule rule{.clearBefore = clearBefore,

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace lumo::wayland {
@@ -30,6 +31,13 @@ struct OverlayCutOuts {
     std::vector<std::uint32_t> clearWindows; // which stay clear
 };
 
+// What is known of this program's own windows.
+struct OwnWindows {
+    std::int32_t process = 0;
+    std::string roundedTitle = {}; // of those with round corners
+    double cornerRadius = 0;       // of these, in points
+};
+
 // The pixel grid of one display: its own points, origin at its top left, on a surface of that size
 // in pixels.
 drawing::PointSpace pixelSpaceOf(const Output &output);
@@ -39,7 +47,7 @@ drawing::PointSpace pixelSpaceOf(const Output &output);
 // that did before.
 OverlayCutOuts overlayCutOuts(const DesktopState &state, const Output &output,
                               const drawing::PixelRect &usable, const Order &order,
-                              bool focusRaises, std::int32_t ownProcess,
+                              bool focusRaises, const OwnWindows &own,
                               const std::vector<std::uint32_t> &clearBefore);
 
 } // namespace lumo::wayland

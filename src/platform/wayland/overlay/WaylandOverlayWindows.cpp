@@ -3,6 +3,7 @@
 #include "platform/wayland/client/Connection.h"
 
 #include <layer-shell-client-protocol.h>
+#include <unistd.h>
 #include <viewporter-client-protocol.h>
 
 namespace lumo::wayland {
@@ -14,7 +15,12 @@ WaylandOverlayWindows::WaylandOverlayWindows(Connection &connection, WaylandScre
                  connection.bind<wp_viewporter>(wp_viewporter_interface, 1),
                  connection.bind<zwlr_layer_shell_v1>(zwlr_layer_shell_v1_interface, 3),
                  std::make_unique<BackgroundBlur>(connection)}
-    , surroundings_{mainLoop, screens, source, factories_} {
+    , surroundings_{mainLoop, screens, source, factories_, {.process = getpid()}} {
+}
+
+void WaylandOverlayWindows::setRounded(const std::string &title, double cornerRadius) {
+    surroundings_.own.roundedTitle = title;
+    surroundings_.own.cornerRadius = cornerRadius;
 }
 
 std::unique_ptr<PlatformWindow> WaylandOverlayWindows::makeWindow(const Rect &frame) {

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <string>
 
 namespace lumo::wayland {
 
@@ -20,6 +21,10 @@ class WaylandOverlayWindows final : public OverlayWindows {
 
     // Whether the compositor blurs what lies behind overlays, at the moment.
     bool canBlur() const { return factories_.blur->isAvailable(); }
+
+    // From now on this program's windows of that title have round corners, with that radius in
+    // points: what lies behind those is covered.
+    void setRounded(const std::string &title, double cornerRadius);
 
     std::unique_ptr<PlatformWindow> makeWindow(const Rect &frame) override;
 

@@ -4,8 +4,6 @@
 #include "platform/wayland/client/WaylandScreens.h"
 #include "platform/wayland/windows/WindowSource.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -93,7 +91,7 @@ void WaylandPlatformWindow::push() {
     prepareSurface(*output);
     auto [region, clear] =
         overlayCutOuts(surroundings_.source.state(), *output, usableAreaOf(*output), order_,
-                       surroundings_.source.focusRaises(), getpid(), clearWindows_);
+                       surroundings_.source.focusRaises(), surroundings_.own, clearWindows_);
     clearWindows_ = std::move(clear);
     layers_ = layersOn(*output);
     if (layers_) {

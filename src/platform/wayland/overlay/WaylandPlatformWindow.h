@@ -24,12 +24,13 @@ class WaylandScreens;
 class WindowSource;
 struct Output;
 
-// What all overlay windows share; all of it outlives them.
+// What all overlay windows share; all of it outlives them, and what is referred to outlives it.
 struct OverlaySurroundings {
     MainLoop &mainLoop;
     WaylandScreens &screens;
     WindowSource &source;
     const SurfaceFactories &factories;
+    OwnWindows own;
 };
 
 // One overlay as a surface above all windows, with the windows that stay clear cut out of it. What
