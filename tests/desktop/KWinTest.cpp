@@ -1,12 +1,17 @@
 #include "Look.h"
 #include "ManagersTable.h"
 #include "Panes.h"
+#include "bus/BusService.h"
 #include "bus/RunUntil.h"
 #include "bus/StatusNotifierHost.h"
 #include "platform/freedesktop/GlibMainLoop.h"
+#include "platform/freedesktop/GlibSignal.h"
 #include "wayland/PrivateKWin.h"
+#include "wayland/PrivateSway.h"
 
+#include <gio/gio.h>
 #include <gmock/gmock.h>
+#include <org.freedesktop.login1.h>
 
 #include <algorithm>
 #include <array>
@@ -43,8 +48,8 @@ class KWinTest : public testing::Test {
 
     void restart(const Preferences &more) {
         lumo.reset();
-        auto preferences = look.preferences();
-        preferences.insert(more.begin(), more.end());
+        auto preferences = more;
+        preferences.merge(look.preferences());
         lumo = kwin->startLumo(preferences);
     }
 
@@ -78,11 +83,15 @@ class KWinTest : public testing::Test {
         return panes;
     }
 
+    Picture picture(const std::string &output = "Virtual-0") {
+        return screen == nullptr ? kwin->picture(output) : screen->picture();
+    }
+
     // A bright window with exactly these edges lies over what is covered.
     bool isOver(const Area &area) {
-        const auto picture = kwin->picture();
+        const auto shown = picture();
         const auto isBright = [&](int x, int y) {
-            const auto colour = picture.at(x, y);
+            const auto colour = shown.at(x, y);
             return std::min({colour.red, colour.green, colour.blue}) > 180;
         };
         const int x = area.x + area.width / 2;
@@ -98,7 +107,7 @@ class KWinTest : public testing::Test {
         std::string wrong;
         const double end = now() + 20;
         do {
-            wrong = expectation.wrongIn(kwin->picture(output), expected, scale);
+            wrong = expectation.wrongIn(picture(output), expected, scale);
         } while (!wrong.empty() && now() < end);
         return wrong.empty() ? wrong : output + " at " + wrong + '\n' + lumo->report();
     }
@@ -123,6 +132,7 @@ class KWinTest : public testing::Test {
 
     const Look look{"dim", 1};
     Panes expectation{look, "#000000"};
+    std::unique_ptr<PrivateSway> screen; // that shows KWin in its one window, if any
     std::unique_ptr<PrivateKWin> kwin;
     std::map<std::string, Window> windows = [] {
         std::map<std::string, Window> all;
@@ -334,6 +344,69 @@ TEST_F(KWinTest, PanelPopoverAndASecondStart) {
     EXPECT_EQ(wrongWith(clear("Red")), "") << "the first one still knows of panels";
     lumo->signal(SIGTERM);
     EXPECT_EQ(lumo->waitForExit(), 0) << lumo->report();
+}
+
+// The system's service for sessions, which alone may unlock the screen without a password.
+class LoginService {
+  public:
+    explicit LoginService(const std::string &address)
+        : service_(address)
+        , manager_(dbus_login_manager_skeleton_new())
+        , session_(dbus_login_session_skeleton_new())
+        , questions_(freedesktop::connectToSignal(manager_.get(), "handle-get-session",
+                                                  G_CALLBACK(&LoginService::getSession), this)) {
+        service_.offer(manager_.get(), "/org/freedesktop/login1");
+        service_.offer(session_.get(), path);
+        service_.takeName("org.freedesktop.login1");
+    }
+    LoginService(const LoginService &) = delete;
+    LoginService &operator=(const LoginService &) = delete;
+
+    void unlock() { dbus_login_session_emit_unlock(session_.get()); }
+
+    bool isAsked = false;
+
+  private:
+    static gboolean getSession(DbusLoginManager *manager, GDBusMethodInvocation *invocation,
+                               const char * /*identifier*/, gpointer self) {
+        dbus_login_manager_complete_get_session(manager, invocation, path);
+        static_cast<LoginService *>(self)->isAsked = true;
+        return TRUE;
+    }
+
+    static constexpr const char *path = "/org/freedesktop/login1/session/test";
+
+    test::BusService service_;
+    freedesktop::GlibPointer<DbusLoginManager> manager_;
+    freedesktop::GlibPointer<DbusLoginSession> session_;
+    Handle questions_;
+};
+
+TEST_F(KWinTest, NothingAboveTheLocker) {
+    screen = std::make_unique<PrivateSway>();
+    show({.screen = (screen->path("run") / "wayland-1").string()});
+    freedesktop::GlibMainLoop loop;
+    LoginService logins(kwin->bus().address());
+    test::StatusNotifierHost host(kwin->bus().address());
+    host.setHost(true);
+    ASSERT_TRUE(
+        freedesktop::runUntil(loop, [&] { return logins.isAsked && !host.items().empty(); }));
+    const auto lockAndUnlock = [&] {
+        kwin->call("/ScreenSaver", "org.freedesktop.ScreenSaver.SetActive", "true");
+        EXPECT_EQ(wrongWith({{display, "#000000"}}), "") << "locked";
+        logins.unlock();
+    };
+    kwin->moveTo({1000, 50});
+    host.callItem("ContextMenu", 5, 5);
+    EXPECT_TRUE(eventually([&] { return isOver({870, 6, 260, 300}); })) << "the popover";
+    lockAndUnlock();
+    EXPECT_EQ(wrongWith(clear("Red")), "") << "without the popover, which has lost the focus";
+
+    restart({{"hasCompletedOnboarding", false}});
+    const auto isWelcoming = [&] { return isOver({440, 120, 400, 480}); };
+    EXPECT_TRUE(eventually(isWelcoming));
+    lockAndUnlock();
+    EXPECT_TRUE(eventually(isWelcoming)) << "unlocked";
 }
 
 TEST_F(KWinTest, PrivacyCover) {

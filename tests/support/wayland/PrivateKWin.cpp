@@ -138,7 +138,9 @@ struct PrivateKWin::Control {
 };
 
 PrivateKWin::PrivateKWin(const KWinOptions &options) {
-    const Environment more = {{"KWIN_COMPOSE", "O2"},
+    const bool isWithoutScreen = options.screen.empty();
+    const Environment more = {{"DBUS_SYSTEM_BUS_ADDRESS", bus().address()},
+                              {"KWIN_COMPOSE", isWithoutScreen ? "O2" : "Q"},
                               {"KWIN_SCREENSHOT_NO_PERMISSION_CHECKS", "1"},
                               {"KDE_FULL_SESSION", "true"},
                               {"KDE_SESSION_VERSION", "5"},
@@ -149,12 +151,15 @@ PrivateKWin::PrivateKWin(const KWinOptions &options) {
     }
     const auto program = runnable("/usr/bin/kwin_wayland").string();
     own();
-    std::vector<std::string> command = {program,           "--virtual",
-                                        "--width",         std::to_string(options.width),
-                                        "--height",        std::to_string(options.height),
-                                        "--output-count",  std::to_string(options.outputs),
-                                        "--no-lockscreen", "--socket",
-                                        "wayland-k"};
+    std::vector<std::string> command = {program, "--socket", "wayland-k"};
+    command.insert(command.end(), {"--width", std::to_string(options.width)});
+    command.insert(command.end(), {"--height", std::to_string(options.height)});
+    if (isWithoutScreen) {
+        command.insert(command.end(), {"--virtual", "--no-lockscreen", "--output-count",
+                                       std::to_string(options.outputs)});
+    } else {
+        command.insert(command.end(), {"--wayland-display", options.screen});
+    }
     if (options.hasXwayland) {
         command.emplace_back("--xwayland");
     }

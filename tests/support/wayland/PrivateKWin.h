@@ -21,11 +21,14 @@ struct KWinOptions {
     int width = 1280;
     int height = 720;
     bool hasXwayland = false;
+    // The socket of a compositor in whose window it shows its one output, and may be locked;
+    // without a screen when empty. KWin takes no pictures of a locked screen.
+    std::string screen = {};
     Trust trust = Trust::everyone; // with windows, input and outputs of others
 };
 
-// KWin without a screen. Making it returns when it is at work and throws, with what it said, when
-// it does not get there.
+// KWin in a session of its own. Making it returns when it is at work and throws, with what it said,
+// when it does not get there.
 class PrivateKWin : public WaylandUser {
   public:
     explicit PrivateKWin(const KWinOptions &options = {});
