@@ -161,11 +161,11 @@ TEST_F(WindowTreeTest, UnframedWindowsAreManagedWhileAWindowManagerRuns) {
     facts[a].managerState = 1;
     create(a);
     create(own + 1);
-    tree.setWindowManagerRunning(true);
+    tree.setManagement(Management::plain);
     serveAll();
     EXPECT_TRUE(tree.find(a)->isManaged);
     EXPECT_TRUE(tree.find(own + 1)->isOwn);
-    tree.setWindowManagerRunning(false);
+    tree.setManagement(Management::none);
     EXPECT_FALSE(tree.find(a)->isManaged);
 }
 
@@ -298,10 +298,13 @@ TEST(WindowDescription, KnowsWhatOfAFrameIsInvisible) {
     const WindowFacts frameFacts{.opacity = 0x80000000};
     WindowFacts client{.opacity = 0xffffffff, .decorations = Edges{1, 1, 20, 1}};
     MirrorWindow window{.frame = frame, .geometry = {100, 100, 234, 154}, .borderWidth = 2};
+    auto management = Management::plain;
     const auto edgesWith = [&](std::optional<drawing::PixelRect> inset) {
-        window = describe(
-            window,
-            {.client = a, .frameFacts = frameFacts, .clientFacts = client, .clientInFrame = inset});
+        window = describe(window, {.client = a,
+                                   .frameFacts = frameFacts,
+                                   .clientFacts = client,
+                                   .clientInFrame = inset,
+                                   .management = management});
         return window.invisibleEdges;
     };
     EXPECT_EQ(edgesWith(std::nullopt), Edges());
@@ -313,6 +316,12 @@ TEST(WindowDescription, KnowsWhatOfAFrameIsInvisible) {
         << "half of a resize says nothing";
     client.shadows = {1, 2, 3, 4};
     EXPECT_EQ(edgesWith(drawing::PixelRect{1, 20, 228, 129}), client.shadows);
+    EXPECT_EQ(edgesWith(drawing::PixelRect{0, 0, 230, 150}), client.shadows) << "no room for them";
+    management = Management::compositing;
+    client.shadows = {};
+    EXPECT_EQ(edgesWith(drawing::PixelRect{0, 0, 230, 150}), (Edges{-1, -1, -20, -1}))
+        << "around it";
+    EXPECT_EQ(window.visibleArea(), (drawing::PixelRect{99, 80, 236, 175}));
     client.shadows = {200, 200, 0, 0};
     edgesWith(std::nullopt);
     EXPECT_EQ(window.visibleArea(), window.geometry) << "nonsense";

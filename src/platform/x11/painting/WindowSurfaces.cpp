@@ -106,7 +106,7 @@ const WindowSurface *WindowSurfaces::find(xcb_window_t window) {
             static_cast<std::int16_t>(current->geometry.y - surface.geometry.y));
     }
     surface.geometry = current->geometry;
-    surface.visible = current->visibleArea();
+    surface.visible = current->visibleArea().intersection(current->geometry);
     surface.opacity = current->opacity;
     surface.borderWidth = current->borderWidth;
     if (!surface.picture) {

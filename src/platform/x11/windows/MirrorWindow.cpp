@@ -9,6 +9,13 @@ namespace lumo::x11 {
 
 namespace {
 
+// A window manager that composites may draw decorations around a frame that has no room for them.
+bool isDrawnAround(const drawing::PixelRect &client, const MirrorWindow &window) {
+    const int borders = 2 * window.borderWidth;
+    return client == drawing::PixelRect{0, 0, window.geometry.width - borders,
+                                        window.geometry.height - borders};
+}
+
 // What of a frame lies beyond what its window manager and its client say they show.
 Edges invisibleEdgesOf(const MirrorWindow &window, const DescriptionSources &sources) {
     constexpr int widest = 64; // anything else is a resize of which only a half has happened
@@ -19,6 +26,10 @@ Edges invisibleEdgesOf(const MirrorWindow &window, const DescriptionSources &sou
     }
     const int borders = 2 * window.borderWidth;
     const auto &inner = *sources.clientInFrame;
+    if (sources.management == Management::compositing && isDrawnAround(inner, window)) {
+        return {edges.left - shown->left, edges.right - shown->right, edges.top - shown->top,
+                edges.bottom - shown->bottom};
+    }
     const Edges frame = {
         std::max(inner.x - shown->left, 0),
         std::max(window.geometry.width - borders - inner.maxX() - shown->right, 0),
@@ -66,7 +77,7 @@ MirrorWindow describe(const MirrorWindow &window, const DescriptionSources &sour
     next.isOwn = sources.isOwn;
     // The mark stays on windows that a killed window manager leaves behind.
     next.isManaged =
-        facts.isManaged() && (next.client != next.frame || sources.isWindowManagerRunning);
+        facts.isManaged() && (next.client != next.frame || sources.management != Management::none);
     next.minimization = minimizationOf(facts);
     next.type = facts.type;
     // What is made on this connection are overlays, ordered among ordinary windows.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "drawing/PixelRect.h"
+#include "platform/x11/windows/Management.h"
 #include "platform/x11/windows/StackingLayer.h"
 #include "platform/x11/windows/WindowFacts.h"
 
@@ -35,7 +36,7 @@ struct MirrorWindow {
     Minimization minimization = Minimization::none;
     WindowFacts::Type type = WindowFacts::Type::normal;
     StackingLayer stackingLayer = StackingLayer::normal;
-    Edges invisibleEdges = {};     // parts of the frame that show nothing
+    Edges invisibleEdges = {};     // parts of the frame that show nothing; below 0 beyond the frame
     std::uint64_t shapeSerial = 0; // 0 while it is a rectangle, else another one after each change
     std::optional<xcb_window_t> transientFor = {}; // as WindowFacts::transientFor
     std::uint8_t depth = 0;
@@ -72,7 +73,7 @@ struct DescriptionSources {
     std::int32_t processIdentifier = 0;
     bool isComplete = true; // nothing is still to be read
     bool isOwn = false;
-    bool isWindowManagerRunning = true;
+    Management management = Management::plain;
 };
 
 // The window as its structure stands, with everything else taken from the sources.

@@ -71,18 +71,22 @@ void RootState::requestCompositor() {
     replies_.add<xcb_get_selection_owner_reply_t>(
         compositorSelection_.requestOwner(), [this](const auto *reply) {
             reads_.finished(compositorBit);
-            const bool was = isWindowManagerCompositing();
+            const auto before = management();
             compositor_ = reply != nullptr ? reply->owner : XCB_NONE;
-            if (isWindowManagerCompositing() != was) {
+            if (management() != before) {
                 note_(&MirrorChange::appearance);
             }
         });
 }
 
-bool RootState::isWindowManagerCompositing() const {
+Management RootState::management() const {
+    if (!isWindowManagerRunning()) {
+        return Management::none;
+    }
     const auto clientBits = ~connection_.setup().resource_id_mask;
-    return isWindowManagerRunning() && compositor_ != XCB_NONE &&
-           ((compositor_ ^ managerWindow_) & clientBits) == 0;
+    const bool isCompositing =
+        compositor_ != XCB_NONE && ((compositor_ ^ managerWindow_) & clientBits) == 0;
+    return isCompositing ? Management::compositing : Management::plain;
 }
 
 void RootState::handleProperty(xcb_atom_t property) {

@@ -3,6 +3,7 @@
 #include "platform/x11/server/CompositorSelection.h"
 #include "platform/x11/server/PendingReads.h"
 #include "platform/x11/server/PropertyReply.h"
+#include "platform/x11/windows/Management.h"
 #include "support/Handle.h"
 
 #include <xcb/xcb.h>
@@ -46,10 +47,7 @@ class RootState {
     // Empty when no window manager runs or it has no name.
     const std::string &windowManagerName() const { return managerName_; }
 
-    bool isWindowManagerRunning() const { return managerWindow_ != XCB_NONE; }
-
-    // Whether the window manager is the compositing manager as well.
-    bool isWindowManagerCompositing() const;
+    Management management() const;
 
     // Whether the window manager says that it understands the hint.
     bool supports(xcb_atom_t hint) const;
@@ -58,6 +56,7 @@ class RootState {
     const std::vector<xcb_window_t> &clients() const { return clients_; }
 
   private:
+    bool isWindowManagerRunning() const { return managerWindow_ != XCB_NONE; }
     void handleProperty(xcb_atom_t property);
     void apply(unsigned index, const xcb_get_property_reply_t *reply);
     void applyManagerCandidate(xcb_window_t candidate);

@@ -52,7 +52,7 @@ std::array<Handle, 10> WindowMirror::subscribe(Connection &connection) {
 // Others unmap them. Several may show at a time, one on each display, and the current is but one.
 bool WindowMirror::isOnShownDesktop(const MirrorWindow &window) const {
     const auto current = root_.currentDesktop();
-    return !root_.isWindowManagerCompositing() || !current || !window.desktop ||
+    return root_.management() != Management::compositing || !current || !window.desktop ||
            window.desktop == current || window.desktop == onAllDesktops;
 }
 
@@ -79,7 +79,7 @@ void WindowMirror::followFocus() {
 
 void WindowMirror::finishBatch() {
     followFocus();
-    tree_.setWindowManagerRunning(root_.isWindowManagerRunning());
+    tree_.setManagement(root_.management());
     tree_.setActiveWindow(activeWindow());
     root_.requestReads();
     if (isReadAnew_ && tree_.changes().gathered().windowManager) {

@@ -259,8 +259,8 @@ void WindowTree::setActiveWindow(std::optional<xcb_window_t> window) {
     }
 }
 
-void WindowTree::setWindowManagerRunning(bool isRunning) {
-    if (std::exchange(isWindowManagerRunning_, isRunning) != isRunning) {
+void WindowTree::setManagement(Management management) {
+    if (std::exchange(management_, management) != management) {
         redescribeAll();
     }
 }
@@ -491,7 +491,7 @@ void WindowTree::redescribe(xcb_window_t window) {
                                .processIdentifier = processOf(chosen),
                                .isComplete = isComplete,
                                .isOwn = numbers_.isOwn(window) || claimed_.contains(chosen),
-                               .isWindowManagerRunning = isWindowManagerRunning_});
+                               .management = management_});
     const auto &before = top->window;
     if (next == before) {
         return;

@@ -149,7 +149,7 @@ class WindowTree {
 
     // What descriptions depend on beside the windows.
     void setActiveWindow(std::optional<xcb_window_t> window);
-    void setWindowManagerRunning(bool isRunning);
+    void setManagement(Management management);
 
   private:
     // A window that is watched: a child of the root window or one that has been.
@@ -199,7 +199,7 @@ class WindowTree {
     ChangeRecord changes_;
     std::uint64_t lastSerial_ = 0;
     std::optional<xcb_window_t> activeWindow_;
-    bool isWindowManagerRunning_ = false;
+    Management management_ = Management::none;
 };
 
 } // namespace lumo::x11
