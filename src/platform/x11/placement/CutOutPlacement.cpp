@@ -147,11 +147,12 @@ CutOutPlacement::Plan CutOutPlacement::makePlan(const Order &order) const {
 void CutOutPlacement::leaveFloating(std::vector<CutOutWindow> &windows,
                                     const std::vector<bool> &isClear, std::size_t above,
                                     Plan &plan) const {
-    for (std::size_t i = 0;
-         i < windows.size() && isClear[i] && windows[i].layer == CutOutWindow::Layer::floating;
-         ++i) {
+    for (std::size_t i = 0; i < windows.size(); ++i) {
         const auto &window = *mirror_.find(windows[i].id);
-        plan.ceiling = window.frame;
+        if (!isClear[i] || windows[i].layer != CutOutWindow::Layer::floating) {
+            plan.floor = window.frame;
+            return;
+        }
         if (i < above) {
             windows[i].area = {};
         } else if (plan.offender == XCB_NONE && (window.depth == 32 || window.opacity < 1) &&
@@ -287,14 +288,16 @@ void CutOutPlacement::raise(const Order &order, const Plan &plan) {
         pause_ = std::min(2 * pause_, longestPause);
         return;
     }
-    if (plan.ceiling != XCB_NONE) {
-        const std::array<std::uint32_t, 2> values = {plan.ceiling, XCB_STACK_MODE_BELOW};
+    // Next to what is seen: compositing managers with stacking layers of their own draw a window in
+    // the layer of the one right beneath it, and in the highest where that is unknown to them.
+    if (plan.floor != XCB_NONE) {
+        const std::array<std::uint32_t, 2> values = {plan.floor, XCB_STACK_MODE_ABOVE};
         xcb_configure_window(connection_, overlay_.id(),
                              XCB_CONFIG_WINDOW_SIBLING | XCB_CONFIG_WINDOW_STACK_MODE,
                              values.data());
     } else {
-        const std::uint32_t above = XCB_STACK_MODE_ABOVE;
-        xcb_configure_window(connection_, overlay_.id(), XCB_CONFIG_WINDOW_STACK_MODE, &above);
+        const std::uint32_t below = XCB_STACK_MODE_BELOW;
+        xcb_configure_window(connection_, overlay_.id(), XCB_CONFIG_WINDOW_STACK_MODE, &below);
     }
     isRaising_ = true;
     // Its events have arrived by the time this is answered.

@@ -69,7 +69,7 @@ class CutOutPlacement final : public Placement {
         // The topmost of these that lies above the overlay, or a translucent floating window
         // beneath it.
         xcb_window_t offender = XCB_NONE;
-        xcb_window_t ceiling = XCB_NONE; // the lowest window that floats above all others
+        xcb_window_t floor = XCB_NONE; // the topmost window but those that float above all others
     };
 
     const Plan &plan(const Order &order) const;
