@@ -23,12 +23,15 @@ Area ThreeWindows::displayAt(Spot spot) {
 
 void ThreeWindows::bringForward(const SubjectApplication &application) {
     const xcb_window_t window = application.subject.window;
-    if (session.windowManagerName()) {
+    const auto manager = session.windowManagerName();
+    if (manager) {
         session.activate(window);
         EXPECT_TRUE(session.eventually([&] { return session.activeWindow() == window; }));
     } else {
         const std::uint32_t above = XCB_STACK_MODE_ABOVE;
         xcb_configure_window(session.connection(), window, XCB_CONFIG_WINDOW_STACK_MODE, &above);
+    }
+    if (!manager || manager == "Enlightenment") { // the focus follows the pointer
         const Area area = session.areaOf(window);
         session.movePointerTo(area.x + area.width / 2, area.y + area.height / 2);
     }
@@ -50,7 +53,7 @@ std::vector<Spot> ThreeWindows::spotsIn(xcb_window_t window) {
     auto place = std::ranges::find(order, session.frameOf(window));
     while (place != order.end() && ++place != order.end()) {
         if (!ours.contains(*place) && session.isViewable(*place) && session.isDrawn(*place)) {
-            constexpr int shadow = 30; // as compositing managers draw around windows
+            constexpr int shadow = 40; // as compositing managers draw around windows
             const Area frame = session.frameAreaOf(*place);
             above.push_back({frame.x - shadow, frame.y - shadow, frame.width + 2 * shadow,
                              frame.height + 2 * shadow});
@@ -125,6 +128,26 @@ std::string ThreeWindows::wrongWithOnly(const SubjectApplication &clear) {
     std::erase_if(covered,
                   [&](const Subject &subject) { return subject.window == clear.subject.window; });
     return wrongWith({clear.subject}, covered);
+}
+
+std::string ThreeWindows::wrongWithFocused(const SubjectApplication &focused) {
+    const auto hides = [&](xcb_window_t window) {
+        const Area upper = session.frameAreaOf(window);
+        const Area lower = session.frameAreaOf(focused.subject.window);
+        return session.isAbove(session.frameOf(window), session.frameOf(focused.subject.window)) &&
+               upper.x < lower.right() && lower.x < upper.right() && upper.y < lower.bottom() &&
+               lower.y < upper.bottom();
+    };
+    return wrongUntilNone([&] {
+        std::vector<Subject> clear = {focused.subject};
+        std::vector<Subject> covered;
+        for (const auto *other : {&red, &green, &blue}) {
+            if (other != &focused) {
+                (hides(other->subject.window) ? clear : covered).push_back(other->subject);
+            }
+        }
+        return wrongNow(clear, covered);
+    });
 }
 
 std::string ThreeWindows::wrongWithFrontmostClear() {

@@ -58,6 +58,10 @@ class ThreeWindows {
     // With that of the three clear, and the other two under the effect.
     std::string wrongWithOnly(const SubjectApplication &clear);
 
+    // The same for one that has the focus and was perhaps not raised: what hides part of it is
+    // clear.
+    std::string wrongWithFocused(const SubjectApplication &focused);
+
     // With the active of the three clear, or the topmost where none is, and those that lie beneath
     // it under the effect.
     std::string wrongWithFrontmostClear();

@@ -16,10 +16,15 @@ looks at the pixels. The clear window must be exactly as painted, the others exa
 
 - *placement*: how the overlay got among the other windows (see [architecture.md](architecture.md)).
 - *ok*: seen to work. *not offered*: the manager does not list the capability in `_NET_SUPPORTED`, or has no such key.
+- *focus by click*: where the manager leaves the window that a click focuses beneath others, as enlightenment does, what
+  hides part of it stays clear, too.
 - *two displays*: where each display shows a desktop of its own, whether each has its clear window.
 - *clicks through*: of ten clicks on windows under the effect, how many reached the window and moved the focus there.
 - *corrections*: requests for the overlay's order beyond one for each of those ten changes of focus.
 - *idle requests*: all requests of the program to the X server within so many seconds in which nothing happened.
+
+Not tried: xmonad with hints, whose configuration has to be compiled (its compiler and library take 868 MB more in Debian
+12), and qtile, which Debian 12 does not have.
 
 )";
 

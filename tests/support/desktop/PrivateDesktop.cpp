@@ -178,6 +178,8 @@ std::vector<std::string> PrivateDesktop::prepareWindowManager(WindowManager wind
         return {"mutter", "--x11", "--replace", "--sm-disable"};
     case WindowManager::muffin:
         return {"muffin", "--replace", "--sm-disable"};
+    case WindowManager::enlightenment:
+        return {"enlightenment_start", "-profile", "standard"};
     case WindowManager::metacity:
         return {"metacity", "--replace", "--sm-disable", "--no-composite"};
     case WindowManager::i3:
@@ -259,7 +261,7 @@ void PrivateDesktop::startWindowManager(WindowManager windowManager) {
               "the window manager's care for windows");
     if (windowManager == WindowManager::xfwm4Compositing ||
         windowManager == WindowManager::kwinCompositing || windowManager == WindowManager::mutter ||
-        windowManager == WindowManager::muffin ||
+        windowManager == WindowManager::muffin || windowManager == WindowManager::enlightenment ||
         windowManager == WindowManager::marcoCompositing) {
         waitUntil([&] { return session_->selectionOwner("_NET_WM_CM_S0") != XCB_NONE; },
                   *windowManager_, "the window manager's compositor");

@@ -24,6 +24,7 @@ enum class WindowManager {
     kwinCompositing,
     mutter,
     muffin,
+    enlightenment,
     metacity,
     i3,
     i3Floating,
