@@ -227,34 +227,36 @@ TEST_F(KWinTest, WhatWindowsDo) {
     EXPECT_EQ(wrongWith(clear(focused("Green") ? "Green" : "Blue")), "") << "closed";
 }
 
-// The overlay follows a window by a step or two of the drag, which is drawn as a covered strip.
-TEST_F(KWinTest, WhatTrailsBehindADrag) {
+// The overlay follows a window by a step or two of the pointer: a strip is covered meanwhile, or
+// clear that should not be.
+TEST_F(KWinTest, WhatTrailsBehindDragAndResize) {
     show();
+    auto &red = windows["Red"];
+    constexpr int way = 120;
     constexpr int step = 12;
-    constexpr int row = 90; // above the other windows
-    const auto red = Colour::parse(windows["Red"].colour);
-    kwin->moveTo({200, 200});
-    kwin->setKey(EvdevKey::command, true);
-    kwin->setButton(true);
-    int widest = 0;
-    int end = 0;
-    for (int x = 200; x <= 440; x += step) {
-        kwin->moveTo({x, 200});
-        const auto picture = kwin->picture();
-        int covered = 0;
-        for (int at = 0; at < picture.width(); ++at) {
-            const auto colour = picture.at(at, row);
-            covered += colour.red > 2 * colour.blue && colour.red > 40 && colour != red ? 1 : 0;
-            end = colour == red ? at : end;
+    const auto stroke = [&](EvdevButton button, int from, int direction) {
+        kwin->moveTo({from, 200});
+        kwin->setKey(EvdevKey::command, true);
+        kwin->setButton(true, button);
+        int widest = 0;
+        for (int moved = step; moved <= way; moved += step) {
+            kwin->moveTo({from + direction * moved, 200});
+            // Above the other windows.
+            widest = std::max(widest, expectation.trailIn(picture(), 90, red.colour));
         }
-        widest = std::max(widest, covered);
-    }
-    kwin->setButton(false);
-    kwin->setKey(EvdevKey::command, false);
-    EXPECT_GT(end, 600) << "it has moved";
-    EXPECT_LE(widest, 2 * step);
-    windows["Red"].area.x += 240;
-    EXPECT_EQ(wrongWith(clear("Red")), "");
+        kwin->setButton(false, button);
+        kwin->setKey(EvdevKey::command, false);
+        return widest;
+    };
+    EXPECT_LE(stroke(EvdevButton::left, 200, 1), 2 * step) << "dragged";
+    red.area.x += way;
+    EXPECT_EQ(wrongWith(clear("Red")), "") << "dragged";
+    EXPECT_LE(stroke(EvdevButton::right, 560, 1), 2 * step) << "made wider";
+    red.area.width += way;
+    EXPECT_EQ(wrongWith(clear("Red")), "") << "made wider";
+    EXPECT_LE(stroke(EvdevButton::right, 680, -1), 2 * step) << "made narrower";
+    red.area.width -= way;
+    EXPECT_EQ(wrongWith(clear("Red")), "") << "made narrower";
 }
 
 TEST_F(KWinTest, HotKeysAndShake) {

@@ -24,6 +24,17 @@ bool Panes::isCovered(const Pane &pane, Colour colour) {
                                [&](Colour each) { return distance(colour, each) <= tolerance; });
 }
 
+int Panes::trailIn(const Picture &picture, int row, const std::string &colour) {
+    int covered = 0;
+    int clear = 0;
+    for (int x = 0; x < picture.width(); ++x) {
+        const auto pixel = picture.at(x, row);
+        clear += pixel == Colour::parse(background_) ? 1 : 0;
+        covered += isCovered({{}, colour, false}, pixel) ? 1 : 0;
+    }
+    return std::max(covered, clear);
+}
+
 std::string Panes::wrongIn(const Picture &picture, const std::vector<Pane> &panes, double scale) {
     const auto grain = reference::grainImage(picture.width(), picture.height());
     const auto pixels = [&](int points) { return static_cast<int>(std::lround(points * scale)); };

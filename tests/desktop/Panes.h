@@ -31,6 +31,10 @@ class Panes {
     // do.
     std::string wrongIn(const Picture &picture, const std::vector<Pane> &panes, double scale = 1);
 
+    // By how many pixels the cut-out of a window of that colour trails behind it, where it is alone
+    // in a row: covers the window, or leaves the desktop clear.
+    int trailIn(const Picture &picture, int row, const std::string &colour);
+
   private:
     bool isCovered(const Pane &pane, Colour colour);
     Colour expectedAt(const Pane &pane, std::uint8_t grain);

@@ -322,9 +322,9 @@ void PrivateKWin::moveTo(Spot spot) {
     wl_display_roundtrip(control_->display);
 }
 
-void PrivateKWin::setButton(bool isDown) {
-    constexpr std::uint32_t leftButton = 0x110;
-    org_kde_kwin_fake_input_button(control_->input, leftButton, isDown ? 1 : 0);
+void PrivateKWin::setButton(bool isDown, EvdevButton button) {
+    org_kde_kwin_fake_input_button(control_->input, static_cast<std::uint32_t>(button),
+                                   isDown ? 1 : 0);
     wl_display_roundtrip(control_->display);
 }
 

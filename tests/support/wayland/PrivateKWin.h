@@ -54,7 +54,7 @@ class PrivateKWin : public WaylandUser {
     // For trust in everyone alone.
     void setOutput(const std::string &name, bool isEnabled, double scale = 1, int quarterTurns = 0);
     void moveTo(Spot spot);
-    void setButton(bool isDown);
+    void setButton(bool isDown, EvdevButton button = EvdevButton::left);
     void setKey(EvdevKey key, bool isDown);
     void click(Spot spot);
     void press(const std::vector<EvdevKey> &chord);

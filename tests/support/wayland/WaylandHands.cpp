@@ -14,8 +14,6 @@ namespace lumo::desktop {
 
 namespace {
 
-constexpr std::uint32_t leftButton = 0x110;
-
 std::uint32_t milliseconds() {
     const auto now = std::chrono::steady_clock::now().time_since_epoch();
     return static_cast<std::uint32_t>(
@@ -115,8 +113,9 @@ void WaylandHands::moveTo(Spot spot, Area desktop) {
     wl_display_roundtrip(devices_->display);
 }
 
-void WaylandHands::setButton(bool isDown) {
-    zwlr_virtual_pointer_v1_button(devices_->pointer, milliseconds(), leftButton, isDown ? 1 : 0);
+void WaylandHands::setButton(bool isDown, EvdevButton button) {
+    zwlr_virtual_pointer_v1_button(devices_->pointer, milliseconds(),
+                                   static_cast<std::uint32_t>(button), isDown ? 1 : 0);
     zwlr_virtual_pointer_v1_frame(devices_->pointer);
     wl_display_roundtrip(devices_->display);
 }

@@ -9,7 +9,7 @@
 
 namespace lumo::desktop {
 
-// Keys by the kernel's codes.
+// Keys and buttons by the kernel's codes.
 enum class EvdevKey : std::uint32_t {
     tab = 15,
     control = 29,
@@ -20,6 +20,8 @@ enum class EvdevKey : std::uint32_t {
     space = 57,
     command = 125,
 };
+
+enum class EvdevButton : std::uint32_t { left = 0x110, right = 0x111 };
 
 // A pointer and a keyboard on a compositor that has virtual ones. What is asked for has reached the
 // compositor when the call returns.
@@ -33,7 +35,7 @@ class WaylandHands {
 
     // Points are those of the whole desktop, which is that large.
     void moveTo(Spot spot, Area desktop);
-    void setButton(bool isDown);
+    void setButton(bool isDown, EvdevButton button = EvdevButton::left);
     void setKey(EvdevKey key, bool isDown);
 
     void click(Spot spot, Area desktop);
