@@ -51,6 +51,7 @@ class Application {
         }
         screen_ = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data;
         layout_ = PixelLayout::of(connection_, *screen_);
+        protocols_ = atom("WM_PROTOCOLS");
         context_ = xcb_generate_id(connection_);
         xcb_create_gc(connection_, context_, screen_->root, 0, nullptr);
     }
@@ -237,11 +238,13 @@ class Application {
                 }
                 break;
             }
-            case XCB_CLIENT_MESSAGE: // to close: the only protocol it speaks
-                xcb_destroy_window(
-                    connection_,
-                    reinterpret_cast<const xcb_client_message_event_t &>(*event).window);
+            case XCB_CLIENT_MESSAGE: {
+                const auto &message = reinterpret_cast<const xcb_client_message_event_t &>(*event);
+                if (message.type == protocols_) { // to close: the only protocol it speaks
+                    xcb_destroy_window(connection_, message.window);
+                }
                 break;
+            }
             default:
                 break;
             }
@@ -302,6 +305,7 @@ class Application {
     xcb_screen_t *screen_ = nullptr;
     PixelLayout layout_;
     xcb_gcontext_t context_ = XCB_NONE;
+    xcb_atom_t protocols_ = XCB_NONE;
     std::vector<OpenWindow> windows_;
     std::string input_;
     int frame_ = 0;
