@@ -8,6 +8,7 @@
 #include <QScreen>
 #include <QVBoxLayout>
 #include <QWindow>
+#include <algorithm>
 #include <utility>
 
 namespace lumo {
@@ -48,6 +49,12 @@ WindowFrame::WindowFrame(const QString &title, QWidget *view, bool isMiniaturiza
     const QRect room = screen != nullptr ? screen->availableGeometry() : QRect(QPoint(), wanted);
     setFixedSize(wanted.boundedTo(room.size()));
     move(room.center() - rect().center());
+
+    const auto follow = [this](const QScreen *each) {
+        connect(each, &QScreen::geometryChanged, this, &WindowFrame::adoptScale);
+    };
+    std::ranges::for_each(QGuiApplication::screens(), follow);
+    connect(qGuiApp, &QGuiApplication::screenAdded, this, follow);
 }
 
 void WindowFrame::makeKeyAndOrderFront() {
@@ -65,6 +72,19 @@ void WindowFrame::makeKeyAndOrderFront() {
         window->raise();
     }
     windows.last()->activateWindow();
+}
+
+// On Wayland, Qt 6.4 draws a window at the scale that its screen had when the window was made.
+void WindowFrame::adoptScale() {
+    if (!isVisible() || windowHandle()->devicePixelRatio() == screen()->devicePixelRatio()) {
+        return;
+    }
+    const auto windows = withDialogs(*this);
+    for (auto *window : windows) {
+        window->hide();
+        window->windowHandle()->destroy();
+    }
+    std::ranges::for_each(windows, &QWidget::show);
 }
 
 void WindowFrame::closeEvent(QCloseEvent *event) {

@@ -24,6 +24,9 @@ class WindowFrame final : public QWidget {
   protected:
     void closeEvent(QCloseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
+
+  private:
+    void adoptScale();
 };
 
 } // namespace lumo

@@ -87,6 +87,17 @@ class KWinTest : public testing::Test {
         return screen == nullptr ? kwin->picture(output) : screen->picture();
     }
 
+    // The largest difference of two pixels side by side: half of that where text is enlarged.
+    static int steepestEdge(const Picture &picture, const Area &part) {
+        int steepest = 0;
+        for (int y = part.y; y < part.bottom(); ++y) {
+            for (int x = part.x + 1; x < part.right(); ++x) {
+                steepest = std::max(steepest, distance(picture.at(x - 1, y), picture.at(x, y)));
+            }
+        }
+        return steepest;
+    }
+
     // A bright window with exactly these edges lies over what is covered.
     bool isOver(const Area &area) {
         const auto shown = picture();
@@ -344,6 +355,14 @@ TEST_F(KWinTest, PanelPopoverAndASecondStart) {
     })) << "the second one shows the settings";
     red.writeLine("unpanel");
     EXPECT_EQ(wrongWith(clear("Red")), "") << "the first one still knows of panels";
+
+    kwin->startLumo(look.preferences())->waitForExit();
+    ASSERT_TRUE(eventually([&] { return said("Red", "blur") > 3; }));
+    kwin->setOutput("Virtual-0", true, 2);
+    EXPECT_TRUE(eventually([&] {
+        act("Lumo Settings", "w.frameGeometry = {x: 0, y: 0, width: w.width, height: w.height}");
+        return steepestEdge(picture(), {80, 120, 240, 180}) > 160;
+    })) << "the text in the sidebar of a window that was open";
     lumo->signal(SIGTERM);
     EXPECT_EQ(lumo->waitForExit(), 0) << lumo->report();
 }
