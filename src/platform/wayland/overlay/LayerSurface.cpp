@@ -20,6 +20,10 @@ constexpr std::size_t mostCanvases = 3;
 // Seconds. A surface that is not seen gets no refresh; when it is seen again it has to be right.
 constexpr double longestWaitForRefresh = 0.1;
 
+// Seconds without a change until the canvases take up none of this process's memory: changes often
+// come one after the other, and bringing the pages back costs as much as drawing into them.
+constexpr double restUntilPagesGo = 2;
+
 constexpr std::uint32_t allEdges =
     ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP | ZWLR_LAYER_SURFACE_V1_ANCHOR_BOTTOM |
     ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT | ZWLR_LAYER_SURFACE_V1_ANCHOR_RIGHT;
@@ -141,9 +145,11 @@ void LayerSurface::handleFrame() {
     longestWait_.reset();
     commitWhenPossible();
     if (!frame_) {
-        for (const auto &canvas : canvases_) {
-            canvas.buffer->leaveToCompositor();
-        }
+        rest_ = mainLoop_.after(restUntilPagesGo, [this] {
+            for (const auto &canvas : canvases_) {
+                canvas.buffer->leaveToCompositor();
+            }
+        });
     }
 }
 

@@ -87,6 +87,7 @@ class LayerSurface {
     std::vector<Canvas> canvases_;
     SharedBuffer transparent_;
     Handle longestWait_; // for a refresh, while something else is wanted than was committed
+    Handle rest_;        // until the compositor alone has the canvases in memory
 };
 
 } // namespace lumo::wayland
