@@ -104,10 +104,10 @@ class QtInterface::Toolkit final : public QObject, private QAbstractNativeEventF
 
     bool eventFilter(QObject *object, QEvent *event) override {
         if (hooks_.handleKeyPress && event->type() == QEvent::KeyPress && object->isWindowType()) {
-            return handleKeyPress(static_cast<QKeyEvent &>(*event));
+            return handleKeyPress(dynamic_cast<QKeyEvent &>(*event));
         }
         if (hooks_.noteWindow && event->type() == QEvent::PlatformSurface &&
-            static_cast<QPlatformSurfaceEvent *>(event)->surfaceEventType() ==
+            dynamic_cast<QPlatformSurfaceEvent &>(*event).surfaceEventType() ==
                 QPlatformSurfaceEvent::SurfaceCreated) {
             if (const auto *window = qobject_cast<QWindow *>(object)) {
                 hooks_.noteWindow(window->winId());
@@ -149,8 +149,11 @@ class QtInterface::Toolkit final : public QObject, private QAbstractNativeEventF
         QApplication::setPalette(makePalette(scheme));
     }
 
+    // NOLINTBEGIN(*-non-const-global-variables): the toolkit's handler is given nothing to hold
+    // them
     static inline std::function<void()> lostHandler;
     static inline QtMessageHandler previousHandler = nullptr;
+    // NOLINTEND(*-non-const-global-variables)
 
     const ToolkitHooks &hooks_;
     std::string name_ = "lumo";

@@ -54,7 +54,9 @@ std::string Panes::wrongIn(const Picture &picture, const std::vector<Pane> &pane
             if (pane->colour.empty()) {
                 continue;
             }
-            const auto index = static_cast<std::size_t>(y * picture.width() + x);
+            const auto index =
+                static_cast<std::size_t>(y) * static_cast<std::size_t>(picture.width()) +
+                static_cast<std::size_t>(x);
             const auto expected = expectedAt(*pane, grain->pixels[index * grain->bytesPerPixel()]);
             const bool isRight =
                 pane->isClear || std::floor(scale) == scale

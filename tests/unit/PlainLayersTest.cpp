@@ -26,7 +26,7 @@ std::shared_ptr<const Image> greys(Image::Format format) {
 }
 
 struct Stack {
-    const char *name;
+    const char *name = "";
     Color below = Color::clear();
     Color onGrain = Color::clear();
     Color above = Color::clear();

@@ -99,9 +99,9 @@ TEST(SwayTree, WindowsFromTheBottomToTheTop) {
 
 TEST(AskingPace, AsOftenAsSomethingCanMove) {
     struct Row {
-        bool isInputActive;
-        AskingPace::Movable movable;
-        double sinceMotion;
+        bool isInputActive = false;
+        AskingPace::Movable movable = {};
+        double sinceMotion = 0;
         std::optional<double> interval;
         double answer = 0;
     };
@@ -166,8 +166,8 @@ TEST(PanelAreas, ApartFromGaps) {
     const PixelRect all = {100, 0, 1000, 700};
     struct Row {
         PixelRect inGaps;
-        int width;
-        int height;
+        int width = 0;
+        int height = 0;
         PixelRect expected;
     };
     for (const auto &row : {Row{{120, 50, 960, 630}, 1000, 670, {100, 30, 1000, 670}},

@@ -6,6 +6,7 @@
 #include <wayland-client.h>
 #include <xkbcommon/xkbcommon.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <stdexcept>
@@ -140,9 +141,7 @@ void WaylandHands::press(const std::vector<EvdevKey> &chord) {
     for (const auto key : chord) {
         setKey(key, true);
     }
-    for (auto key = chord.rbegin(); key != chord.rend(); ++key) {
-        setKey(*key, false);
-    }
+    std::for_each(chord.rbegin(), chord.rend(), [this](EvdevKey key) { setKey(key, false); });
 }
 
 } // namespace lumo::desktop

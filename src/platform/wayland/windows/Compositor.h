@@ -28,6 +28,7 @@ class Compositor {
     // the right, or by a negative number to the left, by so many points; what is less than a stroke
     // of a shake may be left out. Nothing where the compositor does not tell.
     virtual bool tellsOfPointer() const { return false; }
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): those that tell keep it
     virtual Handle onPointerStroke(std::function<void(double deltaX)> /*observer*/) { return {}; }
 
     // Whether the compositor may come to blur what lies behind surfaces while this program runs.
