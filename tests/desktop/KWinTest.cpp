@@ -1,3 +1,4 @@
+#include "DragAndResize.h"
 #include "Look.h"
 #include "ManagersTable.h"
 #include "Panes.h"
@@ -123,8 +124,8 @@ class KWinTest : public testing::Test {
         return wrong.empty() ? wrong : output + " at " + wrong + '\n' + lumo->report();
     }
 
-    static bool eventually(const std::function<bool()> &condition, double seconds = 20) {
-        const double end = now() + seconds;
+    static bool eventually(const std::function<bool()> &condition) {
+        const double end = now() + 20;
         while (!condition() && now() < end) {
             pauseBriefly();
         }
@@ -238,36 +239,16 @@ TEST_F(KWinTest, WhatWindowsDo) {
     EXPECT_EQ(wrongWith(clear(focused("Green") ? "Green" : "Blue")), "") << "closed";
 }
 
-// The overlay follows a window by a step or two of the pointer: a strip is covered meanwhile, or
-// clear that should not be.
 TEST_F(KWinTest, WhatTrailsBehindDragAndResize) {
     show();
     auto &red = windows["Red"];
-    constexpr int way = 120;
-    constexpr int step = 12;
-    const auto stroke = [&](EvdevButton button, int from, int direction) {
-        kwin->moveTo({from, 200});
-        kwin->setKey(EvdevKey::command, true);
-        kwin->setButton(true, button);
-        int widest = 0;
-        for (int moved = step; moved <= way; moved += step) {
-            kwin->moveTo({from + direction * moved, 200});
-            // Above the other windows.
-            widest = std::max(widest, expectation.trailIn(picture(), 90, red.colour));
-        }
-        kwin->setButton(false, button);
-        kwin->setKey(EvdevKey::command, false);
-        return widest;
-    };
-    EXPECT_LE(stroke(EvdevButton::left, 200, 1), 2 * step) << "dragged";
-    red.area.x += way;
-    EXPECT_EQ(wrongWith(clear("Red")), "") << "dragged";
-    EXPECT_LE(stroke(EvdevButton::right, 560, 1), 2 * step) << "made wider";
-    red.area.width += way;
-    EXPECT_EQ(wrongWith(clear("Red")), "") << "made wider";
-    EXPECT_LE(stroke(EvdevButton::right, 680, -1), 2 * step) << "made narrower";
-    red.area.width -= way;
-    EXPECT_EQ(wrongWith(clear("Red")), "") << "made narrower";
+    dragAndResize(
+        {.moveTo = [&](Spot spot) { kwin->moveTo(spot); },
+         .setKey = [&](EvdevKey key, bool isDown) { kwin->setKey(key, isDown); },
+         .setButton = [&](bool isDown, EvdevButton button) { kwin->setButton(isDown, button); },
+         .trail = [&] { return expectation.trailIn(picture(), 90, red.colour); },
+         .wrong = [&] { return wrongWith(clear("Red")); }},
+        red.area);
 }
 
 TEST_F(KWinTest, HotKeysAndShake) {

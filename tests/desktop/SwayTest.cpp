@@ -1,3 +1,4 @@
+#include "DragAndResize.h"
 #include "Look.h"
 #include "ManagersTable.h"
 #include "Panes.h"
@@ -298,36 +299,17 @@ TEST_F(SwayTest, WorkspacesAndTiles) {
 TEST_F(SwayTest, WhatTrailsBehindDragAndResize) {
     show();
     auto &red = windows["Red"];
-    constexpr int way = 120;
-    constexpr int step = 12;
-    const auto stroke = [&](EvdevButton button, int from, int direction) {
-        sway.hands().moveTo({from, 200}, display);
-        sway.hands().setKey(EvdevKey::command, true);
-        sway.hands().setButton(true, button);
-        int widest = 0;
-        for (int moved = step; moved <= way; moved += step) {
-            sway.hands().moveTo({from + direction * moved, 200}, display);
-            const auto trail = [&] { // above the other windows
-                return expectation.trailIn(sway.picture(), 90, red.colour);
-            };
-            if (moved == step) { // that something moves is seen when sway is asked the next time
-                EXPECT_TRUE(eventually([&] { return trail() == 0; }));
-            }
-            widest = std::max(widest, trail());
-        }
-        sway.hands().setButton(false, button);
-        sway.hands().setKey(EvdevKey::command, false);
-        return widest;
-    };
-    EXPECT_LE(stroke(EvdevButton::left, 200, 1), 2 * step) << "dragged";
-    red.area.x += way;
-    EXPECT_EQ(wrongWith(threeWithClear("Red")), "") << "dragged";
-    EXPECT_LE(stroke(EvdevButton::right, 560, 1), 2 * step) << "made wider";
-    red.area.width += way;
-    EXPECT_EQ(wrongWith(threeWithClear("Red")), "") << "made wider";
-    EXPECT_LE(stroke(EvdevButton::right, 680, -1), 2 * step) << "made narrower";
-    red.area.width -= way;
-    EXPECT_EQ(wrongWith(threeWithClear("Red")), "") << "made narrower";
+    auto &hands = sway.hands();
+    const auto trail = [&] { return expectation.trailIn(sway.picture(), 90, red.colour); };
+    dragAndResize(
+        {.moveTo = [&](Spot spot) { hands.moveTo(spot, display); },
+         .setKey = [&](EvdevKey key, bool isDown) { hands.setKey(key, isDown); },
+         .setButton = [&](bool isDown, EvdevButton button) { hands.setButton(isDown, button); },
+         .trail = trail,
+         .wrong = [&] { return wrongWith(threeWithClear("Red")); },
+         // That something moves is seen when sway is asked the next time.
+         .afterFirstStep = [&] { EXPECT_TRUE(eventually([&] { return trail() == 0; })); }},
+        red.area);
 }
 
 class SwayXwaylandTest : public SwayTest {
