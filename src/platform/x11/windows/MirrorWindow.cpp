@@ -9,13 +9,6 @@ namespace lumo::x11 {
 
 namespace {
 
-// A window manager that composites may draw decorations around a frame that has no room for them.
-bool isDrawnAround(const drawing::PixelRect &client, const MirrorWindow &window) {
-    const int borders = 2 * window.borderWidth;
-    return client == drawing::PixelRect{0, 0, window.geometry.width - borders,
-                                        window.geometry.height - borders};
-}
-
 // What of a frame lies beyond what its window manager and its client say they show.
 Edges invisibleEdgesOf(const MirrorWindow &window, const DescriptionSources &sources) {
     constexpr int widest = 64; // anything else is a resize of which only a half has happened
@@ -25,16 +18,17 @@ Edges invisibleEdgesOf(const MirrorWindow &window, const DescriptionSources &sou
         return edges;
     }
     const int borders = 2 * window.borderWidth;
+    const drawing::PixelRect room = {0, 0, window.geometry.width - borders,
+                                     window.geometry.height - borders};
     const auto &inner = *sources.clientInFrame;
-    if (sources.management == Management::compositing && isDrawnAround(inner, window)) {
+    // A window manager that composites may draw decorations around a frame without room for them.
+    if (sources.management == Management::compositing && inner == room) {
         return {edges.left - shown->left, edges.right - shown->right, edges.top - shown->top,
                 edges.bottom - shown->bottom};
     }
     const Edges frame = {
-        std::max(inner.x - shown->left, 0),
-        std::max(window.geometry.width - borders - inner.maxX() - shown->right, 0),
-        std::max(inner.y - shown->top, 0),
-        std::max(window.geometry.height - borders - inner.maxY() - shown->bottom, 0)};
+        std::max(inner.x - shown->left, 0), std::max(room.width - inner.maxX() - shown->right, 0),
+        std::max(inner.y - shown->top, 0), std::max(room.height - inner.maxY() - shown->bottom, 0)};
     if (std::max({frame.left, frame.right, frame.top, frame.bottom}) > widest) {
         return window.invisibleEdges;
     }
