@@ -10,6 +10,7 @@ namespace lumo::wayland {
 
 namespace {
 
+using drawing::CutOutPiece;
 using drawing::CutOutWindow;
 
 CutOutWindow::Layer layerOf(const DesktopWindow &window) {
@@ -38,6 +39,21 @@ std::vector<drawing::PixelRect> rounded(const drawing::PixelRect &area, double r
         const int width = area.width - 2 * inset;
         result.push_back({area.x + inset, area.y + row, width, 1});
         result.push_back({area.x + inset, area.maxY() - 1 - row, width, 1});
+    }
+    return result;
+}
+
+std::vector<CutOutPiece> withRoundCorners(const std::vector<CutOutPiece> &pieces,
+                                          const DesktopState &state, const OwnWindows &own,
+                                          double scale) {
+    std::vector<CutOutPiece> result;
+    for (const auto &piece : pieces) {
+        const auto *window = state.find(piece.window);
+        const bool isRounded = window != nullptr && window->process == own.process &&
+                               window->title == own.roundedTitle;
+        for (const auto &rows : rounded(piece.area, isRounded ? own.cornerRadius * scale : 0)) {
+            result.push_back({piece.window, rows, piece.isClear});
+        }
     }
     return result;
 }
@@ -87,21 +103,14 @@ OverlayCutOuts overlayCutOuts(const DesktopState &state, const Output &output,
         const bool isShown = window.presence == DesktopWindow::Presence::shown;
         const bool isReference =
             order.kind == Order::Kind::below && window.identifier == order.reference;
-        if (!isShown && !isReference) {
-            continue;
-        }
-        CutOutWindow cutOut{.id = window.identifier,
-                            .area = isShown ? toPixels(window.frame) : drawing::PixelRect{},
-                            .layer = layerOf(window),
-                            .isFocused = window.isFocused,
-                            .isDialogOfReference = order.kind == Order::Kind::below &&
-                                                   isDialogOf(state, window, order.reference),
-                            .isOwn = window.process == own.process};
-        const bool isRounded = cutOut.isOwn && window.title == own.roundedTitle;
-        for (const auto &rows :
-             rounded(cutOut.area, isRounded ? own.cornerRadius * output.scale : 0)) {
-            cutOut.area = rows;
-            windows.push_back(cutOut);
+        if (isShown || isReference) {
+            windows.push_back({.id = window.identifier,
+                               .area = isShown ? toPixels(window.frame) : drawing::PixelRect{},
+                               .layer = layerOf(window),
+                               .isFocused = window.isFocused,
+                               .isDialogOfReference = order.kind == Order::Kind::below &&
+                                                      isDialogOf(state, window, order.reference),
+                               .isOwn = window.process == own.process});
         }
     }
     drawing::CutOutRule rule{.clearBefore = clearBefore,
@@ -113,7 +122,8 @@ OverlayCutOuts overlayCutOuts(const DesktopState &state, const Output &output,
     const auto isClear = drawing::clearWindows(windows, rule);
     const drawing::PixelRect whole = toPixels(output.area);
     OverlayCutOuts result;
-    result.region = drawing::cutOuts(drawing::cutOutPieces(windows, isClear, whole));
+    result.region = drawing::cutOuts(
+        withRoundCorners(drawing::cutOutPieces(windows, isClear, whole), state, own, output.scale));
     result.region &= whole;
     for (std::size_t i = 0; i < windows.size(); ++i) {
         if (isClear[i] && windows[i].id != 0) {
